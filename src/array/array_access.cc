@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Element data and the index arrays of sparse arrays.
+
+#include <algorithm>
+#include <cstdint>
+
+#include "array/array_handle.h"
+#include "wire/checked_size.h"
+#include "wire/element_count.h"
+
+using hcy::messageOf;
+using hcy::client::VORTEN_Array;
+
+namespace {
+
+// Index arrays are handed out in the message's own storage.
+static_assert(sizeof(std::size_t) == sizeof(std::uint64_t));
+
+std::size_t* firstIndex(google::protobuf::RepeatedField<std::uint64_t>& indices) {
+  return indices.empty() ? nullptr : reinterpret_cast<std::size_t*>(indices.mutable_data());
+}
+
+void resizeStoredElements(VORTEN_Array::Sparse& sparse, int nzmax) {
+  sparse.mutable_ir()->Resize(nzmax, 0);
+  if (sparse.type() != VORTEN_Array::Sparse::DOUBLE) {
+    sparse.mutable_logical()->mutable_elements()->Resize(nzmax, false);
+    return;
+  }
+  VORTEN_Array::Double& values = *sparse.mutable_qxsparsedouble();
+  values.mutable_elements()->Resize(nzmax, 0.0);
+  // A list of imaginary parts that has held any belongs to a complex array.
+  if (values.imag_elements().Capacity() != 0) values.mutable_imag_elements()->Resize(nzmax, 0.0);
+}
+
+}  // namespace
+
+double* hcyGetPr(const hcyArray* array) {
+  return hcyIsDouble(array) ? static_cast<double*>(array->proxy->getData()) : nullptr;
+}
+
+double* hcyGetPi(const hcyArray* array) {
+  return hcyIsDouble(array) ? static_cast<double*>(array->proxy->getImagData()) : nullptr;
+}
+
+void* hcyGetData(const hcyArray* array) {
+  return hcyIsNumeric(array) ? array->proxy->getData() : nullptr;
+}
+
+void* hcyGetImagData(const hcyArray* array) {
+  return hcyIsNumeric(array) ? array->proxy->getImagData() : nullptr;
+}
+
+bool* hcyGetLogicals(const hcyArray* array) {
+  return hcyIsLogical(array) ? static_cast<bool*>(array->proxy->getData()) : nullptr;
+}
+
+uint16_t* hcyGetChars(const hcyArray* array) {
+  return hcyIsChar(array) ? static_cast<uint16_t*>(array->proxy->getData()) : nullptr;
+}
+
+double hcyGetScalar(const hcyArray* array) { return array->proxy->getScalar(); }
+
+size_t* hcyGetIr(const hcyArray* array) {
+  return hcyIsSparse(array) ? firstIndex(*messageOf(array).mutable_sparse()->mutable_ir())
+                            : nullptr;
+}
+
+size_t* hcyGetJc(const hcyArray* array) {
+  return hcyIsSparse(array) ? firstIndex(*messageOf(array).mutable_sparse()->mutable_jc())
+                            : nullptr;
+}
+
+size_t hcyGetNzmax(const hcyArray* array) {
+  if (!hcyIsSparse(array)) return SIZE_MAX;
+  return static_cast<std::size_t>(messageOf(array).sparse().ir_size());
+}
+
+void hcySetNzmax(hcyArray* array, size_t nzmax) {
+  if (!hcyIsSparse(array) || nzmax > hcyGetNumberOfElements(array)) return;
+  resizeStoredElements(*messageOf(array).mutable_sparse(),
+                       hcy::checkedSize(std::max<std::size_t>(nzmax, 1)));
+}

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "wire/array_class_traits.h"
+
+namespace hcy {
+
+// The dimensions of an array, two or more.
+using Dimensions = std::span<const std::uint64_t>;
+
+// An array behind a handle: shared ownership of its message, and the operations that differ from
+// class to class. This class serves those whose elements lie in the message in the caller's own
+// form; the classes derived from it keep elements of their own, which reach the message by
+// commit().
+class VORTENArrayProxy {
+ public:
+  // A new array of zeros. Throws positive overflow when a dimension is over 2147483647.
+  VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
+                   std::uint64_t count);
+
+  // An array over a message that it shares. Throws std::invalid_argument when the type of the
+  // message is not served.
+  explicit VORTENArrayProxy(std::shared_ptr<VORTEN_Array> message);
+
+  VORTENArrayProxy(const VORTENArrayProxy&) = delete;
+  VORTENArrayProxy& operator=(const VORTENArrayProxy&) = delete;
+  virtual ~VORTENArrayProxy() = default;
+
+  virtual void resize(std::int32_t count);
+  virtual std::size_t getElementSize() const;
+  virtual void* getData();
+  virtual void* getImagData();
+  virtual double getScalar();
+
+  // Writes elements that are kept outside the message into it.
+  virtual void commit() {}
+
+  // A deep copy, with a message of its own.
+  virtual std::unique_ptr<VORTENArrayProxy> clone();
+
+  const std::shared_ptr<VORTEN_Array>& sharedMessage() const { return message_; }
+  VORTEN_Array& message() const { return *message_; }
+  bool isComplex() const { return complex_; }
+
+ private:
+  std::shared_ptr<VORTEN_Array> message_;
+  bool complex_;
+};
+
+}  // namespace hcy

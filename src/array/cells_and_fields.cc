@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Elements of cell arrays, and fields of struct arrays.
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+#include <optional>
+
+#include "array/array_handle.h"
+#include "array/struct_cell_array_proxy.h"
+#include "wire/dispatch_on_QXType.h"
+
+using hcy::messageOf;
+using hcy::client::VORTEN_Array;
+
+namespace {
+
+using CellProxy = hcy::VORTENStructCellArrayProxy<hcy::CELL_class>;
+using StructProxy = hcy::VORTENStructCellArrayProxy<hcy::STRUCT_class>;
+
+// The proxy of an array whose class has been tested: the type of a message decides its proxy's
+// class, and never changes.
+CellProxy& cellProxy(const hcyArray* array) { return static_cast<CellProxy&>(*array->proxy); }
+StructProxy& structProxy(const hcyArray* array) { return static_cast<StructProxy&>(*array->proxy); }
+
+bool hasElement(const hcyArray* array, size_t index) {
+  return index < hcyGetNumberOfElements(array);
+}
+
+bool hasField(const hcyArray* array, int n) { return n >= 0 && n < hcyGetNumberOfFields(array); }
+
+// The slot of a field in an element; none where the functions of fields refuse.
+std::optional<size_t> slotOfField(const hcyArray* array, size_t index, const char* name) {
+  const int field = hcyGetFieldNumber(array, name);
+  if (field < 0 || !hasElement(array, index)) return std::nullopt;
+  // The fields of an element far beyond the storage lie beyond it too, whatever the product.
+  const auto fields = static_cast<size_t>(hcyGetNumberOfFields(array));
+  if (index > SIZE_MAX / fields - 1) return std::nullopt;
+  return index * fields + static_cast<size_t>(field);
+}
+
+// A new handle over an element; null where there is none, or none that the library serves.
+hcyArray* handleOver(std::shared_ptr<VORTEN_Array> element) {
+  if (!element || !hcy::isServedQXType(element->type())) return nullptr;
+  return hcy::wrapMessage(std::move(element)).release();
+}
+
+}  // namespace
+
+hcyArray* hcyGetCell(const hcyArray* array, size_t index) {
+  if (!hcyIsCell(array) || !hasElement(array, index)) return nullptr;
+  return handleOver(cellProxy(array).slot(index));
+}
+
+void hcySetCell(hcyArray* array, size_t index, hcyArray* value) {
+  if (!hcyIsCell(array) || !hasElement(array, index)) return;
+  cellProxy(array).setSlot(index, *value->proxy);
+}
+
+int hcyGetNumberOfFields(const hcyArray* array) {
+  return hcyIsStruct(array) ? messageOf(array).struct_().field_names_size() : 0;
+}
+
+const char* hcyGetFieldNameByNumber(const hcyArray* array, int n) {
+  return hasField(array, n) ? messageOf(array).struct_().field_names(n).c_str() : nullptr;
+}
+
+int hcyGetFieldNumber(const hcyArray* array, const char* name) {
+  if (!hcyIsStruct(array) || name == nullptr) return -1;
+  const auto& names = messageOf(array).struct_().field_names();
+  const auto found = std::ranges::find(names, name);
+  return found == names.end() ? -1 : static_cast<int>(found - names.begin());
+}
+
+hcyArray* hcyGetField(const hcyArray* array, size_t index, const char* name) {
+  const auto slot = slotOfField(array, index, name);
+  return slot ? handleOver(structProxy(array).slot(*slot)) : nullptr;
+}
+
+void hcySetField(hcyArray* array, size_t index, const char* name, hcyArray* value) {
+  const auto slot = slotOfField(array, index, name);
+  if (slot) structProxy(array).setSlot(*slot, *value->proxy);
+}
+
+hcyArray* hcyGetFieldByNumber(const hcyArray* array, size_t index, int n) {
+  return hcyGetField(array, index, hcyGetFieldNameByNumber(array, n));
+}
+
+void hcySetFieldByNumber(hcyArray* array, size_t index, int n, hcyArray* value) {
+  hcySetField(array, index, hcyGetFieldNameByNumber(array, n), value);
+}
+
+int hcyAddField(hcyArray* array, const char* name) {
+  if (!hcyIsStruct(array) || name == nullptr) return -1;
+  try {
+    const int existing = hcyGetFieldNumber(array, name);
+    if (existing >= 0) return existing;
+    structProxy(array).addField(name);
+    return hcyGetNumberOfFields(array) - 1;
+  } catch (const std::exception&) {
+    return -1;
+  }
+}
+
+void hcyRemoveField(hcyArray* array, int n) {
+  if (hasField(array, n)) structProxy(array).removeField(static_cast<size_t>(n));
+}

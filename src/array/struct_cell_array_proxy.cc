@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "array/struct_cell_array_proxy.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "wire/checked_size.h"
+#include "wire/element_count.h"
+#include "wire/element_storage.h"
+
+namespace hcy {
+namespace {
+
+// A message of a few bytes can claim any number of elements without fields; adding a field makes
+// slots for no more than these.
+constexpr std::uint64_t mostElementsWithoutFields = 1U << 20;
+
+}  // namespace
+
+template <ContainerClass Class>
+VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(VORTEN_Array::QXType type,
+                                                              Dimensions dimensions, bool complex,
+                                                              std::uint64_t count)
+    : VORTENArrayProxy(type, dimensions, complex, count),
+      slots_(count),
+      elementsWithoutFields_(elementCount(dimensions)) {}
+
+template <ContainerClass Class>
+VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(std::shared_ptr<VORTEN_Array> message)
+    : VORTENArrayProxy(std::move(message)),
+      elementsWithoutFields_(std::min(elementCount(this->message()), mostElementsWithoutFields)) {
+  const auto& elements = Class::read(this->message()).elements();
+  slots_.reserve(static_cast<std::size_t>(elements.size()));
+  for (const VORTEN_Array& element : elements) {
+    slots_.push_back(std::make_shared<VORTEN_Array>(element));
+  }
+}
+
+template <ContainerClass Class>
+void VORTENStructCellArrayProxy<Class>::resize(std::int32_t count) {
+  checkedSize(slots_.size());
+  const auto elements = static_cast<std::size_t>(count);
+  slots_.resize(static_cast<std::size_t>(checkedSize(elements * numberOfFields())));
+  elementsWithoutFields_ = elements;
+}
+
+template <ContainerClass Class>
+void* VORTENStructCellArrayProxy<Class>::getData() {
+  return slots_.empty() ? nullptr : slots_.data();
+}
+
+template <ContainerClass Class>
+void VORTENStructCellArrayProxy<Class>::commit() {
+  resizeElementStorage(message(), static_cast<std::uint32_t>(checkedSize(slots_.size())));
+  auto element = Class::write(message()).mutable_elements()->begin();
+  for (const auto& slot : slots_) {
+    if (slot) {
+      element->CopyFrom(*slot);
+    } else {
+      makeEmptyDouble(*element);
+    }
+    ++element;
+  }
+}
+
+template <ContainerClass Class>
+std::unique_ptr<VORTENArrayProxy> VORTENStructCellArrayProxy<Class>::clone() {
+  commit();
+  auto copy =
+      std::make_unique<VORTENStructCellArrayProxy>(std::make_shared<VORTEN_Array>(message()));
+  copy->elementsWithoutFields_ = elementsWithoutFields_;
+  return copy;
+}
+
+template <ContainerClass Class>
+std::shared_ptr<VORTEN_Array> VORTENStructCellArrayProxy<Class>::slot(std::size_t index) {
+  if (index >= slots_.size()) return nullptr;
+  if (!slots_[index]) {
+    auto element = std::make_shared<VORTEN_Array>();
+    makeEmptyDouble(*element);
+    slots_[index] = std::move(element);
+  }
+  return slots_[index];
+}
+
+template <ContainerClass Class>
+void VORTENStructCellArrayProxy<Class>::setSlot(std::size_t index, VORTENArrayProxy& value) {
+  value.commit();
+  if (index >= slots_.size()) return;
+  const bool isThisArray = &value.message() == &message();
+  slots_[index] = isThisArray ? std::make_shared<VORTEN_Array>(message()) : value.sharedMessage();
+}
+
+template <ContainerClass Class>
+std::size_t VORTENStructCellArrayProxy<Class>::numberOfFields() const {
+  if constexpr (Class::type == VORTEN_Array::STRUCT) {
+    return static_cast<std::size_t>(Class::read(message()).field_names_size());
+  } else {
+    return 1;
+  }
+}
+
+template <ContainerClass Class>
+std::size_t VORTENStructCellArrayProxy<Class>::elementsWithSlots() const {
+  const std::size_t fields = numberOfFields();
+  return fields == 0 ? elementsWithoutFields_ : (slots_.size() + fields - 1) / fields;
+}
+
+template <ContainerClass Class>
+void VORTENStructCellArrayProxy<Class>::addField(std::string name) requires(Class::type ==
+                                                                            VORTEN_Array::STRUCT) {
+  const std::size_t fields = numberOfFields();
+  const std::size_t elements = elementsWithSlots();
+  std::vector<std::shared_ptr<VORTEN_Array>> regrouped(elements * (fields + 1));
+  auto& names = *Class::write(message()).mutable_field_names();
+  names.Add(std::move(name));
+  if (fields != 0) {
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+      regrouped[i / fields * (fields + 1) + i % fields] = std::move(slots_[i]);
+    }
+  }
+  slots_ = std::move(regrouped);
+}
+
+template <ContainerClass Class>
+void VORTENStructCellArrayProxy<Class>::removeField(std::size_t field) requires(
+    Class::type == VORTEN_Array::STRUCT) {
+  const std::size_t fields = numberOfFields();
+  elementsWithoutFields_ = elementsWithSlots();
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < slots_.size(); ++i) {
+    if (i % fields != field) {
+      if (kept != i) slots_[kept] = std::move(slots_[i]);
+      ++kept;
+    }
+  }
+  slots_.resize(kept);
+  auto& names = *Class::write(message()).mutable_field_names();
+  names.DeleteSubrange(static_cast<int>(field), 1);
+}
+
+template class VORTENStructCellArrayProxy<STRUCT_class>;
+template class VORTENStructCellArrayProxy<CELL_class>;
+
+}  // namespace hcy

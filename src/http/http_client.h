@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include "http/client.h"
+#include "http/transfer_handle.h"
+
+namespace hcy {
+
+// A client over one libcurl easy handle, whose connection is kept between requests. The time-out
+// and TLS settings are applied once, at construction; the response size limit goes to each
+// request.
+class QXHttpClient : public QXClient {
+ public:
+  // Throws std::runtime_error when libcurl gives no handle.
+  QXHttpClient() : QXHttpClient(QXHttpClientConfig()) {}
+  explicit QXHttpClient(const QXClientConfig& config);
+
+  std::unique_ptr<Request> createRequest(const std::string& url) override;
+  const QXClientConfig& getConfig() const override { return config_; }
+
+ private:
+  QXHttpClientConfig config_;
+  TransferHandle handle_;
+};
+
+}  // namespace hcy

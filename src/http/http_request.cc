@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "http/http_request.h"
+
+#include <boost/numeric/conversion/cast.hpp>
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+#include "http/http_response.h"
+
+namespace hcy {
+namespace {
+
+struct HeaderListDeleter {
+  void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+using HeaderList = std::unique_ptr<curl_slist, HeaderListDeleter>;
+
+HeaderList headerListOf(const std::vector<std::string>& lines) {
+  HeaderList list;
+  for (const std::string& line : lines) {
+    curl_slist* const longer = curl_slist_append(list.get(), line.c_str());
+    if (longer == nullptr) throw std::bad_alloc();
+    static_cast<void>(list.release());  // the longer list begins with it
+    list.reset(longer);
+  }
+  return list;
+}
+
+// What the callbacks of one transfer fill. An exception must not unwind through libcurl: it is
+// kept here, the callback refuses, and perform() throws it again.
+struct Reception {
+  HttpResponse& response;
+  std::exception_ptr failure;
+};
+
+std::size_t onHeaderLine(char* data, std::size_t size, std::size_t count, void* user) {
+  auto& reception = *static_cast<Reception*>(user);
+  const std::size_t n = size * count;
+  try {
+    reception.response.addHeaderLine(std::string(data, n));
+    return n;
+  } catch (...) {
+    reception.failure = std::current_exception();
+    return 0;
+  }
+}
+
+std::size_t onBodyData(char* data, std::size_t size, std::size_t count, void* user) {
+  auto& reception = *static_cast<Reception*>(user);
+  const std::size_t n = size * count;
+  return reception.response.appendBody(data, n) ? n : 0;
+}
+
+std::string failureText(CURLcode code) {
+  std::string text = curl_easy_strerror(code);
+  if (code == CURLE_WRITE_ERROR) {
+    text += "\nThis might happen if response content size is larger than the response size limit.";
+    text += "\nYou can increase response size limit using setResponseSizeLimit method.";
+  }
+  return text;
+}
+
+std::uint32_t statusCodeOf(CURL* handle) {
+  long code = 0;
+  curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
+  return boost::numeric_cast<std::uint32_t>(code);
+}
+
+}  // namespace
+
+HttpRequest::HttpRequest(TransferHandle handle, std::string url, std::uint32_t responseSizeLimit)
+    : handle_(std::move(handle)),
+      url_(std::move(url)),
+      // A header without a value leaves out the one that libcurl would add of its own: no wait
+      // for an interim 100 (Continue).
+      headerLines_{"Content-Type: application/x-google-protobuf", "User-Agent: Halcyon C client",
+                   "Expect: "},
+      responseSizeLimit_(responseSizeLimit) {}
+
+void HttpRequest::setBody(const void* data, std::uint64_t size) {
+  curl_easy_setopt(handle_.get(), CURLOPT_POSTFIELDS, data);
+  curl_easy_setopt(handle_.get(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(size));
+}
+
+std::unique_ptr<Response> HttpRequest::perform() {
+  CURL* const handle = handle_.get();
+  const HeaderList headers = headerListOf(headerLines_);
+  auto response = std::make_unique<HttpResponse>(responseSizeLimit_);
+  Reception reception{*response, nullptr};
+  curl_easy_setopt(handle, CURLOPT_URL, url_.c_str());
+  curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
+  curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeaderLine);
+  curl_easy_setopt(handle, CURLOPT_HEADERDATA, &reception);
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBodyData);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, &reception);
+
+  const CURLcode code = curl_easy_perform(handle);
+  if (reception.failure) std::rethrow_exception(reception.failure);
+  if (code != CURLE_OK) throw std::runtime_error(failureText(code));
+  response->setStatusCode(statusCodeOf(handle));
+  return response;
+}
+
+}  // namespace hcy

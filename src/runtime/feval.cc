@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "runtime/feval.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "array/array_handle.h"
+#include "hcy.client.VORTENParams.pb.h"
+#include "hcy.client.VORTENResult.pb.h"
+#include "runtime/client_context.h"
+#include "wire/checked_size.h"
+
+namespace hcy {
+namespace {
+
+using client::VORTEN_Params;
+using client::VORTEN_Result;
+
+// The parameters of a call, over the very messages of its inputs. These are borrowed: they are
+// taken out again before the parameters are destroyed.
+class BorrowingParams {
+ public:
+  BorrowingParams(std::int32_t nargout, std::span<const hcyArray* const> inputs) {
+    params_.set_nargout(nargout);
+    auto& rhs = *params_.mutable_rhs();
+    rhs.Reserve(checkedSize(inputs.size()));
+    for (const hcyArray* input : inputs) {
+      input->proxy->commit();
+      rhs.UnsafeArenaAddAllocated(&input->proxy->message());
+    }
+  }
+  BorrowingParams(const BorrowingParams&) = delete;
+  BorrowingParams& operator=(const BorrowingParams&) = delete;
+  ~BorrowingParams() {
+    while (!params_.rhs().empty()) params_.mutable_rhs()->UnsafeArenaReleaseLast();
+  }
+
+  const VORTEN_Params& params() const { return params_; }
+
+ private:
+  VORTEN_Params params_;
+};
+
+struct RequestBody {
+  std::unique_ptr<std::uint8_t[]> bytes;
+  std::size_t size;
+};
+
+RequestBody serialised(const VORTEN_Params& params) {
+  // The message library holds sizes in signed 32 bits.
+  const auto size = static_cast<std::size_t>(checkedSize(params.ByteSizeLong()));
+  RequestBody body{std::make_unique_for_overwrite<std::uint8_t[]>(size), size};
+  params.SerializeWithCachedSizesToArray(body.bytes.get());
+  return body;
+}
+
+std::unique_ptr<Response> post(QXClient& client, const char* url, const RequestBody& body) {
+  const std::unique_ptr<Request> request = client.createRequest(url);
+  request->setBody(body.bytes.get(), body.size);
+  return request->perform();
+}
+
+// What could be read of the body, up to the limit; the checks of the call judge it. The message
+// library would report a body over its own limit on standard error, so the body is cut here.
+VORTEN_Result parsed(const Response& response, std::uint32_t responseSizeLimit) {
+  const std::int32_t size = checkedSize(response.bodySize());
+  const auto limit = static_cast<std::int32_t>(
+      std::min<std::uint32_t>(responseSizeLimit, std::numeric_limits<std::int32_t>::max()));
+  VORTEN_Result result;
+  static_cast<void>(result.ParsePartialFromArray(response.bodyData(), std::min(size, limit)));
+  return result;
+}
+
+// Hands out the entries, from the last to the first. Each entry is ours alone, so the array takes
+// it over instead of copying it.
+void storeOutputs(VORTEN_Result& result, std::int32_t nargout, hcyArray** outputs) {
+  auto& lhs = *result.mutable_lhs();
+  if (lhs.size() != nargout) {
+    throw std::runtime_error("Number of outputs received from VORTEN, " +
+                             std::to_string(lhs.size()) +
+                             ", do not match the number of left hand side parameters, " +
+                             std::to_string(nargout) + ", provided.");
+  }
+  for (std::int32_t i = nargout - 1; i >= 0; --i) {
+    std::unique_ptr<VORTEN_Array> entry(lhs.ReleaseLast());
+    outputs[i] = wrapMessage(std::shared_ptr<VORTEN_Array>(std::move(entry))).release();
+  }
+}
+
+bool evaluate(hcyClientContext& context, const char* url, std::int32_t nargout, hcyArray** outputs,
+              std::span<const hcyArray* const> inputs) {
+  if (!context.client) throw std::logic_error("The context has no client.");
+  const std::unique_ptr<Response> response =
+      post(*context.client, url, serialised(BorrowingParams(nargout, inputs).params()));
+  if (response->statusCode() != 200) {
+    context.setHttpError(*response);
+    return false;
+  }
+  VORTEN_Result result = parsed(*response, context.client->getConfig().getResponseSizeLimit());
+  if (result.has_error()) {
+    context.setVortenError(std::move(*result.mutable_error()));
+    return false;
+  }
+  storeOutputs(result, nargout, outputs);
+  return true;
+}
+
+}  // namespace
+
+int feval(hcyClientContext* context, const char* url, std::int32_t nargout, hcyArray** outputs,
+          std::int32_t nargin, const hcyArray* const* inputs) {
+  const std::size_t count = inputs != nullptr && nargin > 0 ? static_cast<std::size_t>(nargin) : 0;
+  try {
+    return evaluate(*context, url, nargout, outputs, std::span(inputs, count)) ? 0 : 1;
+  } catch (const std::exception& exception) {
+    context->setGenericError(exception);
+    return 1;
+  }
+}
+
+}  // namespace hcy

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Start and end of the library.
+
+#include <curl/curl.h>
+
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include "hcy/hcyclient.h"
+#include "runtime/client_config_slots.h"
+#include "runtime/client_context.h"
+#include "runtime/error_info.h"
+#include "runtime/feval.h"
+
+namespace {
+
+// Interface version 1.0 ends with slot 10; the order of the slots never changes.
+static_assert(offsetof(hcyClientRuntime, setClientCertFile) == 11 * sizeof(void (*)()));
+static_assert(sizeof(hcyClientRuntime) == 25 * sizeof(void (*)()));
+
+std::unique_ptr<hcyClientRuntime> runtimeTable;
+std::string initializationErrorMessage;
+
+void fillSlots_1_0(hcyClientRuntime& runtime) {
+  hcy::fillConfigSlots_1_0(runtime);
+  runtime.createContext = hcy::createContext;
+  runtime.destroyContext = hcy::destroyContext;
+  runtime.getLastErrorInfo = hcy::getLastErrorInfo;
+  runtime.destroyLastErrorInfo = hcy::destroyLastErrorInfo;
+  runtime.feval = hcy::feval;
+}
+
+std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
+  if (version != HCY_CLIENT_RUNTIME_1_0 && version != HCY_CLIENT_RUNTIME_1_1) {
+    throw std::runtime_error("Invalid version number.");
+  }
+  // Allocated first, so that libcurl is never left initialised without a table.
+  auto runtime = std::make_unique<hcyClientRuntime>();
+  if (curl_global_init(CURL_GLOBAL_ALL) != CURLE_OK) {
+    throw std::runtime_error("Global initialization of QXHttpClient failed");
+  }
+  fillSlots_1_0(*runtime);
+  if (version == HCY_CLIENT_RUNTIME_1_1) hcy::fillConfigSlots_1_1(*runtime);
+  return runtime;
+}
+
+void setInitializationErrorMessage(const std::exception& exception) noexcept {
+  try {
+    initializationErrorMessage = exception.what();
+  } catch (const std::bad_alloc& exhausted) {
+    // Short enough to be stored without memory of its own.
+    initializationErrorMessage = exhausted.what();
+  }
+}
+
+}  // namespace
+
+hcyClientRuntime* hcyInitialize(void) { return hcyInitializeEx(HCY_CLIENT_RUNTIME_1_0); }
+
+hcyClientRuntime* hcyInitializeEx(int version) {
+  if (runtimeTable) return runtimeTable.get();
+  try {
+    runtimeTable = makeRuntime(version);
+  } catch (const std::exception& exception) {
+    setInitializationErrorMessage(exception);
+  }
+  return runtimeTable.get();
+}
+
+void hcyTerminate(void) {
+  if (!runtimeTable) return;
+  runtimeTable.reset();
+  curl_global_cleanup();
+  initializationErrorMessage.clear();
+}
+
+const char* hcyGetInitializationErrorMessage(void) { return initializationErrorMessage.c_str(); }

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <span>
+
+#include "hcy.client.VORTENArray.pb.h"
+
+namespace hcy {
+
+// The product, or the largest value where it does not fit: a product that wrapped would make a
+// huge array look small.
+inline std::uint64_t saturatingProduct(std::uint64_t a, std::uint64_t b) {
+  constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+  return b != 0 && a > largest / b ? largest : a * b;
+}
+
+// The product of the dimensions; 0 when there are none.
+inline std::uint64_t elementCount(std::span<const std::uint64_t> dimensions) {
+  if (dimensions.empty() || std::ranges::count(dimensions, 0U) != 0) return 0;
+  std::uint64_t product = 1;
+  for (const std::uint64_t dimension : dimensions) product = saturatingProduct(product, dimension);
+  return product;
+}
+
+inline std::uint64_t elementCount(const client::VORTEN_Array& array) {
+  return elementCount(
+      std::span(array.dimension().data(), static_cast<std::size_t>(array.dimension_size())));
+}
+
+}  // namespace hcy
