@@ -17,22 +17,24 @@
 //   Message     the typed sub-message's type in VORTEN_Array
 //   Element     what one element is to the caller, behind a data pointer
 //   is_numeric  whether the class is a numeric one; numeric classes may be complex
-#define HCY_ARRAY_CLASSES(row)                                                                     \
-  row(UINT8, "uint8", Bytes, uint8, Uint8, std::uint8_t, true)                                     \
-      row(INT8, "int8", Bytes, int8, Int8, std::int8_t, true)                                      \
-          row(UINT16, "uint16", Widened, uint16, Uint16, std::uint16_t, true)                      \
-              row(INT16, "int16", Widened, int16, Int16, std::int16_t, true)                       \
-                  row(UINT32, "uint32", Packed, uint32, Uint32, std::uint32_t, true)               \
-                      row(INT32, "int32", Packed, int32, Int32, std::int32_t, true) row(           \
-                          UINT64, "uint64", Packed, uint64, Uint64, std::uint64_t, true)           \
-                          row(INT64, "int64", Packed, int64, Int64, std::int64_t, true) row(       \
-                              SINGLE, "single", Packed, single, Single, float, true)               \
-                              row(DOUBLE, "double", Packed, qxdouble, Double, double, true) row(   \
-                                  LOGICAL, "logical", Packed, logical, Logical, bool, false)       \
-                                  row(CHAR, "char", Widened, qxchar, Char, char16_t, false)        \
-                                      row(STRUCT, "struct", Arrays, struct_, Struct, void*, false) \
-                                          row(CELL, "cell", Arrays, cell, Cell, void*, false)      \
-                                              row(SPARSE, "", Sparse, sparse, Sparse, void, false)
+// clang-format off
+#define HCY_ARRAY_CLASSES(row)                                              \
+  row(UINT8,   "uint8",   Bytes,   uint8,    Uint8,   std::uint8_t,  true)  \
+  row(INT8,    "int8",    Bytes,   int8,     Int8,    std::int8_t,   true)  \
+  row(UINT16,  "uint16",  Widened, uint16,   Uint16,  std::uint16_t, true)  \
+  row(INT16,   "int16",   Widened, int16,    Int16,   std::int16_t,  true)  \
+  row(UINT32,  "uint32",  Packed,  uint32,   Uint32,  std::uint32_t, true)  \
+  row(INT32,   "int32",   Packed,  int32,    Int32,   std::int32_t,  true)  \
+  row(UINT64,  "uint64",  Packed,  uint64,   Uint64,  std::uint64_t, true)  \
+  row(INT64,   "int64",   Packed,  int64,    Int64,   std::int64_t,  true)  \
+  row(SINGLE,  "single",  Packed,  single,   Single,  float,         true)  \
+  row(DOUBLE,  "double",  Packed,  qxdouble, Double,  double,        true)  \
+  row(LOGICAL, "logical", Packed,  logical,  Logical, bool,          false) \
+  row(CHAR,    "char",    Widened, qxchar,   Char,    char16_t,      false) \
+  row(STRUCT,  "struct",  Arrays,  struct_,  Struct,  void*,         false) \
+  row(CELL,    "cell",    Arrays,  cell,     Cell,    void*,         false) \
+  row(SPARSE,  "",        Sparse,  sparse,   Sparse,  void,          false)
+// clang-format on
 
 namespace hcy {
 
