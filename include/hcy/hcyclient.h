@@ -529,7 +529,7 @@ HCY_API size_t hcyCalcSingleSubscript(const hcyArray* array, size_t nsubs, const
  * An element that was never set reads as a 0-by-0 double array, and is sent as one. Where an
  * array of a reply holds fewer elements than its dimensions say, the missing ones read as null
  * and are not set, and a field added to a struct array that came without fields reaches at most
- * its first 1048576 elements. An element of a class that the library does not serve reads as null
+ * its first 65536 elements. An element of a class that the library does not serve reads as null
  * too.
  *
  * Handles and elements are allocated: getters and setters throw std::bad_alloc when memory is

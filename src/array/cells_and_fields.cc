@@ -3,6 +3,7 @@
 // Elements of cell arrays, and fields of struct arrays.
 
 #include <algorithm>
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -10,6 +11,7 @@
 #include "array/array_handle.h"
 #include "array/struct_cell_array_proxy.h"
 #include "wire/dispatch_on_QXType.h"
+#include "wire/element_count.h"
 
 using hcy::messageOf;
 using hcy::client::VORTEN_Array;
@@ -34,10 +36,10 @@ bool hasField(const hcyArray* array, int n) { return n >= 0 && n < hcyGetNumberO
 std::optional<size_t> slotOfField(const hcyArray* array, size_t index, const char* name) {
   const int field = hcyGetFieldNumber(array, name);
   if (field < 0 || !hasElement(array, index)) return std::nullopt;
-  // The fields of an element far beyond the storage lie beyond it too, whatever the product.
   const auto fields = static_cast<size_t>(hcyGetNumberOfFields(array));
-  if (index > SIZE_MAX / fields - 1) return std::nullopt;
-  return index * fields + static_cast<size_t>(field);
+  // An element so far beyond the storage has no slot, whichever number it gets.
+  const size_t first = std::min(hcy::saturatingProduct(index, fields), SIZE_MAX - fields);
+  return first + static_cast<size_t>(field);
 }
 
 // A new handle over an element; null where there is none, or none that the library serves.

@@ -14,7 +14,7 @@ namespace {
 
 // A message of a few bytes can claim any number of elements without fields; adding a field makes
 // slots for no more than these.
-constexpr std::uint64_t mostElementsWithoutFields = 1U << 20;
+constexpr std::uint64_t kMostElementsWithoutFields = 1U << 16;
 
 }  // namespace
 
@@ -29,7 +29,7 @@ VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(VORTEN_Array::QXTy
 template <ContainerClass Class>
 VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(std::shared_ptr<VORTEN_Array> message)
     : VORTENArrayProxy(std::move(message)),
-      elementsWithoutFields_(std::min(elementCount(this->message()), mostElementsWithoutFields)) {
+      elementsWithoutFields_(std::min(elementCount(this->message()), kMostElementsWithoutFields)) {
   const auto& elements = Class::read(this->message()).elements();
   slots_.reserve(static_cast<std::size_t>(elements.size()));
   for (const VORTEN_Array& element : elements) {
@@ -113,7 +113,7 @@ void VORTENStructCellArrayProxy<Class>::addField(std::string name) requires(Clas
   const std::size_t fields = numberOfFields();
   const std::size_t elements = elementsWithSlots();
   std::vector<std::shared_ptr<VORTEN_Array>> regrouped(elements * (fields + 1));
-  auto& names = *Class::write(message()).mutable_field_names();
+  auto& names = *STRUCT_class::write(message()).mutable_field_names();
   names.Add(std::move(name));
   if (fields != 0) {
     for (std::size_t i = 0; i < slots_.size(); ++i) {
@@ -136,7 +136,7 @@ void VORTENStructCellArrayProxy<Class>::removeField(std::size_t field) requires(
     }
   }
   slots_.resize(kept);
-  auto& names = *Class::write(message()).mutable_field_names();
+  auto& names = *STRUCT_class::write(message()).mutable_field_names();
   names.DeleteSubrange(static_cast<int>(field), 1);
 }
 

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "runtime/secret_text.h"
+
 namespace hcy {
 
 // The settings with which a context talks to a server. A text getter's result stays valid until
@@ -52,7 +54,9 @@ class QXHttpClientConfig : public QXClientConfig {
   const char* getClientCertFile() const override { return clientCertFile_.c_str(); }
   void setClientPrivateKeyFile(const char* file) override { clientPrivateKeyFile_ = file; }
   const char* getClientPrivateKeyFile() const override { return clientPrivateKeyFile_.c_str(); }
-  void setPrivateKeyPasswd(const char* passPhrase) override { privateKeyPasswd_ = passPhrase; }
+  void setPrivateKeyPasswd(const char* passPhrase) override {
+    privateKeyPasswd_ = SecretText(passPhrase);
+  }
   const char* getPrivateKeyPasswd() const override { return privateKeyPasswd_.c_str(); }
   void setCAFile(const char* file) override { caFile_ = file; }
   const char* getCAFile() const override { return caFile_.c_str(); }
@@ -68,7 +72,7 @@ class QXHttpClientConfig : public QXClientConfig {
   std::uint32_t responseSizeLimit_ = 64U << 20;  // bytes
   std::string clientCertFile_;
   std::string clientPrivateKeyFile_;
-  std::string privateKeyPasswd_;
+  SecretText privateKeyPasswd_;
   std::string caFile_;
   std::string revocationListFile_;
   bool hostnameVerification_ = true;

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstring>
+#include <memory>
+
+namespace hcy {
+
+// A NUL-terminated text whose storage is wiped before it is given back; never copied on the way.
+class SecretText {
+ public:
+  explicit SecretText(const char* text = "") : text_(new char[std::strlen(text) + 1]) {
+    std::strcpy(text_.get(), text);
+  }
+
+  const char* c_str() const { return text_.get(); }
+
+ private:
+  struct WipingDeleter {
+    void operator()(char* text) const {
+      explicit_bzero(text, std::strlen(text));
+      delete[] text;
+    }
+  };
+
+  std::unique_ptr<char[], WipingDeleter> text_;
+};
+
+}  // namespace hcy
