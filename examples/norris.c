@@ -55,7 +55,8 @@ static void printError(const hcyClientRuntime* runtime, const hcyClientContext* 
   printf("  %s\n", info.message);
   switch (info.kind) {
     case HCY_HTTP_ERROR:
-      printf("  status %u %s", (unsigned)info.details.http.statusCode,
+      printf("  status %u %.*s\n", (unsigned)info.details.http.statusCode,
+             (int)strcspn(info.details.http.statusMessage, "\r\n"),
              info.details.http.statusMessage);
       break;
     case HCY_VORTEN_ERROR:
@@ -95,7 +96,10 @@ static int fitLine(const hcyClientRuntime* runtime, hcyClientContext* context, c
   memcpy(hcyGetPr(y), yValues, OBSERVATIONS * sizeof(double));
   printf("stats/linear_fit of %d observations\n", OBSERVATIONS);
   status = evaluate(runtime, context, server, "stats/linear_fit", 2, outputs, 2, inputs);
-  if (status == 0 && hcyGetPr(outputs[0]) != NULL && hcyGetNumberOfElements(outputs[0]) == 2) {
+  if (status == 0 && (hcyGetPr(outputs[0]) == NULL || hcyGetNumberOfElements(outputs[0]) != 2)) {
+    printf("  the coefficients are no two doubles\n");
+    status = 1;
+  } else if (status == 0) {
     printBeside("intercept", hcyGetPr(outputs[0])[0], -0.262323073774029);
     printBeside("slope", hcyGetPr(outputs[0])[1], 1.00211681802045);
     printField(outputs[1], "standardErrors", 0, 0.232818234301152);

@@ -11,7 +11,9 @@
  * - **Threads.** The library starts no threads and takes no locks. One array (with every handle
  *   that shares its elements), one configuration and one context are used by one thread at a
  *   time; different ones may be used on different threads at once. hcyInitialize(),
- *   hcyInitializeEx() and hcyTerminate() must not overlap any other use of the runtime.
+ *   hcyInitializeEx() and hcyTerminate() must not overlap any other use of the runtime. libcurl
+ *   sets the process's action for SIGPIPE aside during a transfer: a host that calls on several
+ *   threads ignores SIGPIPE.
  * - **Handles.** A handle passed in is not tested for null, except where a function says so.
  * - **Failures.** The operations of the runtime table never throw. The array functions answer a
  *   wrong class or index with a neutral result (null, 0, false, -1, the largest size), which each
@@ -163,8 +165,9 @@ typedef struct hcyErrorInfo {
  * An operation that returns int gives 0 for success and 1 for failure; none of them throws.
  * Texts are NUL-terminated. A text getter's result belongs to the configuration and stays valid
  * until the same setting is set again or the configuration is destroyed. Setters store what they
- * get, unchanged and unchecked; a null text counts as the empty one. A change reaches only
- * contexts that are created afterwards.
+ * get, unchanged and unchecked; a null text counts as the empty one. A text that memory cannot be
+ * had for leaves the setting as it was, which its getter tells. A change reaches only contexts
+ * that are created afterwards.
  */
 typedef struct hcyClientRuntime {
   /** Creates a configuration with the defaults named below, stores it in `*config` and returns
@@ -183,8 +186,11 @@ typedef struct hcyClientRuntime {
   uint32_t (*getTimeOut)(const hcyClientConfig* config);
 
   /** Sets the size in bytes of the largest reply body that is accepted. Default 67108864 (64
-   *  MiB). A reply that declares more fails as a generic error; a reply of undeclared length is
-   *  read up to the limit, or up to 2147483647 bytes where the limit is larger. */
+   *  MiB). A reply that declares more fails as a generic error as soon as its body begins. A reply
+   *  that declares no length (chunked) is received whole, but no more than the limit of it is
+   *  read, and never more than 2147483647 bytes: what lies behind is as if it had not been sent.
+   *  In memory, small elements take many times their size on the wire: a cell array of empty
+   *  elements some 150 bytes a byte. */
   void (*setResponseSizeLimit)(hcyClientConfig* config, uint32_t bytes);
 
   /** Returns the response size limit in bytes. */
@@ -211,10 +217,11 @@ typedef struct hcyClientRuntime {
 
   /**
    * Evaluates a function on a server: one HTTP/1.1 POST (RFC 9110, RFC 9112), which blocks until
-   * the reply, the time-out or a failure.
+   * the reply, the time-out or a failure. A reply body that cannot be parsed to its end counts as
+   * what could be read of it.
    *
    * @param context the context; after a failure it can be used for further calls.
-   * @param url     full URL of the function, passed to libcurl unchanged.
+   * @param url     full http or https URL of the function, passed to libcurl unchanged.
    * @param nargout number of outputs wanted.
    * @param outputs room for nargout handles; may be null when nargout is 0.
    * @param nargin  number of inputs; below 1, none are sent.
@@ -223,10 +230,12 @@ typedef struct hcyClientRuntime {
    * @return 0 and nargout new handles in `outputs`, which the caller owns, each an array of its
    *         own; or 1, and the account of the failure in the context:
    *         HCY_HTTP_ERROR when the status is not 200; HCY_VORTEN_ERROR when the function raised
-   *         an error; HCY_GENERIC_ERROR with the reason as text when the transfer failed, the
-   *         reply was over the size limit, the number of outputs differs from nargout, an output
-   *         is of a class that the library does not serve ("dispatch_on_QXType"), the request
-   *         would be over 2147483647 bytes (positive overflow), or memory is exhausted. On
+   *         an error; HCY_GENERIC_ERROR with the reason as text when the transfer failed, a
+   *         Content-Length is no number ("bad lexical cast: source type value could not be
+   *         interpreted as target"), the reply was over the size limit, the number of outputs
+   *         differs from nargout, an output is of a class that the library does not serve
+   *         ("dispatch_on_QXType"), the request or the reply body is over 2147483647 bytes
+   *         (positive overflow), or memory is exhausted ("std::bad_alloc"). On
    *         failure `outputs` is not written, with one exception: when an output cannot be
    *         served, those behind it have been stored already and are the caller's to destroy; so
    *         set `outputs` to null before the call.
@@ -415,13 +424,19 @@ HCY_API hcyArray* hcyCreateSparseLogicalMatrix(size_t m, size_t n, size_t nzmax)
  * @brief Pointers into the array's own storage, to read and to write.
  *
  * A data pointer stays valid until the number of elements changes (hcySetM(), hcySetN(),
- * hcySetDimensions(), hcySetNzmax()) or the array is destroyed; reading it twice gives the same
- * pointer. Elements lie in column-major order, without gaps. Of a sparse array the functions give
- * the stored values. Null also when the array has no elements.
+ * hcySetDimensions(), hcySetNzmax(), through any handle over the same element) or the array is
+ * destroyed; reading it twice gives the same pointer. Elements lie in column-major order, without
+ * gaps. Of a sparse array the functions give the stored values. Null also when the array has no
+ * elements.
  *
  * An array of a reply is as the server sent it: its storage may hold fewer elements than its
- * dimensions say when the server breaks its own rules. hcyIsEmpty() and a null pointer tell an
- * array without storage.
+ * dimensions say when the server breaks its own rules, and behind the pointer lie only those. A
+ * program that does not trust its server brings the storage in step with `hcySetM(a, hcyGetM(a))`,
+ * and that of a sparse array also with `hcySetNzmax(a, hcyGetNzmax(a))`, before it reads elements;
+ * the column starts of a sparse array are for it to check.
+ *
+ * A complex array that is resized to no elements and back to some may have lost its imaginary
+ * parts: hcyIsComplex() stays true, and hcyGetPi() and hcyGetImagData() tell by null.
  *
  * Throws std::bad_alloc when memory is exhausted.
  * @{
@@ -491,8 +506,10 @@ HCY_API const size_t* hcyGetDimensions(const hcyArray* array);
 /** Sets the first dimension and gives the array that many elements. Elements keep their linear
  *  index, so the rows of a matrix of several columns move; new elements are zero or never set. A
  *  sparse array gets new column starts for a larger number of columns, and keeps its stored
- *  elements. Throws positive overflow when the number of elements is over 2147483647 (the
- *  dimension stays set) and std::bad_alloc. Ignored for an array without dimensions. */
+ *  elements. Throws positive overflow when the number of elements (of slots, for a struct; of
+ *  columns plus one, for a sparse array) is over 2147483647: the dimension stays set, and the
+ *  storage is as before. Throws std::bad_alloc: nothing has changed. Ignored for an array without
+ *  dimensions. */
 HCY_API void hcySetM(hcyArray* array, size_t m);
 
 /** Sets the second dimension; all else as hcySetM(). Ignored for an array with fewer than two
@@ -500,8 +517,8 @@ HCY_API void hcySetM(hcyArray* array, size_t m);
 HCY_API void hcySetN(hcyArray* array, size_t n);
 
 /** Sets all dimensions; ndim 1 means dims[0]-by-1. Contents as in hcySetM(). Returns 0, or 1 when
- *  ndim is 0 (nothing changes), the number of elements is over 2147483647, or memory is exhausted
- *  (the dimensions may then be set already). Does not throw. */
+ *  ndim is 0 or memory is exhausted (nothing changes), or the number of elements is too large as
+ *  in hcySetM() (the dimensions stay set, and the storage is as before). Does not throw. */
 HCY_API int hcySetDimensions(hcyArray* array, const size_t* dims, size_t ndim);
 
 /** Returns the linear index of the element with the given zero-based subscripts: the sum of
@@ -518,8 +535,13 @@ HCY_API size_t hcyCalcSingleSubscript(const hcyArray* array, size_t nsubs, const
  * A getter returns a new handle over the element itself, which the caller destroys; the element
  * is not copied. Two handles over one element share it: what is written through the data pointer
  * of one is seen through the other. The classes int16, uint16, char, struct and cell are the
- * exception: each handle works on contents of its own, which reach the container when the handle
- * is stored back with a setter.
+ * exception: each handle works on contents of its own, which reach the element when the handle is
+ * stored with a setter, duplicated or sent; the last one to do so wins. The shape of an element,
+ * the names of its fields included, is always shared: once it has been changed through one handle,
+ * destroy the others over the element, whose contents no longer fit it.
+ *
+ * Containers may be nested as deep as memory and stack allow; storing a value copies what it
+ * holds, at every level. A reply is read to a depth of 49 nested containers.
  *
  * A setter shares the value with the container; the caller still owns and destroys the value's
  * handle. A value may be stored in several places and containers. Storing an array into itself is
@@ -528,9 +550,9 @@ HCY_API size_t hcyCalcSingleSubscript(const hcyArray* array, size_t nsubs, const
  *
  * An element that was never set reads as a 0-by-0 double array, and is sent as one. Where an
  * array of a reply holds fewer elements than its dimensions say, the missing ones read as null
- * and are not set, and a field added to a struct array that came without fields reaches at most
- * its first 65536 elements. An element of a class that the library does not serve reads as null
- * too.
+ * and are not set. A field added to a struct array that came without fields (from a server, out of
+ * a container) reaches at most its first 65536 elements. An element of a class that the library
+ * does not serve reads as null too.
  *
  * Handles and elements are allocated: getters and setters throw std::bad_alloc when memory is
  * exhausted.
@@ -659,9 +681,11 @@ HCY_API size_t hcyGetElementSize(const hcyArray* array);
 HCY_API size_t hcyGetNumberOfElements(const hcyArray* array);
 
 /** Returns the text of a char array, read in column-major order, as a new NUL-terminated UTF-8
- *  text (RFC 3629), to be released with hcyFree(). Null if the array is not a char array, has no
- *  code units, ends in half a surrogate pair, or memory is exhausted. A NUL among the code units
- *  ends the text for whoever reads it as a C string. */
+ *  text, to be released with hcyFree(). Well-formed UTF-16 (RFC 2781) gives well-formed UTF-8 (RFC
+ *  3629). A surrogate is combined with whatever unit follows it, by the formula for a pair, so that
+ *  text which is not well-formed may give bytes that are not. Null if the array is not a char
+ *  array, has no code units, ends in a surrogate without a unit behind it, or memory is exhausted.
+ *  A NUL among the code units ends the text for whoever reads it as a C string. */
 HCY_API char* hcyArrayToString(const hcyArray* array);
 
 /** Copies the code units of a char array into `buf`, the low byte of each, and a NUL behind them.

@@ -7,7 +7,7 @@
 
 #include "array/array_handle.h"
 #include "wire/checked_size.h"
-#include "wire/element_count.h"
+#include "wire/sparse_values.h"
 
 using hcy::messageOf;
 using hcy::client::VORTEN_Array;
@@ -21,16 +21,30 @@ std::size_t* firstIndex(google::protobuf::RepeatedField<std::uint64_t>& indices)
   return indices.empty() ? nullptr : reinterpret_cast<std::size_t*>(indices.mutable_data());
 }
 
+// Room for all lists is had before any changes: they stay of one length whatever fails.
+template <class... Lists>
+void resizeTogether(int nzmax, Lists&... lists) {
+  (lists.Reserve(nzmax), ...);
+  (lists.Resize(nzmax, {}), ...);
+}
+
 void resizeStoredElements(VORTEN_Array::Sparse& sparse, int nzmax) {
-  sparse.mutable_ir()->Resize(nzmax, 0);
+  auto& rows = *sparse.mutable_ir();
   if (sparse.type() != VORTEN_Array::Sparse::DOUBLE) {
-    sparse.mutable_logical()->mutable_elements()->Resize(nzmax, false);
+    resizeTogether(nzmax, rows, *hcy::sparseLogicals(sparse).mutable_elements());
     return;
   }
-  VORTEN_Array::Double& values = *sparse.mutable_qxsparsedouble();
-  values.mutable_elements()->Resize(nzmax, 0.0);
+  VORTEN_Array::Double& values = hcy::sparseDoubles(sparse);
   // A list of imaginary parts that has held any belongs to a complex array.
-  if (values.imag_elements().Capacity() != 0) values.mutable_imag_elements()->Resize(nzmax, 0.0);
+  if (values.imag_elements().Capacity() != 0) {
+    resizeTogether(nzmax, rows, *values.mutable_elements(), *values.mutable_imag_elements());
+  } else {
+    resizeTogether(nzmax, rows, *values.mutable_elements());
+  }
+}
+
+VORTEN_Array::Sparse& sparsePart(const hcyArray* array) {
+  return hcy::SPARSE_class::write(messageOf(array));
 }
 
 }  // namespace
@@ -62,13 +76,11 @@ uint16_t* hcyGetChars(const hcyArray* array) {
 double hcyGetScalar(const hcyArray* array) { return array->proxy->getScalar(); }
 
 size_t* hcyGetIr(const hcyArray* array) {
-  return hcyIsSparse(array) ? firstIndex(*messageOf(array).mutable_sparse()->mutable_ir())
-                            : nullptr;
+  return hcyIsSparse(array) ? firstIndex(*sparsePart(array).mutable_ir()) : nullptr;
 }
 
 size_t* hcyGetJc(const hcyArray* array) {
-  return hcyIsSparse(array) ? firstIndex(*messageOf(array).mutable_sparse()->mutable_jc())
-                            : nullptr;
+  return hcyIsSparse(array) ? firstIndex(*sparsePart(array).mutable_jc()) : nullptr;
 }
 
 size_t hcyGetNzmax(const hcyArray* array) {
@@ -78,6 +90,5 @@ size_t hcyGetNzmax(const hcyArray* array) {
 
 void hcySetNzmax(hcyArray* array, size_t nzmax) {
   if (!hcyIsSparse(array) || nzmax > hcyGetNumberOfElements(array)) return;
-  resizeStoredElements(*messageOf(array).mutable_sparse(),
-                       hcy::checkedSize(std::max<std::size_t>(nzmax, 1)));
+  resizeStoredElements(sparsePart(array), hcy::checkedSize(std::max<std::size_t>(nzmax, 1)));
 }

@@ -8,6 +8,7 @@
 #include "array/char_array_proxy.h"
 #include "wire/checked_size.h"
 #include "wire/element_storage.h"
+#include "wire/sparse_values.h"
 
 using hcy::ArrayHandle;
 using hcy::client::VORTEN_Array;
@@ -31,16 +32,21 @@ char16_t* codeUnitsOf(const ArrayHandle& array) {
 std::uint64_t fieldCount(int nfields) { return static_cast<std::uint64_t>(std::max(nfields, 0)); }
 
 hcyArray* withFieldNames(ArrayHandle array, int nfields, const char* const* fieldnames) {
-  VORTEN_Array::Struct& part = *hcy::messageOf(array.get()).mutable_struct_();
-  for (int i = 0; i < nfields; ++i) part.add_field_names(fieldnames[i]);
+  auto& names = *hcy::STRUCT_class::write(hcy::messageOf(array.get())).mutable_field_names();
+  names.Reserve(std::max(nfields, 0));
+  for (int i = 0; i < nfields; ++i) *names.Add() = fieldnames[i];
   return array.release();
+}
+
+VORTEN_Array::Sparse& sparsePart(const ArrayHandle& array) {
+  return hcy::SPARSE_class::write(hcy::messageOf(array.get()));
 }
 
 // A sparse array without values yet: row indices for nzmax stored elements, and column starts.
 ArrayHandle makeSparse(std::size_t m, std::size_t n, std::size_t nzmax, bool complex,
                        VORTEN_Array::Sparse::SparseType type) {
   ArrayHandle array = hcy::makeMatrix(VORTEN_Array::SPARSE, m, n, complex);
-  VORTEN_Array::Sparse& sparse = *hcy::messageOf(array.get()).mutable_sparse();
+  VORTEN_Array::Sparse& sparse = sparsePart(array);
   sparse.set_type(type);
   sparse.mutable_ir()->Resize(hcy::checkedSize(nzmax), 0);
   hcy::resizeElementStorage(hcy::messageOf(array.get()), 0);
@@ -129,8 +135,7 @@ hcyArray* hcyCreateStructArray(size_t ndim, const size_t* dims, int nfields,
 
 hcyArray* hcyCreateSparse(size_t m, size_t n, size_t nzmax, hcyComplexity complexity) {
   ArrayHandle array = makeSparse(m, n, nzmax, isComplex(complexity), VORTEN_Array::Sparse::DOUBLE);
-  VORTEN_Array::Double& values =
-      *hcy::messageOf(array.get()).mutable_sparse()->mutable_qxsparsedouble();
+  VORTEN_Array::Double& values = hcy::sparseDoubles(sparsePart(array));
   values.mutable_elements()->Resize(hcy::checkedSize(nzmax), 0.0);
   if (array->proxy->isComplex()) {
     values.mutable_imag_elements()->Resize(hcy::checkedSize(nzmax), 0.0);
@@ -140,10 +145,7 @@ hcyArray* hcyCreateSparse(size_t m, size_t n, size_t nzmax, hcyComplexity comple
 
 hcyArray* hcyCreateSparseLogicalMatrix(size_t m, size_t n, size_t nzmax) {
   ArrayHandle array = makeSparse(m, n, nzmax, false, VORTEN_Array::Sparse::LOGICAL);
-  hcy::messageOf(array.get())
-      .mutable_sparse()
-      ->mutable_logical()
-      ->mutable_elements()
-      ->Resize(hcy::checkedSize(nzmax), false);
+  VORTEN_Array::Logical& values = hcy::sparseLogicals(sparsePart(array));
+  values.mutable_elements()->Resize(hcy::checkedSize(nzmax), false);
   return array.release();
 }

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "array/array_handle.h"
 #include "array/array_maker.h"
@@ -18,24 +20,32 @@ size_t dimension(const hcyArray* array, int which) {
   return which < dimensions.size() ? dimensions[which] : 0;
 }
 
-void resizeToDimensions(hcyArray* array) {
-  array->proxy->resize(hcy::checkedSize(hcy::elementCount(messageOf(array))));
+using DimensionList = google::protobuf::RepeatedField<std::uint64_t>;
+
+// Takes the new dimensions over and gives the array storage for them. Where memory for that cannot
+// be had the old ones stay; dimensions that are too large stay written.
+void setDimensions(hcyArray* array, DimensionList dimensions) {
+  DimensionList& stored = *messageOf(array).mutable_dimension();
+  stored.Swap(&dimensions);
+  try {
+    array->proxy->resize(hcy::checkedSize(hcy::elementCount(messageOf(array))));
+  } catch (const std::bad_alloc&) {
+    stored.Swap(&dimensions);
+    throw;
+  }
 }
 
 void setDimension(hcyArray* array, int which, size_t value) {
   if (which >= messageOf(array).dimension_size()) return;
-  messageOf(array).set_dimension(which, value);
-  resizeToDimensions(array);
+  DimensionList dimensions = messageOf(array).dimension();
+  dimensions[which] = value;
+  setDimensions(array, std::move(dimensions));
 }
 
 void setDimensions(hcyArray* array, const size_t* dims, size_t ndim) {
   if (ndim == 0) throw std::invalid_argument("Number of dimensions must be greater than zero.");
   const std::vector<std::uint64_t> shape = hcy::shapeOf(ndim, dims);
-  auto& dimensions = *messageOf(array).mutable_dimension();
-  dimensions.Reserve(hcy::checkedSize(shape.size()));
-  dimensions.Clear();
-  for (const std::uint64_t value : shape) dimensions.AddAlreadyReserved(value);
-  resizeToDimensions(array);
+  setDimensions(array, DimensionList(shape.begin(), shape.end()));
 }
 
 }  // namespace

@@ -17,8 +17,10 @@ VORTENCharArrayProxy::VORTENCharArrayProxy(std::shared_ptr<VORTEN_Array> message
       codeUnits_(narrowed<char16_t>(CHAR_class::read(this->message()).elements())) {}
 
 void VORTENCharArrayProxy::resize(std::int32_t count) {
+  const auto size = static_cast<std::size_t>(count);
+  codeUnits_.reserve(size);  // so that nothing fails once the message has changed
   VORTENArrayProxy::resize(count);
-  codeUnits_.resize(static_cast<std::size_t>(count));
+  codeUnits_.resize(size);
 }
 
 void* VORTENCharArrayProxy::getData() { return firstOrNull(codeUnits_); }

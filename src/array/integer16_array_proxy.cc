@@ -25,9 +25,13 @@ VORTEN16BitIntegerArrayProxy<Class>::VORTEN16BitIntegerArrayProxy(
 
 template <WidenedClass Class>
 void VORTEN16BitIntegerArrayProxy<Class>::resize(std::int32_t count) {
+  const auto size = static_cast<std::size_t>(count);
+  const std::size_t imaginarySize = isComplex() ? size : imaginary_.size();
+  real_.reserve(size);  // so that nothing fails once the message has changed
+  imaginary_.reserve(imaginarySize);
   VORTENArrayProxy::resize(count);
-  real_.resize(static_cast<std::size_t>(count));
-  if (isComplex()) imaginary_.resize(static_cast<std::size_t>(count));
+  real_.resize(size);
+  imaginary_.resize(imaginarySize);
 }
 
 template <WidenedClass Class>

@@ -52,8 +52,22 @@ void* VORTENStructCellArrayProxy<Class>::getData() {
 
 template <ContainerClass Class>
 void VORTENStructCellArrayProxy<Class>::commit() {
-  resizeElementStorage(message(), static_cast<std::uint32_t>(checkedSize(slots_.size())));
-  auto element = Class::write(message()).mutable_elements()->begin();
+  auto& elements = *Class::write(message()).mutable_elements();
+  try {
+    resizeElementStorage(message(), static_cast<std::uint32_t>(checkedSize(slots_.size())));
+    copySlots(elements);
+  } catch (...) {
+    // A copy that failed halfway is good for nothing but to be destroyed. The slots keep the
+    // contents, for the next time.
+    google::protobuf::RepeatedPtrField<VORTEN_Array>().Swap(&elements);
+    throw;
+  }
+}
+
+template <ContainerClass Class>
+void VORTENStructCellArrayProxy<Class>::copySlots(
+    google::protobuf::RepeatedPtrField<VORTEN_Array>& elements) const {
+  auto element = elements.begin();
   for (const auto& slot : slots_) {
     if (slot) {
       element->CopyFrom(*slot);
@@ -114,7 +128,8 @@ void VORTENStructCellArrayProxy<Class>::addField(std::string name) requires(Clas
   const std::size_t elements = elementsWithSlots();
   std::vector<std::shared_ptr<VORTEN_Array>> regrouped(elements * (fields + 1));
   auto& names = *STRUCT_class::write(message()).mutable_field_names();
-  names.Add(std::move(name));
+  names.Reserve(names.size() + 1);
+  *names.Add() = std::move(name);
   if (fields != 0) {
     for (std::size_t i = 0; i < slots_.size(); ++i) {
       regrouped[i / fields * (fields + 1) + i % fields] = std::move(slots_[i]);

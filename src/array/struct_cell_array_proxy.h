@@ -48,6 +48,8 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
   // How many elements there are slots for; the slots of the last may be incomplete.
   std::size_t elementsWithSlots() const;
 
+  void copySlots(google::protobuf::RepeatedPtrField<VORTEN_Array>& elements) const;
+
   std::vector<std::shared_ptr<VORTEN_Array>> slots_;
   // The number of elements to make slots for when a struct array without fields gets one.
   std::size_t elementsWithoutFields_ = 0;

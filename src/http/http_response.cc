@@ -3,7 +3,9 @@
 #include "http/http_response.h"
 
 #include <boost/algorithm/string/trim.hpp>
-#include <boost/lexical_cast.hpp>
+#include <boost/lexical_cast/bad_lexical_cast.hpp>
+#include <boost/throw_exception.hpp>
+#include <charconv>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -21,6 +23,19 @@ std::string statusMessageOf(std::string_view statusLine) {
   return std::string(statusLine.substr(second + 1));
 }
 
+// An optional sign and decimal digits, whatever the process's locale is; a number behind a minus
+// sign is negated modulo 2 to the 64th.
+std::uint64_t unsignedNumber(std::string_view text) {
+  const bool negative = text.starts_with('-');
+  if (negative || text.starts_with('+')) text.remove_prefix(1);
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    boost::throw_exception(boost::bad_lexical_cast());
+  }
+  return negative ? 0 - number : number;
+}
+
 // The key is looked for anywhere in the line; a line that names the field without a colon behind
 // it declares 0.
 std::uint64_t declaredLengthOf(std::string_view line) {
@@ -29,7 +44,7 @@ std::uint64_t declaredLengthOf(std::string_view line) {
   if (found == std::string_view::npos) return 0;
   line.remove_prefix(found + key.size());
   const std::string value(line.substr(0, line.find("\r\n")));
-  return boost::lexical_cast<std::uint64_t>(boost::algorithm::trim_copy(value));
+  return unsignedNumber(boost::algorithm::trim_copy(value));
 }
 
 }  // namespace

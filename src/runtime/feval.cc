@@ -28,12 +28,11 @@ class BorrowingParams {
  public:
   BorrowingParams(std::int32_t nargout, std::span<const hcyArray* const> inputs) {
     params_.set_nargout(nargout);
+    for (const hcyArray* input : inputs) input->proxy->commit();
     auto& rhs = *params_.mutable_rhs();
     rhs.Reserve(checkedSize(inputs.size()));
-    for (const hcyArray* input : inputs) {
-      input->proxy->commit();
-      rhs.UnsafeArenaAddAllocated(&input->proxy->message());
-    }
+    // Nothing throws once a message is borrowed: only the destructor gives it back.
+    for (const hcyArray* input : inputs) rhs.UnsafeArenaAddAllocated(&messageOf(input));
   }
   BorrowingParams(const BorrowingParams&) = delete;
   BorrowingParams& operator=(const BorrowingParams&) = delete;

@@ -23,8 +23,9 @@ namespace {
 static_assert(offsetof(hcyClientRuntime, setClientCertFile) == 11 * sizeof(void (*)()));
 static_assert(sizeof(hcyClientRuntime) == 25 * sizeof(void (*)()));
 
-std::unique_ptr<hcyClientRuntime> runtimeTable;
-std::string initializationErrorMessage;
+// Never destroyed: static objects of the host may use the library until the program has ended.
+hcyClientRuntime* runtimeTable = nullptr;
+std::string& initializationErrorMessage = *new std::string;
 
 void fillSlots_1_0(hcyClientRuntime& runtime) {
   hcy::fillConfigSlots_1_0(runtime);
@@ -63,18 +64,19 @@ void setInitializationErrorMessage(const std::exception& exception) noexcept {
 hcyClientRuntime* hcyInitialize(void) { return hcyInitializeEx(HCY_CLIENT_RUNTIME_1_0); }
 
 hcyClientRuntime* hcyInitializeEx(int version) {
-  if (runtimeTable) return runtimeTable.get();
+  if (runtimeTable != nullptr) return runtimeTable;
   try {
-    runtimeTable = makeRuntime(version);
+    runtimeTable = makeRuntime(version).release();
   } catch (const std::exception& exception) {
     setInitializationErrorMessage(exception);
   }
-  return runtimeTable.get();
+  return runtimeTable;
 }
 
 void hcyTerminate(void) {
-  if (!runtimeTable) return;
-  runtimeTable.reset();
+  if (runtimeTable == nullptr) return;
+  delete runtimeTable;
+  runtimeTable = nullptr;
   curl_global_cleanup();
   initializationErrorMessage.clear();
 }

@@ -7,7 +7,7 @@
 
 namespace hcy {
 
-// A NUL-terminated text whose storage is wiped before it is given back; never copied on the way.
+// A NUL-terminated text whose storage is wiped before it is given back.
 class SecretText {
  public:
   explicit SecretText(const char* text = "") : text_(new char[std::strlen(text) + 1]) {
@@ -19,7 +19,8 @@ class SecretText {
  private:
   struct WipingDeleter {
     void operator()(char* text) const {
-      explicit_bzero(text, std::strlen(text));
+      // Volatile, or the writes would be left out as dead.
+      for (volatile char* byte = text; *byte != '\0'; ++byte) *byte = '\0';
       delete[] text;
     }
   };

@@ -16,7 +16,8 @@ namespace hcy {
 using client::VORTEN_Array;
 
 // read() gives the typed sub-message, the schema's empty one where it is absent; write() makes it
-// present.
+// present. It allocates before it touches the message: the generated mutable accessor would mark a
+// sub-message present that it then fails to allocate.
 #define HCY_ARRAY_CLASS_TRAITS(type_, name_, storage_, field, Message_, Element_, is_numeric_) \
   struct type_##_class {                                                                       \
     using Message = VORTEN_Array::Message_;                                                    \
@@ -26,7 +27,10 @@ using client::VORTEN_Array;
     static constexpr ElementStorage storage = ElementStorage::storage_;                        \
     static constexpr bool is_numeric = is_numeric_;                                            \
     static const Message& read(const VORTEN_Array& array) { return array.field(); }            \
-    static Message& write(VORTEN_Array& array) { return *array.mutable_##field(); }            \
+    static Message& write(VORTEN_Array& array) {                                               \
+      if (!array.has_##field()) array.set_allocated_##field(new Message());                    \
+      return *array.mutable_##field();                                                         \
+    }                                                                                          \
   };
 HCY_ARRAY_CLASSES(HCY_ARRAY_CLASS_TRAITS)
 #undef HCY_ARRAY_CLASS_TRAITS

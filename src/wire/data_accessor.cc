@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "wire/sparse_values.h"
+
 namespace hcy {
 namespace {
 
@@ -36,12 +38,12 @@ void DataAccessor::accessRepeated(Message& message) {
 }
 
 void DataAccessor::operator()(SPARSE_class) {
-  VORTEN_Array::Sparse& sparse = *array.mutable_sparse();
+  VORTEN_Array::Sparse& sparse = SPARSE_class::write(array);
   complex = true;  // a sparse array hands out the imaginary parts that it has
   if (sparse.type() == VORTEN_Array::Sparse::DOUBLE) {
-    accessRepeated(*sparse.mutable_qxsparsedouble());
+    accessRepeated(sparseDoubles(sparse));
   } else {
-    accessRepeated(*sparse.mutable_logical());
+    accessRepeated(sparseLogicals(sparse));
   }
 }
 

@@ -9,6 +9,7 @@
 namespace hcy {
 
 void failUnservedQXType() {
+  // The failure names the dispatch itself as its place, wherever the code of it lies.
   boost::throw_exception(std::invalid_argument("dispatch_on_QXType"),
                          boost::source_location("dispatch_on_QXType", 12, "dispatch_on_QXType", 1));
 }

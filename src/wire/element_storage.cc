@@ -19,8 +19,14 @@ void resize(google::protobuf::RepeatedField<Element>& elements, std::uint64_t co
 void resize(google::protobuf::RepeatedPtrField<VORTEN_Array>& elements, std::uint64_t count) {
   const int size = checkedSize(count);
   if (elements.size() > size) elements.DeleteSubrange(size, elements.size() - size);
-  elements.Reserve(size);
   while (elements.size() < size) makeEmptyDouble(*elements.Add());
+}
+
+void reserve(std::string& bytes, std::uint64_t count) { bytes.reserve(count); }
+
+template <class Repeated>
+void reserve(Repeated& elements, std::uint64_t count) {
+  elements.Reserve(checkedSize(count));
 }
 
 template <class Message>
@@ -31,12 +37,17 @@ void sizeNew(Message& message, std::uint64_t count, bool complex) {
   }
 }
 
+// Room for both parts is had before either changes: they stay of one length whatever fails.
 template <class Message>
 void resizeParts(Message& message, std::uint64_t count) {
-  resize(*message.mutable_elements(), count);
+  reserve(*message.mutable_elements(), count);
   if constexpr (requires { message.mutable_imag_elements(); }) {
-    if (!message.imag_elements().empty()) resize(*message.mutable_imag_elements(), count);
+    if (!message.imag_elements().empty()) {
+      reserve(*message.mutable_imag_elements(), count);
+      resize(*message.mutable_imag_elements(), count);
+    }
   }
+  resize(*message.mutable_elements(), count);
 }
 
 }  // namespace
@@ -68,7 +79,7 @@ void ElementStorageResizer::operator()(Class) {
 
 void ElementStorageResizer::operator()(SPARSE_class) {
   const std::uint64_t columns = array.dimension_size() > 1 ? array.dimension(1) : 0;
-  resize(*array.mutable_sparse()->mutable_jc(), columns == UINT64_MAX ? columns : columns + 1);
+  resize(*SPARSE_class::write(array).mutable_jc(), columns == UINT64_MAX ? columns : columns + 1);
 }
 
 void sizeInitialStorage(VORTEN_Array& array, std::uint64_t count, bool complex) {

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <regex>
+#include <string>
+
+#include "support/local_server.h"
+#include "support/loopback.h"
+
+namespace hcy::test {
+namespace {
+
+using testing::HasSubstr;
+
+struct Run {
+  int status = -1;
+  std::string output;
+};
+
+// Runs the example against a server of its own, behind `prefix` if there is one.
+Run runNorris(const std::string& prefix) {
+  const LocalServer server;
+  const UnlistenedPort unlistened;
+  const std::string command = prefix + " " HCY_NORRIS " " + server.url() + " " HCY_NORRIS_DATA " " +
+                              unlistened.url() + " 2>&1";
+  Run run;
+  std::FILE* const pipe = popen(command.c_str(), "r");
+  std::array<char, 4096> piece{};
+  while (std::fgets(piece.data(), piece.size(), pipe) != nullptr) run.output += piece.data();
+  run.status = WEXITSTATUS(pclose(pipe));
+  return run;
+}
+
+TEST(Norris, AgreesWithTheCertifiedValuesToNineDigitsAndMore) {
+  const Run run = runNorris("");
+  EXPECT_EQ(run.status, 0) << run.output;
+  const std::regex digits("digits +([0-9.]+)");
+  int compared = 0;
+  for (std::sregex_iterator it(run.output.begin(), run.output.end(), digits), end; it != end; ++it) {
+    EXPECT_GE(std::stod((*it)[1]), 9.0) << run.output;
+    ++compared;
+  }
+  EXPECT_EQ(compared, 7) << run.output;
+}
+
+TEST(Norris, ShowsThreeKindsOfFailure) {
+  const Run run = runNorris("");
+  EXPECT_THAT(run.output, HasSubstr("Error was thrown while executing VORTEN code\n"
+                                    "  example:demonstration: This error was asked for.\n"
+                                    "    at "));
+  EXPECT_THAT(run.output, HasSubstr("A non-200 HTTP response was received\n"
+                                    "  status 404 Not Found\n"));
+  EXPECT_THAT(run.output, HasSubstr("A generic error was thrown\n"
+                                    "  Couldn't connect to server\n"));
+}
+
+#ifdef HCY_VALGRIND
+TEST(Norris, LeaksNothing) {
+  const Run run = runNorris(HCY_VALGRIND
+                            " --quiet --leak-check=full --error-exitcode=99"
+                            " --errors-for-leak-kinds=definite,indirect,possible");
+  EXPECT_EQ(run.status, 0) << run.output;
+}
+#endif
+
+}  // namespace
+}  // namespace hcy::test
