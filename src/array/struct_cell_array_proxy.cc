@@ -16,6 +16,28 @@ namespace {
 // slots for no more than these.
 constexpr std::uint64_t kMostElementsWithoutFields = 1U << 16;
 
+using Elements = google::protobuf::RepeatedPtrField<VORTEN_Array>;
+using Slots = std::vector<std::shared_ptr<VORTEN_Array>>;
+
+Slots copied(const Elements& elements) {
+  Slots slots;
+  slots.reserve(static_cast<std::size_t>(elements.size()));
+  for (const VORTEN_Array& element : elements) {
+    slots.push_back(std::make_shared<VORTEN_Array>(element));
+  }
+  return slots;
+}
+
+// Saves the copies where nobody else holds the message: commit() puts elements back before
+// anybody can see it.
+Slots takenOut(Elements& elements) {
+  Slots slots(static_cast<std::size_t>(elements.size()));
+  for (std::size_t i = slots.size(); i-- > 0;) {
+    slots[i] = std::unique_ptr<VORTEN_Array>(elements.ReleaseLast());
+  }
+  return slots;
+}
+
 }  // namespace
 
 template <ContainerClass Class>
@@ -30,10 +52,12 @@ template <ContainerClass Class>
 VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(std::shared_ptr<VORTEN_Array> message)
     : VORTENArrayProxy(std::move(message)),
       elementsWithoutFields_(std::min(elementCount(this->message()), kMostElementsWithoutFields)) {
-  const auto& elements = Class::read(this->message()).elements();
-  slots_.reserve(static_cast<std::size_t>(elements.size()));
-  for (const VORTEN_Array& element : elements) {
-    slots_.push_back(std::make_shared<VORTEN_Array>(element));
+  if (Class::read(this->message()).elements().empty()) return;
+  auto& elements = *Class::write(this->message()).mutable_elements();
+  if (sharedMessage().use_count() == 1) {
+    slots_ = takenOut(elements);
+  } else {
+    slots_ = copied(elements);
   }
 }
 
@@ -59,7 +83,7 @@ void VORTENStructCellArrayProxy<Class>::commit() {
   } catch (...) {
     // A copy that failed halfway is good for nothing but to be destroyed. The slots keep the
     // contents, for the next time.
-    google::protobuf::RepeatedPtrField<VORTEN_Array>().Swap(&elements);
+    Elements().Swap(&elements);
     throw;
   }
 }

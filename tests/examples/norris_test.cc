@@ -41,7 +41,8 @@ TEST(Norris, AgreesWithTheCertifiedValuesToNineDigitsAndMore) {
   EXPECT_EQ(run.status, 0) << run.output;
   const std::regex digits("digits +([0-9.]+)");
   int compared = 0;
-  for (std::sregex_iterator it(run.output.begin(), run.output.end(), digits), end; it != end; ++it) {
+  for (std::sregex_iterator it(run.output.begin(), run.output.end(), digits), end; it != end;
+       ++it) {
     EXPECT_GE(std::stod((*it)[1]), 9.0) << run.output;
     ++compared;
   }
