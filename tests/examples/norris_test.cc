@@ -17,18 +17,18 @@ namespace {
 
 using testing::HasSubstr;
 
-struct Run {
+struct Outcome {
   int status = -1;
   std::string output;
 };
 
 // Runs the example against a server of its own, behind `prefix` if there is one.
-Run runNorris(const std::string& prefix) {
+Outcome runNorris(const std::string& prefix) {
   const LocalServer server;
   const UnlistenedPort unlistened;
   const std::string command = prefix + " " HCY_NORRIS " " + server.url() + " " HCY_NORRIS_DATA " " +
                               unlistened.url() + " 2>&1";
-  Run run;
+  Outcome run;
   std::FILE* const pipe = popen(command.c_str(), "r");
   std::array<char, 4096> piece{};
   while (std::fgets(piece.data(), piece.size(), pipe) != nullptr) run.output += piece.data();
@@ -37,7 +37,7 @@ Run runNorris(const std::string& prefix) {
 }
 
 TEST(Norris, AgreesWithTheCertifiedValuesToNineDigitsAndMore) {
-  const Run run = runNorris("");
+  const Outcome run = runNorris("");
   EXPECT_EQ(run.status, 0) << run.output;
   const std::regex digits("digits +([0-9.]+)");
   int compared = 0;
@@ -50,7 +50,7 @@ TEST(Norris, AgreesWithTheCertifiedValuesToNineDigitsAndMore) {
 }
 
 TEST(Norris, ShowsThreeKindsOfFailure) {
-  const Run run = runNorris("");
+  const Outcome run = runNorris("");
   EXPECT_THAT(run.output, HasSubstr("Error was thrown while executing VORTEN code\n"
                                     "  example:demonstration: This error was asked for.\n"
                                     "    at "));
@@ -62,7 +62,7 @@ TEST(Norris, ShowsThreeKindsOfFailure) {
 
 #ifdef HCY_VALGRIND
 TEST(Norris, LeaksNothing) {
-  const Run run = runNorris(HCY_VALGRIND
+  const Outcome run = runNorris(HCY_VALGRIND
                             " --quiet --leak-check=full --error-exitcode=99"
                             " --errors-for-leak-kinds=definite,indirect,possible");
   EXPECT_EQ(run.status, 0) << run.output;

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "function_table.h"
+
+#include <algorithm>
+
+#include "functions.h"
+
+namespace hcy::server {
+namespace {
+
+constexpr Function table[] = {
+    {"demo/fail", 2, 3, kAnyNumber, demoFail, "identifier, message, depth = 1",
+     "none: raises that error with depth stack frames"},
+    {"demo/sleep", 1, 1, 1, demoSleep, "seconds (0 to 3600)", "seconds"},
+    {"echo", 0, kAnyNumber, kAnyNumber, echo, "any arrays", "the first of them"},
+    {"linalg/solve", 2, 2, 1, linalgSolve, "A (n by n), B (n by k)", "X, where A * X = B"},
+    {"linalg/svd", 1, 1, 3, linalgSvd, "A (m by n), k = min(m, n)",
+     "singular values | U, S | U (m by k), S (k by k), V (n by k)"},
+    {"math/plus", 2, 2, 1, mathPlus, "A, B (real or complex, equal shape or one a scalar)",
+     "A + B"},
+    {"sparse/multiply", 2, 2, 1, sparseMultiply, "A (sparse, m by n), B (n by k)",
+     "A * B (not sparse)"},
+    {"stats/describe", 1, 1, 1, statsDescribe, "A (m by n)",
+     "1-by-n struct: count, mean, standardDeviation, minimum, median, maximum"},
+    {"stats/linear_fit", 2, 2, 2, statsLinearFit, "x, y (vectors of equal length, 3 or more)",
+     "[b0; b1], struct: standardErrors, residualStandardDeviation, rSquared, degreesOfFreedom"},
+    {"text/split", 1, 2, 1, textSplit, "text, delimiter = ' '", "1-by-n cell of the pieces"},
+    {"text/upper", 1, 1, 1, textUpper, "text (any shape)", "the text in upper case"},
+};
+
+std::string padded(std::string_view text, std::size_t width) {
+  std::string cell(text);
+  cell.resize(std::max(width, text.size()), ' ');
+  return cell;
+}
+
+}  // namespace
+
+std::span<const Function> functions() { return table; }
+
+const Function* findFunction(std::string_view path) {
+  const Function* found = std::ranges::find(table, path, &Function::path);
+  return found == std::end(table) ? nullptr : found;
+}
+
+std::string listOfFunctions() {
+  std::string page =
+      "Functions of this server. POST a VORTEN_Params to the path, get a VORTEN_Result.\n\n" +
+      padded("path", 18) + padded("arguments", 54) + "outputs\n";
+  for (const Function& function : table) {
+    page += padded("/" + std::string(function.path), 18) + padded(function.arguments, 54);
+    page.append(function.outputs).append("\n");
+  }
+  return page;
+}
+
+}  // namespace hcy::server

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The functions that are served, by the path of their URL.
+
+#pragma once
+
+#include <google/protobuf/repeated_ptr_field.h>
+
+#include <chrono>
+#include <limits>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "hcy.client.VORTENArray.pb.h"
+
+namespace hcy::server {
+
+using Array = hcy::client::VORTEN_Array;
+using Arrays = google::protobuf::RepeatedPtrField<Array>;
+
+// One evaluation, as a function sees it. Inputs and outputs share an arena, so an array moves
+// from one to the other without a copy.
+struct Call {
+  Arrays& inputs;
+  // A function may leave more outputs than were asked for; the caller drops them.
+  Arrays& outputs;
+  int nargout;
+  // How long the reply waits.
+  std::chrono::nanoseconds replyDelay{0};
+};
+
+inline constexpr int kAnyNumber = std::numeric_limits<int>::max();
+
+struct Function {
+  // Without the leading slash.
+  std::string_view path;
+  int minInputs;
+  int maxInputs;
+  int maxOutputs;
+  void (*evaluate)(Call&);
+  std::string_view arguments;
+  std::string_view outputs;
+};
+
+std::span<const Function> functions();
+
+// Null if there is none.
+const Function* findFunction(std::string_view path);
+
+// A table of the functions as plain text.
+std::string listOfFunctions();
+
+}  // namespace hcy::server

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the table calls. A function trusts that the number of inputs and of outputs is one that its
+// row allows; all else it checks, and raises a FunctionError.
+
+#pragma once
+
+#include "function_table.h"
+
+namespace hcy::server {
+
+void echo(Call& call);
+void mathPlus(Call& call);
+void linalgSolve(Call& call);
+void linalgSvd(Call& call);
+void statsLinearFit(Call& call);
+void statsDescribe(Call& call);
+void textUpper(Call& call);
+void textSplit(Call& call);
+void sparseMultiply(Call& call);
+void demoFail(Call& call);
+void demoSleep(Call& call);
+
+}  // namespace hcy::server

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <Eigen/LU>
+#include <Eigen/SVD>
+#include <limits>
+
+#include "array_values.h"
+#include "function_error.h"
+#include "functions.h"
+#include "matrix_values.h"
+
+namespace hcy::server {
+namespace {
+
+constexpr char kNoConvergence[] = "halcyon:matrix:convergence";
+
+using Decomposition = Eigen::BDCSVD<Eigen::MatrixXd>;
+
+// The factors of an m-by-n matrix with k = min(m, n): U is m-by-k and V is n-by-k, so that no
+// output is ever larger than the argument.
+void putFactors(Call& call, const Decomposition& svd) {
+  makeMatrix(*call.outputs.Add(), svd.matrixU().rows(), svd.matrixU().cols()) = svd.matrixU();
+  const Eigen::VectorXd& values = svd.singularValues();
+  makeMatrix(*call.outputs.Add(), values.size(), values.size()).diagonal() = values;
+  if (call.nargout > 2) {
+    makeMatrix(*call.outputs.Add(), svd.matrixV().rows(), svd.matrixV().cols()) = svd.matrixV();
+  }
+}
+
+// Eigen decomposes no empty matrix.
+void putEmptyFactors(Call& call, Eigen::Index rows, Eigen::Index columns) {
+  if (call.nargout < 2) {
+    makeMatrix(*call.outputs.Add(), 0, 1);
+    return;
+  }
+  makeMatrix(*call.outputs.Add(), rows, 0);
+  makeMatrix(*call.outputs.Add(), 0, 0);
+  makeMatrix(*call.outputs.Add(), columns, 0);
+}
+
+}  // namespace
+
+void linalgSolve(Call& call) {
+  MatrixView a = matrixArgument(call.inputs[0], "A");
+  const MatrixView b = matrixArgument(call.inputs[1], "B");
+  if (a.rows() != a.cols()) throw FunctionError(kArgumentSize, "A is not square.");
+  if (a.rows() != b.rows()) throw FunctionError(kArgumentSize, "A and B differ in rows.");
+  requireFinite(a, "A");
+  MatrixView x = makeMatrix(*call.outputs.Add(), b.rows(), b.cols());
+  if (x.size() == 0) return;
+  // The factors overwrite the argument.
+  const Eigen::PartialPivLU<Eigen::Ref<Eigen::MatrixXd>> lu(a);
+  if (!(lu.rcond() > std::numeric_limits<double>::epsilon())) {
+    throw FunctionError(kMatrixSingular, "A is singular to working precision.");
+  }
+  x = lu.solve(b);
+}
+
+void linalgSvd(Call& call) {
+  const MatrixView a = matrixArgument(call.inputs[0], "A");
+  requireFinite(a, "A");
+  if (a.size() == 0) return putEmptyFactors(call, a.rows(), a.cols());
+  const bool factors = call.nargout > 1;
+  const Decomposition svd(a, factors ? Eigen::ComputeThinU | Eigen::ComputeThinV : 0);
+  if (svd.info() != Eigen::Success) {
+    throw FunctionError(kNoConvergence, "The singular values of A were not found.");
+  }
+  if (factors) return putFactors(call, svd);
+  makeMatrix(*call.outputs.Add(), svd.singularValues().size(), 1) = svd.singularValues();
+}
+
+}  // namespace hcy::server

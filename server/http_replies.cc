@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "http_replies.h"
+
+#include <boost/beast/http/fields.hpp>
+#include <boost/beast/http/verb.hpp>
+#include <exception>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "function_call.h"
+#include "function_table.h"
+
+namespace hcy::server {
+namespace {
+
+namespace http = boost::beast::http;
+
+constexpr std::string_view kPlainText = "text/plain; charset=utf-8";
+constexpr std::string_view kProtobuf = "application/x-google-protobuf";
+constexpr unsigned kHttp11 = 11;
+
+boost::beast::string_view toBoost(std::string_view text) { return {text.data(), text.size()}; }
+
+HttpResponse makeResponse(http::status status, std::string_view contentType, ByteBuffer body) {
+  HttpResponse response(status, kHttp11);
+  response.set(http::field::server, "hcy-local-server");
+  response.set(http::field::content_type, toBoost(contentType));
+  response.content_length(body.size());
+  response.body() = std::move(body);
+  return response;
+}
+
+HttpResponse plainText(http::status status, std::string_view text) {
+  return makeResponse(status, kPlainText, ByteBuffer(text));
+}
+
+HttpResponse methodNotAllowed(std::string_view allowed) {
+  HttpResponse response = plainText(http::status::method_not_allowed,
+                                    "Only " + std::string(allowed) + " is answered here.\n");
+  response.set(http::field::allow, toBoost(allowed));
+  return response;
+}
+
+// Leaves out the query, and the server's own address if the target begins with it.
+std::string_view pathOf(const HttpRequest& request) {
+  std::string_view target(request.target().data(), request.target().size());
+  target = target.substr(0, target.find('?'));
+  const std::size_t schemeEnd = target.find("://");
+  if (target.starts_with('/') || schemeEnd == std::string_view::npos) return target;
+  const std::size_t path = target.find('/', schemeEnd + 3);
+  return path == std::string_view::npos ? "/" : target.substr(path);
+}
+
+Reply call(const Function& function, HttpRequest& request) {
+  std::optional<Evaluation> evaluation = evaluate(function, std::move(request.body()));
+  if (!evaluation) {
+    return {plainText(http::status::bad_request, "The body is no VORTEN_Params.\n")};
+  }
+  return {makeResponse(http::status::ok, kProtobuf, std::move(evaluation->result)),
+          evaluation->replyDelay};
+}
+
+Reply route(HttpRequest& request) {
+  const std::string_view path = pathOf(request);
+  const http::verb method = request.method();
+  if (path == "/") {
+    if (method != http::verb::get && method != http::verb::head) {
+      return {methodNotAllowed("GET, HEAD")};
+    }
+    return {plainText(http::status::ok, listOfFunctions())};
+  }
+  const Function* function = path.starts_with('/') ? findFunction(path.substr(1)) : nullptr;
+  if (function == nullptr) {
+    return {plainText(http::status::not_found, "There is no function of this path.\n")};
+  }
+  if (method != http::verb::post) return {methodNotAllowed("POST")};
+  return call(*function, request);
+}
+
+Reply routeOrFail(HttpRequest& request) try {
+  return route(request);
+} catch (const std::bad_alloc&) {
+  return {plainText(http::status::internal_server_error, "Not enough memory.\n")};
+} catch (const std::exception& error) {
+  return {plainText(http::status::internal_server_error, std::string(error.what()) + "\n")};
+}
+
+}  // namespace
+
+Reply refusal(http::status status, std::string_view reason) {
+  Reply reply{plainText(status, reason)};
+  reply.message.keep_alive(false);
+  return reply;
+}
+
+std::optional<Reply> refusalOfHeader(const HttpRequest& request) {
+  if (request.version() == kHttp11 && request.count(http::field::host) != 1) {
+    return refusal(http::status::bad_request, "The request names no host, or several.\n");
+  }
+  if (request.count(http::field::transfer_encoding) > 0 && !request.chunked()) {
+    return refusal(http::status::not_implemented, "Of transfer codings, chunked is known.\n");
+  }
+  return std::nullopt;
+}
+
+Reply replyTo(HttpRequest& request) {
+  Reply reply = routeOrFail(request);
+  reply.message.version(request.version());
+  reply.message.keep_alive(request.keep_alive());
+  // The length stays, as it would be for GET.
+  if (request.method() == http::verb::head) reply.message.body() = ByteBuffer();
+  return reply;
+}
+
+}  // namespace hcy::server

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+#include "options.h"
+#include "server.h"
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    const hcy::server::CommandLine commandLine = hcy::server::parseCommandLine(argc, argv);
+    if (!commandLine.options) return commandLine.exitStatus;
+    hcy::server::Server server(*commandLine.options);
+    std::cout << "listening on " << server.url() << std::endl;
+    server.run();
+    return EXIT_SUCCESS;
+  } catch (const std::exception& error) {
+    std::cerr << "hcy-local-server: " << error.what() << '\n';
+    return EXIT_FAILURE;
+  }
+}

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The command line.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace hcy::server {
+
+// Protocol Buffers messages end at 2 GiB - 1, so longer bodies would be of no use.
+inline constexpr std::uint64_t kLargestBody = 2147483647;
+
+struct Options {
+  std::string host = "127.0.0.1";
+  std::uint16_t port = 8080;
+  std::uint64_t maxBody = kLargestBody;
+  bool stopOnEof = false;
+  // PEM files; empty for plain HTTP.
+  std::string certificateFile;
+  std::string keyFile;
+  // PEM file; if set, a client must show a certificate that one of these signed.
+  std::string clientCaFile;
+
+  bool usesTls() const { return !certificateFile.empty(); }
+};
+
+struct CommandLine {
+  // Absent if there is nothing to serve: help or version was asked for, or an option is wrong.
+  std::optional<Options> options;
+  int exitStatus = 0;
+};
+
+CommandLine parseCommandLine(int argc, char** argv);
+
+}  // namespace hcy::server

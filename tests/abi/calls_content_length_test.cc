@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Odd Content-Length fields, where libcurl lets them pass. It reads the field of that name itself,
+// in whatever case, and ends the transfer on a value that is no number.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "support/call_test.h"
+
+namespace hcy::abi {
+namespace {
+
+using test::Connection;
+using test::readRequest;
+using test::ScriptServer;
+using test::send;
+using test::waitForClose;
+
+const Failure kOverTheLimit = genericFailure(
+    "Failed writing received data to disk/application\n"
+    "This might happen if response content size is larger than the response size limit.\n"
+    "You can increase response size limit using setResponseSizeLimit method.");
+const Failure kNoNumber =
+    genericFailure("bad lexical cast: source type value could not be interpreted as target");
+const Failure kWeirdReply = genericFailure("Weird server reply");
+
+class CallsContentLength : public CallTest {
+ protected:
+  // The answer behind these header lines and the end of the connection.
+  static Connection answeringWith(const std::string& headerLines) {
+    return {readRequest(), send("HTTP/1.1 200 OK\r\n" + headerLines + "\r\n" + answer()),
+            test::halfClose(), waitForClose()};
+  }
+
+  double resultWith(const std::string& headerLines) {
+    const ScriptServer server({answeringWith(headerLines), answering()});
+    const double result = resultOf(server.url());
+    EXPECT_EQ(resultOf(server.url()), kAnswer);
+    return result;
+  }
+
+  Failure failureWith(const std::string& headerLines) {
+    const ScriptServer server({answeringWith(headerLines), answering()});
+    const Failure failure = failureOf(server.url());
+    EXPECT_EQ(resultOf(server.url()), kAnswer);
+    return failure;
+  }
+
+  const std::string size = std::to_string(answer().size());
+};
+
+TEST_F(CallsContentLength, inLowerCaseIsNotHeldAgainstTheLimit) {
+  library->setResponseSizeLimit(config.get(), static_cast<std::uint32_t>(answer().size()));
+  const std::string more = test::bytesField(99, "more");
+  const std::string length = std::to_string(answer().size() + more.size());
+  const ScriptServer server({Connection{
+      readRequest(),
+      send("HTTP/1.1 200 OK\r\ncontent-length: " + length + "\r\n\r\n" + answer() + more),
+      waitForClose()}});
+  EXPECT_EQ(resultOf(server.url()), kAnswer);
+}
+
+TEST_F(CallsContentLength, inLowerCaseStillEndsTheBody) {
+  EXPECT_EQ(resultWith("content-length: " + size + "\r\n"), kAnswer);
+}
+
+TEST_F(CallsContentLength, withBlanksAround) {
+  EXPECT_EQ(resultWith("Content-Length:  " + size + " \r\n"), kAnswer);
+}
+
+TEST_F(CallsContentLength, withoutABlank) {
+  EXPECT_EQ(resultWith("Content-Length:" + size + "\r\n"), kAnswer);
+}
+
+TEST_F(CallsContentLength, ofAnotherFieldOverTheLimitRefusesTheBody) {
+  EXPECT_EQ(failureWith("X-Upstream-Content-Length: 67108865\r\n"), kOverTheLimit);
+}
+
+TEST_F(CallsContentLength, ofAnotherFieldWithinTheLimitChangesNothing) {
+  EXPECT_EQ(resultWith("X-Upstream-Content-Length: 99\r\n"), kAnswer);
+}
+
+TEST_F(CallsContentLength, ofAnotherFieldThatIsNoNumberFailsTheCall) {
+  EXPECT_EQ(failureWith("X-Upstream-Content-Length: 4x\r\n"), kNoNumber);
+  EXPECT_EQ(failureWith("X-Upstream-Content-Length:\r\n"), kNoNumber);
+  EXPECT_EQ(failureWith("X-Upstream-Content-Length: 4 2\r\n"), kNoNumber);
+  EXPECT_EQ(failureWith("X-Upstream-Content-Length: 18446744073709551616\r\n"), kNoNumber);
+}
+
+TEST_F(CallsContentLength, ofAnotherFieldThatIsNegativeRefusesTheBody) {
+  EXPECT_EQ(failureWith("X-Upstream-Content-Length: -1\r\n"), kOverTheLimit);
+}
+
+TEST_F(CallsContentLength, ofAnotherFieldMinusZeroChangesNothing) {
+  EXPECT_EQ(resultWith("X-Upstream-Content-Length: -0\r\n"), kAnswer);
+}
+
+TEST_F(CallsContentLength, theLastFieldCounts) {
+  EXPECT_EQ(resultWith("X-Upstream-Content-Length: 67108865\r\nContent-Length: " + size + "\r\n"),
+            kAnswer);
+  EXPECT_EQ(failureWith("Content-Length: " + size + "\r\nX-Upstream-Content-Length: 67108865\r\n"),
+            kOverTheLimit);
+}
+
+TEST_F(CallsContentLength, aHintThatOnlyBeginsWithTheNameDeclaresNothing) {
+  EXPECT_EQ(resultWith("X-Upstream-Content-Length: 67108865\r\nX-Content-Length-Hint: 7\r\n"),
+            kAnswer);
+}
+
+TEST_F(CallsContentLength, ofAnInterimReplyCountsUntilALaterOne) {
+  const ScriptServer server(
+      {Connection{readRequest(),
+                  send("HTTP/1.1 103 Early Hints\r\nX-Content-Length: 67108865\r\n"
+                       "\r\nHTTP/1.1 200 OK\r\n\r\n" +
+                       answer()),
+                  test::halfClose(), waitForClose()},
+       answering()});
+  EXPECT_EQ(failureOf(server.url()), kOverTheLimit);
+  EXPECT_EQ(resultOf(server.url()), kAnswer);
+}
+
+TEST_F(CallsContentLength, ofATrailerThatIsNoNumberFailsTheCall) {
+  const ScriptServer server({Connection{readRequest(),
+                                        send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
+                                             "1\r\nx\r\n0\r\nX-Content-Length: x\r\n\r\n"),
+                                        waitForClose()},
+                             answering()});
+  EXPECT_EQ(failureOf(server.url()), kNoNumber);
+  EXPECT_EQ(resultOf(server.url()), kAnswer);
+}
+
+TEST_F(CallsContentLength, isNotHeededByLibcurlWhereTheReplyIsChunked) {
+  const ScriptServer server(
+      {Connection{readRequest(),
+                  send("HTTP/1.1 200 OK\r\nContent-Length: 3\r\nTransfer-Encoding: "
+                       "chunked\r\n\r\n" +
+                       chunk(answer()) + chunk("")),
+                  test::halfClose(), waitForClose()},
+       answering()});
+  EXPECT_EQ(resultOf(server.url()), kAnswer);
+  EXPECT_EQ(resultOf(server.url()), kAnswer);
+}
+
+TEST_F(CallsContentLength, withoutAValue) {
+  EXPECT_EQ(failureWith("Content-Length:\r\n"), kWeirdReply);
+}
+
+TEST_F(CallsContentLength, thatIsNoNumber) {
+  EXPECT_EQ(failureWith("Content-Length: 4x\r\n"), kNoNumber);
+}
+
+TEST_F(CallsContentLength, thatIsNegative) {
+  EXPECT_EQ(failureWith("Content-Length: -1\r\n"), kWeirdReply);
+}
+
+TEST_F(CallsContentLength, of64BitsAndMore) {
+  EXPECT_EQ(failureWith("Content-Length: 18446744073709551616\r\n"), kNoNumber);
+}
+
+TEST_F(CallsContentLength, ofTwoThatDifferTheLastCounts) {
+  EXPECT_EQ(resultWith("Content-Length: 3\r\nContent-Length: " + size + "\r\n"), kAnswer);
+}
+
+}  // namespace
+}  // namespace hcy::abi

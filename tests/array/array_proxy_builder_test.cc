@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "array/array_proxy_builder.h"
+
+#include <array>
+#include <stdexcept>
+#include <typeindex>
+#include <typeinfo>
+
+#include "array/char_array_proxy.h"
+#include "array/integer16_array_proxy.h"
+#include "array/struct_cell_array_proxy.h"
+#include "support/array_messages.h"
+
+namespace hcy {
+namespace {
+
+VORTEN_Array::QXType asType(int number) { return static_cast<VORTEN_Array::QXType>(number); }
+
+std::type_index proxyClassOf(int type) {
+  switch (type) {
+    case VORTEN_Array::UINT16:
+      return typeid(VORTEN16BitIntegerArrayProxy<UINT16_class>);
+    case VORTEN_Array::INT16:
+      return typeid(VORTEN16BitIntegerArrayProxy<INT16_class>);
+    case VORTEN_Array::CHAR:
+      return typeid(VORTENCharArrayProxy);
+    case VORTEN_Array::STRUCT:
+      return typeid(VORTENStructCellArrayProxy<STRUCT_class>);
+    case VORTEN_Array::CELL:
+      return typeid(VORTENStructCellArrayProxy<CELL_class>);
+    default:
+      return typeid(VORTENArrayProxy);
+  }
+}
+
+std::unique_ptr<VORTENArrayProxy> created(int type, std::vector<std::uint64_t> dimensions,
+                                          bool complex, std::uint64_t count) {
+  return ArrayProxyBuilder::create(asType(type), dimensions, complex, count);
+}
+
+template <class Call>
+void expectUnserved(Call call) {
+  try {
+    call();
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const std::invalid_argument& failure) {
+    EXPECT_STREQ(failure.what(), "dispatch_on_QXType");
+  }
+}
+
+TEST(ProxyBuilder, PicksTheClassOfTheType) {
+  for (int type = 0; type <= 14; ++type) {
+    const auto message = std::make_shared<VORTEN_Array>(test::arrayOf(type, {0, 0}));
+    const auto over = ArrayProxyBuilder::over(message);
+    const auto fresh = created(type, {0, 0}, false, 0);
+    const auto copy = over->clone();
+    for (const VORTENArrayProxy* proxy : {over.get(), fresh.get(), copy.get()}) {
+      EXPECT_EQ(std::type_index(typeid(*proxy)), proxyClassOf(type)) << type;
+    }
+  }
+}
+
+TEST(ProxyBuilder, SharesTheMessageItIsGiven) {
+  for (int type = 0; type <= 14; ++type) {
+    const auto message = std::make_shared<VORTEN_Array>(test::arrayOf(type, {0, 0}));
+    const auto proxy = ArrayProxyBuilder::over(message);
+    EXPECT_EQ(proxy->sharedMessage(), message);
+    EXPECT_EQ(message.use_count(), 2);
+    EXPECT_NE(proxy->clone()->sharedMessage(), message);
+  }
+}
+
+TEST(ProxyBuilder, RefusesTypesThatAreNotServed) {
+  for (const int type : test::unservedTypes) {
+    const auto message = std::make_shared<VORTEN_Array>(test::arrayOf(type, {1, 1}));
+    expectUnserved([&] { ArrayProxyBuilder::over(message); });
+    expectUnserved([&] { created(type, {1, 1}, false, 1); });
+    EXPECT_EQ(message.use_count(), 1);
+  }
+}
+
+TEST(NewProxy, HasTypeDimensionsAndStorage) {
+  const auto proxy = created(VORTEN_Array::SINGLE, {2, 3, 1}, true, 6);
+  const VORTEN_Array& message = proxy->message();
+  EXPECT_EQ(message.type(), VORTEN_Array::SINGLE);
+  EXPECT_EQ(test::numbers(message.dimension()), (test::Numbers{2, 3, 1}));
+  EXPECT_EQ(test::numbers(message.single().elements()), test::Numbers(6, 0.0));
+  EXPECT_EQ(test::numbers(message.single().imag_elements()), test::Numbers(6, 0.0));
+  EXPECT_TRUE(proxy->isComplex());
+}
+
+TEST(NewProxy, OfNoElementsHasNoTypedPartAndIsReal) {
+  for (int type = 0; type <= 14; ++type) {
+    const auto proxy = created(type, {0, 7}, true, 0);
+    EXPECT_FALSE(test::hasTypedPart(proxy->message())) << type;
+    EXPECT_FALSE(proxy->isComplex()) << type;
+  }
+}
+
+TEST(NewProxy, OfTextIsNeverComplex) {
+  EXPECT_FALSE(created(VORTEN_Array::CHAR, {1, 2}, true, 2)->isComplex());
+}
+
+TEST(NewProxy, RefusesADimensionOverTheLimit) {
+  for (int type = 0; type <= 14; ++type) {
+    try {
+      created(type, {2147483648, 0}, false, 0);
+      ADD_FAILURE() << "nothing was thrown for " << type;
+    } catch (const std::bad_cast& failure) {
+      EXPECT_STREQ(failure.what(), "bad numeric conversion: positive overflow");
+    }
+  }
+}
+
+TEST(NewProxy, TakesItsComplexityFromTheMessageItShares) {
+  const auto complex = std::make_shared<VORTEN_Array>(test::complexRowOf<INT16_class>({1}, {2}));
+  EXPECT_TRUE(ArrayProxyBuilder::over(complex)->isComplex());
+  const auto real = std::make_shared<VORTEN_Array>(test::rowOf<INT16_class>({1}));
+  real->set_iscomplex(true);
+  EXPECT_FALSE(ArrayProxyBuilder::over(real)->isComplex());
+}
+
+TEST(ProxyElementSize, IsThatOfTheCallersElements) {
+  constexpr std::array<std::size_t, 14> sizes = {1, 1, 2, 2, 4, 4, 8, 8, 4, 8, 1, 2, 8, 8};
+  for (int type = 0; type < 14; ++type) {
+    EXPECT_EQ(created(type, {1, 1}, false, 1)->getElementSize(),
+              sizes[static_cast<std::size_t>(type)])
+        << type;
+  }
+}
+
+}  // namespace
+}  // namespace hcy

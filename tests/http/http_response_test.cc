@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "http/http_response.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <type_traits>
+
+namespace hcy {
+namespace {
+
+using ::testing::ElementsAre;
+
+constexpr std::uint32_t kLimit = 67108864;
+
+std::string bodyOf(const Response& response) {
+  return {response.bodyData(), static_cast<std::size_t>(response.bodySize())};
+}
+
+std::string statusMessageOf(const std::string& statusLine) {
+  HttpResponse response(kLimit);
+  response.addHeaderLine(statusLine);
+  return response.statusMessage();
+}
+
+static_assert(!std::is_copy_constructible_v<HttpResponse>);
+static_assert(!std::is_copy_assignable_v<HttpResponse>);
+
+TEST(HttpResponse, isEmptyAtFirst) {
+  const HttpResponse response(kLimit);
+  EXPECT_EQ(response.statusCode(), 0U);
+  EXPECT_EQ(response.statusMessage(), "");
+  EXPECT_EQ(response.bodySize(), 0U);
+  EXPECT_NE(response.bodyData(), nullptr);
+  EXPECT_EQ(response.declaredLength(), 0U);
+  EXPECT_TRUE(response.headerLines().empty());
+}
+
+TEST(HttpResponse, storesTheStatusCodeItIsGiven) {
+  HttpResponse response(kLimit);
+  response.setStatusCode(4294967295);
+  EXPECT_EQ(response.statusCode(), 4294967295U);
+}
+
+TEST(HttpResponse, bodyGrowsPieceByPieceAndHoldsAnyByte) {
+  HttpResponse response(kLimit);
+  EXPECT_TRUE(response.appendBody("ab\0", 3));
+  EXPECT_TRUE(response.appendBody("\xFF", 1));
+  EXPECT_EQ(bodyOf(response), std::string("ab\0\xFF", 4));
+}
+
+TEST(HttpResponse, emptyPieceIsTakenAndChangesNothing) {
+  HttpResponse response(kLimit);
+  EXPECT_TRUE(response.appendBody(nullptr, 0));
+  EXPECT_EQ(response.bodySize(), 0U);
+  EXPECT_NE(response.bodyData(), nullptr);
+  EXPECT_TRUE(response.appendBody("ab", 2));
+  EXPECT_TRUE(response.appendBody(nullptr, 0));
+  EXPECT_EQ(bodyOf(response), "ab");
+}
+
+TEST(HttpResponse, declaredLengthAtTheLimitIsAccepted) {
+  HttpResponse response(kLimit);
+  response.addHeaderLine("Content-Length: 67108864\r\n");
+  EXPECT_TRUE(response.appendBody("ab", 2));
+  EXPECT_EQ(bodyOf(response), "ab");
+}
+
+TEST(HttpResponse, declaredLengthOneAboveTheLimitRefusesTheFirstPiece) {
+  HttpResponse response(kLimit);
+  response.addHeaderLine("Content-Length: 67108865\r\n");
+  EXPECT_FALSE(response.appendBody("ab", 2));
+  EXPECT_EQ(response.bodySize(), 0U);
+}
+
+TEST(HttpResponse, declaredLengthOverTheLimitRefusesAnEmptyPieceToo) {
+  HttpResponse response(3);
+  response.addHeaderLine("Content-Length: 4\r\n");
+  EXPECT_FALSE(response.appendBody("", 0));
+}
+
+TEST(HttpResponse, declaredLengthThatComesLateRefusesTheNextPieceAndKeepsTheEarlierOnes) {
+  HttpResponse response(3);
+  EXPECT_TRUE(response.appendBody("ab", 2));
+  response.addHeaderLine("Content-Length: 4\r\n");
+  EXPECT_FALSE(response.appendBody("c", 1));
+  EXPECT_EQ(bodyOf(response), "ab");
+}
+
+TEST(HttpResponse, bytesReceivedAreNotLimited) {
+  HttpResponse response(1);
+  EXPECT_TRUE(response.appendBody("abc", 3));
+  EXPECT_TRUE(response.appendBody("def", 3));
+  EXPECT_EQ(bodyOf(response), "abcdef");
+}
+
+TEST(HttpResponse, limitOf0RefusesOnlyWhatDeclaresALength) {
+  HttpResponse response(0);
+  EXPECT_TRUE(response.appendBody("a", 1));
+  response.addHeaderLine("Content-Length: 1\r\n");
+  EXPECT_FALSE(response.appendBody("b", 1));
+}
+
+// A limit taken as signed would be negative, and a length cut to 32 bits would be 0.
+TEST(HttpResponse, limitAndLengthAreComparedUnsignedAndWhole) {
+  HttpResponse largest(4294967295);
+  largest.addHeaderLine("Content-Length: 4294967295\r\n");
+  EXPECT_TRUE(largest.appendBody("a", 1));
+  largest.addHeaderLine("Content-Length: 4294967296\r\n");
+  EXPECT_FALSE(largest.appendBody("b", 1));
+}
+
+TEST(HttpResponse, headerLinesAreKeptAsTheyCame) {
+  HttpResponse response(kLimit);
+  const std::string odd("X-Odd: \0\xFF\r\n", 11);
+  response.addHeaderLine("HTTP/1.1 200 OK\r\n");
+  response.addHeaderLine(odd);
+  response.addHeaderLine("\r\n");
+  EXPECT_THAT(response.headerLines(), ElementsAre("HTTP/1.1 200 OK\r\n", odd, "\r\n"));
+}
+
+TEST(HttpResponse, statusMessageIsAllBehindTheSecondBlankLineEndIncluded) {
+  EXPECT_EQ(statusMessageOf("HTTP/1.1 404 Not Found\r\n"), "Not Found\r\n");
+  EXPECT_EQ(statusMessageOf("HTTP/1.1 500 Internal Server Error\r\n"), "Internal Server Error\r\n");
+  EXPECT_EQ(statusMessageOf("HTTP/1.1 200 \r\n"), "\r\n");
+  EXPECT_EQ(statusMessageOf("HTTP/1.1 200 OK"), "OK");
+  EXPECT_EQ(statusMessageOf("HTTP/1.1  200 OK\r\n"), "200 OK\r\n");
+}
+
+TEST(HttpResponse, statusMessageIsEmptyWithoutASecondBlank) {
+  EXPECT_EQ(statusMessageOf("HTTP/1.1 200\r\n"), "");
+  EXPECT_EQ(statusMessageOf("HTTP/1.1\r\n"), "");
+  EXPECT_EQ(statusMessageOf(""), "");
+}
+
+TEST(HttpResponse, statusMessageIsThatOfTheFirstLineEver) {
+  HttpResponse response(kLimit);
+  response.addHeaderLine("HTTP/1.1 100 Continue\r\n");
+  response.addHeaderLine("\r\n");
+  response.addHeaderLine("HTTP/1.1 404 Not Found\r\n");
+  EXPECT_EQ(response.statusMessage(), "Continue\r\n");
+}
+
+TEST(HttpResponse, statusMessageStaysEmptyWhenTheFirstLineHasNone) {
+  HttpResponse response(kLimit);
+  response.addHeaderLine("HTTP/1.1 100\r\n");
+  response.addHeaderLine("HTTP/1.1 404 Not Found\r\n");
+  EXPECT_EQ(response.statusMessage(), "");
+}
+
+}  // namespace
+}  // namespace hcy

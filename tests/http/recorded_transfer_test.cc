@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The calls to libcurl of one transfer, and those of them that fail.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <boost/numeric/conversion/cast.hpp>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "http/http_client.h"
+#include "http/http_response.h"
+#include "support/failing_memory.h"
+#include "support/process_curl.h"
+#include "support/recorded_curl.h"
+#include "support/script_server.h"
+
+namespace hcy {
+namespace {
+
+using test::Connection;
+using test::FailingAllocation;
+using test::httpReply;
+using test::readRequest;
+using test::recordedCurl;
+using test::ScriptServer;
+using ::testing::ElementsAre;
+
+class RecordedTransfer : public ::testing::Test {
+ protected:
+  RecordedTransfer() { recordedCurl() = {}; }
+
+  std::unique_ptr<Request> request() {
+    std::unique_ptr<Request> made = client().createRequest(server.url());
+    made->setBody("body", 4);
+    return made;
+  }
+
+  QXHttpClient& client() {
+    if (!client_) client_ = std::make_unique<QXHttpClient>();
+    return *client_;
+  }
+
+  const test::ProcessCurl curl;
+  ScriptServer server{{Connection{test::replyToEach(httpReply(200, "OK", "fine"))}}};
+
+ private:
+  std::unique_ptr<QXHttpClient> client_;
+};
+
+TEST_F(RecordedTransfer, setsTheBodyAsPointerAndLargeSize) {
+  const std::unique_ptr<Request> made = client().createRequest(server.url());
+  recordedCurl().calls.clear();
+  made->setBody("body", 4);
+  EXPECT_THAT(recordedCurl().calls, ElementsAre("POSTFIELDS", "POSTFIELDSIZE_LARGE=4"));
+}
+
+TEST_F(RecordedTransfer, passesOnABodySizeOver32Bits) {
+  const std::unique_ptr<Request> made = client().createRequest(server.url());
+  recordedCurl().calls.clear();
+  made->setBody("body", std::uint64_t{5} << 32);
+  EXPECT_THAT(recordedCurl().calls, ElementsAre("POSTFIELDS", "POSTFIELDSIZE_LARGE=21474836480"));
+}
+
+TEST_F(RecordedTransfer, setsAllItsOptionsAnewEachTime) {
+  const std::unique_ptr<Request> made = request();
+  const std::string header =
+      "HTTPHEADER=Content-Type: application/x-google-protobuf|User-Agent: Halcyon C client|"
+      "Expect: ";
+  for (int i = 0; i < 2; ++i) {
+    recordedCurl().calls.clear();
+    made->perform();
+    EXPECT_THAT(recordedCurl().calls,
+                ElementsAre("URL=" + server.url(), header, "HEADERFUNCTION", "HEADERDATA",
+                            "WRITEFUNCTION", "WRITEDATA", "easy_perform"));
+  }
+}
+
+TEST_F(RecordedTransfer, takesAHeaderLineWholeWhateverBytesItHolds) {
+  const std::string line("X-Odd: \0\xFF", 9);
+  recordedCurl().delivery = {line, ""};
+  const std::unique_ptr<Response> response = request()->perform();
+  EXPECT_THAT(dynamic_cast<HttpResponse&>(*response).headerLines(), ElementsAre(line));
+}
+
+TEST_F(RecordedTransfer, takesBodyDataInItemsOfAnySize) {
+  recordedCurl().delivery = {"\r\n", "four"};
+  const std::unique_ptr<Response> response = request()->perform();
+  EXPECT_EQ(std::string(response->bodyData(), response->bodySize()), "four");
+}
+
+TEST_F(RecordedTransfer, freesItsHeaderListAfterASuccess) {
+  const std::unique_ptr<Request> made = request();
+  for (int i = 0; i < 3; ++i) {
+    made->perform();
+    EXPECT_EQ(recordedCurl().lists, 0);
+  }
+}
+
+TEST_F(RecordedTransfer, freesItsHeaderListAfterAFailure) {
+  const test::UnlistenedPort port;
+  const std::unique_ptr<Request> made = client().createRequest(port.url());
+  made->setBody("body", 4);
+  EXPECT_THROW(made->perform(), std::runtime_error);
+  EXPECT_EQ(recordedCurl().lists, 0);
+  EXPECT_EQ(recordedCurl().handles, 1);
+}
+
+TEST_F(RecordedTransfer, withoutAHandleAClientCannotBeMade) {
+  recordedCurl().easyInitFails = true;
+  EXPECT_THROW(QXHttpClient{}, std::runtime_error);
+  EXPECT_EQ(recordedCurl().count("easy_init"), 1U);
+}
+
+TEST_F(RecordedTransfer, aNegativeStatusCodeIsNegativeOverflow) {
+  const std::unique_ptr<Request> made = request();
+  recordedCurl().responseCode = -1;
+  try {
+    made->perform();
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const boost::numeric::bad_numeric_cast& failure) {
+    EXPECT_STREQ(failure.what(), "bad numeric conversion: negative overflow");
+  }
+  EXPECT_EQ(recordedCurl().lists, 0);
+  recordedCurl().responseCode.reset();
+  EXPECT_EQ(made->perform()->statusCode(), 200U);
+}
+
+TEST_F(RecordedTransfer, aHeaderListThatCannotBeMadeIsBadAllocAtAnyLine) {
+  const std::unique_ptr<Request> made = request();
+  for (int working = 0; working < 3; ++working) {
+    recordedCurl().listAppendsThatWork = working;
+    EXPECT_THROW(made->perform(), std::bad_alloc) << working;
+    EXPECT_EQ(recordedCurl().lists, 0) << working;
+  }
+  recordedCurl().listAppendsThatWork.reset();
+  EXPECT_EQ(made->perform()->statusCode(), 200U);
+}
+
+TEST_F(RecordedTransfer, aBodyThatCannotGrowRefusesThePieceAndKeepsTheEarlierOnes) {
+  HttpResponse response(10);
+  EXPECT_TRUE(response.appendBody("ab", 2));
+  {
+    const FailingAllocation failing(0);
+    EXPECT_FALSE(response.appendBody("cd", 2));
+    EXPECT_TRUE(failing.hasFailed());
+  }
+  EXPECT_EQ(response.bodySize(), 2U);
+  EXPECT_TRUE(response.appendBody("ef", 2));
+  EXPECT_EQ(std::string(response.bodyData(), 4), "abef");
+}
+
+TEST_F(RecordedTransfer, aResponseWithoutItsFirstByteCannotBeMade) {
+  const FailingAllocation failing(0);
+  EXPECT_THROW(HttpResponse{10}, std::bad_alloc);
+}
+
+// Whatever allocation of ours fails, something is thrown, all is released, and the request can be
+// performed again.
+TEST_F(RecordedTransfer, survivesEveryAllocationThatFails) {
+  const std::unique_ptr<Request> made = request();
+  bool failed = true;
+  for (std::size_t working = 0; failed; ++working) {
+    ASSERT_LT(working, 1000U);
+    {
+      const FailingAllocation failing(working);
+      try {
+        made->perform();
+      } catch (const std::exception&) {
+        EXPECT_TRUE(failing.hasFailed()) << working;
+      }
+      failed = failing.hasFailed();
+    }
+    EXPECT_EQ(recordedCurl().lists, 0) << working;
+    EXPECT_EQ(made->perform()->bodySize(), 4U) << working;
+  }
+}
+
+}  // namespace
+}  // namespace hcy

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Messages that no honest client sends. Each is answered, and the server lives on: its exit status
+// is checked when it stops.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "calls.h"
+#include "http_client.h"
+
+namespace hcy::test {
+namespace {
+
+constexpr std::uint64_t kHuge = std::uint64_t{1} << 63;
+
+TEST(HostileMessages, LieAboutDimensions) {
+  const LocalServer server;
+  for (const Dimensions& dimensions :
+       {Dimensions{kHuge, 2}, Dimensions{kHuge, kHuge},
+        Dimensions{std::uint64_t{1} << 32, std::uint64_t{1} << 32}, Dimensions{2, 2},
+        Dimensions{0, 1}, Dimensions{}, Dimensions{1}, Dimensions{~std::uint64_t{0}, 1},
+        Dimensions(1000, kHuge)}) {
+    const auto liar = doubles(dimensions, {1});
+    for (const char* path : {"/math/plus", "/linalg/solve", "/stats/linear_fit"}) {
+      EXPECT_EQ(errorOf(server, path, 1, {liar, liar}), "halcyon:argument:size") << path;
+    }
+    EXPECT_EQ(errorOf(server, "/stats/describe", 1, {liar}), "halcyon:argument:size");
+    auto text = chars(u"a");
+    *text.mutable_dimension() = liar.dimension();
+    EXPECT_EQ(errorOf(server, "/text/upper", 1, {text}), "halcyon:argument:size");
+    EXPECT_EQ(errorOf(server, "/text/split", 1, {text}), "halcyon:argument:size");
+  }
+}
+
+TEST(HostileMessages, OverflowTheNumberOfElements) {
+  const LocalServer server;
+  // Modulo 2^64 the products are 0, the number of elements that are held.
+  for (const Dimensions& dimensions : {Dimensions{kHuge, 2}, Dimensions{4, kHuge, 5}}) {
+    const auto liar = doubles(dimensions, {});
+    EXPECT_EQ(errorOf(server, "/math/plus", 1, {liar, liar}), "halcyon:argument:size");
+  }
+}
+
+TEST(HostileMessages, HideHugeExtentsBesideAZero) {
+  const LocalServer server;
+  const auto flat = doubles({0, kHuge}, {}), tall = doubles({kHuge, 0}, {});
+  EXPECT_EQ(dimensionsOf(outputs(server, "/math/plus", 1, {flat, flat})[0]),
+            (Dimensions{0, kHuge}));
+  EXPECT_EQ(errorOf(server, "/linalg/svd", 3, {tall}), "halcyon:argument:size");
+  EXPECT_EQ(errorOf(server, "/linalg/solve", 1, {flat, tall}), "halcyon:argument:size");
+  EXPECT_EQ(errorOf(server, "/stats/describe", 1, {tall}), "halcyon:argument:size");
+  EXPECT_EQ(errorOf(server, "/sparse/multiply", 1, {sparse({1, kHuge}, {0}, {}, {}), tall}),
+            "halcyon:argument:size");
+  // The product of 2^31 - 1 rows and as many columns is too much for any reply.
+  const auto wide = doubles({0, 2147483647}, {});
+  const auto column = sparse({2147483647, 0}, {0}, {}, {});
+  EXPECT_EQ(errorOf(server, "/sparse/multiply", 1, {column, wide}), "halcyon:result:size");
+}
+
+TEST(HostileMessages, LieAboutTheImaginaryPart) {
+  const LocalServer server;
+  const auto liar = complexDoubles({1, 2}, {1, 2}, {3});
+  EXPECT_EQ(errorOf(server, "/math/plus", 1, {liar, scalar(1)}), "halcyon:argument:size");
+  EXPECT_EQ(errorOf(server, "/math/plus", 1, {scalar(1), liar}), "halcyon:argument:size");
+}
+
+TEST(HostileMessages, LieAboutTheClass) {
+  const LocalServer server;
+  VORTEN_Array untyped = scalar(1);
+  untyped.clear_type();
+  EXPECT_EQ(errorOf(server, "/math/plus", 1, {untyped, untyped}), "halcyon:argument:class");
+  VORTEN_Array unknown = scalar(1);
+  unknown.set_type(static_cast<VORTEN_Array::QXType>(77));
+  EXPECT_EQ(errorOf(server, "/math/plus", 1, {unknown, unknown}), "halcyon:argument:class");
+  VORTEN_Array other = chars(u"a");
+  other.set_type(VORTEN_Array::DOUBLE);
+  EXPECT_EQ(errorOf(server, "/math/plus", 1, {other, other}), "halcyon:argument:size");
+  VORTEN_Array rows = scalar(1);
+  rows.set_memorylayout(VORTEN_Array::ROW_MAJOR);
+  EXPECT_EQ(errorOf(server, "/math/plus", 1, {rows, rows}), "halcyon:argument:value");
+}
+
+TEST(HostileMessages, NestDeeply) {
+  const LocalServer server;
+  VORTEN_Array cell;
+  for (int depth = 0; depth < 40; ++depth) {
+    VORTEN_Array outer;
+    outer.mutable_cell()->add_elements()->Swap(&cell);
+    cell.Swap(&outer);
+  }
+  EXPECT_EQ(outputs(server, "/echo", 1, {cell})[0].SerializeAsString(), cell.SerializeAsString());
+  // Begins groups of an unknown field, one in another, and ends none.
+  EXPECT_EQ(sendRequest(server.url("/echo"), std::string(1'000'000, '\x1b')).status, 400);
+}
+
+TEST(HostileMessages, TakeMoreMemoryThanThereIs) {
+  const LocalServer server({"--max-body", "8000000"});
+  // Each pair of bytes is an array.
+  std::string arrays;
+  for (int i = 0; i < 4'000'000; ++i) arrays.append("\x12\x00", 2);
+  EXPECT_EQ(sendRequest(server.url("/echo"), arrays).status, 500);
+  // So is each blank of a text.
+  const auto blanks = chars(std::u16string(4'000'000, u' '));
+  EXPECT_EQ(errorOf(server, "/text/split", 1, {blanks}), "halcyon:server:memory");
+  EXPECT_EQ(outputs(server, "/echo", 1, {blanks})[0].qxchar().elements_size(), 4'000'000);
+}
+
+TEST(HostileMessages, AreRandom) {
+  const LocalServer server;
+  std::mt19937 random(1);
+  const std::string honest = serializedParams(
+      1, {doubles({2, 2}, {1, 2, 3, 4}), sparse({2, 3}, {0, 1, 2, 3}, {1, 0, 1}, {7, 5, 2})});
+  const char* paths[] = {"/echo",       "/math/plus",      "/linalg/svd", "/sparse/multiply",
+                         "/text/split", "/stats/describe", "/demo/fail"};
+  for (int i = 0; i < 300; ++i) {
+    std::string body = honest;
+    for (int change = 0; change < 4; ++change) {
+      body[random() % body.size()] = static_cast<char>(random());
+    }
+    body.resize(body.size() - random() % 4);
+    const HttpReply reply = sendRequest(server.url(paths[random() % std::size(paths)]), body);
+    EXPECT_TRUE(reply.status == 200 || reply.status == 400) << reply.status << reply.failure;
+  }
+}
+
+}  // namespace
+}  // namespace hcy::test

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Connections side by side, and how the server starts and ends.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <time.h>
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "calls.h"
+#include "http_client.h"
+
+namespace hcy::test {
+namespace {
+
+using std::chrono::steady_clock;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+std::string sleepRequest(double seconds) {
+  const std::string body = serializedParams(0, {scalar(seconds)});
+  return "POST /demo/sleep HTTP/1.1\r\nHost: a\r\nContent-Length: " + std::to_string(body.size()) +
+         "\r\n\r\n" + body;
+}
+
+// More of them than the server has threads.
+std::vector<std::unique_ptr<RawConnection>> sleepers(const LocalServer& server) {
+  std::vector<std::unique_ptr<RawConnection>> connections;
+  for (unsigned i = 0; i < std::thread::hardware_concurrency() + 8; ++i) {
+    connections.push_back(std::make_unique<RawConnection>(server.port()));
+    connections.back()->send(sleepRequest(3600));
+  }
+  return connections;
+}
+
+TEST(Connections, DoNotWaitForOneThatSleeps) {
+  const LocalServer server;
+  const auto asleep = sleepers(server);
+  const auto start = steady_clock::now();
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(realPart(outputs(server, "/math/plus", 1, {scalar(1), scalar(2)})[0]),
+              (std::vector<double>{3}));
+  }
+  EXPECT_LT(steady_clock::now() - start, std::chrono::minutes(1));
+}
+
+TEST(Connections, AreServedSideBySide) {
+  const LocalServer server;
+  std::vector<std::jthread> clients;
+  for (int client = 0; client < 8; ++client) {
+    clients.emplace_back([&server, client] {
+      for (int i = 0; i < 25; ++i) {
+        const double value = 1000 * client + i;
+        EXPECT_EQ(realPart(outputs(server, "/math/plus", 1, {scalar(value), scalar(0.5)})[0]),
+                  (std::vector<double>{value + 0.5}));
+      }
+    });
+  }
+}
+
+std::ptrdiff_t openFiles(pid_t pid) {
+  return std::distance(std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/fd"),
+                       std::filesystem::directory_iterator());
+}
+
+TEST(Connections, AreAcceptedAgainAfterTooMany) {
+  rlimit files{};
+  getrlimit(RLIMIT_NOFILE, &files);
+  constexpr rlim_t kFew = 40;
+  const rlimit few{kFew, files.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &few);
+  const LocalServer server;
+  setrlimit(RLIMIT_NOFILE, &files);
+  std::vector<std::unique_ptr<RawConnection>> idle;
+  for (rlim_t i = 0; i < kFew; ++i) idle.push_back(std::make_unique<RawConnection>(server.port()));
+  while (openFiles(server.pid()) < static_cast<std::ptrdiff_t>(kFew)) std::this_thread::yield();
+  idle.clear();
+  EXPECT_EQ(sendRequest(server.url("/echo"), "").status, 200);
+}
+
+TEST(Lifetime, EndsAtSignals) {
+  for (const int signal : {SIGTERM, SIGINT}) {
+    LocalServer server;
+    const RawConnection idle(server.port());
+    RawConnection half(server.port());
+    half.send("POST /echo HTTP/1.1\r\nHost: a\r\nContent-Length: 100\r\n\r\nhalf");
+    const auto asleep = sleepers(server);
+    EXPECT_EQ(sendRequest(server.url("/echo"), "").status, 200);
+    const auto start = steady_clock::now();
+    EXPECT_EQ(server.stop(signal), 0);
+    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(10));
+  }
+}
+
+// The processor time that a process has taken.
+std::chrono::nanoseconds timeTaken(pid_t pid) {
+  clockid_t clock;
+  timespec time{};
+  if (clock_getcpuclockid(pid, &clock) == 0) clock_gettime(clock, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+TEST(Lifetime, EndsWhileItCalculates) {
+  LocalServer server;
+  constexpr std::uint64_t kOrder = 3'000;
+  std::vector<double> values(kOrder * kOrder);
+  for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<double>(i * i % 1009);
+  const std::string body = serializedParams(3, {doubles({kOrder, kOrder}, values)});
+  RawConnection connection(server.port());
+  connection.send("POST /linalg/svd HTTP/1.1\r\nHost: a\r\nContent-Length: " +
+                  std::to_string(body.size()) + "\r\n\r\n");
+  connection.send(body);
+  // Receiving the matrix takes a fraction of a second; its factors, many.
+  const auto received = timeTaken(server.pid());
+  while (timeTaken(server.pid()) < received + std::chrono::seconds(1)) std::this_thread::yield();
+  const auto start = steady_clock::now();
+  EXPECT_EQ(server.stop(SIGTERM), 0);
+  EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+TEST(Lifetime, EndsWithItsInput) {
+  LocalServer server;
+  EXPECT_EQ(server.stopByEndOfInput(), 0);
+}
+
+std::string failureOf(std::vector<std::string> arguments) try {
+  const LocalServer server(std::move(arguments));
+  return "listens";
+} catch (const std::runtime_error& failure) {
+  return failure.what();
+}
+
+TEST(Lifetime, BeginsWithAFreePort) {
+  const LocalServer one, other;
+  EXPECT_THAT(one.url(), MatchesRegex("http://127\\.0\\.0\\.1:[0-9]+"));
+  EXPECT_NE(one.port(), other.port());
+  EXPECT_NE(one.port(), 0);
+  EXPECT_EQ(LocalServer({"--host", "localhost"}).url().find("http://localhost:"), 0U);
+}
+
+TEST(Lifetime, DoesNotBeginWithWrongOptions) {
+  const LocalServer server;
+  const auto taken = failureOf({"--port", std::to_string(server.port())});
+  EXPECT_THAT(taken, HasSubstr("status 1"));
+  EXPECT_THAT(failureOf({"--host", "192.0.2.1"}), HasSubstr("status 1"));
+  EXPECT_THAT(failureOf({"--nonsense"}), Not(HasSubstr("status 0")));
+  EXPECT_THAT(failureOf({"--max-body", "2147483648"}), Not(HasSubstr("status 0")));
+  EXPECT_THAT(failureOf({"--max-body", "-1"}), Not(HasSubstr("status 0")));
+  EXPECT_THAT(failureOf({"--cert", HCY_NORRIS_DATA}), Not(HasSubstr("status 0")));
+  EXPECT_THAT(failureOf({"--client-ca", HCY_NORRIS_DATA}), Not(HasSubstr("status 0")));
+  EXPECT_THAT(failureOf({"--cert", HCY_NORRIS_DATA, "--key", HCY_NORRIS_DATA}),
+              HasSubstr("status 1"));
+}
+
+TEST(Lifetime, TellsItsVersionAndOptions) {
+  EXPECT_THAT(failureOf({"--version"}), MatchesRegex(".*status 0.*hcy-local-server [0-9.]+\n"));
+  EXPECT_THAT(failureOf({"--help"}), HasSubstr("status 0"));
+}
+
+}  // namespace
+}  // namespace hcy::test

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Messages of arrays, as a reply could bring them, for the tests of inner classes.
+
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "wire/dispatch_on_QXType.h"
+
+namespace hcy::test {
+
+using NumericClasses =
+    testing::Types<UINT8_class, INT8_class, UINT16_class, INT16_class, UINT32_class, INT32_class,
+                   UINT64_class, INT64_class, SINGLE_class, DOUBLE_class>;
+using FullClasses =
+    testing::Types<UINT8_class, INT8_class, UINT16_class, INT16_class, UINT32_class, INT32_class,
+                   UINT64_class, INT64_class, SINGLE_class, DOUBLE_class, LOGICAL_class, CHAR_class,
+                   STRUCT_class, CELL_class>;
+using ContainerClasses = testing::Types<STRUCT_class, CELL_class>;
+
+// The names of typed tests: the names of the classes.
+struct ClassNames {
+  template <class Class>
+  static std::string GetName(int) {
+    return VORTEN_Array::QXType_Name(Class::type);
+  }
+};
+
+// Types that a reply may bring and the library has no class for.
+inline const std::vector<int> unservedTypes = {15, 16, 17, 18, 19, 20, 1000, -1};
+
+inline VORTEN_Array arrayOf(int type, std::initializer_list<std::uint64_t> dimensions) {
+  VORTEN_Array array;
+  array.set_type(static_cast<VORTEN_Array::QXType>(type));
+  for (const std::uint64_t dimension : dimensions) array.add_dimension(dimension);
+  return array;
+}
+
+using Numbers = std::vector<double>;
+
+// The elements of a byte string or a repeated field.
+template <class Elements>
+Numbers numbers(const Elements& elements) {
+  Numbers values;
+  for (const auto element : elements) values.push_back(static_cast<double>(element));
+  return values;
+}
+
+inline void assign(std::string* elements, std::initializer_list<int> values) {
+  for (const int value : values) elements->push_back(static_cast<char>(value));
+}
+template <class Element>
+void assign(google::protobuf::RepeatedField<Element>* elements, std::initializer_list<int> values) {
+  for (const int value : values) elements->Add(static_cast<Element>(value));
+}
+
+// A row of a full class whose elements are numbers.
+template <class Class>
+VORTEN_Array rowOf(std::initializer_list<int> values) {
+  VORTEN_Array array = arrayOf(Class::type, {1, values.size()});
+  assign(Class::write(array).mutable_elements(), values);
+  return array;
+}
+
+template <class Class>
+VORTEN_Array complexRowOf(std::initializer_list<int> real, std::initializer_list<int> imaginary) {
+  VORTEN_Array array = rowOf<Class>(real);
+  assign(Class::write(array).mutable_imag_elements(), imaginary);
+  return array;
+}
+
+// The number of the typed sub-message's field. They follow the order of the types from 16 on, but
+// for struct and cell, which change places.
+inline int partNumber(int type) {
+  if (type == VORTEN_Array::STRUCT) return 29;
+  if (type == VORTEN_Array::CELL) return 28;
+  return 16 + type;
+}
+
+// Whether the typed sub-message of the array's class is present.
+inline bool hasTypedPart(const VORTEN_Array& array) {
+  const auto* const field = array.GetDescriptor()->FindFieldByNumber(partNumber(array.type()));
+  return array.GetReflection()->HasField(array, field);
+}
+
+inline bool isEmptyDouble(const VORTEN_Array& array) {
+  return array.SerializeAsString() == arrayOf(VORTEN_Array::DOUBLE, {0, 0}).SerializeAsString();
+}
+
+}  // namespace hcy::test
