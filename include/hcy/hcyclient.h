@@ -432,8 +432,9 @@ HCY_API hcyArray* hcyCreateSparseLogicalMatrix(size_t m, size_t n, size_t nzmax)
  * An array of a reply is as the server sent it: its storage may hold fewer elements than its
  * dimensions say when the server breaks its own rules, and behind the pointer lie only those. A
  * program that does not trust its server brings the storage in step with `hcySetM(a, hcyGetM(a))`,
- * and that of a sparse array also with `hcySetNzmax(a, hcyGetNzmax(a))`, before it reads elements;
- * the column starts of a sparse array are for it to check.
+ * and that of a sparse array also by setting its hcySetNzmax() to its hcyGetNzmax() or its number
+ * of elements, whichever is smaller, before it reads elements; the row indices and column starts
+ * are for it to check.
  *
  * A complex array that is resized to no elements and back to some may have lost its imaginary
  * parts: hcyIsComplex() stays true, and hcyGetPi() and hcyGetImagData() tell by null.

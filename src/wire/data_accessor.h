@@ -29,7 +29,7 @@ struct DataAccessor {
 
   template <RepeatedClass Class>
   void operator()(Class) {
-    accessRepeated(Class::write(array));
+    accessRepeated(Class::write(array), complex);
   }
 
   void operator()(CHAR_class) {}
@@ -39,11 +39,12 @@ struct DataAccessor {
 
   void operator()(SPARSE_class) {
     VORTEN_Array::Sparse& sparse = SPARSE_class::write(array);
-    complex = true;  // a sparse array hands out the imaginary parts that it has
     if (sparse.type() == VORTEN_Array::Sparse::DOUBLE) {
-      accessRepeated(sparseDoubles(sparse));
+      // A sparse array hands out the imaginary parts that it has, wanted or not.
+      VORTEN_Array::Double& values = sparseDoubles(sparse);
+      accessRepeated(values, !values.imag_elements().empty());
     } else {
-      accessRepeated(sparseLogicals(sparse));
+      accessRepeated(sparseLogicals(sparse), false);
     }
   }
 
@@ -65,12 +66,12 @@ struct DataAccessor {
   }
 
   template <class Message>
-  void accessRepeated(Message& message) {
+  void accessRepeated(Message& message, [[maybe_unused]] bool imaginaryWanted) {
     auto& elements = *message.mutable_elements();
     scalar = elements.empty() ? 0.0 : static_cast<double>(elements[0]);
     realData = firstOf(elements);
     if constexpr (requires { message.mutable_imag_elements(); }) {
-      if (complex) imagData = firstOf(*message.mutable_imag_elements());
+      if (imaginaryWanted) imagData = firstOf(*message.mutable_imag_elements());
     }
   }
 };

@@ -63,8 +63,8 @@ TEST(Norris, ShowsThreeKindsOfFailure) {
 #ifdef HCY_VALGRIND
 TEST(Norris, LeaksNothing) {
   const Outcome run = runNorris(HCY_VALGRIND
-                            " --quiet --leak-check=full --error-exitcode=99"
-                            " --errors-for-leak-kinds=definite,indirect,possible");
+                                " --quiet --leak-check=full --error-exitcode=99"
+                                " --errors-for-leak-kinds=definite,indirect,possible");
   EXPECT_EQ(run.status, 0) << run.output;
 }
 #endif
