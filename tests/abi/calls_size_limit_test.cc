@@ -46,7 +46,7 @@ Connection chunking(const std::string& body) { return {test::replyToEach(chunked
 // A field that no message has, of this many bytes.
 std::string unknownField(std::size_t size) { return test::bytesField(99, std::string(size, 'x')); }
 
-// The header is small enough to leave room for the answer, which the long body follows.
+// The answer behind a header that declares this length.
 Connection declaring(std::uint64_t length) {
   return {
       readRequest(),

@@ -12,7 +12,7 @@ namespace {
 
 // Not even asked for when there is nothing to store: asking marks the elements as present.
 void store(const std::string& bytes, void* destination) {
-  std::memcpy(destination, bytes.data(), bytes.size());
+  bytes.copy(static_cast<char*>(destination), bytes.size());
 }
 
 OwnedArray makeSparse(const Value& value) {

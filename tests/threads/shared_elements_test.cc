@@ -5,7 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <string>
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "at_once.h"
@@ -17,66 +18,81 @@ namespace {
 using test::atOnce;
 
 constexpr int kThreads = 8;
-constexpr int kRounds = 25;
+constexpr int kRounds = 200;
 
-// An element of each kind of storage.
-std::vector<Value> elements() {
-  return {doubles({1, 2}, {1, 2}, {3, 4}), chars({1, 2}, u"ab"),
-          numeric<std::int16_t>(hcyINT16_CLASS, {1, 1}, {-1}), cell({1, 1}, {doubles({0, 0}, {})}),
-          sparseLogicals({1, 1}, {0}, {0, 1}, "1")};
+// What the threads are to release. Each goes through its own in the same order, so that they meet
+// at every element.
+class Holdings {
+ public:
+  void add(std::size_t thread, hcyArray* handle) { handles_[thread].emplace_back(handle); }
+
+  void releaseAtOnce() {
+    atOnce(kThreads, [this](int thread) {
+      for (OwnedArray& handle : handles_[static_cast<std::size_t>(thread)]) handle.reset();
+    });
+  }
+
+ private:
+  std::array<std::vector<OwnedArray>, kThreads> handles_;
+};
+
+// An element of each kind of storage, over and over.
+std::vector<Value> manyElements() {
+  const std::vector<Value> kinds = {doubles({1, 2}, {1, 2}, {3, 4}), chars({1, 2}, u"ab"),
+                                    numeric<std::int16_t>(hcyINT16_CLASS, {1, 1}, {-1}),
+                                    cell({1, 1}, {doubles({1, 1}, {5})}),
+                                    sparseLogicals({1, 1}, {0}, {0, 1}, "1")};
+  std::vector<Value> elements;
+  for (int i = 0; i < kRounds; ++i) elements.insert(elements.end(), kinds.begin(), kinds.end());
+  return elements;
 }
 
+// The container outlives the handles over its element.
 TEST(ThreadsSharedElements, handlesOverOneElementReleasedAtOnce) {
-  for (int round = 0; round < kRounds; ++round) {
-    for (const Value& element : elements()) {
-      const OwnedArray container = makeArray(cell({1, 1}, {element}));
-      std::array<OwnedArray, kThreads> handles;
-      for (OwnedArray& handle : handles) handle.reset(hcyGetCell(container.get(), 0));
-      atOnce(kThreads, [&handles](int i) { handles[static_cast<std::size_t>(i)].reset(); });
-      const OwnedArray left(hcyGetCell(container.get(), 0));
-      expectArray(left.get(), element);
-    }
+  const std::vector<Value> elements = manyElements();
+  const OwnedArray container = makeArray(cell({elements.size(), 1}, elements));
+  Holdings holdings;
+  for (std::size_t i = 0; i < elements.size(); ++i) {
+    for (std::size_t t = 0; t < kThreads; ++t) holdings.add(t, hcyGetCell(container.get(), i));
   }
+  holdings.releaseAtOnce();
+  expectArray(container.get(), cell({elements.size(), 1}, elements));
 }
 
-// The element outlives them all but the last.
+// The element outlives the containers that it is stored in.
 TEST(ThreadsSharedElements, containersOfOneElementReleasedAtOnce) {
-  for (int round = 0; round < kRounds; ++round) {
-    for (const Value& element : elements()) {
-      std::array<OwnedArray, kThreads> containers;
-      const OwnedArray shared = makeArray(element);
-      for (OwnedArray& container : containers) {
-        container = makeArray(structure({1, 1}, {"a"}, {neverSet()}));
-        hcySetField(container.get(), 0, "a", shared.get());
-      }
-      atOnce(kThreads, [&containers](int i) { containers[static_cast<std::size_t>(i)].reset(); });
-      expectArray(shared.get(), element);
+  const std::vector<Value> elements = manyElements();
+  std::vector<OwnedArray> shared;
+  Holdings holdings;
+  for (const Value& element : elements) {
+    shared.push_back(makeArray(element));
+    for (std::size_t t = 0; t < kThreads; ++t) {
+      OwnedArray container = makeArray(structure({1, 1}, {"a"}, {neverSet()}));
+      hcySetField(container.get(), 0, "a", shared.back().get());
+      holdings.add(t, container.release());
     }
   }
+  holdings.releaseAtOnce();
+  for (std::size_t i = 0; i < elements.size(); ++i) expectArray(shared[i].get(), elements[i]);
 }
 
+// Nobody is left.
 TEST(ThreadsSharedElements, everyHolderReleasedAtOnce) {
-  for (int round = 0; round < kRounds; ++round) {
-    for (const Value& element : elements()) {
-      std::array<OwnedArray, kThreads> holders;
-      holders[0] = makeArray(cell({1, 1}, {element}));
-      for (std::size_t i = 1; i < holders.size(); ++i) {
-        holders[i].reset(hcyGetCell(holders[0].get(), 0));
-      }
-      atOnce(kThreads, [&holders](int i) { holders[static_cast<std::size_t>(i)].reset(); });
-    }
+  Holdings holdings;
+  for (const Value& element : manyElements()) {
+    OwnedArray container = makeArray(cell({1, 1}, {element}));
+    for (std::size_t t = 1; t < kThreads; ++t) holdings.add(t, hcyGetCell(container.get(), 0));
+    holdings.add(0, container.release());
   }
+  holdings.releaseAtOnce();
 }
 
-// Arrays that share nothing, made, read and destroyed at once.
-TEST(ThreadsSharedElements, arraysOfTheirOwnUsedAtOnce) {
+TEST(ThreadsSharedElements, arraysThatShareNothingUsedAtOnce) {
   atOnce(kThreads, [](int) {
-    for (int round = 0; round < kRounds; ++round) {
-      for (const Value& element : elements()) {
-        const OwnedArray array = makeArray(element);
-        const OwnedArray copy(hcyDuplicateArray(array.get()));
-        expectArray(copy.get(), element);
-      }
+    for (const Value& element : manyElements()) {
+      const OwnedArray array = makeArray(element);
+      const OwnedArray copy(hcyDuplicateArray(array.get()));
+      expectArray(copy.get(), element);
     }
   });
 }
