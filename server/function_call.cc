@@ -53,7 +53,8 @@ ByteBuffer serialized(const VORTEN_Result& result) {
 }
 
 ByteBuffer serializedError(const Function& function, const FunctionError& error) {
-  VORTEN_Result result;
+  google::protobuf::Arena arena;
+  auto& result = *google::protobuf::Arena::CreateMessage<VORTEN_Result>(&arena);
   VORTEN_Error& message = *result.mutable_error();
   message.set_message(error.what());
   message.set_identifier(error.identifier());

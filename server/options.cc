@@ -13,6 +13,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   app.set_version_flag("--version", "hcy-local-server " HCY_LOCAL_SERVER_VERSION);
   app.add_option("--host", options.host, "Address to listen on")->capture_default_str();
   app.add_option("--port", options.port, "Port to listen on; 0 picks a free one")
+      ->take_last()
       ->capture_default_str();
   app.add_option("--max-body", options.maxBody, "Longest request body, in bytes")
       ->check(CLI::Range(std::uint64_t{0}, kLargestBody))

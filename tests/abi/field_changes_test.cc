@@ -75,6 +75,7 @@ TEST(AddedField, CanBeSetInEveryElement) {
 TEST(AddedField, ThatExistsIsTheOneThereIs) {
   const Array array = structOf({"a", "x"}, 1, 2);
   label(array);
+  EXPECT_EQ(hcyAddField(array, "a"), 0);
   EXPECT_EQ(hcyAddField(array, "x"), 1);
   EXPECT_EQ(namesOf(array), (Names{"a", "x"}));
   for (std::size_t i = 0; i < 2; ++i) expectLabelled(array, i, "x");
