@@ -9,7 +9,7 @@
 #include "server.h"
 
 int main(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   try {
     const hcy::server::CommandLine commandLine = hcy::server::parseCommandLine(argc, argv);
     if (!commandLine.options) return commandLine.exitStatus;

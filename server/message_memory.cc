@@ -40,7 +40,7 @@ void setMessageMemoryLimit(std::size_t bytes) { memoryLimit = bytes; }
 std::size_t messageMemoryLimitFor(std::uint64_t maxBody) {
   const auto pages = static_cast<std::uint64_t>(std::max(sysconf(_SC_PHYS_PAGES), 0L));
   const auto pageSize = static_cast<std::uint64_t>(std::max(sysconf(_SC_PAGESIZE), 0L));
-  constexpr std::uint64_t always = std::uint64_t{256} << 20;
+  constexpr std::uint64_t always = std::uint64_t{64} << 20;
   return std::max(always, std::min(4 * maxBody + always, pages * pageSize / 2));
 }
 

@@ -41,7 +41,7 @@ constexpr std::chrono::seconds kCalculationTime{2};
 
 class Server::Implementation {
  public:
-  explicit Implementation(const Options& options) : options_(options) {
+  explicit Implementation(Options options) : options_(std::move(options)) {
     setMessageMemoryLimit(messageMemoryLimitFor(options_.maxBody));
     if (options_.usesTls()) tls_.emplace(makeTlsContext(options_));
     listen();
@@ -143,7 +143,7 @@ class Server::Implementation {
   asio::io_context control_{1};
   asio::signal_set signals_{control_, SIGINT, SIGTERM};
   std::optional<asio::posix::stream_descriptor> input_;
-  std::array<char, 256> inputBytes_;
+  std::array<char, 256> inputBytes_{};
 };
 
 Server::Server(const Options& options)

@@ -98,7 +98,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
 
   void answer() {
     Reply reply = replyTo(parser_->get());
-    if (reply.delay == reply.delay.zero()) return write(std::move(reply));
+    if (reply.delay == decltype(reply.delay)::zero()) return write(std::move(reply));
     replyTimer_.expires_after(reply.delay);
     reply_.emplace(std::move(reply));
     replyTimer_.async_wait([self = this->shared_from_this()](error_code ec) {

@@ -146,8 +146,8 @@ std::size_t VORTENStructCellArrayProxy<Class>::elementsWithSlots() const {
 }
 
 template <ContainerClass Class>
-void VORTENStructCellArrayProxy<Class>::addField(std::string name) requires(Class::type ==
-                                                                            VORTEN_Array::STRUCT) {
+void VORTENStructCellArrayProxy<Class>::addField(std::string&& name) requires(
+    Class::type == VORTEN_Array::STRUCT) {
   const std::size_t fields = numberOfFields();
   const std::size_t elements = elementsWithSlots();
   std::vector<std::shared_ptr<VORTEN_Array>> regrouped(elements * (fields + 1));

@@ -39,7 +39,7 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
   std::size_t numberOfFields() const;
 
   // Adds a field of never-set slots behind the others.
-  void addField(std::string name) requires(Class::type == VORTEN_Array::STRUCT);
+  void addField(std::string&& name) requires(Class::type == VORTEN_Array::STRUCT);
 
   // Removes a field that exists. Does not throw.
   void removeField(std::size_t field) requires(Class::type == VORTEN_Array::STRUCT);

@@ -25,6 +25,7 @@ static_assert(sizeof(hcyClientRuntime) == 25 * sizeof(void (*)()));
 
 // Never destroyed: static objects of the host may use the library until the program has ended.
 hcyClientRuntime* runtimeTable = nullptr;
+// NOLINTNEXTLINE(cert-err58-cpp): a process without memory for it fails to load the library.
 std::string& initializationErrorMessage = *new std::string;
 
 void fillSlots_1_0(hcyClientRuntime& runtime) {

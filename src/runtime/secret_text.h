@@ -11,7 +11,7 @@ namespace hcy {
 class SecretText {
  public:
   explicit SecretText(const char* text = "") : text_(new char[std::strlen(text) + 1]) {
-    std::strcpy(text_.get(), text);
+    std::memcpy(text_.get(), text, std::strlen(text) + 1);
   }
 
   const char* c_str() const { return text_.get(); }

@@ -13,7 +13,7 @@
 namespace hcy::test {
 namespace {
 
-constexpr long kPatienceSeconds = 60;
+constexpr long kPatienceSeconds = 100;
 
 std::size_t appendBody(char* bytes, std::size_t, std::size_t count, void* body) {
   static_cast<std::string*>(body)->append(bytes, count);
