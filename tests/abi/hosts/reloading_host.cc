@@ -76,6 +76,8 @@ int main(int argc, char** argv) {
   }
   const std::size_t inUseAtTheEnd = mallinfo2().uordblks;
   std::printf("%zu bytes in use after 10 rounds, %zu after 100\n", inUse, inUseAtTheEnd);
-  REQUIRE(inUseAtTheEnd <= inUse);
+  // A round that leaks loses at least one block of 32 bytes. How the allocator cuts its blocks
+  // changes the figure a little too, by how long the library's path is for instance.
+  REQUIRE(inUseAtTheEnd < inUse + 90 * 32);
   return 0;
 }
