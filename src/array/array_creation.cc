@@ -45,11 +45,12 @@ VORTEN_Array::Sparse& sparsePart(const ArrayHandle& array) {
 // A sparse array without values yet: row indices for nzmax stored elements, and column starts.
 ArrayHandle makeSparse(std::size_t m, std::size_t n, std::size_t nzmax, bool complex,
                        VORTEN_Array::Sparse::SparseType type) {
+  const int stored = hcy::checkedSize(nzmax);
   ArrayHandle array = hcy::makeMatrix(VORTEN_Array::SPARSE, m, n, complex);
   VORTEN_Array::Sparse& sparse = sparsePart(array);
   sparse.set_type(type);
-  sparse.mutable_ir()->Resize(hcy::checkedSize(nzmax), 0);
   hcy::resizeElementStorage(hcy::messageOf(array.get()), 0);
+  sparse.mutable_ir()->Resize(stored, 0);
   return array;
 }
 

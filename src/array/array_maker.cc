@@ -18,7 +18,6 @@ std::vector<std::uint64_t> shapeOf(std::size_t ndim, const std::size_t* dims) {
 
 ArrayHandle makeArray(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
                       std::uint64_t slotsPerElement) {
-  for (const std::uint64_t dimension : dimensions) checkedSize(dimension);
   const std::uint64_t count = saturatingProduct(elementCount(dimensions), slotsPerElement);
   if (type != VORTEN_Array::SPARSE) checkedSize(count);
   ArrayHandle handle = allocateHandle();

@@ -142,22 +142,23 @@ std::size_t VORTENStructCellArrayProxy<Class>::numberOfFields() const {
 template <ContainerClass Class>
 std::size_t VORTENStructCellArrayProxy<Class>::elementsWithSlots() const {
   const std::size_t fields = numberOfFields();
-  return fields == 0 ? elementsWithoutFields_ : (slots_.size() + fields - 1) / fields;
+  if (fields == 0) return std::max(elementsWithoutFields_, slots_.size());
+  return (slots_.size() + fields - 1) / fields;
 }
 
 template <ContainerClass Class>
 void VORTENStructCellArrayProxy<Class>::addField(std::string&& name) requires(
     Class::type == VORTEN_Array::STRUCT) {
   const std::size_t fields = numberOfFields();
-  const std::size_t elements = elementsWithSlots();
-  std::vector<std::shared_ptr<VORTEN_Array>> regrouped(elements * (fields + 1));
+  Slots regrouped(elementsWithSlots() * (fields + 1));
   auto& names = *STRUCT_class::write(message()).mutable_field_names();
   names.Reserve(names.size() + 1);
   *names.Add() = std::move(name);
-  if (fields != 0) {
-    for (std::size_t i = 0; i < slots_.size(); ++i) {
-      regrouped[i / fields * (fields + 1) + i % fields] = std::move(slots_[i]);
-    }
+  // Slots without a field name, which only a reply can bring, are one to an element.
+  const std::size_t slotsPerElement = std::max<std::size_t>(fields, 1);
+  for (std::size_t i = 0; i < slots_.size(); ++i) {
+    const std::size_t element = i / slotsPerElement;
+    regrouped[element * (fields + 1) + i % slotsPerElement] = std::move(slots_[i]);
   }
   slots_ = std::move(regrouped);
 }

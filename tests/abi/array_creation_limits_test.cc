@@ -98,6 +98,8 @@ TEST(SparseCreationLimit, HoldsForTheStoredElements) {
 TEST(SparseCreationLimit, HoldsForTheColumnsPlusOne) {
   expectPositiveOverflow([] { Array(hcyCreateSparse(1, largest, 0, hcyREAL)); });
   expectPositiveOverflow([] { Array(hcyCreateSparseLogicalMatrix(0, largest, 0)); });
+  expectPositiveOverflow([] { Array(hcyCreateSparse(1, largest, largest, hcyREAL)); });
+  expectPositiveOverflow([] { Array(hcyCreateSparse(1, largest - 1, largest + 1, hcyREAL)); });
 }
 
 }  // namespace

@@ -159,6 +159,20 @@ TEST(StructReply, WithoutFieldsGetsOneForItsElements) {
   EXPECT_EQ(committed(array).struct_().elements_size(), 3);
 }
 
+TEST(StructReply, WithoutFieldNamesKeepsItsSlotsAsTheFieldThatItGets) {
+  const auto array = wrapped(structOf({1, 3}, {}, {1, 2}));
+  EXPECT_EQ(hcyAddField(array.get(), "a"), 0);
+  EXPECT_EQ(fieldAt(array, 1, "a"), 2.0);
+  EXPECT_EQ(scalarsOf(committed(array).struct_().elements()), (Numbers{1, 2, 0}));
+}
+
+TEST(StructReply, WithoutFieldNamesKeepsMoreSlotsThanItHasElements) {
+  const auto array = wrapped(structOf({1, 1}, {}, {1, 2}));
+  EXPECT_EQ(hcyAddField(array.get(), "a"), 0);
+  EXPECT_EQ(hcyAddField(array.get(), "b"), 1);
+  EXPECT_EQ(scalarsOf(committed(array).struct_().elements()), (Numbers{1, 0, 2, 0}));
+}
+
 TEST(StructReply, WithoutFieldsGetsOneForItsFirst65536ElementsAtMost) {
   const auto array = wrapped(test::arrayOf(VORTEN_Array::STRUCT, {2147483647, 2147483647}));
   EXPECT_EQ(hcyAddField(array.get(), "a"), 0);
