@@ -10,6 +10,7 @@
 #include "wire/sparse_values.h"
 
 using hcy::messageOf;
+using hcy::proxyOf;
 using hcy::client::VORTEN_Array;
 
 namespace {
@@ -50,30 +51,30 @@ VORTEN_Array::Sparse& sparsePart(const hcyArray* array) {
 }  // namespace
 
 double* hcyGetPr(const hcyArray* array) {
-  return hcyIsDouble(array) ? static_cast<double*>(array->proxy->getData()) : nullptr;
+  return hcyIsDouble(array) ? static_cast<double*>(proxyOf(array).getData()) : nullptr;
 }
 
 double* hcyGetPi(const hcyArray* array) {
-  return hcyIsDouble(array) ? static_cast<double*>(array->proxy->getImagData()) : nullptr;
+  return hcyIsDouble(array) ? static_cast<double*>(proxyOf(array).getImagData()) : nullptr;
 }
 
 void* hcyGetData(const hcyArray* array) {
-  return hcyIsNumeric(array) ? array->proxy->getData() : nullptr;
+  return hcyIsNumeric(array) ? proxyOf(array).getData() : nullptr;
 }
 
 void* hcyGetImagData(const hcyArray* array) {
-  return hcyIsNumeric(array) ? array->proxy->getImagData() : nullptr;
+  return hcyIsNumeric(array) ? proxyOf(array).getImagData() : nullptr;
 }
 
 bool* hcyGetLogicals(const hcyArray* array) {
-  return hcyIsLogical(array) ? static_cast<bool*>(array->proxy->getData()) : nullptr;
+  return hcyIsLogical(array) ? static_cast<bool*>(proxyOf(array).getData()) : nullptr;
 }
 
 uint16_t* hcyGetChars(const hcyArray* array) {
-  return hcyIsChar(array) ? static_cast<uint16_t*>(array->proxy->getData()) : nullptr;
+  return hcyIsChar(array) ? static_cast<uint16_t*>(proxyOf(array).getData()) : nullptr;
 }
 
-double hcyGetScalar(const hcyArray* array) { return array->proxy->getScalar(); }
+double hcyGetScalar(const hcyArray* array) { return proxyOf(array).getScalar(); }
 
 size_t* hcyGetIr(const hcyArray* array) {
   return hcyIsSparse(array) ? firstIndex(*sparsePart(array).mutable_ir()) : nullptr;

@@ -25,21 +25,19 @@ VORTEN_Array::QXType numericType(hcyClassID classid) {
 // A byte as a code unit, sign-extended.
 char16_t codeUnit(char byte) { return static_cast<char16_t>(static_cast<signed char>(byte)); }
 
-char16_t* codeUnitsOf(const ArrayHandle& array) {
-  return static_cast<char16_t*>(array->proxy->getData());
-}
+char16_t* codeUnitsOf(const ArrayHandle& array) { return static_cast<char16_t*>(array->getData()); }
 
 std::uint64_t fieldCount(int nfields) { return static_cast<std::uint64_t>(std::max(nfields, 0)); }
 
 hcyArray* withFieldNames(ArrayHandle array, int nfields, const char* const* fieldnames) {
-  auto& names = *hcy::STRUCT_class::write(hcy::messageOf(array.get())).mutable_field_names();
+  auto& names = *hcy::STRUCT_class::write(array->message()).mutable_field_names();
   names.Reserve(std::max(nfields, 0));
   for (int i = 0; i < nfields; ++i) *names.Add() = fieldnames[i];
   return array.release();
 }
 
 VORTEN_Array::Sparse& sparsePart(const ArrayHandle& array) {
-  return hcy::SPARSE_class::write(hcy::messageOf(array.get()));
+  return hcy::SPARSE_class::write(array->message());
 }
 
 // A sparse array without values yet: row indices for nzmax stored elements, and column starts.
@@ -49,7 +47,7 @@ ArrayHandle makeSparse(std::size_t m, std::size_t n, std::size_t nzmax, bool com
   ArrayHandle array = hcy::makeMatrix(VORTEN_Array::SPARSE, m, n, complex);
   VORTEN_Array::Sparse& sparse = sparsePart(array);
   sparse.set_type(type);
-  hcy::resizeElementStorage(hcy::messageOf(array.get()), 0);
+  hcy::resizeElementStorage(array->message(), 0);
   sparse.mutable_ir()->Resize(stored, 0);
   return array;
 }
@@ -74,7 +72,7 @@ hcyArray* hcyCreateNumericArray(size_t ndim, const size_t* dims, hcyClassID clas
 
 hcyArray* hcyCreateDoubleScalar(double value) {
   ArrayHandle array = hcy::makeMatrix(VORTEN_Array::DOUBLE, 1, 1, false);
-  *static_cast<double*>(array->proxy->getData()) = value;
+  *static_cast<double*>(array->getData()) = value;
   return array.release();
 }
 
@@ -88,7 +86,7 @@ hcyArray* hcyCreateLogicalArray(size_t ndim, const size_t* dims) {
 
 hcyArray* hcyCreateLogicalScalar(bool value) {
   ArrayHandle array = hcy::makeMatrix(VORTEN_Array::LOGICAL, 1, 1, false);
-  *static_cast<bool*>(array->proxy->getData()) = value;
+  *static_cast<bool*>(array->getData()) = value;
   return array.release();
 }
 
@@ -138,7 +136,7 @@ hcyArray* hcyCreateSparse(size_t m, size_t n, size_t nzmax, hcyComplexity comple
   ArrayHandle array = makeSparse(m, n, nzmax, isComplex(complexity), VORTEN_Array::Sparse::DOUBLE);
   VORTEN_Array::Double& values = hcy::sparseDoubles(sparsePart(array));
   values.mutable_elements()->Resize(hcy::checkedSize(nzmax), 0.0);
-  if (array->proxy->isComplex()) {
+  if (array->isComplex()) {
     values.mutable_imag_elements()->Resize(hcy::checkedSize(nzmax), 0.0);
   }
   return array.release();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The block behind an array handle.
+// What a handle of the caller's is: the address of a proxy.
 
 #pragma once
 
@@ -9,27 +9,16 @@
 #include "array/array_proxy.h"
 #include "hcy/hcyclient.h"
 
-// Allocated with malloc, and holds nothing but the proxy that it owns.
-struct hcyArray {
-  std::unique_ptr<hcy::VORTENArrayProxy> proxy;
-};
-
 namespace hcy {
 
-struct ArrayDestroyer {
-  void operator()(hcyArray* array) const { hcyDestroyArray(array); }
-};
-
 // A handle on its way to the caller.
-using ArrayHandle = std::unique_ptr<hcyArray, ArrayDestroyer>;
+using ArrayHandle = std::unique_ptr<VORTENArrayProxy>;
 
-// A handle without a proxy; throws std::bad_alloc.
-ArrayHandle allocateHandle();
+// To the functions a handle is const where they leave the array as it looks to the caller.
+inline VORTENArrayProxy& proxyOf(const hcyArray* array) {
+  return static_cast<VORTENArrayProxy&>(const_cast<hcyArray&>(*array));
+}
 
-// A handle over a message that it shares; throws std::invalid_argument when the type of the
-// message is not served, and std::bad_alloc.
-ArrayHandle wrapMessage(std::shared_ptr<VORTEN_Array> message);
-
-inline VORTEN_Array& messageOf(const hcyArray* array) { return array->proxy->message(); }
+inline VORTEN_Array& messageOf(const hcyArray* array) { return proxyOf(array).message(); }
 
 }  // namespace hcy

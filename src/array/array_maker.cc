@@ -20,9 +20,7 @@ ArrayHandle makeArray(VORTEN_Array::QXType type, Dimensions dimensions, bool com
                       std::uint64_t slotsPerElement) {
   const std::uint64_t count = saturatingProduct(elementCount(dimensions), slotsPerElement);
   if (type != VORTEN_Array::SPARSE) checkedSize(count);
-  ArrayHandle handle = allocateHandle();
-  handle->proxy = ArrayProxyBuilder::create(type, dimensions, complex, count);
-  return handle;
+  return ArrayProxyBuilder::create(type, dimensions, complex, count);
 }
 
 ArrayHandle makeMatrix(VORTEN_Array::QXType type, std::size_t m, std::size_t n, bool complex,

@@ -10,6 +10,7 @@
 #include "wire/element_count.h"
 
 using hcy::messageOf;
+using hcy::proxyOf;
 using hcy::client::VORTEN_Array;
 
 namespace {
@@ -55,7 +56,7 @@ bool hcyIsLogical(const hcyArray* array) {
 
 bool hcyIsNumeric(const hcyArray* array) { return hcy::attributesOf(messageOf(array)).isNumeric; }
 
-bool hcyIsComplex(const hcyArray* array) { return array->proxy->isComplex(); }
+bool hcyIsComplex(const hcyArray* array) { return proxyOf(array).isComplex(); }
 
 bool hcyIsEmpty(const hcyArray* array) {
   const auto& dimensions = messageOf(array).dimension();
@@ -88,6 +89,6 @@ const char* hcyGetClassName(const hcyArray* array) {
   return hcy::attributesOf(messageOf(array)).className;
 }
 
-size_t hcyGetElementSize(const hcyArray* array) { return array->proxy->getElementSize(); }
+size_t hcyGetElementSize(const hcyArray* array) { return proxyOf(array).getElementSize(); }
 
 size_t hcyGetNumberOfElements(const hcyArray* array) { return hcy::elementCount(messageOf(array)); }

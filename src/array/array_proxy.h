@@ -9,6 +9,11 @@
 
 #include "wire/array_class_traits.h"
 
+// What the caller's handles point to.
+struct hcyArray {
+  virtual ~hcyArray() = default;
+};
+
 namespace hcy {
 
 // The dimensions of an array, two or more.
@@ -18,7 +23,7 @@ using Dimensions = std::span<const std::uint64_t>;
 // class to class. This class serves those whose elements lie in the message in the caller's own
 // form; the classes derived from it keep elements of their own, which reach the message by
 // commit().
-class VORTENArrayProxy {
+class VORTENArrayProxy : public hcyArray {
  public:
   // A new array of zeros. Throws positive overflow when a dimension is over 2147483647.
   VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
@@ -30,7 +35,7 @@ class VORTENArrayProxy {
 
   VORTENArrayProxy(const VORTENArrayProxy&) = delete;
   VORTENArrayProxy& operator=(const VORTENArrayProxy&) = delete;
-  virtual ~VORTENArrayProxy() = default;
+  ~VORTENArrayProxy() override = default;
 
   virtual void resize(std::int32_t count);
   virtual std::size_t getElementSize() const;

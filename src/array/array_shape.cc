@@ -12,6 +12,7 @@
 #include "wire/element_count.h"
 
 using hcy::messageOf;
+using hcy::proxyOf;
 
 namespace {
 
@@ -28,7 +29,7 @@ void setDimensions(hcyArray* array, DimensionList dimensions) {
   DimensionList& stored = *messageOf(array).mutable_dimension();
   stored.Swap(&dimensions);
   try {
-    array->proxy->resize(hcy::checkedSize(hcy::elementCount(messageOf(array))));
+    proxyOf(array).resize(hcy::checkedSize(hcy::elementCount(messageOf(array))));
   } catch (const std::bad_alloc&) {
     stored.Swap(&dimensions);
     throw;

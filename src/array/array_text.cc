@@ -15,7 +15,7 @@ namespace {
 
 // The code units of an array whose class has been tested.
 std::u16string_view codeUnitsOf(const hcyArray* array) {
-  return static_cast<const hcy::VORTENCharArrayProxy&>(*array->proxy).codeUnits();
+  return static_cast<const hcy::VORTENCharArrayProxy&>(hcy::proxyOf(array)).codeUnits();
 }
 
 char* newUtf8(std::u16string_view text) {

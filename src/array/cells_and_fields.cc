@@ -9,11 +9,13 @@
 #include <optional>
 
 #include "array/array_handle.h"
+#include "array/array_proxy_builder.h"
 #include "array/struct_cell_array_proxy.h"
 #include "wire/dispatch_on_QXType.h"
 #include "wire/element_count.h"
 
 using hcy::messageOf;
+using hcy::proxyOf;
 using hcy::client::VORTEN_Array;
 
 namespace {
@@ -23,8 +25,10 @@ using StructProxy = hcy::VORTENStructCellArrayProxy<hcy::STRUCT_class>;
 
 // The proxy of an array whose class has been tested: the type of a message decides its proxy's
 // class, and never changes.
-CellProxy& cellProxy(const hcyArray* array) { return static_cast<CellProxy&>(*array->proxy); }
-StructProxy& structProxy(const hcyArray* array) { return static_cast<StructProxy&>(*array->proxy); }
+CellProxy& cellProxy(const hcyArray* array) { return static_cast<CellProxy&>(proxyOf(array)); }
+StructProxy& structProxy(const hcyArray* array) {
+  return static_cast<StructProxy&>(proxyOf(array));
+}
 
 bool hasElement(const hcyArray* array, size_t index) {
   return index < hcyGetNumberOfElements(array);
@@ -45,7 +49,7 @@ std::optional<size_t> slotOfField(const hcyArray* array, size_t index, const cha
 // A new handle over an element; null where there is none, or none that the library serves.
 hcyArray* handleOver(std::shared_ptr<VORTEN_Array> element) {
   if (!element || !hcy::isServedQXType(element->type())) return nullptr;
-  return hcy::wrapMessage(std::move(element)).release();
+  return hcy::ArrayProxyBuilder::over(std::move(element)).release();
 }
 
 }  // namespace
@@ -57,7 +61,7 @@ hcyArray* hcyGetCell(const hcyArray* array, size_t index) {
 
 void hcySetCell(hcyArray* array, size_t index, hcyArray* value) {
   if (!hcyIsCell(array) || !hasElement(array, index)) return;
-  cellProxy(array).setSlot(index, *value->proxy);
+  cellProxy(array).setSlot(index, proxyOf(value));
 }
 
 int hcyGetNumberOfFields(const hcyArray* array) {
@@ -82,7 +86,7 @@ hcyArray* hcyGetField(const hcyArray* array, size_t index, const char* name) {
 
 void hcySetField(hcyArray* array, size_t index, const char* name, hcyArray* value) {
   const auto slot = slotOfField(array, index, name);
-  if (slot) structProxy(array).setSlot(*slot, *value->proxy);
+  if (slot) structProxy(array).setSlot(*slot, proxyOf(value));
 }
 
 hcyArray* hcyGetFieldByNumber(const hcyArray* array, size_t index, int n) {

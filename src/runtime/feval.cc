@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "array/array_handle.h"
+#include "array/array_proxy_builder.h"
 #include "hcy.client.VORTENParams.pb.h"
 #include "hcy.client.VORTENResult.pb.h"
 #include "runtime/client_context.h"
@@ -28,7 +29,7 @@ class BorrowingParams {
  public:
   BorrowingParams(std::int32_t nargout, std::span<const hcyArray* const> inputs) {
     params_.set_nargout(nargout);
-    for (const hcyArray* input : inputs) input->proxy->commit();
+    for (const hcyArray* input : inputs) proxyOf(input).commit();
     auto& rhs = *params_.mutable_rhs();
     rhs.Reserve(checkedSize(inputs.size()));
     // Nothing throws once a message is borrowed: only the destructor gives it back.
@@ -88,7 +89,7 @@ void storeOutputs(VORTEN_Result& result, std::int32_t nargout, hcyArray** output
   }
   for (std::int32_t i = nargout - 1; i >= 0; --i) {
     std::unique_ptr<VORTEN_Array> entry(lhs.ReleaseLast());
-    outputs[i] = wrapMessage(std::shared_ptr<VORTEN_Array>(std::move(entry))).release();
+    outputs[i] = ArrayProxyBuilder::over(std::move(entry)).release();
   }
 }
 

@@ -61,7 +61,7 @@ void use(hcyArray* array) {
   ask(array);
   readPointers(array);
   useElements(array);
-  array->proxy->commit();
+  proxyOf(array).commit();
   const auto copy = owned(hcyDuplicateArray(array));
   ask(copy.get());
 }

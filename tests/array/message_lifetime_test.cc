@@ -12,9 +12,7 @@ namespace {
 using test::owned;
 using test::wrapped;
 
-std::weak_ptr<VORTEN_Array> watched(const ArrayHandle& array) {
-  return array->proxy->sharedMessage();
-}
+std::weak_ptr<VORTEN_Array> watched(const ArrayHandle& array) { return array->sharedMessage(); }
 
 TEST(Message, LivesAsLongAsItsHandle) {
   auto array = wrapped(test::rowOf<DOUBLE_class>({1}));
@@ -93,7 +91,7 @@ TEST(Message, ThatCannotBeWrappedIsLeftToItsOwner) {
   for (const int type : test::unservedTypes) {
     const auto message = std::make_shared<VORTEN_Array>(test::arrayOf(type, {1, 1}));
     try {
-      wrapMessage(message);
+      ArrayProxyBuilder::over(message);
       ADD_FAILURE() << "nothing was thrown for " << type;
     } catch (const std::invalid_argument& failure) {
       EXPECT_STREQ(failure.what(), "dispatch_on_QXType");
@@ -104,12 +102,10 @@ TEST(Message, ThatCannotBeWrappedIsLeftToItsOwner) {
 
 TEST(Message, IsSharedByTheHandleThatWrapsIt) {
   const auto message = std::make_shared<VORTEN_Array>(test::rowOf<DOUBLE_class>({1, 2}));
-  const auto array = wrapMessage(message);
+  const auto array = ArrayProxyBuilder::over(message);
   hcyGetPr(array.get())[1] = 5.0;
   EXPECT_EQ(test::numbers(message->qxdouble().elements()), (test::Numbers{1, 5}));
 }
-
-TEST(HandleWithoutAProxy, IsDestroyed) { hcyDestroyArray(allocateHandle().release()); }
 
 // An array with everything that the library carries and does not interpret.
 VORTEN_Array arrayWithUninterpretedFields(VORTEN_Array array) {

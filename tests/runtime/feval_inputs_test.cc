@@ -16,8 +16,8 @@ namespace {
 using FevalInputs = ReplyCall;
 
 std::string bytesOf(const hcyArray* array) {
-  array->proxy->commit();
-  return array->proxy->message().SerializeAsString();
+  proxyOf(array).commit();
+  return messageOf(array).SerializeAsString();
 }
 
 OwnedArray int16s() {
@@ -96,7 +96,7 @@ TEST_F(FevalInputs, areTheSameMessagesAndBytesAfterEveryOutcome) {
   const OwnedArray b(hcyCreateCellMatrix(1, 2));
   const std::vector<const hcyArray*> inputs{a.get(), b.get(), a.get()};
   const std::vector<std::string> before{bytesOf(a.get()), bytesOf(b.get())};
-  const auto* const message = &a->proxy->message();
+  const auto* const message = &messageOf(a.get());
   VORTEN_Result unserved;
   unserved.add_lhs()->set_type(VORTEN_Array::OBJECT);
   const test::UnlistenedPort nobody;
@@ -104,8 +104,8 @@ TEST_F(FevalInputs, areTheSameMessagesAndBytesAfterEveryOutcome) {
       {test::Connection{test::replyToEach(test::httpReply(404, "Not Found", ""))}});
 
   const auto expectUnchanged = [&](const char* outcome) {
-    EXPECT_EQ(&a->proxy->message(), message) << outcome;
-    EXPECT_EQ(a->proxy->sharedMessage().use_count(), 1) << outcome;
+    EXPECT_EQ(&messageOf(a.get()), message) << outcome;
+    EXPECT_EQ(proxyOf(a.get()).sharedMessage().use_count(), 1) << outcome;
     EXPECT_EQ(bytesOf(a.get()), before[0]) << outcome;
     EXPECT_EQ(bytesOf(b.get()), before[1]) << outcome;
   };

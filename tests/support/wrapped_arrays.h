@@ -8,20 +8,23 @@
 #include <utility>
 
 #include "array/array_handle.h"
+#include "array/array_proxy_builder.h"
 #include "support/array_messages.h"
 
 namespace hcy::test {
 
 inline ArrayHandle wrapped(VORTEN_Array array) {
-  return wrapMessage(std::make_shared<VORTEN_Array>(std::move(array)));
+  return ArrayProxyBuilder::over(std::make_shared<VORTEN_Array>(std::move(array)));
 }
 
 // Takes over what an exported function returned.
-inline ArrayHandle owned(hcyArray* array) { return ArrayHandle(array); }
+inline ArrayHandle owned(hcyArray* array) {
+  return ArrayHandle(static_cast<VORTENArrayProxy*>(array));
+}
 
 // What would be sent of the array.
 inline const VORTEN_Array& committed(const ArrayHandle& array) {
-  array->proxy->commit();
+  array->commit();
   return messageOf(array.get());
 }
 
