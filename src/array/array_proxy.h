@@ -46,6 +46,11 @@ class VORTENArrayProxy : public hcyArray {
   // Writes elements that are kept outside the message into it.
   virtual void commit() {}
 
+  // Brings all elements into the message for as long as it takes to serialise it: from
+  // beginSending(), which may throw and may be called again, to endSending().
+  virtual void beginSending() { commit(); }
+  virtual void endSending() {}
+
   // A deep copy, with a message of its own.
   virtual std::unique_ptr<VORTENArrayProxy> clone();
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "wire/checked_size.h"
 #include "wire/element_count.h"
@@ -15,9 +16,6 @@ namespace {
 // A message of a few bytes can claim any number of elements without fields; adding a field makes
 // slots for no more than these.
 constexpr std::uint64_t kMostElementsWithoutFields = 1U << 16;
-
-using Elements = google::protobuf::RepeatedPtrField<VORTEN_Array>;
-using Slots = std::vector<std::shared_ptr<VORTEN_Array>>;
 
 Slots copied(const Elements& elements) {
   Slots slots;
@@ -99,6 +97,17 @@ void VORTENStructCellArrayProxy<Class>::copySlots(
       makeEmptyDouble(*element);
     }
     ++element;
+  }
+}
+
+template <ContainerClass Class>
+void VORTENStructCellArrayProxy<Class>::beginSending() {
+  if (lentSlots_) return;
+  // Nobody can miss the copies of commit() in a message that nobody else holds.
+  if (sharedMessage().use_count() == 1) {
+    lentSlots_ = std::make_unique<LentSlots>(slots_, *Class::write(message()).mutable_elements());
+  } else {
+    commit();
   }
 }
 

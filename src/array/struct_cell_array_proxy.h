@@ -2,10 +2,11 @@
 
 #pragma once
 
+#include <memory>
 #include <string>
-#include <vector>
 
 #include "array/array_proxy.h"
+#include "array/lent_slots.h"
 
 namespace hcy {
 
@@ -27,6 +28,8 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
   void* getData() override;
   double getScalar() override { return 0.0; }
   void commit() override;
+  void beginSending() override;
+  void endSending() override { lentSlots_.reset(); }
   std::unique_ptr<VORTENArrayProxy> clone() override;
 
   // The element of a slot, made a 0-by-0 double if it was never set; null where there is no slot.
@@ -50,7 +53,8 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
 
   void copySlots(google::protobuf::RepeatedPtrField<VORTEN_Array>& elements) const;
 
-  std::vector<std::shared_ptr<VORTEN_Array>> slots_;
+  Slots slots_;
+  std::unique_ptr<LentSlots> lentSlots_;
   // The number of elements to make slots for when a struct array without fields gets one.
   std::size_t elementsWithoutFields_ = 0;
 };

@@ -27,23 +27,25 @@ using client::VORTEN_Result;
 // taken out again before the parameters are destroyed.
 class BorrowingParams {
  public:
-  BorrowingParams(std::int32_t nargout, std::span<const hcyArray* const> inputs) {
-    params_.set_nargout(nargout);
-    for (const hcyArray* input : inputs) proxyOf(input).commit();
-    auto& rhs = *params_.mutable_rhs();
-    rhs.Reserve(checkedSize(inputs.size()));
-    // Nothing throws once a message is borrowed: only the destructor gives it back.
-    for (const hcyArray* input : inputs) rhs.UnsafeArenaAddAllocated(&messageOf(input));
-  }
+  explicit BorrowingParams(std::span<const hcyArray* const> inputs) : inputs_(inputs) {}
   BorrowingParams(const BorrowingParams&) = delete;
   BorrowingParams& operator=(const BorrowingParams&) = delete;
   ~BorrowingParams() {
     while (!params_.rhs().empty()) params_.mutable_rhs()->UnsafeArenaReleaseLast();
+    for (const hcyArray* input : inputs_) proxyOf(input).endSending();
   }
 
-  const VORTEN_Params& params() const { return params_; }
+  const VORTEN_Params& borrow(std::int32_t nargout) {
+    params_.set_nargout(nargout);
+    for (const hcyArray* input : inputs_) proxyOf(input).beginSending();
+    auto& rhs = *params_.mutable_rhs();
+    rhs.Reserve(checkedSize(inputs_.size()));
+    for (const hcyArray* input : inputs_) rhs.UnsafeArenaAddAllocated(&messageOf(input));
+    return params_;
+  }
 
  private:
+  std::span<const hcyArray* const> inputs_;
   VORTEN_Params params_;
 };
 
@@ -52,7 +54,9 @@ struct RequestBody {
   std::size_t size;
 };
 
-RequestBody serialised(const VORTEN_Params& params) {
+RequestBody requestBody(std::int32_t nargout, std::span<const hcyArray* const> inputs) {
+  BorrowingParams borrowing(inputs);
+  const VORTEN_Params& params = borrowing.borrow(nargout);
   // The message library holds sizes in signed 32 bits.
   const auto size = static_cast<std::size_t>(checkedSize(params.ByteSizeLong()));
   RequestBody body{std::make_unique_for_overwrite<std::uint8_t[]>(size), size};
@@ -97,7 +101,7 @@ bool evaluate(hcyClientContext& context, const char* url, std::int32_t nargout, 
               std::span<const hcyArray* const> inputs) {
   if (!context.client) throw std::logic_error("The context has no client.");
   const std::unique_ptr<Response> response =
-      post(*context.client, url, serialised(BorrowingParams(nargout, inputs).params()));
+      post(*context.client, url, requestBody(nargout, inputs));
   if (response->statusCode() != 200) {
     context.setHttpError(*response);
     return false;

@@ -132,7 +132,7 @@ class FailingProxy : public VORTENArrayProxy {
 
 TEST_F(FevalInputs, oneThatFailsOnItsWayLeavesThoseBeforeItToTheCaller) {
   const OwnedArray good(hcyCreateDoubleScalar(2));
-  const hcyArray failing{std::make_unique<FailingProxy>()};
+  const FailingProxy failing;
   EXPECT_EQ(context.feval("http://127.0.0.1:1/", 0, nullptr, {good.get(), &failing}), 1);
   EXPECT_EQ(context.lastFailure(), genericFailure("cannot be written"));
   EXPECT_EQ(hcyGetScalar(good.get()), 2.0);
