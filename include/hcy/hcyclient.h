@@ -410,7 +410,8 @@ HCY_API hcyArray* hcyCreateStructArray(size_t ndim, const size_t* dims, int nfie
 
 /** Creates an m-by-n sparse double array in compressed column form with room for nzmax stored
  *  elements: nzmax row indices (hcyGetIr()) and values (hcyGetPr(), hcyGetPi()), n + 1 column
- *  starts (hcyGetJc()), all 0. */
+ *  starts (hcyGetJc()), all 0. One that is created complex with nzmax 0 has no imaginary parts,
+ *  and gets none later. */
 HCY_API hcyArray* hcyCreateSparse(size_t m, size_t n, size_t nzmax, hcyComplexity complexity);
 
 /** Creates an m-by-n sparse logical array with room for nzmax stored elements; as
@@ -431,10 +432,11 @@ HCY_API hcyArray* hcyCreateSparseLogicalMatrix(size_t m, size_t n, size_t nzmax)
  *
  * An array of a reply is as the server sent it: its storage may hold fewer elements than its
  * dimensions say when the server breaks its own rules, and behind the pointer lie only those. A
- * program that does not trust its server brings the storage in step with `hcySetM(a, hcyGetM(a))`,
- * and that of a sparse array also by setting its hcySetNzmax() to its hcyGetNzmax() or its number
- * of elements, whichever is smaller, before it reads elements; the row indices and column starts
- * are for it to check.
+ * program that does not trust its server compares hcyGetNumberOfElements() with a limit of its own
+ * and then brings the storage in step with `hcySetM(a, hcyGetM(a))`, which asks for the memory of
+ * that many elements; that of a sparse array (its columns included in the limit) also by setting
+ * its hcySetNzmax() to its hcyGetNzmax() or its number of elements, whichever is smaller. The row
+ * indices and column starts are for it to check.
  *
  * A complex array that is resized to no elements and back to some may have lost its imaginary
  * parts: hcyIsComplex() stays true, and hcyGetPi() and hcyGetImagData() tell by null.
@@ -467,11 +469,12 @@ HCY_API uint16_t* hcyGetChars(const hcyArray* array);
 HCY_API double hcyGetScalar(const hcyArray* array);
 
 /** Returns the row indices (zero-based) of the stored elements of a sparse array, hcyGetNzmax()
- *  of them; null for another array. */
+ *  of them; null for another array, and when there are none. */
 HCY_API size_t* hcyGetIr(const hcyArray* array);
 
 /** Returns the column starts of a sparse array: the stored elements of column j are those from
- *  jc[j] to jc[j + 1] - 1. There are columns + 1 entries. Null for another array. */
+ *  jc[j] to jc[j + 1] - 1. There are columns + 1 entries in an array that was created here. Null
+ *  for another array. */
 HCY_API size_t* hcyGetJc(const hcyArray* array);
 
 /** Returns how many elements a sparse array has room for; (size_t)-1 for another array. */
@@ -479,7 +482,8 @@ HCY_API size_t hcyGetNzmax(const hcyArray* array);
 
 /** Gives a sparse array room for nzmax stored elements (at least 1); new ones are 0. Contents are
  *  kept up to the new number; the column starts are not touched. Ignored for another array, and
- *  when nzmax exceeds the number of elements. Throws positive overflow, std::bad_alloc. */
+ *  when nzmax exceeds the number of elements. Throws positive overflow and std::bad_alloc; the
+ *  contents are as before then, but read data pointers again. */
 HCY_API void hcySetNzmax(hcyArray* array, size_t nzmax);
 
 /** @} */
@@ -509,8 +513,8 @@ HCY_API const size_t* hcyGetDimensions(const hcyArray* array);
  *  sparse array gets new column starts for a larger number of columns, and keeps its stored
  *  elements. Throws positive overflow when the number of elements (of slots, for a struct; of
  *  columns plus one, for a sparse array) is over 2147483647: the dimension stays set, and the
- *  storage is as before. Throws std::bad_alloc: nothing has changed. Ignored for an array without
- *  dimensions. */
+ *  storage is as before. Throws std::bad_alloc: shape and contents are as before, but read data
+ *  pointers again. Ignored for an array without dimensions. */
 HCY_API void hcySetM(hcyArray* array, size_t m);
 
 /** Sets the second dimension; all else as hcySetM(). Ignored for an array with fewer than two
@@ -518,8 +522,9 @@ HCY_API void hcySetM(hcyArray* array, size_t m);
 HCY_API void hcySetN(hcyArray* array, size_t n);
 
 /** Sets all dimensions; ndim 1 means dims[0]-by-1. Contents as in hcySetM(). Returns 0, or 1 when
- *  ndim is 0 or memory is exhausted (nothing changes), or the number of elements is too large as
- *  in hcySetM() (the dimensions stay set, and the storage is as before). Does not throw. */
+ *  ndim is 0 or memory is exhausted (shape and contents are as before), or the number of elements
+ * is too large as in hcySetM() (the dimensions stay set, and the storage is as before). Does not
+ * throw. */
 HCY_API int hcySetDimensions(hcyArray* array, const size_t* dims, size_t ndim);
 
 /** Returns the linear index of the element with the given zero-based subscripts: the sum of
@@ -539,7 +544,9 @@ HCY_API size_t hcyCalcSingleSubscript(const hcyArray* array, size_t nsubs, const
  * exception: each handle works on contents of its own, which reach the element when the handle is
  * stored with a setter, duplicated or sent; the last one to do so wins. The shape of an element,
  * the names of its fields included, is always shared: once it has been changed through one handle,
- * destroy the others over the element, whose contents no longer fit it.
+ * destroy the others over the element, whose contents no longer fit it. A struct or cell element
+ * whose shape or fields were changed so has to be stored again: until then the container shows, and
+ * sends, the new shape with the old contents.
  *
  * Containers may be nested as deep as memory and stack allow; storing a value copies what it
  * holds, at every level. A reply is read to a depth of 49 nested containers.
@@ -597,7 +604,8 @@ HCY_API void hcySetFieldByNumber(hcyArray* array, size_t index, int n, hcyArray*
 
 /** Adds a field behind the others, never set in any element, and returns its number; the number
  *  that it has when it exists already. -1, and nothing has changed, if the array is not a struct
- *  array, `name` is null, or memory is exhausted. Does not throw. */
+ *  array, `name` is null, there would be too many values, or memory is exhausted. Does not
+ *  throw. */
 HCY_API int hcyAddField(hcyArray* array, const char* name);
 
 /** Removes field n (zero-based) from every element. Ignored if the array is not a struct array or
@@ -652,7 +660,7 @@ HCY_API bool hcyIsLogical(const hcyArray* array);
 /** Whether the array is of a numeric class (uint8 to double), or a sparse double array. */
 HCY_API bool hcyIsNumeric(const hcyArray* array);
 
-/** Whether the array has imaginary parts. */
+/** Whether the array was created complex, or came or was copied with imaginary parts. */
 HCY_API bool hcyIsComplex(const hcyArray* array);
 
 /** Whether the array has no dimensions or any of them is 0. */

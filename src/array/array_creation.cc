@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "array/array_maker.h"
-#include "array/char_array_proxy.h"
 #include "wire/checked_size.h"
 #include "wire/element_storage.h"
 #include "wire/sparse_values.h"

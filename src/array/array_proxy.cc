@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "array/array_proxy_builder.h"
 #include "wire/array_attributes.h"
 #include "wire/checked_size.h"
 #include "wire/data_accessor.h"
@@ -38,7 +39,8 @@ void* VORTENArrayProxy::getImagData() { return accessData(*message_, complex_).i
 double VORTENArrayProxy::getScalar() { return accessData(*message_, complex_).scalar; }
 
 std::unique_ptr<VORTENArrayProxy> VORTENArrayProxy::clone() {
-  return std::make_unique<VORTENArrayProxy>(std::make_shared<VORTEN_Array>(*message_));
+  commit();
+  return ArrayProxyBuilder::over(std::make_shared<VORTEN_Array>(*message_));
 }
 
 }  // namespace hcy

@@ -21,32 +21,36 @@ size_t dimension(const hcyArray* array, int which) {
   return which < dimensions.size() ? dimensions[which] : 0;
 }
 
-using DimensionList = google::protobuf::RepeatedField<std::uint64_t>;
-
-// Takes the new dimensions over and gives the array storage for them. Where memory for that cannot
-// be had the old ones stay; dimensions that are too large stay written.
-void setDimensions(hcyArray* array, DimensionList dimensions) {
-  DimensionList& stored = *messageOf(array).mutable_dimension();
-  stored.Swap(&dimensions);
-  try {
-    proxyOf(array).resize(hcy::checkedSize(hcy::elementCount(messageOf(array))));
-  } catch (const std::bad_alloc&) {
-    stored.Swap(&dimensions);
-    throw;
-  }
+// Gives the array storage for its dimensions. Where memory for that cannot be had its callers bring
+// the old ones back; dimensions that are too large stay written.
+void fitStorage(const hcyArray* array) {
+  proxyOf(array).resize(hcy::checkedSize(hcy::elementCount(messageOf(array))));
 }
 
 void setDimension(hcyArray* array, int which, size_t value) {
   if (which >= messageOf(array).dimension_size()) return;
-  DimensionList dimensions = messageOf(array).dimension();
-  dimensions[which] = value;
-  setDimensions(array, std::move(dimensions));
+  std::uint64_t& stored = (*messageOf(array).mutable_dimension())[which];
+  const std::uint64_t old = std::exchange(stored, value);
+  try {
+    fitStorage(array);
+  } catch (const std::bad_alloc&) {
+    stored = old;
+    throw;
+  }
 }
 
 void setDimensions(hcyArray* array, const size_t* dims, size_t ndim) {
   if (ndim == 0) throw std::invalid_argument("Number of dimensions must be greater than zero.");
   const std::vector<std::uint64_t> shape = hcy::shapeOf(ndim, dims);
-  setDimensions(array, DimensionList(shape.begin(), shape.end()));
+  google::protobuf::RepeatedField<std::uint64_t> dimensions(shape.begin(), shape.end());
+  auto& stored = *messageOf(array).mutable_dimension();
+  stored.Swap(&dimensions);
+  try {
+    fitStorage(array);
+  } catch (const std::bad_alloc&) {
+    stored.Swap(&dimensions);
+    throw;
+  }
 }
 
 }  // namespace

@@ -31,9 +31,4 @@ void VORTENCharArrayProxy::commit() {
   widen(codeUnits_, *CHAR_class::write(message()).mutable_elements());
 }
 
-std::unique_ptr<VORTENArrayProxy> VORTENCharArrayProxy::clone() {
-  commit();
-  return std::make_unique<VORTENCharArrayProxy>(std::make_shared<VORTEN_Array>(message()));
-}
-
 }  // namespace hcy

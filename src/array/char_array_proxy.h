@@ -22,7 +22,6 @@ class VORTENCharArrayProxy : public VORTENArrayProxy {
   void* getImagData() override { return nullptr; }
   double getScalar() override;
   void commit() override;
-  std::unique_ptr<VORTENArrayProxy> clone() override;
 
   std::u16string_view codeUnits() const { return {codeUnits_.data(), codeUnits_.size()}; }
 

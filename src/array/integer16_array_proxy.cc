@@ -26,7 +26,7 @@ VORTEN16BitIntegerArrayProxy<Class>::VORTEN16BitIntegerArrayProxy(
 template <WidenedClass Class>
 void VORTEN16BitIntegerArrayProxy<Class>::resize(std::int32_t count) {
   const auto size = static_cast<std::size_t>(count);
-  const std::size_t imaginarySize = isComplex() ? size : imaginary_.size();
+  const std::size_t imaginarySize = isComplex() ? size : 0;
   real_.reserve(size);  // so that nothing fails once the message has changed
   imaginary_.reserve(imaginarySize);
   VORTENArrayProxy::resize(count);
@@ -54,12 +54,6 @@ void VORTEN16BitIntegerArrayProxy<Class>::commit() {
   typename Class::Message& part = Class::write(message());
   widen(real_, *part.mutable_elements());
   widen(imaginary_, *part.mutable_imag_elements());
-}
-
-template <WidenedClass Class>
-std::unique_ptr<VORTENArrayProxy> VORTEN16BitIntegerArrayProxy<Class>::clone() {
-  commit();
-  return std::make_unique<VORTEN16BitIntegerArrayProxy>(std::make_shared<VORTEN_Array>(message()));
 }
 
 template class VORTEN16BitIntegerArrayProxy<INT16_class>;

@@ -23,7 +23,6 @@ class VORTEN16BitIntegerArrayProxy : public VORTENArrayProxy {
   void* getImagData() override;
   double getScalar() override;
   void commit() override;
-  std::unique_ptr<VORTENArrayProxy> clone() override;
 
  private:
   using Element = typename Class::Element;

@@ -74,30 +74,17 @@ void* VORTENStructCellArrayProxy<Class>::getData() {
 
 template <ContainerClass Class>
 void VORTENStructCellArrayProxy<Class>::commit() {
-  auto& elements = *Class::write(message()).mutable_elements();
-  try {
-    resizeElementStorage(message(), static_cast<std::uint32_t>(checkedSize(slots_.size())));
-    copySlots(elements);
-  } catch (...) {
-    // A copy that failed halfway is good for nothing but to be destroyed. The slots keep the
-    // contents, for the next time.
-    Elements().Swap(&elements);
-    throw;
-  }
-}
-
-template <ContainerClass Class>
-void VORTENStructCellArrayProxy<Class>::copySlots(
-    google::protobuf::RepeatedPtrField<VORTEN_Array>& elements) const {
-  auto element = elements.begin();
+  // Filled aside: the message keeps the old elements until all copies are made.
+  Elements elements;
+  elements.Reserve(checkedSize(slots_.size()));
   for (const auto& slot : slots_) {
     if (slot) {
-      element->CopyFrom(*slot);
+      *elements.Add() = *slot;
     } else {
-      makeEmptyDouble(*element);
+      makeEmptyDouble(*elements.Add());
     }
-    ++element;
   }
+  Class::write(message()).mutable_elements()->Swap(&elements);
 }
 
 template <ContainerClass Class>
@@ -113,10 +100,8 @@ void VORTENStructCellArrayProxy<Class>::beginSending() {
 
 template <ContainerClass Class>
 std::unique_ptr<VORTENArrayProxy> VORTENStructCellArrayProxy<Class>::clone() {
-  commit();
-  auto copy =
-      std::make_unique<VORTENStructCellArrayProxy>(std::make_shared<VORTEN_Array>(message()));
-  copy->elementsWithoutFields_ = elementsWithoutFields_;
+  auto copy = VORTENArrayProxy::clone();
+  static_cast<VORTENStructCellArrayProxy&>(*copy).elementsWithoutFields_ = elementsWithoutFields_;
   return copy;
 }
 

@@ -51,8 +51,6 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
   // How many elements there are slots for; the slots of the last may be incomplete.
   std::size_t elementsWithSlots() const;
 
-  void copySlots(google::protobuf::RepeatedPtrField<VORTEN_Array>& elements) const;
-
   Slots slots_;
   std::unique_ptr<LentSlots> lentSlots_;
   // The number of elements to make slots for when a struct array without fields gets one.

@@ -52,27 +52,12 @@ void resizeParts(Message& message, std::uint64_t count) {
 
 }  // namespace
 
-template <ByteClass Class>
+template <class Class>
 void InitialStorageSizer::operator()(Class) {
   sizeNew(Class::write(array), count, complex);
 }
 
-template <RepeatedClass Class>
-void InitialStorageSizer::operator()(Class) {
-  sizeNew(Class::write(array), count, complex);
-}
-
-template <ByteClass Class>
-void ElementStorageResizer::operator()(Class) {
-  resizeParts(Class::write(array), count);
-}
-
-template <RepeatedClass Class>
-void ElementStorageResizer::operator()(Class) {
-  resizeParts(Class::write(array), count);
-}
-
-template <ContainerClass Class>
+template <class Class>
 void ElementStorageResizer::operator()(Class) {
   resizeParts(Class::write(array), count);
 }

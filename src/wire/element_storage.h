@@ -15,9 +15,7 @@ struct InitialStorageSizer {
   std::uint64_t count = 0;
   bool complex = false;
 
-  template <ByteClass Class>
-  void operator()(Class);
-  template <RepeatedClass Class>
+  template <class Class>
   void operator()(Class);
   template <ContainerClass Class>
   void operator()(Class) {}
@@ -31,11 +29,7 @@ struct ElementStorageResizer {
   VORTEN_Array& array;
   std::uint32_t count = 0;
 
-  template <ByteClass Class>
-  void operator()(Class);
-  template <RepeatedClass Class>
-  void operator()(Class);
-  template <ContainerClass Class>
+  template <class Class>
   void operator()(Class);
   void operator()(SPARSE_class);
 };
