@@ -41,7 +41,7 @@ QXHttpClient::QXHttpClient(const QXClientConfig& config)
 }
 
 std::unique_ptr<Request> QXHttpClient::createRequest(const std::string& url) {
-  return std::make_unique<HttpRequest>(handle_, url, config_.getResponseSizeLimit());
+  return std::make_unique<HttpRequest>(handle_, url, config_.getResponseSizeLimit(), spareReply_);
 }
 
 }  // namespace hcy

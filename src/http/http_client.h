@@ -2,6 +2,9 @@
 
 #pragma once
 
+#include <memory>
+
+#include "http/body_block.h"
 #include "http/client.h"
 #include "http/transfer_handle.h"
 
@@ -22,6 +25,7 @@ class QXHttpClient : public QXClient {
  private:
   QXHttpClientConfig config_;
   TransferHandle handle_;
+  std::shared_ptr<SpareBlock> spareReply_ = std::make_shared<SpareBlock>();
 };
 
 }  // namespace hcy

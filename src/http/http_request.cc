@@ -18,10 +18,10 @@ struct HeaderListDeleter {
 };
 using HeaderList = std::unique_ptr<curl_slist, HeaderListDeleter>;
 
-HeaderList headerListOf(const std::vector<std::string>& lines) {
+HeaderList headerList() {
   HeaderList list;
-  for (const std::string& line : lines) {
-    curl_slist* const longer = curl_slist_append(list.get(), line.c_str());
+  for (const char* line : HttpRequest::headerLines) {
+    curl_slist* const longer = curl_slist_append(list.get(), line);
     if (longer == nullptr) throw std::bad_alloc();
     static_cast<void>(list.release());  // the longer list begins with it
     list.reset(longer);
@@ -40,7 +40,7 @@ std::size_t onHeaderLine(char* data, std::size_t size, std::size_t count, void* 
   auto& reception = *static_cast<Reception*>(user);
   const std::size_t n = size * count;
   try {
-    reception.response.addHeaderLine(std::string(data, n));
+    reception.response.addHeaderLine({data, n});
     return n;
   } catch (...) {
     reception.failure = std::current_exception();
@@ -71,14 +71,12 @@ std::uint32_t statusCodeOf(CURL* handle) {
 
 }  // namespace
 
-HttpRequest::HttpRequest(TransferHandle handle, std::string url, std::uint32_t responseSizeLimit)
+HttpRequest::HttpRequest(TransferHandle handle, std::string url, std::uint32_t responseSizeLimit,
+                         std::shared_ptr<SpareBlock> spareReply)
     : handle_(std::move(handle)),
       url_(std::move(url)),
-      // A header without a value leaves out the one that libcurl would add of its own: no wait
-      // for an interim 100 (Continue).
-      headerLines_{"Content-Type: application/x-google-protobuf", "User-Agent: Halcyon C client",
-                   "Expect: "},
-      responseSizeLimit_(responseSizeLimit) {}
+      responseSizeLimit_(responseSizeLimit),
+      spareReply_(std::move(spareReply)) {}
 
 void HttpRequest::setBody(const void* data, std::uint64_t size) {
   curl_easy_setopt(handle_.get(), CURLOPT_POSTFIELDS, data);
@@ -87,8 +85,8 @@ void HttpRequest::setBody(const void* data, std::uint64_t size) {
 
 std::unique_ptr<Response> HttpRequest::perform() {
   CURL* const handle = handle_.get();
-  const HeaderList headers = headerListOf(headerLines_);
-  auto response = std::make_unique<HttpResponse>(responseSizeLimit_);
+  const HeaderList headers = headerList();
+  auto response = std::make_unique<HttpResponse>(responseSizeLimit_, spareReply_);
   Reception reception{*response, nullptr};
   curl_easy_setopt(handle, CURLOPT_URL, url_.c_str());
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());

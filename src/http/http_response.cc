@@ -2,6 +2,7 @@
 
 #include "http/http_response.h"
 
+#include <algorithm>
 #include <boost/algorithm/string/trim.hpp>
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
 #include <boost/throw_exception.hpp>
@@ -13,6 +14,8 @@
 
 namespace hcy {
 namespace {
+
+constexpr std::uint64_t kMostInAdvance = std::uint64_t{64} << 20;
 
 // Everything behind the second blank of a status line.
 std::string statusMessageOf(std::string_view statusLine) {
@@ -49,28 +52,30 @@ std::uint64_t declaredLengthOf(std::string_view line) {
 
 }  // namespace
 
-HttpResponse::HttpResponse(std::uint32_t responseSizeLimit)
-    : body_(static_cast<char*>(std::malloc(1))), responseSizeLimit_(responseSizeLimit) {
-  if (!body_) throw std::bad_alloc();
+HttpResponse::HttpResponse(std::uint32_t responseSizeLimit, std::shared_ptr<SpareBlock> spare)
+    : spare_(std::move(spare)), body_(spare_->take()), responseSizeLimit_(responseSizeLimit) {
+  if (!body_.reserve(1)) throw std::bad_alloc();
 }
 
 bool HttpResponse::appendBody(const char* bytes, std::size_t count) {
   if (declaredLength_ > responseSizeLimit_) return false;
   if (count == 0) return true;
-  auto* const grown = static_cast<char*>(std::realloc(body_.get(), bodyLength_ + count));
-  if (grown == nullptr) return false;
-  static_cast<void>(body_.release());  // realloc has taken the block over
-  body_.reset(grown);
-  std::memcpy(grown + bodyLength_, bytes, count);
+  // A declared length is room in advance, up to a bound: it may be a lie.
+  if (bodyLength_ == 0) {
+    static_cast<void>(body_.reserve(std::min<std::uint64_t>(declaredLength_, kMostInAdvance)));
+  }
+  if (!body_.reserve(bodyLength_ + count)) return false;
+  std::memcpy(body_.data() + bodyLength_, bytes, count);
   bodyLength_ += count;
   return true;
 }
 
-void HttpResponse::addHeaderLine(std::string line) {
-  headerLines_.push_back(std::move(line));
-  const std::string& added = headerLines_.back();
-  if (headerLines_.size() == 1) statusMessage_ = statusMessageOf(added);
-  if (added.find("Content-Length") != std::string::npos) declaredLength_ = declaredLengthOf(added);
+void HttpResponse::addHeaderLine(std::string_view line) {
+  if (!hasStatusLine_) statusMessage_ = statusMessageOf(line);
+  hasStatusLine_ = true;
+  if (line.find("Content-Length") != std::string_view::npos) {
+    declaredLength_ = declaredLengthOf(line);
+  }
 }
 
 }  // namespace hcy

@@ -3,10 +3,11 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdlib>
 #include <memory>
-#include <vector>
+#include <string_view>
+#include <utility>
 
+#include "http/body_block.h"
 #include "http/response.h"
 
 namespace hcy {
@@ -14,10 +15,13 @@ namespace hcy {
 // Filled piece by piece as a transfer delivers header lines and body.
 class HttpResponse : public Response {
  public:
-  // Refuses a body that is declared longer than the limit, in bytes.
-  explicit HttpResponse(std::uint32_t responseSizeLimit);
+  // Refuses a body that is declared longer than the limit, in bytes. Takes the memory of the body
+  // from the spare block, and gives it back there in the end.
+  explicit HttpResponse(std::uint32_t responseSizeLimit,
+                        std::shared_ptr<SpareBlock> spare = std::make_shared<SpareBlock>());
+  ~HttpResponse() override { spare_->giveBack(std::move(body_)); }
 
-  const char* bodyData() const override { return body_.get(); }
+  const char* bodyData() const override { return body_.data(); }
   std::uint64_t bodySize() const override { return bodyLength_; }
   std::uint32_t statusCode() const override { return statusCode_; }
   std::string statusMessage() const override { return statusMessage_; }
@@ -28,22 +32,18 @@ class HttpResponse : public Response {
 
   // Takes one line as it arrived, line end included. Throws boost::bad_lexical_cast for a
   // Content-Length that is no number.
-  void addHeaderLine(std::string line);
+  void addHeaderLine(std::string_view line);
 
   void setStatusCode(std::uint32_t code) { statusCode_ = code; }
-  const std::vector<std::string>& headerLines() const { return headerLines_; }
   std::uint64_t declaredLength() const { return declaredLength_; }
 
  private:
-  struct Free {
-    void operator()(char* block) const { std::free(block); }
-  };
-
   std::uint32_t statusCode_ = 0;
   std::string statusMessage_;
-  std::unique_ptr<char, Free> body_;
+  bool hasStatusLine_ = false;
+  std::shared_ptr<SpareBlock> spare_;
+  BodyBlock body_;
   std::uint64_t bodyLength_ = 0;
-  std::vector<std::string> headerLines_;
   std::uint64_t declaredLength_ = 0;
   std::uint32_t responseSizeLimit_;
 };

@@ -9,6 +9,7 @@
 
 #include "hcy.client.VORTENError.pb.h"
 #include "hcy/hcyclient.h"
+#include "http/body_block.h"
 #include "http/client.h"
 
 // What the runtime table calls a context: a client, and the account of its last failed call.
@@ -16,6 +17,7 @@
 // keep what an earlier failure left.
 struct hcyClientContext {
   std::unique_ptr<hcy::QXClient> client;  // null when it could not be made
+  hcy::SpareBlock spareRequest;
 
   hcyErrorType errorKind = HCY_HTTP_ERROR;
   const char* errorMessage = "";  // the fixed text of the kind; empty before the first failure

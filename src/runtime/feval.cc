@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <new>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -49,24 +50,34 @@ class BorrowingParams {
   VORTEN_Params params_;
 };
 
-struct RequestBody {
-  std::unique_ptr<std::uint8_t[]> bytes;
-  std::size_t size;
-};
+// The bytes of a request, in memory that comes from the context's spare block and goes back there.
+class RequestBody {
+ public:
+  RequestBody(SpareBlock& spare, std::int32_t nargout, std::span<const hcyArray* const> inputs)
+      : spare_(spare), block_(spare.take()) {
+    BorrowingParams borrowing(inputs);
+    const VORTEN_Params& params = borrowing.borrow(nargout);
+    // The message library holds sizes in signed 32 bits.
+    size_ = static_cast<std::size_t>(checkedSize(params.ByteSizeLong()));
+    if (!block_.reserve(size_)) throw std::bad_alloc();
+    params.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(block_.data()));
+  }
+  RequestBody(const RequestBody&) = delete;
+  RequestBody& operator=(const RequestBody&) = delete;
+  ~RequestBody() { spare_.giveBack(std::move(block_)); }
 
-RequestBody requestBody(std::int32_t nargout, std::span<const hcyArray* const> inputs) {
-  BorrowingParams borrowing(inputs);
-  const VORTEN_Params& params = borrowing.borrow(nargout);
-  // The message library holds sizes in signed 32 bits.
-  const auto size = static_cast<std::size_t>(checkedSize(params.ByteSizeLong()));
-  RequestBody body{std::make_unique_for_overwrite<std::uint8_t[]>(size), size};
-  params.SerializeWithCachedSizesToArray(body.bytes.get());
-  return body;
-}
+  const char* data() const { return block_.data(); }
+  std::size_t size() const { return size_; }
+
+ private:
+  SpareBlock& spare_;
+  BodyBlock block_;
+  std::size_t size_ = 0;
+};
 
 std::unique_ptr<Response> post(QXClient& client, const char* url, const RequestBody& body) {
   const std::unique_ptr<Request> request = client.createRequest(url);
-  request->setBody(body.bytes.get(), body.size);
+  request->setBody(body.data(), body.size());
   return request->perform();
 }
 
@@ -101,7 +112,7 @@ bool evaluate(hcyClientContext& context, const char* url, std::int32_t nargout, 
               std::span<const hcyArray* const> inputs) {
   if (!context.client) throw std::logic_error("The context has no client.");
   const std::unique_ptr<Response> response =
-      post(*context.client, url, requestBody(nargout, inputs));
+      post(*context.client, url, RequestBody(context.spareRequest, nargout, inputs));
   if (response->statusCode() != 200) {
     context.setHttpError(*response);
     return false;

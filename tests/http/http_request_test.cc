@@ -25,6 +25,7 @@ using test::readRequest;
 using test::ScriptServer;
 using test::send;
 using ::testing::ElementsAre;
+using ::testing::StrEq;
 
 static_assert(!std::is_copy_constructible_v<HttpRequest>);
 static_assert(!std::is_copy_assignable_v<HttpRequest>);
@@ -47,9 +48,9 @@ class HttpRequestTest : public ::testing::Test {
 };
 
 TEST_F(HttpRequestTest, holdsThreeHeaderLinesInOrder) {
-  const HttpRequest request(nullptr, "http://127.0.0.1/", 1);
-  EXPECT_THAT(request.headerLines(), ElementsAre("Content-Type: application/x-google-protobuf",
-                                                 "User-Agent: Halcyon C client", "Expect: "));
+  EXPECT_THAT(HttpRequest::headerLines,
+              ElementsAre(StrEq("Content-Type: application/x-google-protobuf"),
+                          StrEq("User-Agent: Halcyon C client"), StrEq("Expect: ")));
 }
 
 TEST_F(HttpRequestTest, isAPostOfItsBody) {
@@ -158,18 +159,16 @@ TEST_F(HttpRequestTest, anAnswerWithoutBodyHasSize0AndAPointer) {
   EXPECT_NE(response->bodyData(), nullptr);
 }
 
-TEST_F(HttpRequestTest, anAnswerKeepsEveryHeaderLineOfTheExchange) {
+TEST_F(HttpRequestTest, anAnswerTakesEveryHeaderLineOfTheExchange) {
   const ScriptServer talkative({Connection{
       readRequest(), send("HTTP/1.1 103 Early Hints\r\nLink: </a>\r\n\r\n"
                           "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nX-Odd:  \t1 \r\n\r\n"
-                          "1\r\nx\r\n0\r\nX-Trailer: 2\r\n\r\n")}});
+                          "1\r\nx\r\n0\r\nX-Content-Length: 2\r\n\r\n")}});
   const std::unique_ptr<Request> request = client.createRequest(talkative.url());
   request->setBody("x", 1);
   const std::unique_ptr<Response> response = request->perform();
-  EXPECT_THAT(dynamic_cast<HttpResponse&>(*response).headerLines(),
-              ElementsAre("HTTP/1.1 103 Early Hints\r\n", "Link: </a>\r\n", "\r\n",
-                          "HTTP/1.1 200 OK\r\n", "Transfer-Encoding: chunked\r\n",
-                          "X-Odd:  \t1 \r\n", "\r\n", "X-Trailer: 2\r\n"));
+  EXPECT_EQ(response->statusMessage(), "Early Hints\r\n");
+  EXPECT_EQ(dynamic_cast<HttpResponse&>(*response).declaredLength(), 2U);
 }
 
 }  // namespace
