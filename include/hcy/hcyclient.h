@@ -124,8 +124,10 @@ typedef struct hcyErrorInfo {
     /** Valid for HCY_HTTP_ERROR. */
     struct {
       uint32_t statusCode;       /**< the HTTP status (RFC 9110), 0 before the first failure */
-      const char* statusMessage; /**< everything behind the status code in the status line, line
-                                      end included; empty when the line had no reason phrase */
+      const char* statusMessage; /**< everything behind the status code and its blank in the first
+                                      status line that arrived (an interim one's, where there was
+                                      one), line end included; empty when nothing follows the
+                                      code */
     } http;
     /** Valid for HCY_VORTEN_ERROR. */
     struct {
@@ -179,7 +181,8 @@ typedef struct hcyClientRuntime {
   void (*destroyConfig)(hcyClientConfig* config);
 
   /** Sets how many whole seconds one call may take, connection and transfer together. Default
-   *  120. 0 means no limit, and so does a number that libcurl refuses (24 days and more). */
+   *  120. 0 means no limit, and so does a number that libcurl refuses (over 2147483, which is
+   *  nearly 25 days). */
   void (*setTimeOut)(hcyClientConfig* config, uint32_t seconds);
 
   /** Returns the time-out in seconds. */
@@ -188,7 +191,8 @@ typedef struct hcyClientRuntime {
   /** Sets the size in bytes of the largest reply body that is accepted. Default 67108864 (64
    *  MiB). A reply that declares more fails as a generic error as soon as its body begins. A reply
    *  that declares no length (chunked) is received whole, but no more than the limit of it is
-   *  read, and never more than 2147483647 bytes: what lies behind is as if it had not been sent.
+   *  read: what lies behind is as if it had not been sent. A body over 2147483647 bytes fails
+   *  the call, whatever the limit.
    *  In memory, small elements take many times their size on the wire: a cell array of empty
    *  elements some 150 bytes a byte. */
   void (*setResponseSizeLimit)(hcyClientConfig* config, uint32_t bytes);
@@ -197,9 +201,11 @@ typedef struct hcyClientRuntime {
   uint32_t (*getResponseSizeLimit)(const hcyClientConfig* config);
 
   /** Creates a context from a copy of the settings of `config`, stores it in `*context` and
-   *  returns 0; release it with destroyContext. It opens no connection yet. Returns 1 when memory
-   *  or a transfer handle cannot be had; set `*context` to null before the call, and when it is
-   *  not null after a failure, destroy it. */
+   *  returns 0; release it with destroyContext. It opens no connection yet. Between calls it keeps
+   *  its connection, and up to 4 MiB each of memory for the next request and reply. Returns 1 when
+   *  memory or a transfer handle cannot be had, or for a configuration that createConfig failed to
+   *  make; set `*context` to null before the call, and when it is not null after a failure,
+   *  destroy it. */
   int (*createContext)(hcyClientContext** context, const hcyClientConfig* config);
 
   /** Closes the connection of a context and destroys it, with all texts of its error records.
@@ -208,21 +214,22 @@ typedef struct hcyClientRuntime {
 
   /** Fills `*info` with the account of the last failed call of the context. A call that succeeds
    *  leaves the account as it is; before any failure it is kind 0 with empty texts and status 0.
-   *  Give the record back with destroyLastErrorInfo. */
+   *  Give the record back with destroyLastErrorInfo, before it is filled again too. */
   void (*getLastErrorInfo)(const hcyClientContext* context, hcyErrorInfo* info);
 
   /** Frees the stack frames of a record and sets `stack` to null; the depth and all else stay.
-   *  A record may be given back twice. */
+   *  A record may be given back twice, and after its context has been destroyed. */
   void (*destroyLastErrorInfo)(hcyErrorInfo* info);
 
   /**
    * Evaluates a function on a server: one HTTP/1.1 POST (RFC 9110, RFC 9112), which blocks until
    * the reply, the time-out or a failure. A reply body that cannot be parsed to its end counts as
-   * what could be read of it.
+   * what could be read of it. When the kept connection turns out to be closed before a reply has
+   * begun, the request is sent once more on a new one: a function may then run twice.
    *
    * @param context the context; after a failure it can be used for further calls.
    * @param url     full http or https URL of the function, passed to libcurl unchanged.
-   * @param nargout number of outputs wanted.
+   * @param nargout number of outputs wanted; a negative number is never what arrives.
    * @param outputs room for nargout handles; may be null when nargout is 0.
    * @param nargin  number of inputs; below 1, none are sent.
    * @param inputs  nargin handles, or null for none. An array may occur more than once. The
@@ -232,13 +239,14 @@ typedef struct hcyClientRuntime {
    *         HCY_HTTP_ERROR when the status is not 200; HCY_VORTEN_ERROR when the function raised
    *         an error; HCY_GENERIC_ERROR with the reason as text when the transfer failed, a
    *         Content-Length is no number ("bad lexical cast: source type value could not be
-   *         interpreted as target"), the reply was over the size limit, the number of outputs
+   *         interpreted as target", or libcurl's own text), the reply was over the size limit or
+   *         memory for it could not be had (one text for both), the number of outputs
    *         differs from nargout, an output is of a class that the library does not serve
    *         ("dispatch_on_QXType"), the request or the reply body is over 2147483647 bytes
    *         (positive overflow), or memory is exhausted ("std::bad_alloc"). On
    *         failure `outputs` is not written, with one exception: when an output cannot be
-   *         served, those behind it have been stored already and are the caller's to destroy; so
-   *         set `outputs` to null before the call.
+   *         served, or memory for it cannot be had, those behind it have been stored already and
+   *         are the caller's to destroy; so set `outputs` to null before the call.
    */
   int (*feval)(hcyClientContext* context, const char* url, int32_t nargout, hcyArray** outputs,
                int32_t nargin, const hcyArray* const* inputs);
@@ -255,7 +263,9 @@ typedef struct hcyClientRuntime {
   /** Since 1.1. Returns the file of the private key. */
   const char* (*getClientPrivateKeyFile)(const hcyClientConfig* config);
 
-  /** Since 1.1. Sets the pass phrase of the private key; empty (the default) for none. */
+  /** Since 1.1. Sets the pass phrase of the private key; empty (the default) for none. Where an
+   *  encrypted key meets none, OpenSSL asks for it on the terminal of the process, if it has one,
+   *  and the call waits for the answer. */
   void (*setPrivateKeyPasswd)(hcyClientConfig* config, const char* passPhrase);
   /** Since 1.1. Returns the pass phrase of the private key. */
   const char* (*getPrivateKeyPasswd)(const hcyClientConfig* config);
@@ -266,8 +276,10 @@ typedef struct hcyClientRuntime {
   /** Since 1.1. Returns the file of the certificate authorities. */
   const char* (*getCAFile)(const hcyClientConfig* config);
 
-  /** Since 1.1. Sets the file (PEM) of a certificate revocation list; empty (the default) for no
-   *  check of revocation. */
+  /** Since 1.1. Sets the file (PEM) of certificate revocation lists; empty (the default) for no
+   *  check of revocation. It has to hold a current list of every authority in the server's chain:
+   *  where one is missing, every call is refused. Nothing is checked with peer verification off,
+   *  though the file must be readable then too. */
   void (*setRevocationListFile)(hcyClientConfig* config, const char* file);
   /** Since 1.1. Returns the file of the certificate revocation list. */
   const char* (*getRevocationListFile)(const hcyClientConfig* config);

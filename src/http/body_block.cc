@@ -20,8 +20,8 @@ bool isMapped(std::size_t capacity) { return capacity > kMostOnHeap; }
 
 // Begins where a huge page can; what is mapped before and behind it is given back.
 char* mapped(std::size_t size) {
-  void* const found = ::mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE,
-                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  void* const found =
+      ::mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (found == MAP_FAILED) return nullptr;
   auto* const begin = static_cast<char*>(found);
   const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) % kHugePage;

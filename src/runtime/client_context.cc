@@ -7,6 +7,7 @@
 
 #include "http/http_client.h"
 #include "runtime/client_config_slots.h"
+#include "runtime/exception_text.h"
 
 void hcyClientContext::setHttpError(const hcy::Response& response) {
   httpStatusMessage = response.statusMessage();
@@ -24,12 +25,7 @@ void hcyClientContext::setVortenError(hcy::client::VORTEN_Error&& error) {
 void hcyClientContext::setGenericError(const std::exception& exception) noexcept {
   errorKind = HCY_GENERIC_ERROR;
   errorMessage = "A generic error was thrown";
-  try {
-    errorDetails = exception.what();
-  } catch (const std::bad_alloc& exhausted) {
-    // Short enough to be stored without memory of its own.
-    errorDetails = exhausted.what();
-  }
+  hcy::storeText(exception, errorDetails);
 }
 
 namespace hcy {

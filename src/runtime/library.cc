@@ -15,6 +15,7 @@
 #include "runtime/client_config_slots.h"
 #include "runtime/client_context.h"
 #include "runtime/error_info.h"
+#include "runtime/exception_text.h"
 #include "runtime/feval.h"
 
 namespace {
@@ -51,15 +52,6 @@ std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
   return runtime;
 }
 
-void setInitializationErrorMessage(const std::exception& exception) noexcept {
-  try {
-    initializationErrorMessage = exception.what();
-  } catch (const std::bad_alloc& exhausted) {
-    // Short enough to be stored without memory of its own.
-    initializationErrorMessage = exhausted.what();
-  }
-}
-
 }  // namespace
 
 hcyClientRuntime* hcyInitialize(void) { return hcyInitializeEx(HCY_CLIENT_RUNTIME_1_0); }
@@ -69,7 +61,7 @@ hcyClientRuntime* hcyInitializeEx(int version) {
   try {
     runtimeTable = makeRuntime(version).release();
   } catch (const std::exception& exception) {
-    setInitializationErrorMessage(exception);
+    hcy::storeText(exception, initializationErrorMessage);
   }
   return runtimeTable;
 }
