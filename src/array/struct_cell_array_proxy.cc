@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "array/output_memory.h"
 #include "wire/checked_size.h"
 #include "wire/element_count.h"
 #include "wire/element_storage.h"
@@ -28,10 +29,15 @@ Slots copied(const Elements& elements) {
 
 // Saves the copies where nobody else holds the message: commit() puts elements back before
 // anybody can see it.
-Slots takenOut(Elements& elements) {
+Slots takenOut(Elements& elements, OutputMemory* memory) {
   Slots slots(static_cast<std::size_t>(elements.size()));
   for (std::size_t i = slots.size(); i-- > 0;) {
-    slots[i] = std::unique_ptr<VORTEN_Array>(elements.ReleaseLast());
+    if (memory != nullptr) {
+      slots[i] = memory->own(&elements[static_cast<int>(i)]);
+      elements.UnsafeArenaReleaseLast();
+    } else {
+      slots[i] = std::unique_ptr<VORTEN_Array>(elements.ReleaseLast());
+    }
   }
   return slots;
 }
@@ -53,7 +59,7 @@ VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(std::shared_ptr<VO
   if (Class::read(this->message()).elements().empty()) return;
   auto& elements = *Class::write(this->message()).mutable_elements();
   if (sharedMessage().use_count() == 1) {
-    slots_ = takenOut(elements);
+    slots_ = takenOut(elements, OutputMemory::of(sharedMessage()));
   } else {
     slots_ = copied(elements);
   }
@@ -84,7 +90,7 @@ void VORTENStructCellArrayProxy<Class>::commit() {
       makeEmptyDouble(*elements.Add());
     }
   }
-  Class::write(message()).mutable_elements()->Swap(&elements);
+  partOnHeap().mutable_elements()->Swap(&elements);
 }
 
 template <ContainerClass Class>
@@ -145,7 +151,7 @@ void VORTENStructCellArrayProxy<Class>::addField(std::string&& name) requires(
     Class::type == VORTEN_Array::STRUCT) {
   const std::size_t fields = numberOfFields();
   Slots regrouped(elementsWithSlots() * (fields + 1));
-  auto& names = *STRUCT_class::write(message()).mutable_field_names();
+  auto& names = *partOnHeap().mutable_field_names();
   names.Reserve(names.size() + 1);
   *names.Add() = std::move(name);
   // Slots without a field name, which only a reply can bring, are one to an element.
@@ -160,6 +166,7 @@ void VORTENStructCellArrayProxy<Class>::addField(std::string&& name) requires(
 template <ContainerClass Class>
 void VORTENStructCellArrayProxy<Class>::removeField(std::size_t field) requires(
     Class::type == VORTEN_Array::STRUCT) {
+  auto& names = *STRUCT_class::write(message()).mutable_field_names();
   const std::size_t fields = numberOfFields();
   elementsWithoutFields_ = elementsWithSlots();
   std::size_t kept = 0;
@@ -170,8 +177,15 @@ void VORTENStructCellArrayProxy<Class>::removeField(std::size_t field) requires(
     }
   }
   slots_.resize(kept);
-  auto& names = *STRUCT_class::write(message()).mutable_field_names();
   names.DeleteSubrange(static_cast<int>(field), 1);
+}
+
+template <ContainerClass Class>
+typename Class::Message& VORTENStructCellArrayProxy<Class>::partOnHeap() {
+  typename Class::Message& part = Class::write(message());
+  if (part.GetArena() == nullptr) return part;
+  Class::replace(message(), std::make_unique<typename Class::Message>(part));
+  return Class::write(message());
 }
 
 template class VORTENStructCellArrayProxy<STRUCT_class>;

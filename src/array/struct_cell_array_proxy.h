@@ -48,6 +48,10 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
   void removeField(std::size_t field) requires(Class::type == VORTEN_Array::STRUCT);
 
  private:
+  // The container's part of the message, brought to the heap: the memory of an output takes
+  // nothing back before its end, so what is changed again and again must not lie there.
+  typename Class::Message& partOnHeap();
+
   // How many elements there are slots for; the slots of the last may be incomplete.
   std::size_t elementsWithSlots() const;
 

@@ -3,7 +3,6 @@
 #include "runtime/feval.h"
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 #include <new>
 #include <span>
@@ -14,15 +13,14 @@
 #include "array/array_handle.h"
 #include "array/array_proxy_builder.h"
 #include "hcy.client.VORTENParams.pb.h"
-#include "hcy.client.VORTENResult.pb.h"
 #include "runtime/client_context.h"
+#include "runtime/reply_reader.h"
 #include "wire/checked_size.h"
 
 namespace hcy {
 namespace {
 
 using client::VORTEN_Params;
-using client::VORTEN_Result;
 
 // The parameters of a call, over the very messages of its inputs. These are borrowed: they are
 // taken out again before the parameters are destroyed.
@@ -81,30 +79,24 @@ std::unique_ptr<Response> post(QXClient& client, const char* url, const RequestB
   return request->perform();
 }
 
-// What could be read of the body, up to the limit; the checks of the call judge it. The message
-// library would report a body over its own limit on standard error, so the body is cut here.
-VORTEN_Result parsed(const Response& response, std::uint32_t responseSizeLimit) {
-  const std::int32_t size = checkedSize(response.bodySize());
-  const auto limit = static_cast<std::int32_t>(
-      std::min<std::uint32_t>(responseSizeLimit, std::numeric_limits<std::int32_t>::max()));
-  VORTEN_Result result;
-  static_cast<void>(result.ParsePartialFromArray(response.bodyData(), std::min(size, limit)));
-  return result;
+// What counts of the body.
+std::span<const std::uint8_t> bodyOf(const Response& response, std::uint32_t responseSizeLimit) {
+  // The message library holds sizes in signed 32 bits.
+  const auto size = static_cast<std::uint32_t>(checkedSize(response.bodySize()));
+  return {reinterpret_cast<const std::uint8_t*>(response.bodyData()),
+          std::min(size, responseSizeLimit)};
 }
 
-// Hands out the entries, from the last to the first. Each entry is ours alone, so the array takes
-// it over instead of copying it.
-void storeOutputs(VORTEN_Result& result, std::int32_t nargout, hcyArray** outputs) {
-  auto& lhs = *result.mutable_lhs();
-  if (lhs.size() != nargout) {
+// Hands out the outputs, from the last to the first.
+void storeOutputs(Reply& reply, std::int32_t nargout, hcyArray** outputs) {
+  if (std::cmp_not_equal(reply.outputCount, nargout)) {
     throw std::runtime_error("Number of outputs received from VORTEN, " +
-                             std::to_string(lhs.size()) +
+                             std::to_string(reply.outputCount) +
                              ", do not match the number of left hand side parameters, " +
                              std::to_string(nargout) + ", provided.");
   }
-  for (std::int32_t i = nargout - 1; i >= 0; --i) {
-    std::unique_ptr<VORTEN_Array> entry(lhs.ReleaseLast());
-    outputs[i] = ArrayProxyBuilder::over(std::move(entry)).release();
+  for (std::size_t i = reply.outputs.size(); i-- > 0;) {
+    outputs[i] = ArrayProxyBuilder::over(std::move(reply.outputs[i])).release();
   }
 }
 
@@ -117,12 +109,13 @@ bool evaluate(hcyClientContext& context, const char* url, std::int32_t nargout, 
     context.setHttpError(*response);
     return false;
   }
-  VORTEN_Result result = parsed(*response, context.client->getConfig().getResponseSizeLimit());
-  if (result.has_error()) {
-    context.setVortenError(std::move(*result.mutable_error()));
+  Reply reply = readReply(bodyOf(*response, context.client->getConfig().getResponseSizeLimit()),
+                          static_cast<std::size_t>(std::max(nargout, 0)));
+  if (reply.error) {
+    context.setVortenError(std::move(*reply.error));
     return false;
   }
-  storeOutputs(result, nargout, outputs);
+  storeOutputs(reply, nargout, outputs);
   return true;
 }
 

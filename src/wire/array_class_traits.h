@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <memory>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -17,7 +18,8 @@ using client::VORTEN_Array;
 
 // read() gives the typed sub-message, the schema's empty one where it is absent; write() makes it
 // present. It allocates before it touches the message: the generated mutable accessor would mark a
-// sub-message present that it then fails to allocate.
+// sub-message present that it then fails to allocate. replace() takes over a sub-message from the
+// heap.
 #define HCY_ARRAY_CLASS_TRAITS(type_, name_, storage_, field, Message_, Element_, is_numeric_) \
   struct type_##_class {                                                                       \
     using Message = VORTEN_Array::Message_;                                                    \
@@ -28,8 +30,12 @@ using client::VORTEN_Array;
     static constexpr bool is_numeric = is_numeric_;                                            \
     static const Message& read(const VORTEN_Array& array) { return array.field(); }            \
     static Message& write(VORTEN_Array& array) {                                               \
-      if (!array.has_##field()) array.set_allocated_##field(new Message());                    \
+      if (!array.has_##field()) replace(array, std::make_unique<Message>());                   \
       return *array.mutable_##field();                                                         \
+    }                                                                                          \
+    static void replace(VORTEN_Array& array, std::unique_ptr<Message> message) {               \
+      array.set_allocated_##field(message.get());                                              \
+      static_cast<void>(message.release());                                                    \
     }                                                                                          \
   };
 HCY_ARRAY_CLASSES(HCY_ARRAY_CLASS_TRAITS)

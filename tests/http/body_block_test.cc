@@ -54,7 +54,6 @@ TEST(BodyBlock, thatIsLargeBeginsWhereAHugePageCan) {
   BodyBlock block;
   ASSERT_TRUE(block.reserve(kMostKept + 1));
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block.data()) % (2 << 20), 0U);
-  EXPECT_EQ(block.capacity(), kMostKept + (2 << 20));
 }
 
 TEST(BodyBlock, thatCannotGrowStaysAsItIs) {

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Large blocks of memory are mapped for themselves and ask for huge pages: their first use costs
+// less, and the process's heap and its settings are left alone.
+
+#pragma once
+
+#include <cstddef>
+
+namespace hcy {
+
+inline constexpr std::size_t kHugePage = std::size_t{2} << 20;
+
+// The size is rounded up to whole pages. Null when memory cannot be had.
+char* mapLargeBlock(std::size_t size);
+
+// Moves the block if it has to. Null, and the block is as it was, when memory cannot be had.
+char* resizeLargeBlock(char* block, std::size_t oldSize, std::size_t size);
+
+void unmapLargeBlock(char* block, std::size_t size);
+
+}  // namespace hcy

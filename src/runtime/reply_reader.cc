@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "runtime/reply_reader.h"
+
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/wire_format_lite.h>
+
+#include <algorithm>
+
+#include "array/output_memory.h"
+#include "hcy.client.VORTENResult.pb.h"
+#include "wire/reserve_elements.h"
+
+namespace hcy {
+namespace {
+
+using client::VORTEN_Error;
+using client::VORTEN_Result;
+using google::protobuf::io::CodedInputStream;
+using google::protobuf::internal::WireFormatLite;
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::uint32_t lengthDelimited(int number) {
+  return static_cast<std::uint32_t>(number) << 3 | WireFormatLite::WIRETYPE_LENGTH_DELIMITED;
+}
+constexpr std::uint32_t kOutput = lengthDelimited(VORTEN_Result::kLhsFieldNumber);
+constexpr std::uint32_t kError = lengthDelimited(VORTEN_Result::kErrorFieldNumber);
+
+// One level of nesting less than the message library allows: the result itself is one.
+constexpr int kNesting = 99;
+
+// Adds what can be read of the bytes to the message; false when that is not all.
+template <class Message>
+bool merge(Message& message, Bytes bytes) {
+  CodedInputStream input(bytes.data(), static_cast<int>(bytes.size()));
+  input.SetRecursionLimit(kNesting);
+  return message.MergePartialFromCodedStream(&input) && input.ConsumedEntireMessage();
+}
+
+class ReplyReader {
+ public:
+  ReplyReader(Bytes body, std::size_t wantedOutputs)
+      : body_(body),
+        input_(body.data(), static_cast<int>(body.size())),
+        wantedOutputs_(wantedOutputs) {}
+
+  Reply read() {
+    while (readField()) {
+    }
+    return std::move(reply_);
+  }
+
+ private:
+  bool readField() {
+    switch (const std::uint32_t tag = input_.ReadTag()) {
+      case 0:
+        return false;
+      case kOutput:
+        return readMessage([this](Bytes bytes) { return readOutput(bytes); });
+      case kError:
+        return readMessage([this](Bytes bytes) { return readError(bytes); });
+      default:
+        return WireFormatLite::SkipField(&input_, tag);
+    }
+  }
+
+  // Of a message that is longer than the body, the beginning.
+  template <class Read>
+  bool readMessage(Read read) {
+    int length = 0;
+    if (!input_.ReadVarintSizeAsInt(&length)) return false;
+    const Bytes rest = body_.subspan(static_cast<std::size_t>(input_.CurrentPosition()));
+    return read(rest.first(std::min(rest.size(), static_cast<std::size_t>(length)))) &&
+           input_.Skip(length);
+  }
+
+  bool readError(Bytes bytes) {
+    if (!reply_.error) reply_.error.emplace();
+    return merge(*reply_.error, bytes);
+  }
+
+  bool readOutput(Bytes bytes) {
+    ++reply_.outputCount;
+    if (reply_.outputs.size() == wantedOutputs_) {
+      unwanted_.Clear();
+      return merge(unwanted_, bytes);
+    }
+    VORTEN_Array& output = *reply_.outputs.emplace_back(OutputMemory::create()->createMessage());
+    reserveElements(output, bytes);
+    return merge(output, bytes);
+  }
+
+  Bytes body_;
+  CodedInputStream input_;
+  std::size_t wantedOutputs_;
+  VORTEN_Array unwanted_;
+  Reply reply_;
+};
+
+}  // namespace
+
+Reply readReply(Bytes body, std::size_t wantedOutputs) {
+  return ReplyReader(body, wantedOutputs).read();
+}
+
+}  // namespace hcy

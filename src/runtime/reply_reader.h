@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "hcy.client.VORTENError.pb.h"
+#include "wire/array_class_traits.h"
+
+namespace hcy {
+
+// The body of a reply, a VORTEN_Result.
+struct Reply {
+  std::optional<client::VORTEN_Error> error;
+  std::size_t outputCount = 0;  // all that there are
+  std::vector<std::shared_ptr<VORTEN_Array>> outputs;  // the first ones
+};
+
+// Reads a body as far as it can be read. Each output gets memory of its own; those beyond the
+// wanted number are only counted.
+Reply readReply(std::span<const std::uint8_t> body, std::size_t wantedOutputs);
+
+}  // namespace hcy
