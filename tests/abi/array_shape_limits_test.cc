@@ -5,10 +5,12 @@
 #include <cstdint>
 
 #include "abi/array_kinds.h"
-#include "abi/exception_checks.h"
+#include "support/exception_checks.h"
 
 namespace hcy::abi {
 namespace {
+
+using test::expectPositiveOverflow;
 
 constexpr std::size_t largest = 2147483647;
 

@@ -7,10 +7,12 @@
 #include <span>
 
 #include "abi/array_kinds.h"
-#include "abi/exception_checks.h"
+#include "support/exception_checks.h"
 
 namespace hcy::abi {
 namespace {
+
+using test::expectPositiveOverflow;
 
 using Indices = std::vector<std::size_t>;
 

@@ -2,8 +2,6 @@
 //
 // How long messages live, and that nothing of a reply is lost on the way.
 
-#include <stdexcept>
-
 #include "support/wrapped_arrays.h"
 
 namespace hcy {
@@ -85,19 +83,6 @@ TEST(Message, OfContainersOfEachOtherIsReleased) {
   second.reset();
   EXPECT_TRUE(one.expired());
   EXPECT_TRUE(other.expired());
-}
-
-TEST(Message, ThatCannotBeWrappedIsLeftToItsOwner) {
-  for (const int type : test::unservedTypes) {
-    const auto message = std::make_shared<VORTEN_Array>(test::arrayOf(type, {1, 1}));
-    try {
-      ArrayProxyBuilder::over(message);
-      ADD_FAILURE() << "nothing was thrown for " << type;
-    } catch (const std::invalid_argument& failure) {
-      EXPECT_STREQ(failure.what(), "dispatch_on_QXType");
-    }
-    EXPECT_EQ(message.use_count(), 1);
-  }
 }
 
 TEST(Message, IsSharedByTheHandleThatWrapsIt) {

@@ -13,16 +13,8 @@ namespace {
 using test::arrayOf;
 using test::Numbers;
 using test::numbers;
+using test::sparseOf;
 using test::wrapped;
-
-VORTEN_Array sparseOf(int type, std::initializer_list<std::uint64_t> dimensions,
-                      std::initializer_list<int> rows, std::initializer_list<int> starts) {
-  VORTEN_Array array = arrayOf(VORTEN_Array::SPARSE, dimensions);
-  array.mutable_sparse()->set_type(static_cast<VORTEN_Array::Sparse::SparseType>(type));
-  test::assign(array.mutable_sparse()->mutable_ir(), rows);
-  test::assign(array.mutable_sparse()->mutable_jc(), starts);
-  return array;
-}
 
 // A sparse array of a value type that the library has no class for.
 ArrayHandle otherSparse(int type) {

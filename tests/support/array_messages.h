@@ -4,39 +4,23 @@
 
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <initializer_list>
 #include <string>
 #include <vector>
 
+#include "support/array_class_lists.h"
 #include "wire/dispatch_on_QXType.h"
 
 namespace hcy::test {
 
-using NumericClasses =
-    testing::Types<UINT8_class, INT8_class, UINT16_class, INT16_class, UINT32_class, INT32_class,
-                   UINT64_class, INT64_class, SINGLE_class, DOUBLE_class>;
-using FullClasses =
-    testing::Types<UINT8_class, INT8_class, UINT16_class, INT16_class, UINT32_class, INT32_class,
-                   UINT64_class, INT64_class, SINGLE_class, DOUBLE_class, LOGICAL_class, CHAR_class,
-                   STRUCT_class, CELL_class>;
-using ContainerClasses = testing::Types<STRUCT_class, CELL_class>;
-
-// The names of typed tests: the names of the classes.
-struct ClassNames {
-  template <class Class>
-  static std::string GetName(int) {
-    return VORTEN_Array::QXType_Name(Class::type);
-  }
-};
-
 // Types that a reply may bring and the library has no class for.
 inline const std::vector<int> unservedTypes = {15, 16, 17, 18, 19, 20, 1000, -1};
 
+inline VORTEN_Array::QXType asType(int number) { return static_cast<VORTEN_Array::QXType>(number); }
+
 inline VORTEN_Array arrayOf(int type, std::initializer_list<std::uint64_t> dimensions) {
   VORTEN_Array array;
-  array.set_type(static_cast<VORTEN_Array::QXType>(type));
+  array.set_type(asType(type));
   for (const std::uint64_t dimension : dimensions) array.add_dimension(dimension);
   return array;
 }
@@ -71,6 +55,17 @@ template <class Class>
 VORTEN_Array complexRowOf(std::initializer_list<int> real, std::initializer_list<int> imaginary) {
   VORTEN_Array array = rowOf<Class>(real);
   assign(Class::write(array).mutable_imag_elements(), imaginary);
+  return array;
+}
+
+// A sparse array of a value type, which may be any number, without values.
+inline VORTEN_Array sparseOf(int type, std::initializer_list<std::uint64_t> dimensions = {3, 3},
+                             std::initializer_list<int> rows = {},
+                             std::initializer_list<int> starts = {}) {
+  VORTEN_Array array = arrayOf(VORTEN_Array::SPARSE, dimensions);
+  array.mutable_sparse()->set_type(static_cast<VORTEN_Array::Sparse::SparseType>(type));
+  assign(array.mutable_sparse()->mutable_ir(), rows);
+  assign(array.mutable_sparse()->mutable_jc(), starts);
   return array;
 }
 

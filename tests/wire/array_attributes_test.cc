@@ -8,6 +8,7 @@ namespace hcy {
 namespace {
 
 using test::arrayOf;
+using test::sparseOf;
 
 struct Expected {
   VORTEN_Array::QXType type;
@@ -36,12 +37,6 @@ void expectAttributes(const VORTEN_Array& array, const Expected& expected, bool 
   EXPECT_EQ(attributes.isNumeric, expected.isNumeric) << expected.className;
   EXPECT_EQ(attributes.isComplex, isComplex) << expected.className;
   EXPECT_EQ(array.SerializeAsString(), before) << "asking changed " << expected.className;
-}
-
-VORTEN_Array sparseOf(VORTEN_Array::Sparse::SparseType type) {
-  VORTEN_Array array = arrayOf(VORTEN_Array::SPARSE, {3, 3});
-  array.mutable_sparse()->set_type(type);
-  return array;
 }
 
 TEST(Attributes, OfEveryClassAreThoseOfItsRow) {

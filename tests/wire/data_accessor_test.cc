@@ -11,6 +11,7 @@ using test::arrayOf;
 using test::complexRowOf;
 using test::hasTypedPart;
 using test::rowOf;
+using test::sparseOf;
 
 // What the caller's element type is where the elements lie in the message.
 template <class Class>
@@ -123,12 +124,6 @@ TEST(DataOfProxies, IsLeftAlone) {
     EXPECT_EQ(accessor.scalar, 7.0);
     EXPECT_FALSE(hasTypedPart(array));
   }
-}
-
-VORTEN_Array sparseOf(VORTEN_Array::Sparse::SparseType type) {
-  VORTEN_Array array = arrayOf(VORTEN_Array::SPARSE, {3, 3});
-  array.mutable_sparse()->set_type(type);
-  return array;
 }
 
 TEST(SparseData, OfDoublesHasBothPartsWhicheverAreWanted) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <boost/exception/all.hpp>
-#include <stdexcept>
 
 #include "support/array_messages.h"
+#include "support/exception_checks.h"
 #include "wire/array_attributes.h"
 #include "wire/data_accessor.h"
 #include "wire/dispatch_on_QXType.h"
@@ -13,19 +13,9 @@ namespace hcy {
 namespace {
 
 using test::arrayOf;
+using test::asType;
+using test::expectUnserved;
 using test::unservedTypes;
-
-VORTEN_Array::QXType asType(int number) { return static_cast<VORTEN_Array::QXType>(number); }
-
-template <class Call>
-void expectUnserved(Call call) {
-  try {
-    call();
-    ADD_FAILURE() << "nothing was thrown";
-  } catch (const std::invalid_argument& failure) {
-    EXPECT_STREQ(failure.what(), "dispatch_on_QXType");
-  }
-}
 
 TEST(Dispatch, RunsTheOneHandlerOfEachServedType) {
   for (int number = 0; number <= 14; ++number) {

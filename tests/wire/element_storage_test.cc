@@ -2,9 +2,8 @@
 
 #include "wire/element_storage.h"
 
-#include <typeinfo>
-
 #include "support/array_messages.h"
+#include "support/exception_checks.h"
 
 namespace hcy {
 namespace {
@@ -126,18 +125,15 @@ TEST(NewStorage, OfContainersAndSparseArraysIsLeftAlone) {
   }
 }
 
-VORTEN_Array sparseOf(std::initializer_list<std::uint64_t> dimensions) {
-  VORTEN_Array array = arrayOf(VORTEN_Array::SPARSE, dimensions);
-  VORTEN_Array::Sparse& sparse = *array.mutable_sparse();
-  test::assign(sparse.mutable_ir(), {2, 1});
-  test::assign(sparse.mutable_jc(), {0, 2});
-  test::assign(sparse.mutable_qxsparsedouble()->mutable_elements(), {5, 6});
+VORTEN_Array sparseWithValues(std::initializer_list<std::uint64_t> dimensions) {
+  VORTEN_Array array = test::sparseOf(VORTEN_Array::Sparse::DOUBLE, dimensions, {2, 1}, {0, 2});
+  test::assign(array.mutable_sparse()->mutable_qxsparsedouble()->mutable_elements(), {5, 6});
   return array;
 }
 
 TEST(SparseStorage, GetsAStartForEachColumnAndOneMoreWhateverTheCount) {
   for (const std::uint32_t count : {0U, 1U, 15U, 1000U}) {
-    VORTEN_Array array = sparseOf({5, 3});
+    VORTEN_Array array = sparseWithValues({5, 3});
     resizeElementStorage(array, count);
     EXPECT_EQ(numbers(array.sparse().jc()), (Numbers{0, 2, 0, 0}));
     EXPECT_EQ(numbers(array.sparse().ir()), (Numbers{2, 1}));
@@ -146,20 +142,16 @@ TEST(SparseStorage, GetsAStartForEachColumnAndOneMoreWhateverTheCount) {
 }
 
 TEST(SparseStorage, OfFewerDimensionsHasNoColumns) {
-  VORTEN_Array array = sparseOf({5});
+  VORTEN_Array array = sparseWithValues({5});
   resizeElementStorage(array, 5);
   EXPECT_EQ(numbers(array.sparse().jc()), Numbers{0});
 }
 
 TEST(SparseStorage, IsUnchangedWhenThereAreTooManyColumns) {
   for (const std::uint64_t columns : {std::uint64_t{2147483647}, UINT64_MAX - 1, UINT64_MAX}) {
-    VORTEN_Array array = sparseOf({5, columns});
-    try {
-      resizeElementStorage(array, 5);
-      ADD_FAILURE() << "nothing was thrown for " << columns;
-    } catch (const std::bad_cast& failure) {
-      EXPECT_STREQ(failure.what(), "bad numeric conversion: positive overflow");
-    }
+    VORTEN_Array array = sparseWithValues({5, columns});
+    SCOPED_TRACE(columns);
+    test::expectPositiveOverflow([&] { resizeElementStorage(array, 5); });
     EXPECT_EQ(numbers(array.sparse().jc()), (Numbers{0, 2}));
   }
 }
