@@ -4,6 +4,8 @@
 // memory than there is, so a failure other than positive overflow shows that some was asked for.
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "abi/array_kinds.h"
 #include "support/exception_checks.h"
@@ -66,6 +68,12 @@ TEST(MatrixCreationLimit, HoldsForEveryFunctionOfItsOwn) {
   expectPositiveOverflow([] { Array(hcyCreateLogicalMatrix(largest, 64)); });
   expectPositiveOverflow([] { Array(hcyCreateCellMatrix(largest, 64)); });
   expectPositiveOverflow([] { Array(hcyCreateStructMatrix(largest, 64, fieldCount, fieldNames)); });
+}
+
+TEST(TextCreationLimit, CountsTheLongestTextInEveryRow) {
+  const std::string text(32768, 'x');
+  const std::vector<const char*> texts(65536, text.c_str());
+  expectPositiveOverflow([&] { Array(hcyCreateCharMatrixFromStrings(65536, texts.data())); });
 }
 
 TEST(StructCreationLimit, CountsFieldsTimesElements) {

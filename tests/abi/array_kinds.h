@@ -159,6 +159,13 @@ inline Array filledMatrix(const ArrayKind& kind, std::size_t m, std::size_t n) {
   return array;
 }
 
+// A cell array that holds the value in its one element.
+inline Array cellWith(hcyArray* value) {
+  Array cell = hcyCreateCellMatrix(1, 1);
+  hcySetCell(cell, 0, value);
+  return cell;
+}
+
 // The imaginary parts of a numeric array, written and read like the real ones.
 inline void setImaginary(hcyArray* array, std::size_t index, double value) {
   classFacts[hcyGetClassID(array)].write(hcyGetImagData(array), index, value);

@@ -13,6 +13,7 @@ namespace {
 using test::expectPositiveOverflow;
 
 constexpr std::size_t largest = 2147483647;
+const Shape twoByTwo = {2, 2};
 
 class ShapeLimit : public testing::TestWithParam<ArrayKind> {};
 INSTANTIATE_TEST_SUITE_P(All, ShapeLimit, testing::ValuesIn(allKinds()), kindName);
@@ -44,9 +45,9 @@ TEST_P(ShapeLimit, OfDimensionsIsAResultAndKeepsTheElements) {
   const Array array = filledMatrix(GetParam(), 2, 2);
   const Shape huge = {largest, largest, largest};
   EXPECT_EQ(hcySetDimensions(array, huge.data(), huge.size()), 1);
-  const Shape again = {2, 2};
-  EXPECT_EQ(hcySetDimensions(array, again.data(), again.size()), 0);
-  EXPECT_EQ(shapeOf(array), again);
+  EXPECT_EQ(shapeOf(array), huge);
+  EXPECT_EQ(hcySetDimensions(array, twoByTwo.data(), twoByTwo.size()), 0);
+  EXPECT_EQ(shapeOf(array), twoByTwo);
   EXPECT_EQ(valuesOf(array), filling(GetParam(), 4));
 }
 
@@ -54,6 +55,9 @@ TEST_P(ShapeLimit, OfOneDimensionIsAResultToo) {
   const Array array = filledMatrix(GetParam(), 2, 2);
   const std::size_t length = largest + 1;
   EXPECT_EQ(hcySetDimensions(array, &length, 1), 1);
+  EXPECT_EQ(shapeOf(array), (Shape{length, 1}));
+  EXPECT_EQ(hcySetDimensions(array, twoByTwo.data(), twoByTwo.size()), 0);
+  EXPECT_EQ(valuesOf(array), filling(GetParam(), 4));
 }
 
 TEST_P(ShapeLimit, LeavesAnArrayThatCanBeCopiedAndDestroyed) {
@@ -70,9 +74,9 @@ TEST_P(ShapeLimit, DoesNotHoldForADimensionBesideAZero) {
   EXPECT_EQ(shapeOf(array), (Shape{SIZE_MAX, 0}));
   EXPECT_TRUE(hcyIsEmpty(array));
   const Shape shape = {largest + 1, 0, SIZE_MAX};
-  if (GetParam().isSparse) return;
   EXPECT_EQ(hcySetDimensions(array, shape.data(), shape.size()), 0);
   EXPECT_EQ(shapeOf(array), shape);
+  if (GetParam().isSparse) return;
   hcySetM(array, 0);
   hcySetN(array, SIZE_MAX);
   EXPECT_EQ(hcyGetN(array), SIZE_MAX);
@@ -98,9 +102,15 @@ TEST(SparseShapeLimit, HoldsForTheColumnsPlusOne) {
 }
 
 TEST(SparseShapeLimit, OfDimensionsIsAResult) {
-  const Array array = hcyCreateSparseLogicalMatrix(2, 2, 1);
+  const ArrayKind kind = {hcyLOGICAL_CLASS, true};
+  const Array array = filledMatrix(kind, 2, 2);
+  hcyGetJc(array)[2] = 4;
   const Shape shape = {0, largest};
   EXPECT_EQ(hcySetDimensions(array, shape.data(), shape.size()), 1);
+  EXPECT_EQ(shapeOf(array), shape);
+  EXPECT_EQ(hcySetDimensions(array, twoByTwo.data(), twoByTwo.size()), 0);
+  EXPECT_EQ(valuesOf(array), filling(kind, 4));
+  EXPECT_EQ(hcyGetJc(array)[2], 4U);
 }
 
 TEST(AddedField, ThatDoesNotFitChangesNothing) {

@@ -140,7 +140,9 @@ TEST_P(ComplexShape, OfNoElementsAndBackIsZeroAndStaysComplex) {
   hcySetM(array, 2);
   EXPECT_TRUE(hcyIsComplex(array));
   EXPECT_EQ(valuesOf(array), std::vector<double>(4, 0.0));
-  for (const double part : imaginaryOf(array)) EXPECT_EQ(part, 0.0);
+  // Where they lie in the message they are lost; the buffers of the 16-bit classes come back.
+  const bool haveComeBack = GetParam().facts().storage == ElementStorage::Widened;
+  EXPECT_EQ(imaginaryOf(array), std::vector<double>(haveComeBack ? 4 : 0, 0.0));
 }
 
 TEST_P(ComplexShape, LeavesARealArrayReal) {

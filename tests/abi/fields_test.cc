@@ -106,6 +106,16 @@ TEST(FieldElement, ThatWasNeverSetReadsAsAnEmptyDouble) {
   EXPECT_EQ(shapeOf(element), (Shape{0, 0}));
 }
 
+TEST(FieldElement, ThatWasNeverSetIsTheSameElementOnceItWasRead) {
+  const Array array = hcyCreateStructMatrix(1, 2, fieldCount, fieldNames);
+  const Array element = hcyGetField(array, 1, "second");
+  hcySetM(element, 1);
+  hcySetN(element, 1);
+  *hcyGetPr(element) = 4.0;
+  EXPECT_EQ(fieldAt(array, 1, "second"), 4.0);
+  EXPECT_TRUE(hcyIsEmpty(Array(hcyGetField(array, 0, "second"))));
+}
+
 TEST(FieldElement, OfAnUnknownFieldIsNullAndNotSet) {
   const Array array = numberedStruct(1, 2);
   const Array value = hcyCreateDoubleScalar(99.0);

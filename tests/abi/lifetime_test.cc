@@ -38,6 +38,14 @@ TEST_P(Duplicate, HasBothPartsOfAComplexArray) {
   EXPECT_EQ(imaginaryOf(copy), (std::vector<double>{11, 12, 13}));
 }
 
+TEST_P(Duplicate, OfAComplexArrayThatLostItsElementsIsReal) {
+  if (!GetParam().isNumeric() || GetParam().isSparse) return;
+  const Array array = filledComplexMatrix(GetParam(), 2, 2);
+  hcySetM(array, 0);
+  EXPECT_TRUE(hcyIsComplex(array));
+  EXPECT_FALSE(hcyIsComplex(Array(hcyDuplicateArray(array))));
+}
+
 TEST_P(Duplicate, IsNotReachedByLaterChanges) {
   const Array array = filledMatrix(GetParam(), 2, 2);
   const Array copy = hcyDuplicateArray(array);

@@ -112,18 +112,26 @@ TEST_P(ExhaustedMemory, ReachesTheCallerOfAGetter) {
   hcySetCell(cell, 0, filled());
   expectBadAlloc([&] { return hcyGetCell(cell, 0); });
   EXPECT_EQ(valuesOf(Array(hcyGetCell(cell, 0))), filling(GetParam(), 6));
+
+  const Array structure = hcyCreateStructMatrix(1, 1, fieldCount, fieldNames);
+  hcySetField(structure, 0, "second", filled());
+  expectBadAlloc([&] { return hcyGetField(structure, 0, "second"); });
+  expectBadAlloc([&] { return hcyGetFieldByNumber(structure, 0, 1); });
+  EXPECT_EQ(valuesOf(Array(hcyGetField(structure, 0, "second"))), filling(GetParam(), 6));
 }
 
 TEST_P(ExhaustedMemory, LeavesTheElementThatASetterWouldReplace) {
   const Array cell = hcyCreateCellMatrix(1, 1);
   setValue(cell, 0, 5.0);
-  failEachAllocation(
+  const int failures = failEachAllocation(
       filled, [&](const Array& value) { hcySetCell(cell, 0, value); },
       [&](const Array& value, bool threw) {
         EXPECT_TRUE(threw);
         EXPECT_EQ(valueAt(cell, 0), 5.0);
         expectFilled(value);
       });
+  // Only the elements of a container need room in its message before it is stored.
+  EXPECT_EQ(failures > 0, GetParam().isContainer());
   EXPECT_EQ(valuesOf(Array(hcyGetCell(cell, 0))), filling(GetParam(), 6));
 }
 
@@ -195,6 +203,19 @@ TEST(ExhaustedMemoryOf, EveryOtherCreationReachesTheCaller) {
   expectBadAlloc([&] { return hcyCreateCharMatrixFromStrings(2, texts); });
   expectBadAlloc([] { return hcyCreateCellMatrix(2, 2); });
   expectBadAlloc([&] { return hcyCreateStructMatrix(2, 2, 2, texts); });
+}
+
+TEST(ExhaustedMemoryOf, TheFirstReadOfAnElementReachesTheCaller) {
+  const int failures =
+      failEachAllocation([] { return Array(hcyCreateCellMatrix(1, 1)); },
+                         [](const Array& cell) { hcyDestroyArray(hcyGetCell(cell, 0)); },
+                         [](const Array& cell, bool threw) {
+                           EXPECT_TRUE(threw);
+                           const Array element = hcyGetCell(cell, 0);
+                           EXPECT_EQ(hcyGetClassID(element), hcyDOUBLE_CLASS);
+                           EXPECT_EQ(shapeOf(element), (Shape{0, 0}));
+                         });
+  EXPECT_GT(failures, 1);
 }
 
 TEST(ExhaustedMemoryOf, ANewRoomReachesTheCaller) {

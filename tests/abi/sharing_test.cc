@@ -16,13 +16,6 @@ std::vector<ArrayKind> sharedKinds() {
 }
 std::vector<ArrayKind> ownKinds() { return kindsThat(worksOnItsOwn); }
 
-// A cell array that holds the value in its one element.
-Array cellWith(hcyArray* value) {
-  Array cell = hcyCreateCellMatrix(1, 1);
-  hcySetCell(cell, 0, value);
-  return cell;
-}
-
 // The filling with another first value.
 std::vector<double> changedFilling(const ArrayKind& kind, std::size_t count) {
   std::vector<double> values = filling(kind, count);
@@ -55,6 +48,28 @@ TEST_P(SharedElement, ShowsAChangeOfTheValueInEveryPlaceItIsStored) {
   EXPECT_EQ(valuesOf(Array(hcyGetCell(cell, 0))), changed);
   EXPECT_EQ(valuesOf(Array(hcyGetField(structure, 0, "second"))), changed);
   EXPECT_EQ(valuesOf(Array(hcyGetField(structure, 1, "first"))), changed);
+}
+
+TEST_P(SharedElement, DoesNotMoveWhileItsContainerChanges) {
+  const Array cell = cellWith(filledMatrix(GetParam(), 2, 1));
+  const Array element = hcyGetCell(cell, 0);
+  const void* const data = dataOf(element);
+  hcySetN(cell, 300);
+  const Array copy = hcyDuplicateArray(cell);
+  hcySetCell(cell, 1, copy);
+  EXPECT_EQ(dataOf(element), data);
+  EXPECT_EQ(dataOf(Array(hcyGetCell(cell, 0))), data);
+  EXPECT_EQ(valuesOf(element), filling(GetParam(), 2));
+}
+
+TEST_P(SharedElement, GrowsForEveryHandle) {
+  const Array value = filledMatrix(GetParam(), 1, 2);
+  const Array cell = cellWith(value);
+  hcySetN(Array(hcyGetCell(cell, 0)), 3);
+  std::vector<double> grown = filling(GetParam(), 2);
+  if (!GetParam().isSparse) grown.push_back(0.0);
+  EXPECT_EQ(valuesOf(value), grown);
+  EXPECT_EQ(valuesOf(Array(hcyGetCell(cell, 0))), grown);
 }
 
 class OwnContents : public testing::TestWithParam<ArrayKind> {};
@@ -173,12 +188,14 @@ TEST_P(Element, OfACopyIsAsTheElementWasThen) {
   EXPECT_EQ(valuesOf(Array(hcyGetCell(copy, 0))), changedFilling(GetParam(), 4));
 }
 
-TEST(SharedShape, IsThatOfEveryHandle) {
-  const Array value = hcyCreateDoubleMatrix(1, 2, hcyREAL);
+TEST_P(Element, HasOneShapeForAllItsHandles) {
+  const Array value = filledMatrix(GetParam(), 1, 2);
   const Array cell = cellWith(value);
+  const Array earlier = hcyGetCell(cell, 0);
   hcySetN(Array(hcyGetCell(cell, 0)), 3);
   EXPECT_EQ(shapeOf(value), (Shape{1, 3}));
-  EXPECT_EQ(valuesOf(value), std::vector<double>(3, 0.0));
+  EXPECT_EQ(shapeOf(earlier), (Shape{1, 3}));
+  EXPECT_EQ(shapeOf(Array(hcyGetCell(cell, 0))), (Shape{1, 3}));
 }
 
 }  // namespace

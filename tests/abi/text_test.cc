@@ -126,6 +126,13 @@ TEST(CopiedText, OfNoCodeUnitsIsEmpty) {
   EXPECT_EQ(copied(array, 1, 0), std::string("\0#########", 10));
 }
 
+TEST(CopiedText, ReadsAMatrixDownItsColumns) {
+  const char* const rows[] = {"ab", "cd"};
+  const Array array = hcyCreateCharMatrixFromStrings(2, rows);
+  EXPECT_EQ(copied(array, 10, 0), std::string("acbd\0#####", 10));
+  EXPECT_EQ(copied(array, 3, 1), std::string("ac\0#######", 10));
+}
+
 TEST(CopiedText, HasTheLowByteOfEachCodeUnit) {
   EXPECT_EQ(copied(charRow({0x20AC, 0x0141, 0, 0xD83D}), 10, 0),
             std::string("\xAC\x41\0\x3D\0#####", 10));

@@ -130,6 +130,33 @@ TEST(CharCommit, KeepsTheLowBitsOfWiderUnits) {
 }
 
 template <class Class>
+class NarrowElement : public testing::Test {
+ protected:
+  // What a call sends of the one element of a cell array.
+  static Numbers sent(const ArrayHandle& cell) {
+    cell->beginSending();
+    const Numbers values =
+        numbers(Class::read(messageOf(cell.get()).cell().elements(0)).elements());
+    cell->endSending();
+    return values;
+  }
+};
+TYPED_TEST_SUITE(NarrowElement, test::WidenedClasses, test::ClassNames);
+
+TYPED_TEST(NarrowElement, IsSentAsItWasUntilItIsStoredBack) {
+  VORTEN_Array message = test::arrayOf(VORTEN_Array::CELL, {1, 1});
+  *message.mutable_cell()->add_elements() = test::rowOf<TypeParam>({1, 2});
+  const auto cell = wrapped(message);
+  const auto element = owned(hcyGetCell(cell.get(), 0));
+  static_cast<typename TypeParam::Element*>(element->getData())[0] = 7;
+  const auto& committedElement = committed(cell).cell().elements(0);
+  EXPECT_EQ(numbers(TypeParam::read(committedElement).elements()), (Numbers{1, 2}));
+  EXPECT_EQ(this->sent(cell), (Numbers{1, 2}));
+  hcySetCell(cell.get(), 0, element.get());
+  EXPECT_EQ(this->sent(cell), (Numbers{7, 2}));
+}
+
+template <class Class>
 class ContainerCommit : public testing::Test {
  protected:
   static ArrayHandle create(std::size_t m, std::size_t n) {

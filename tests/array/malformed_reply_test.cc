@@ -101,12 +101,13 @@ VORTEN_Array malformed(int type, const std::vector<std::uint64_t>& dimensions) {
   return array;
 }
 
+const std::vector<std::vector<std::uint64_t>> shapes = {
+    {}, {0}, {3}, {SIZE_MAX}, {1, 1}, {2, 3}, {2147483647, 2147483647}, {0, SIZE_MAX}, {1, 2, 3}};
+
 class MalformedReply : public testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(OfEveryType, MalformedReply, testing::Range(0, 15));
 
 TEST_P(MalformedReply, IsUsedWithinItsStorage) {
-  const std::vector<std::vector<std::uint64_t>> shapes = {
-      {}, {0}, {3}, {SIZE_MAX}, {1, 1}, {2, 3}, {2147483647, 2147483647}, {0, SIZE_MAX}, {1, 2, 3}};
   for (const auto& shape : shapes) {
     change(wrapped(malformed(GetParam(), shape)).get());
     VORTEN_Array bare = malformed(GetParam(), shape);
@@ -114,6 +115,19 @@ TEST_P(MalformedReply, IsUsedWithinItsStorage) {
       bare.GetReflection()->ClearField(&bare, bare.GetDescriptor()->FindFieldByNumber(field));
     }
     change(wrapped(bare).get());
+  }
+}
+
+TEST(MalformedSparseReply, IsUsedWithinTheStorageOfItsValues) {
+  for (const auto& shape : shapes) {
+    for (const auto type : {VORTEN_Array::Sparse::DOUBLE, VORTEN_Array::Sparse::LOGICAL,
+                            VORTEN_Array::Sparse::SINGLE}) {
+      VORTEN_Array array = malformed(VORTEN_Array::SPARSE, shape);
+      array.mutable_sparse()->set_type(type);
+      change(wrapped(array).get());
+      array.mutable_sparse()->mutable_logical()->add_elements(true);
+      change(wrapped(array).get());
+    }
   }
 }
 

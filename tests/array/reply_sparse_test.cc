@@ -126,6 +126,20 @@ TEST(SparseReply, OfMoreRoomThanElementsIsBroughtInStepToo) {
   EXPECT_EQ(sparse.qxsparsedouble().elements_size(), sparse.ir_size());
 }
 
+TEST(SparseWithoutDimensions, IsEmptyAndStaysIt) {
+  for (const int type : {VORTEN_Array::Sparse::DOUBLE, VORTEN_Array::Sparse::LOGICAL}) {
+    const auto array = wrapped(sparseOf(type, {}, {0}, {0, 1}));
+    hcySetM(array.get(), 5);
+    EXPECT_EQ(hcyGetM(array.get()), 0U);
+    EXPECT_EQ(hcyGetN(array.get()), 0U);
+    EXPECT_EQ(hcyGetNumberOfDimensions(array.get()), 0U);
+    EXPECT_EQ(hcyGetDimensions(array.get()), nullptr);
+    EXPECT_EQ(hcyGetNumberOfElements(array.get()), 0U);
+    EXPECT_TRUE(hcyIsEmpty(array.get()));
+    EXPECT_FALSE(hcyIsLogicalScalar(array.get()));
+  }
+}
+
 TEST(SparseWithoutDimensions, HasNoRoomToSetAndNoColumns) {
   const auto array = wrapped(sparseOf(VORTEN_Array::Sparse::DOUBLE, {}, {0}, {0, 1}));
   hcySetNzmax(array.get(), 5);

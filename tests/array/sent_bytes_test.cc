@@ -48,21 +48,35 @@ TEST(SentUint16, IsTheVarintOfItsValue) {
   EXPECT_EQ(sent(array), SCALAR_OF("02") "92 01 05 0A 03 FF FF 03");
 }
 
-TEST(SentUint8, HasTwoByteStringsWhenComplexAndOneWhenReal) {
-  const auto complex = owned(hcyCreateNumericMatrix(1, 2, hcyUINT8_CLASS, hcyCOMPLEX));
+template <class Class>
+class SentBytes : public testing::Test {
+ protected:
+  static ArrayHandle create(std::size_t n, hcyComplexity complexity) {
+    return owned(hcyCreateNumericMatrix(n == 0 ? 0 : 1, n, Class::type, complexity));
+  }
+
+  // The bytes of the type, and the tag of the typed part.
+  static constexpr bool isSigned = Class::type == VORTEN_Array::INT8;
+  const std::string type = isSigned ? "08 01 " : "08 00 ";
+  const std::string part = isSigned ? "8A 01 " : "82 01 ";
+};
+TYPED_TEST_SUITE(SentBytes, test::ByteClasses, test::ClassNames);
+
+TYPED_TEST(SentBytes, AreTwoByteStringsWhenComplexAndOneWhenReal) {
+  const auto complex = this->create(2, hcyCOMPLEX);
   std::memcpy(hcyGetData(complex.get()), "\x01\x02", 2);
   std::memcpy(hcyGetImagData(complex.get()), "\x03\x04", 2);
-  EXPECT_EQ(sent(complex), "08 00 12 02 01 02 82 01 08 0A 02 01 02 12 02 03 04");
-  const auto real = owned(hcyCreateNumericMatrix(1, 2, hcyUINT8_CLASS, hcyREAL));
+  EXPECT_EQ(sent(complex), this->type + "12 02 01 02 " + this->part + "08 0A 02 01 02 12 02 03 04");
+  const auto real = this->create(2, hcyREAL);
   std::memcpy(hcyGetData(real.get()), "\x01\xFF", 2);
-  EXPECT_EQ(sent(real), "08 00 12 02 01 02 82 01 04 0A 02 01 FF");
+  EXPECT_EQ(sent(real), this->type + "12 02 01 02 " + this->part + "04 0A 02 01 FF");
 }
 
-TEST(SentUint8, OfNoElementsHasAnEmptyByteStringOnceItsPointerWasRead) {
-  const auto array = owned(hcyCreateNumericMatrix(0, 0, hcyUINT8_CLASS, hcyREAL));
-  EXPECT_EQ(sent(array), "08 00 12 02 00 00");
+TYPED_TEST(SentBytes, OfNoElementsAreAnEmptyByteStringOnceTheirPointerWasRead) {
+  const auto array = this->create(0, hcyREAL);
+  EXPECT_EQ(sent(array), this->type + "12 02 00 00");
   EXPECT_EQ(hcyGetData(array.get()), nullptr);
-  EXPECT_EQ(sent(array), "08 00 12 02 00 00 82 01 02 0A 00");
+  EXPECT_EQ(sent(array), this->type + "12 02 00 00 " + this->part + "02 0A 00");
 }
 
 TEST(SentDouble, OfNoElementsIsItsTypeAndTwoZeros) {

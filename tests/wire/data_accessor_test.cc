@@ -69,20 +69,24 @@ TYPED_TEST(NumericData, LeavesTheImaginaryPointerWhenItIsNotWanted) {
   EXPECT_EQ(accessor.imagData, &marker);
 }
 
-TEST(ByteData, HasItsByteStringsMadePresent) {
-  VORTEN_Array array = arrayOf(VORTEN_Array::UINT8, {0, 0});
+template <class Class>
+class ByteData : public testing::Test {};
+TYPED_TEST_SUITE(ByteData, test::ByteClasses, test::ClassNames);
+
+TYPED_TEST(ByteData, HasItsByteStringsMadePresent) {
+  VORTEN_Array array = arrayOf(TypeParam::type, {0, 0});
   accessData(array, false);
-  EXPECT_TRUE(array.uint8().has_elements());
-  EXPECT_FALSE(array.uint8().has_imag_elements());
+  EXPECT_TRUE(TypeParam::read(array).has_elements());
+  EXPECT_FALSE(TypeParam::read(array).has_imag_elements());
   accessData(array, true);
-  EXPECT_TRUE(array.uint8().has_imag_elements());
+  EXPECT_TRUE(TypeParam::read(array).has_imag_elements());
 }
 
-TEST(ByteData, ReadsTheFirstElementAsASignedByte) {
-  VORTEN_Array unsignedBytes = rowOf<UINT8_class>({200});
-  EXPECT_EQ(accessData(unsignedBytes, false).scalar, -56.0);
-  VORTEN_Array signedBytes = rowOf<INT8_class>({-3});
-  EXPECT_EQ(accessData(signedBytes, false).scalar, -3.0);
+TYPED_TEST(ByteData, ReadsTheFirstElementAsASignedByte) {
+  VORTEN_Array large = rowOf<TypeParam>({200});
+  EXPECT_EQ(accessData(large, false).scalar, -56.0);
+  VORTEN_Array small = rowOf<TypeParam>({100});
+  EXPECT_EQ(accessData(small, false).scalar, 100.0);
 }
 
 TEST(WideData, IsReadAsItLiesInTheMessage) {
