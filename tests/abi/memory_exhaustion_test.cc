@@ -218,6 +218,24 @@ TEST(ExhaustedMemoryOf, TheFirstReadOfAnElementReachesTheCaller) {
   EXPECT_GT(failures, 1);
 }
 
+TEST(ExhaustedMemoryOf, ACopyLeavesTheElementToItsContainer) {
+  const Array outer = cellWith(filledMatrix({hcyCELL_CLASS}, 2, 2));
+  const Array text = hcyCreateString("text");
+  const auto changedElement = [&] {
+    Array inner = hcyGetCell(outer, 0);
+    hcySetCell(inner, 0, text);
+    return inner;
+  };
+  const int failures = failEachAllocation(
+      changedElement, [](const Array& inner) { hcyDestroyArray(hcyDuplicateArray(inner)); },
+      [&](Array& inner, bool threw) {
+        EXPECT_TRUE(threw);
+        inner.destroy();
+        EXPECT_EQ(valueAt(Array(hcyGetCell(outer, 0)), 3), 4.0);
+      });
+  EXPECT_GT(failures, 0);
+}
+
 TEST(ExhaustedMemoryOf, ANewRoomReachesTheCaller) {
   const int failures =
       failEachAllocation([] { return Array(hcyCreateSparse(30, 30, 2, hcyCOMPLEX)); },

@@ -73,6 +73,25 @@ TEST_P(Pointer, DoesNotMoveWhenTheArrayIsAskedCopiedOrStored) {
   EXPECT_EQ(Pointers(array), before);
 }
 
+TEST_P(Pointer, DoesNotMoveWhenTheSameShapeIsSetAgain) {
+  const Array array = filled(GetParam());
+  const Pointers before(array);
+  hcySetM(array, 3);
+  EXPECT_EQ(Pointers(array), before);
+  hcySetN(array, 2);
+  EXPECT_EQ(Pointers(array), before);
+}
+
+TEST_P(Pointer, ToTheDimensionsDoesNotMoveWhenOneIsSet) {
+  const Array array = filled(GetParam());
+  const std::size_t* const dimensions = hcyGetDimensions(array);
+  hcySetN(array, 4);
+  EXPECT_EQ(hcyGetDimensions(array), dimensions);
+  hcySetM(array, 2);
+  EXPECT_EQ(hcyGetDimensions(array), dimensions);
+  EXPECT_EQ(shapeOf(array), (Shape{2, 4}));
+}
+
 TEST_P(Pointer, OfACopyIsAnother) {
   const Array array = filled(GetParam());
   const Array copy = hcyDuplicateArray(array);
