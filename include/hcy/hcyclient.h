@@ -331,7 +331,9 @@ HCY_API const char* hcyGetInitializationErrorMessage(void);
  *
  * The caller owns every handle that a function returns. An array that is stored in a cell or a
  * struct is shared with it, not copied: the handle stays the caller's to destroy, and the element
- * lives on in the container. A handle may outlive the container that it was got from.
+ * lives on in the container. A handle may outlive the container that it was got from. An output of
+ * a call lies in memory of its own as a whole: one element that is left of it keeps all of that;
+ * where it matters, keep a duplicate of the element instead.
  * @{
  */
 

@@ -48,8 +48,8 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
   void removeField(std::size_t field) requires(Class::type == VORTEN_Array::STRUCT);
 
  private:
-  // The container's part of the message, brought to the heap: the memory of an output takes
-  // nothing back before its end, so what is changed again and again must not lie there.
+  // The container's part of the message, brought to the heap if it lies in the memory of an
+  // output: that takes nothing back before its end, and swaps no list with one on the heap.
   typename Class::Message& partOnHeap();
 
   // How many elements there are slots for; the slots of the last may be incomplete.

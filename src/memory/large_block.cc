@@ -18,8 +18,8 @@ std::size_t wholePages(std::size_t size) { return (size + kPage - 1) / kPage * k
 char* mapLargeBlock(std::size_t size) {
   if (size > SIZE_MAX - 2 * kHugePage) return nullptr;
   size = wholePages(size);
-  void* const found = ::mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE,
-                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  void* const found =
+      ::mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (found == MAP_FAILED) return nullptr;
   // The block begins where a huge page can; what lies before and behind it is given back.
   auto* const begin = static_cast<char*>(found);

@@ -16,8 +16,8 @@ namespace {
 
 using client::VORTEN_Error;
 using client::VORTEN_Result;
-using google::protobuf::io::CodedInputStream;
 using google::protobuf::internal::WireFormatLite;
+using google::protobuf::io::CodedInputStream;
 using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::uint32_t lengthDelimited(int number) {
@@ -64,13 +64,14 @@ class ReplyReader {
     }
   }
 
-  // Of a message that is longer than the body, the beginning.
+  // Of a message that is longer than the body, the beginning; one without a length is empty.
   template <class Read>
   bool readMessage(Read read) {
     int length = 0;
-    if (!input_.ReadVarintSizeAsInt(&length)) return false;
+    const bool hasLength = input_.ReadVarintSizeAsInt(&length);
+    if (!hasLength) length = 0;
     const Bytes rest = body_.subspan(static_cast<std::size_t>(input_.CurrentPosition()));
-    return read(rest.first(std::min(rest.size(), static_cast<std::size_t>(length)))) &&
+    return read(rest.first(std::min(rest.size(), static_cast<std::size_t>(length)))) && hasLength &&
            input_.Skip(length);
   }
 

@@ -17,7 +17,7 @@ namespace hcy {
 // The body of a reply, a VORTEN_Result.
 struct Reply {
   std::optional<client::VORTEN_Error> error;
-  std::size_t outputCount = 0;  // all that there are
+  std::size_t outputCount = 0;                         // all that there are
   std::vector<std::shared_ptr<VORTEN_Array>> outputs;  // the first ones
 };
 

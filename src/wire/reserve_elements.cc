@@ -13,8 +13,8 @@
 namespace hcy {
 namespace {
 
-using google::protobuf::io::CodedInputStream;
 using google::protobuf::internal::WireFormatLite;
+using google::protobuf::io::CodedInputStream;
 using Bytes = std::span<const std::uint8_t>;
 
 // The typed sub-messages are numbered as their types are.

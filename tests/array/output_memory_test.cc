@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "array/output_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/wrapped_arrays.h"
+
+namespace hcy {
+namespace {
+
+using test::owned;
+
+// An output as a call returns it.
+struct Output {
+  explicit Output(const VORTEN_Array& array) {
+    const auto created = OutputMemory::create();
+    memory = created;
+    auto message = created->createMessage();
+    message->CopyFrom(array);
+    handle = ArrayProxyBuilder::over(std::move(message));
+  }
+  hcyArray* get() const { return handle.get(); }
+  std::uint64_t used() const { return messageOf(handle.get()).GetArena()->SpaceUsed(); }
+
+  ArrayHandle handle;
+  std::weak_ptr<OutputMemory> memory;
+};
+
+VORTEN_Array cellInACell() {
+  VORTEN_Array array = test::arrayOf(VORTEN_Array::CELL, {1, 1});
+  *array.mutable_cell()->add_elements() = test::cellOf({1, 2}, {7, 8});
+  return array;
+}
+
+TEST(OutputMemory, KnowsTheMessagesThatLieInIt) {
+  const auto memory = OutputMemory::create();
+  EXPECT_EQ(OutputMemory::of(memory->createMessage()), memory.get());
+  EXPECT_EQ(OutputMemory::of(std::make_shared<VORTEN_Array>()), nullptr);
+}
+
+TEST(OutputMemory, IsReleasedWithItsOutput) {
+  Output output(test::rowOf<DOUBLE_class>({1, 2}));
+  EXPECT_FALSE(output.memory.expired());
+  output.handle.reset();
+  EXPECT_TRUE(output.memory.expired());
+}
+
+TEST(OutputMemory, IsReleasedWithTheLastElementThatOutlivesItsContainer) {
+  Output output(test::cellOf({1, 2}, {7, 8}));
+  auto first = owned(hcyGetCell(output.get(), 0));
+  auto second = owned(hcyGetCell(output.get(), 1));
+  output.handle.reset();
+  first.reset();
+  EXPECT_EQ(hcyGetScalar(second.get()), 8.0);
+  EXPECT_FALSE(output.memory.expired());
+  second.reset();
+  EXPECT_TRUE(output.memory.expired());
+}
+
+TEST(OutputMemory, IsKeptByAnotherContainerThatHoldsAnElement) {
+  const auto holder = owned(hcyCreateCellMatrix(1, 1));
+  std::weak_ptr<OutputMemory> memory;
+  {
+    const Output output(test::cellOf({1, 1}, {7}));
+    memory = output.memory;
+    hcySetCell(holder.get(), 0, owned(hcyGetCell(output.get(), 0)).get());
+  }
+  EXPECT_EQ(hcyGetScalar(owned(hcyGetCell(holder.get(), 0)).get()), 7.0);
+  EXPECT_FALSE(memory.expired());
+  hcySetCell(holder.get(), 0, owned(hcyCreateDoubleScalar(1)).get());
+  EXPECT_TRUE(memory.expired());
+}
+
+TEST(OutputMemory, IsNotNeededByACopy) {
+  Output output(cellInACell());
+  const auto copy = owned(hcyDuplicateArray(output.get()));
+  const auto element = owned(hcyDuplicateArray(owned(hcyGetCell(output.get(), 0)).get()));
+  output.handle.reset();
+  EXPECT_TRUE(output.memory.expired());
+  EXPECT_EQ(hcyGetScalar(owned(hcyGetCell(element.get(), 1)).get()), 8.0);
+  EXPECT_EQ(messageOf(copy.get()).GetArena(), nullptr);
+}
+
+TEST(OutputMemory, HoldsBlocksOfEverySize) {
+  for (const std::uint64_t bytes : {1ULL, 100ULL, 1000ULL, 100000ULL, 3000000ULL, 40000000ULL}) {
+    VORTEN_Array array = test::arrayOf(VORTEN_Array::DOUBLE, {bytes / 8 + 1, 1});
+    array.mutable_qxdouble()->mutable_elements()->Resize(static_cast<int>(bytes / 8 + 1), 1.5);
+    const Output output(array);
+    double* const data = hcyGetPr(output.get());
+    for (std::uint64_t i = 0; i <= bytes / 8; ++i) ASSERT_EQ(data[i], 1.5);
+  }
+}
+
+// Memory that takes nothing back must not be what a loop takes from.
+template <class Change>
+void expectNoGrowth(const Output& output, Change change) {
+  change(0);
+  change(1);
+  const std::uint64_t used = output.used();
+  for (int i = 2; i < 100; ++i) change(i);
+  EXPECT_EQ(output.used(), used);
+}
+
+TEST(OutputMemory, DoesNotGrowWhileItsContainersAreSent) {
+  const Output output(cellInACell());
+  const auto inner = owned(hcyGetCell(output.get(), 0));
+  expectNoGrowth(output, [&](int i) {
+    *static_cast<int*>(hcyGetData(owned(hcyGetCell(inner.get(), 0)).get())) = i;
+    for (const hcyArray* array : {inner.get(), output.handle.get()}) {
+      proxyOf(array).beginSending();
+      proxyOf(array).endSending();
+    }
+  });
+}
+
+TEST(OutputMemory, DoesNotGrowWhileItsContainersAreCopied) {
+  const Output output(cellInACell());
+  const auto inner = owned(hcyGetCell(output.get(), 0));
+  expectNoGrowth(output, [&](int) {
+    owned(hcyDuplicateArray(inner.get()));
+    owned(hcyDuplicateArray(output.get()));
+  });
+}
+
+TEST(OutputMemory, DoesNotGrowWhileElementsAreStored) {
+  const Output output(cellInACell());
+  const auto inner = owned(hcyGetCell(output.get(), 0));
+  expectNoGrowth(output, [&](int i) {
+    hcySetCell(inner.get(), 1, owned(hcyCreateDoubleScalar(i)).get());
+    hcySetCell(output.get(), 0, inner.get());
+  });
+}
+
+TEST(OutputMemory, DoesNotGrowWhileFieldsComeAndGo) {
+  const Output output(test::structOf({1, 1}, {"a"}, {1}));
+  expectNoGrowth(output, [&](int) {
+    EXPECT_EQ(hcyAddField(output.get(), "a field with a name that takes memory of its own"), 1);
+    hcyRemoveField(output.get(), 1);
+  });
+}
+
+TEST(OutputMemory, DoesNotGrowWhileShapesChange) {
+  const std::size_t shapes[][2] = {{3, 4}, {1, 1}};
+  for (const auto& array :
+       {test::rowOf<DOUBLE_class>({1}), test::rowOf<CHAR_class>({1}), test::rowOf<UINT8_class>({1}),
+        test::rowOf<INT16_class>({1}), cellInACell()}) {
+    const Output output(array);
+    expectNoGrowth(output, [&](int i) { hcySetDimensions(output.get(), shapes[i % 2], 2); });
+  }
+}
+
+}  // namespace
+}  // namespace hcy

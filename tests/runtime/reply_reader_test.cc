@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Our reading of a reply beside the message library's own.
+
+#include "runtime/reply_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "hcy.client.VORTENResult.pb.h"
+#include "support/array_messages.h"
+#include "support/wrapped_arrays.h"
+
+namespace hcy {
+namespace {
+
+using client::VORTEN_Result;
+
+std::span<const std::uint8_t> bytesOf(const std::string& text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+// What was read, as text, with all outputs wanted or none.
+struct Read {
+  bool hasError = false;
+  std::string error;
+  std::size_t count = 0;
+  std::vector<std::string> outputs;
+};
+
+Read readByUs(const std::string& body, std::size_t wanted = 1000) {
+  const Reply reply = readReply(bytesOf(body), wanted);
+  Read read{reply.error.has_value(), reply.error ? reply.error->SerializeAsString() : "",
+            reply.outputCount, {}};
+  for (const auto& output : reply.outputs) read.outputs.push_back(output->SerializeAsString());
+  return read;
+}
+
+Read readOf(const VORTEN_Result& result) {
+  Read read{result.has_error(), result.has_error() ? result.error().SerializeAsString() : "",
+            static_cast<std::size_t>(result.lhs_size()), {}};
+  for (const auto& output : result.lhs()) read.outputs.push_back(output.SerializeAsString());
+  return read;
+}
+
+// What stands behind a wrong length, and how much of it is read, means nothing: of a body that is
+// no message only what decides the outcome of a call is the same.
+void expectTheSame(const std::string& body) {
+  VORTEN_Result result;
+  const bool isWhole = result.ParsePartialFromString(body);
+  const Read ours = readByUs(body);
+  const Read theirs = readOf(result);
+  EXPECT_EQ(ours.hasError, theirs.hasError) << testing::PrintToString(body);
+  EXPECT_EQ(ours.count, theirs.count) << testing::PrintToString(body);
+  EXPECT_EQ(readByUs(body, 0).count, theirs.count) << testing::PrintToString(body);
+  if (!isWhole) return;
+  EXPECT_EQ(ours.error, theirs.error) << testing::PrintToString(body);
+  EXPECT_EQ(ours.outputs, theirs.outputs) << testing::PrintToString(body);
+}
+
+std::vector<std::string> replies() {
+  VORTEN_Result result;
+  *result.add_lhs() = test::rowOf<INT16_class>({-1, 300});
+  *result.add_lhs() = test::structOf({1, 1}, {"a", "b"}, {1, -2});
+  *result.add_lhs() = test::rowOf<CHAR_class>({97, 8364});
+  VORTEN_Result error;
+  error.mutable_error()->set_message("m");
+  error.mutable_error()->add_stack()->set_line(7);
+  *error.add_lhs() = test::rowOf<UINT64_class>({1, 2});
+  return {result.SerializeAsString(), error.SerializeAsString(),
+          // Fields that the schema does not know: a varint, 64 bits, text, a group, 32 bits.
+          "\x18\x05\x21" + std::string(8, 'x') + "\x2A\x02hi\x33\x08\x01\x34\x3D" +
+              std::string(4, 'x') + result.SerializeAsString() + error.SerializeAsString()};
+}
+
+TEST(Reply, IsReadAsTheMessageLibraryReadsIt) {
+  for (const std::string& body : replies()) expectTheSame(body);
+}
+
+TEST(Reply, IsReadAsTheMessageLibraryReadsItWithAnyBitChanged) {
+  for (const std::string& body : replies()) {
+    for (std::size_t bit = 0; bit < 8 * body.size(); ++bit) {
+      std::string changed = body;
+      changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ (1 << bit % 8));
+      expectTheSame(changed);
+    }
+  }
+}
+
+TEST(Reply, IsReadAsTheMessageLibraryReadsItCutAnywhere) {
+  for (const std::string& body : replies()) {
+    for (std::size_t size = 0; size < body.size(); ++size) expectTheSame(body.substr(0, size));
+  }
+}
+
+TEST(Reply, GivesNoMemoryToOutputsThatNobodyWants) {
+  const std::string body = replies()[0];
+  const Reply reply = readReply(bytesOf(body), 2);
+  EXPECT_EQ(reply.outputCount, 3U);
+  ASSERT_EQ(reply.outputs.size(), 2U);
+  EXPECT_NE(reply.outputs[0]->GetArena(), reply.outputs[1]->GetArena());
+}
+
+// The list of elements has exactly the room that it needs.
+TEST(Reply, ReservesRoomForElementsOfAnyWidth) {
+  VORTEN_Array array = test::rowOf<INT16_class>({});
+  for (int i = 0; i < 1000; ++i) {
+    array.mutable_int16()->add_elements(i % 3 == 0 ? -i : i);
+    array.mutable_int16()->add_imag_elements(i);
+  }
+  array.mutable_int16()->mutable_imag_elements()->Truncate(500);
+  VORTEN_Result result;
+  *result.add_lhs() = array;
+  const std::string body = result.SerializeAsString();
+  const Reply reply = readReply(bytesOf(body), 1);
+  const VORTEN_Array::Int16& elements = reply.outputs.at(0)->int16();
+  EXPECT_EQ(elements.elements().Capacity(), 1000);
+  EXPECT_EQ(elements.imag_elements().Capacity(), 500);
+  EXPECT_EQ(elements.SerializeAsString(), array.int16().SerializeAsString());
+}
+
+// A cell in a cell and so on; each one is two levels of messages.
+VORTEN_Array nestedCells(int depth) {
+  VORTEN_Array array = test::arrayOf(VORTEN_Array::DOUBLE, {0, 0});
+  for (int i = 0; i < depth; ++i) {
+    VORTEN_Array outer = test::arrayOf(VORTEN_Array::CELL, {1, 1});
+    *outer.mutable_cell()->add_elements() = std::move(array);
+    array = std::move(outer);
+  }
+  return array;
+}
+
+TEST(Reply, IsReadAsDeepAsTheMessageLibraryReadsIt) {
+  for (const int depth : {48, 49, 50, 51, 60}) {
+    VORTEN_Result result;
+    *result.add_lhs() = nestedCells(depth);
+    *result.add_lhs() = test::rowOf<DOUBLE_class>({2});
+    const std::string body = result.SerializeAsString();
+    EXPECT_EQ(readByUs(body).count, depth <= 49 ? 2U : 1U) << depth;
+    expectTheSame(body);
+  }
+}
+
+}  // namespace
+}  // namespace hcy
