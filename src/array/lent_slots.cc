@@ -12,14 +12,15 @@ LentSlots::LentSlots(const Slots& slots, Elements& list) : list_(list) {
   makeEmptyDouble(emptyDouble_);
   list_.DeleteSubrange(0, list_.size());
   list_.Reserve(size);
-  std::vector<VORTEN_Array*> lent;
-  lent.reserve(slots.size());
-  for (const auto& slot : slots) lent.push_back(lendable(slot));
-  // Nothing throws once a slot is lent: only the destructor takes it back.
-  for (VORTEN_Array* element : lent) list_.UnsafeArenaAddAllocated(element);
+  try {
+    for (const auto& slot : slots) list_.UnsafeArenaAddAllocated(lendable(slot));
+  } catch (...) {
+    takeBack();
+    throw;
+  }
 }
 
-LentSlots::~LentSlots() {
+void LentSlots::takeBack() {
   while (!list_.empty()) list_.UnsafeArenaReleaseLast();
 }
 

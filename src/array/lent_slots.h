@@ -20,9 +20,10 @@ class LentSlots {
   LentSlots(const Slots& slots, Elements& list);
   LentSlots(const LentSlots&) = delete;
   LentSlots& operator=(const LentSlots&) = delete;
-  ~LentSlots();
+  ~LentSlots() { takeBack(); }
 
  private:
+  void takeBack();
   VORTEN_Array* lendable(const std::shared_ptr<VORTEN_Array>& slot);
 
   Elements& list_;

@@ -39,35 +39,45 @@ google::protobuf::ArenaOptions options(char* firstBlock, std::size_t size) {
 
 }  // namespace
 
-// The count of a message's owners lies in the memory too, and keeps it: until after the count
-// itself is gone, which is how long an allocator has to live.
+// The count of a message's owners lies in the memory as well, and keeps it as long as it is there.
 template <class T>
 struct OutputMemory::Allocator {
   using value_type = T;
 
-  std::shared_ptr<OutputMemory> memory;
+  OutputMemory* memory;
 
-  explicit Allocator(std::shared_ptr<OutputMemory> shared) : memory(std::move(shared)) {}
+  explicit Allocator(OutputMemory* of) : memory(of) {}
   template <class U>
   explicit(false) Allocator(const Allocator<U>& other) : memory(other.memory) {}
 
   T* allocate(std::size_t count) {
-    return reinterpret_cast<T*>(
-        google::protobuf::Arena::CreateArray<char>(&memory->arena_, count * sizeof(T)));
+    char* const place =
+        google::protobuf::Arena::CreateArray<char>(&memory->arena_, count * sizeof(T));
+    memory->ownedMessages_.fetch_add(1, std::memory_order_relaxed);
+    return reinterpret_cast<T*>(place);
   }
-  void deallocate(T*, std::size_t) {}
+  void deallocate(T* /*place*/, std::size_t /*count*/) {
+    if (memory->ownedMessages_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete memory;
+  }
 };
 
 // Leaves the message to its memory.
 struct OutputMemory::Owner {
   OutputMemory* memory;
-  void operator()(VORTEN_Array*) const {}
+  void operator()(VORTEN_Array* /*message*/) const {}
 };
 
 OutputMemory::OutputMemory() : arena_(options(firstBlock_, sizeof firstBlock_)) {}
 
+std::shared_ptr<VORTEN_Array> OutputMemory::createMessage() {
+  auto memory = std::make_unique<OutputMemory>();
+  auto message = memory->own(google::protobuf::Arena::CreateMessage<VORTEN_Array>(&memory->arena_));
+  static_cast<void>(memory.release());  // the message keeps it from now on
+  return message;
+}
+
 std::shared_ptr<VORTEN_Array> OutputMemory::own(VORTEN_Array* message) {
-  return {message, Owner{this}, Allocator<VORTEN_Array>(shared_from_this())};
+  return {message, Owner{this}, Allocator<VORTEN_Array>(this)};
 }
 
 OutputMemory* OutputMemory::of(const std::shared_ptr<VORTEN_Array>& message) {

@@ -4,6 +4,8 @@
 
 #include <google/protobuf/arena.h>
 
+#include <atomic>
+#include <cstddef>
 #include <memory>
 
 #include "wire/array_class_traits.h"
@@ -11,15 +13,11 @@
 namespace hcy {
 
 // The memory of one output of a call, all elements of a container included: a few blocks instead
-// of several for each element. It is released when the last of its messages has no owner left.
-class OutputMemory : public std::enable_shared_from_this<OutputMemory> {
+// of several for each element. It is released when none of its messages has an owner any more.
+class OutputMemory {
  public:
-  static std::shared_ptr<OutputMemory> create() { return std::make_shared<OutputMemory>(); }
-
-  // A new message, owned by whoever holds the pointer.
-  std::shared_ptr<VORTEN_Array> createMessage() {
-    return own(google::protobuf::Arena::CreateMessage<VORTEN_Array>(&arena_));
-  }
+  // A message in new memory.
+  static std::shared_ptr<VORTEN_Array> createMessage();
 
   // Makes a message that lies in this memory, and that no other one contains any more, one that
   // counts its own owners.
@@ -37,6 +35,7 @@ class OutputMemory : public std::enable_shared_from_this<OutputMemory> {
   struct Allocator;
   struct Owner;
 
+  std::atomic<std::size_t> ownedMessages_ = 0;
   alignas(8) char firstBlock_[1024];  // enough for a small array
   google::protobuf::Arena arena_;
 };

@@ -86,7 +86,7 @@ class ReplyReader {
       unwanted_.Clear();
       return merge(unwanted_, bytes);
     }
-    VORTEN_Array& output = *reply_.outputs.emplace_back(OutputMemory::create()->createMessage());
+    VORTEN_Array& output = *reply_.outputs.emplace_back(OutputMemory::createMessage());
     reserveElements(output, bytes);
     return merge(output, bytes);
   }

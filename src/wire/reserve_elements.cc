@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "wire/dispatch_on_QXType.h"
+#include "wire/element_count.h"
 
 namespace hcy {
 namespace {
@@ -39,14 +40,18 @@ void forEachPart(Bytes message, Use use) {
   }
 }
 
-// Every varint ends with the one byte of it that has no continuation bit.
-int varintsIn(Bytes bytes) {
-  return static_cast<int>(std::ranges::count_if(bytes, [](auto byte) { return byte < 0x80; }));
+std::uint64_t productOf(Bytes packedDimensions) {
+  CodedInputStream input(packedDimensions.data(), static_cast<int>(packedDimensions.size()));
+  std::uint64_t product = 1;
+  std::uint64_t dimension = 0;
+  while (input.ReadVarint64(&dimension)) product = saturatingProduct(product, dimension);
+  return product;
 }
 
 struct ElementReserver {
   VORTEN_Array& array;
   Bytes part;
+  std::uint64_t count;
 
   template <class Class>
   void operator()(Class) {}
@@ -56,12 +61,12 @@ struct ElementReserver {
   void operator()(Class) {
     auto& message = Class::write(array);
     forEachPart(part, [&](int number, Bytes packed) {
-      if (number == Class::Message::kElementsFieldNumber) {
-        message.mutable_elements()->Reserve(varintsIn(packed));
-      }
+      // An element takes one byte at least.
+      const int room = static_cast<int>(std::min<std::uint64_t>(count, packed.size()));
+      if (number == Class::Message::kElementsFieldNumber) message.mutable_elements()->Reserve(room);
       if constexpr (NumericClass<Class>) {
         if (number == Class::Message::kImagElementsFieldNumber) {
-          message.mutable_imag_elements()->Reserve(varintsIn(packed));
+          message.mutable_imag_elements()->Reserve(room);
         }
       }
     });
@@ -71,9 +76,11 @@ struct ElementReserver {
 }  // namespace
 
 void reserveElements(VORTEN_Array& array, Bytes bytes) {
+  std::uint64_t count = 0;
   forEachPart(bytes, [&](int number, Bytes part) {
+    if (number == VORTEN_Array::kDimensionFieldNumber) count = productOf(part);
     const auto type = static_cast<VORTEN_Array::QXType>(number - kFirstPart);
-    if (isServedQXType(type)) dispatch_on_QXType(type, ElementReserver{array, part});
+    if (isServedQXType(type)) dispatch_on_QXType(type, ElementReserver{array, part, count});
   });
 }
 

@@ -11,7 +11,8 @@ namespace hcy {
 
 // Reserves room in an empty array for the elements that its bytes hold, where these are packed
 // varints: their number cannot be told from their length, so that the parser would grow the list
-// again and again. Bytes of any other kind, or that are no message, reserve nothing.
+// again and again. The dimensions tell, as far as the length agrees. Bytes of any other kind, or
+// that are no message, reserve nothing.
 void reserveElements(VORTEN_Array& array, std::span<const std::uint8_t> bytes);
 
 }  // namespace hcy

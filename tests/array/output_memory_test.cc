@@ -13,20 +13,22 @@ namespace {
 
 using test::owned;
 
-// An output as a call returns it.
+// An output as a call returns it, which tells when its memory is released.
 struct Output {
   explicit Output(const VORTEN_Array& array) {
-    const auto created = OutputMemory::create();
-    memory = created;
-    auto message = created->createMessage();
+    auto message = OutputMemory::createMessage();
     message->CopyFrom(array);
+    message->GetArena()->OwnCustomDestructor(new std::shared_ptr<bool>(isReleased), [](void* flag) {
+      const std::unique_ptr<std::shared_ptr<bool>> owned(static_cast<std::shared_ptr<bool>*>(flag));
+      **owned = true;
+    });
     handle = ArrayProxyBuilder::over(std::move(message));
   }
   hcyArray* get() const { return handle.get(); }
   std::uint64_t used() const { return messageOf(handle.get()).GetArena()->SpaceUsed(); }
 
+  std::shared_ptr<bool> isReleased = std::make_shared<bool>(false);
   ArrayHandle handle;
-  std::weak_ptr<OutputMemory> memory;
 };
 
 VORTEN_Array cellInACell() {
@@ -36,16 +38,18 @@ VORTEN_Array cellInACell() {
 }
 
 TEST(OutputMemory, KnowsTheMessagesThatLieInIt) {
-  const auto memory = OutputMemory::create();
-  EXPECT_EQ(OutputMemory::of(memory->createMessage()), memory.get());
+  const auto message = OutputMemory::createMessage();
+  EXPECT_NE(OutputMemory::of(message), nullptr);
+  EXPECT_EQ(OutputMemory::of(message), OutputMemory::of(std::shared_ptr<VORTEN_Array>(message)));
+  EXPECT_NE(OutputMemory::of(message), OutputMemory::of(OutputMemory::createMessage()));
   EXPECT_EQ(OutputMemory::of(std::make_shared<VORTEN_Array>()), nullptr);
 }
 
 TEST(OutputMemory, IsReleasedWithItsOutput) {
   Output output(test::rowOf<DOUBLE_class>({1, 2}));
-  EXPECT_FALSE(output.memory.expired());
+  EXPECT_FALSE(*output.isReleased);
   output.handle.reset();
-  EXPECT_TRUE(output.memory.expired());
+  EXPECT_TRUE(*output.isReleased);
 }
 
 TEST(OutputMemory, IsReleasedWithTheLastElementThatOutlivesItsContainer) {
@@ -55,23 +59,23 @@ TEST(OutputMemory, IsReleasedWithTheLastElementThatOutlivesItsContainer) {
   output.handle.reset();
   first.reset();
   EXPECT_EQ(hcyGetScalar(second.get()), 8.0);
-  EXPECT_FALSE(output.memory.expired());
+  EXPECT_FALSE(*output.isReleased);
   second.reset();
-  EXPECT_TRUE(output.memory.expired());
+  EXPECT_TRUE(*output.isReleased);
 }
 
 TEST(OutputMemory, IsKeptByAnotherContainerThatHoldsAnElement) {
   const auto holder = owned(hcyCreateCellMatrix(1, 1));
-  std::weak_ptr<OutputMemory> memory;
+  std::shared_ptr<bool> isReleased;
   {
     const Output output(test::cellOf({1, 1}, {7}));
-    memory = output.memory;
+    isReleased = output.isReleased;
     hcySetCell(holder.get(), 0, owned(hcyGetCell(output.get(), 0)).get());
   }
   EXPECT_EQ(hcyGetScalar(owned(hcyGetCell(holder.get(), 0)).get()), 7.0);
-  EXPECT_FALSE(memory.expired());
+  EXPECT_FALSE(*isReleased);
   hcySetCell(holder.get(), 0, owned(hcyCreateDoubleScalar(1)).get());
-  EXPECT_TRUE(memory.expired());
+  EXPECT_TRUE(*isReleased);
 }
 
 TEST(OutputMemory, IsNotNeededByACopy) {
@@ -79,7 +83,7 @@ TEST(OutputMemory, IsNotNeededByACopy) {
   const auto copy = owned(hcyDuplicateArray(output.get()));
   const auto element = owned(hcyDuplicateArray(owned(hcyGetCell(output.get(), 0)).get()));
   output.handle.reset();
-  EXPECT_TRUE(output.memory.expired());
+  EXPECT_TRUE(*output.isReleased);
   EXPECT_EQ(hcyGetScalar(owned(hcyGetCell(element.get(), 1)).get()), 8.0);
   EXPECT_EQ(messageOf(copy.get()).GetArena(), nullptr);
 }

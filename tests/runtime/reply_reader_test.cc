@@ -31,15 +31,19 @@ struct Read {
 
 Read readByUs(const std::string& body, std::size_t wanted = 1000) {
   const Reply reply = readReply(bytesOf(body), wanted);
-  Read read{reply.error.has_value(), reply.error ? reply.error->SerializeAsString() : "",
-            reply.outputCount, {}};
+  Read read{reply.error.has_value(),
+            reply.error ? reply.error->SerializeAsString() : "",
+            reply.outputCount,
+            {}};
   for (const auto& output : reply.outputs) read.outputs.push_back(output->SerializeAsString());
   return read;
 }
 
 Read readOf(const VORTEN_Result& result) {
-  Read read{result.has_error(), result.has_error() ? result.error().SerializeAsString() : "",
-            static_cast<std::size_t>(result.lhs_size()), {}};
+  Read read{result.has_error(),
+            result.has_error() ? result.error().SerializeAsString() : "",
+            static_cast<std::size_t>(result.lhs_size()),
+            {}};
   for (const auto& output : result.lhs()) read.outputs.push_back(output.SerializeAsString());
   return read;
 }
@@ -102,22 +106,30 @@ TEST(Reply, GivesNoMemoryToOutputsThatNobodyWants) {
   EXPECT_NE(reply.outputs[0]->GetArena(), reply.outputs[1]->GetArena());
 }
 
-// The list of elements has exactly the room that it needs.
+// The lists have the room that the dimensions ask for.
 TEST(Reply, ReservesRoomForElementsOfAnyWidth) {
-  VORTEN_Array array = test::rowOf<INT16_class>({});
+  VORTEN_Array array = test::arrayOf(VORTEN_Array::INT16, {20, 50});
   for (int i = 0; i < 1000; ++i) {
     array.mutable_int16()->add_elements(i % 3 == 0 ? -i : i);
     array.mutable_int16()->add_imag_elements(i);
   }
-  array.mutable_int16()->mutable_imag_elements()->Truncate(500);
   VORTEN_Result result;
   *result.add_lhs() = array;
   const std::string body = result.SerializeAsString();
   const Reply reply = readReply(bytesOf(body), 1);
   const VORTEN_Array::Int16& elements = reply.outputs.at(0)->int16();
   EXPECT_EQ(elements.elements().Capacity(), 1000);
-  EXPECT_EQ(elements.imag_elements().Capacity(), 500);
+  EXPECT_EQ(elements.imag_elements().Capacity(), 1000);
   EXPECT_EQ(elements.SerializeAsString(), array.int16().SerializeAsString());
+}
+
+TEST(Reply, ReservesNoMoreRoomThanItHasBytes) {
+  VORTEN_Array array = test::rowOf<INT16_class>({1, 2, 3, 4, 5});
+  array.set_dimension(0, std::uint64_t{1} << 40);
+  VORTEN_Result result;
+  *result.add_lhs() = array;
+  const std::string body = result.SerializeAsString();
+  EXPECT_LE(readReply(bytesOf(body), 1).outputs.at(0)->int16().elements().Capacity(), 5);
 }
 
 // A cell in a cell and so on; each one is two levels of messages.
