@@ -19,12 +19,6 @@ using test::ScriptServer;
 using test::send;
 using test::waitForClose;
 
-const Failure kOverTheLimit = genericFailure(
-    "Failed writing received data to disk/application\n"
-    "This might happen if response content size is larger than the response size limit.\n"
-    "You can increase response size limit using setResponseSizeLimit method.");
-const Failure kNoNumber =
-    genericFailure("bad lexical cast: source type value could not be interpreted as target");
 const Failure kWeirdReply = genericFailure("Weird server reply");
 
 class CallsContentLength : public CallTest {
@@ -98,6 +92,18 @@ TEST_F(CallsContentLength, ofAnotherFieldMinusZeroChangesNothing) {
   EXPECT_EQ(resultWith("X-Upstream-Content-Length: -0\r\n"), kAnswer);
 }
 
+TEST_F(CallsContentLength, ofAnotherFieldIsNegatedModulo2ToThe64th) {
+  library->setResponseSizeLimit(config.get(), static_cast<std::uint32_t>(answer().size()));
+  EXPECT_EQ(resultWith("X-Upstream-Content-Length: -18446744073709551615\r\n"), kAnswer);
+}
+
+TEST_F(CallsContentLength, ofAnotherFieldOverTheLimitIsNotHeldAgainstAnEmptyBody) {
+  const ScriptServer server(
+      {Connection{test::replyToEach("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n"
+                                    "X-Upstream-Content-Length: 67108865\r\n\r\n")}});
+  EXPECT_EQ(context().feval(server.url(), 0, nullptr), 0);
+}
+
 TEST_F(CallsContentLength, theLastFieldCounts) {
   EXPECT_EQ(resultWith("X-Upstream-Content-Length: 67108865\r\nContent-Length: " + size + "\r\n"),
             kAnswer);
@@ -111,13 +117,11 @@ TEST_F(CallsContentLength, aHintThatOnlyBeginsWithTheNameDeclaresNothing) {
 }
 
 TEST_F(CallsContentLength, ofAnInterimReplyCountsUntilALaterOne) {
+  const std::string interim = "HTTP/1.1 103 Early Hints\r\nX-Content-Length: 67108865\r\n\r\n";
   const ScriptServer server(
-      {Connection{readRequest(),
-                  send("HTTP/1.1 103 Early Hints\r\nX-Content-Length: 67108865\r\n"
-                       "\r\nHTTP/1.1 200 OK\r\n\r\n" +
-                       answer()),
+      {Connection{readRequest(), send(interim + "HTTP/1.1 200 OK\r\n\r\n" + answer()),
                   test::halfClose(), waitForClose()},
-       answering()});
+       Connection{test::replyToEach(interim + answerReply())}});
   EXPECT_EQ(failureOf(server.url()), kOverTheLimit);
   EXPECT_EQ(resultOf(server.url()), kAnswer);
 }
@@ -142,6 +146,14 @@ TEST_F(CallsContentLength, isNotHeededByLibcurlWhereTheReplyIsChunked) {
        answering()});
   EXPECT_EQ(resultOf(server.url()), kAnswer);
   EXPECT_EQ(resultOf(server.url()), kAnswer);
+}
+
+TEST_F(CallsContentLength, withAPlusSign) {
+  EXPECT_EQ(resultWith("Content-Length: +" + size + "\r\n"), kAnswer);
+}
+
+TEST_F(CallsContentLength, thatIsAListOfEqualNumbers) {
+  EXPECT_EQ(failureWith("Content-Length: " + size + ", " + size + "\r\n"), kNoNumber);
 }
 
 TEST_F(CallsContentLength, withoutAValue) {

@@ -19,9 +19,10 @@ class CallsContext : public CallTest {
 };
 
 TEST_F(CallsContext, createContextReturns0AndOpensNoConnection) {
-  const Context context(library, config);
-  EXPECT_NE(context.get(), nullptr);
-  EXPECT_EQ(server.connections(), 0U);
+  const Context idle(library, config);
+  EXPECT_NE(idle.get(), nullptr);
+  EXPECT_EQ(resultOf(server.url()), kAnswer);  // accepted after any connection from before
+  EXPECT_EQ(server.connections(), 1U);
 }
 
 TEST_F(CallsContext, twoContextsOfOneConfigurationOutliveIt) {
@@ -45,15 +46,8 @@ TEST_F(CallsContext, keepsTheLimitThatTheConfigurationHadWhenItWasCreated) {
   Outputs outputs(1);
   EXPECT_EQ(earlier.feval(server.url(), 1, outputs.data()), 0);
   EXPECT_EQ(later.feval(server.url(), 1, outputs.data()), 1);
-}
-
-TEST_F(CallsContext, anOutputOutlivesItsContextAndTheLibrarysState) {
-  Outputs outputs(1);
-  {
-    const Context context(library, config);
-    EXPECT_EQ(context.feval(server.url(), 1, outputs.data()), 0);
-  }
-  EXPECT_EQ(hcyGetScalar(outputs[0]), kAnswer);
+  EXPECT_EQ(later.lastFailure(), kOverTheLimit);
+  expectUsable(later);
 }
 
 TEST_F(CallsContext, anOutputCanBeSentBack) {
@@ -71,6 +65,20 @@ TEST_F(CallsContext, destroyingOneClosesItsConnection) {
   }
   EXPECT_TRUE(server.waitForEnded(1));
   EXPECT_TRUE(server.problems().empty());
+}
+
+TEST(CallsOutputs, outliveTheirContextAndTheLibrarysState) {
+  const ScriptServer server({answering()});
+  Outputs outputs(1);
+  {
+    const Library library;
+    const Config settings(library);
+    const Context context(library, settings);
+    EXPECT_EQ(context.feval(server.url(), 1, outputs.data()), 0);
+  }
+  EXPECT_EQ(hcyGetScalar(outputs[0]), kAnswer);
+  hcySetM(outputs[0], 2);
+  EXPECT_EQ(hcyGetNumberOfElements(outputs[0]), 2U);
 }
 
 TEST(CallsContextOf10, aContextOfATableOf10Calls) {

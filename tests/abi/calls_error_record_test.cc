@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,22 @@ using test::readRequest;
 using test::ScriptServer;
 using test::send;
 using test::stackFrame;
+
+// Programs in other languages lay out the records by these numbers.
+static_assert(sizeof(hcyErrorInfo) == 48);
+static_assert(offsetof(hcyErrorInfo, kind) == 0);
+static_assert(offsetof(hcyErrorInfo, message) == 8);
+static_assert(offsetof(hcyErrorInfo, details.http.statusCode) == 16);
+static_assert(offsetof(hcyErrorInfo, details.http.statusMessage) == 24);
+static_assert(offsetof(hcyErrorInfo, details.vorten.message) == 16);
+static_assert(offsetof(hcyErrorInfo, details.vorten.identifier) == 24);
+static_assert(offsetof(hcyErrorInfo, details.vorten.stack) == 32);
+static_assert(offsetof(hcyErrorInfo, details.vorten.stackDepth) == 40);
+static_assert(offsetof(hcyErrorInfo, details.generic.details) == 16);
+static_assert(sizeof(hcyErrorStackFrame) == 24);
+static_assert(offsetof(hcyErrorStackFrame, file) == 0);
+static_assert(offsetof(hcyErrorStackFrame, name) == 8);
+static_assert(offsetof(hcyErrorStackFrame, line) == 16);
 
 const Failure kNone{};
 
@@ -149,21 +166,29 @@ TEST_F(CallsErrorRecord, itsTextsStayInPlaceAcrossASuccess) {
   EXPECT_STREQ(record->details.vorten.stack[0].name, "n");
 }
 
+// Each kind has two failures, so that what an earlier one left would show.
 TEST_F(CallsErrorRecord, followsEverySequenceOfTwoKinds) {
+  const auto replying = [](const std::string& reply) {
+    return std::vector{Connection{test::replyToEach(reply)}};
+  };
   const test::UnlistenedPort port;
-  const ScriptServer http({Connection{test::replyToEach(httpReply(404, "Not Found", ""))}});
-  const ScriptServer vorten(
-      {Connection{test::replyToEach(httpReply(200, "OK", errorResult("m", "i")))}});
+  const ScriptServer missing(replying(httpReply(404, "Not Found", "")));
+  const ScriptServer busy(replying(httpReply(503, "Busy", "")));
+  const ScriptServer one(replying(httpReply(200, "OK", errorResult("m", "i"))));
+  const ScriptServer other(
+      replying(httpReply(200, "OK", errorResult("n", "j", {stackFrame("f", "g", 1)}))));
   const struct {
-    std::string url;
-    Failure failure;
-  } kinds[] = {{http.url(), httpFailure(404, "Not Found\r\n")},
-               {vorten.url(), vortenFailure("m", "i")},
-               {port.url(), genericFailure("Couldn't connect to server")}};
-  for (const auto& first : kinds) {
-    for (const auto& second : kinds) {
-      EXPECT_EQ(failureOf(first.url), first.failure);
-      EXPECT_EQ(failureOf(second.url), second.failure);
+    std::string firstUrl, secondUrl;
+    Failure first, second;
+  } kinds[] = {
+      {missing.url(), busy.url(), httpFailure(404, "Not Found\r\n"), httpFailure(503, "Busy\r\n")},
+      {one.url(), other.url(), vortenFailure("m", "i"), vortenFailure("n", "j", {{"f", "g", 1}})},
+      {port.url(), "halcyon://127.0.0.1/", genericFailure("Couldn't connect to server"),
+       genericFailure("Unsupported protocol")}};
+  for (const auto& before : kinds) {
+    for (const auto& after : kinds) {
+      EXPECT_EQ(failureOf(before.firstUrl), before.first);
+      EXPECT_EQ(failureOf(after.secondUrl), after.second);
     }
   }
 }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -68,8 +69,12 @@ TEST_F(CallsStatus, status500WithAnEmptyReasonPhrase) {
   EXPECT_EQ(failureOfReply("HTTP/1.1 500 \r\nContent-Length: 0\r\n\r\n"), httpFailure(500, "\r\n"));
 }
 
-TEST_F(CallsStatus, status503WithoutABlankBehindTheCode) {
-  EXPECT_EQ(failureOfReply("HTTP/1.1 503\r\nContent-Length: 0\r\n\r\n"), httpFailure(503, ""));
+TEST_F(CallsStatus, anyStatusWithoutABlankBehindTheCode) {
+  for (const std::uint32_t status : {204U, 301U, 401U, 404U, 500U, 503U}) {
+    EXPECT_EQ(
+        failureOfReply("HTTP/1.1 " + std::to_string(status) + "\r\nContent-Length: 0\r\n\r\n"),
+        httpFailure(status, ""));
+  }
 }
 
 TEST_F(CallsStatus, status503WithALineEndOfOneCharacter) {

@@ -6,28 +6,54 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
+#include <cstddef>
 #include <cstring>
 #include <string>
 
 #include "support/abi.h"
+#include "support/own_process.h"
 
 namespace hcy::abi {
 namespace {
 
-class LibraryInitialization : public ::testing::Test {
- protected:
-  LibraryInitialization() { ::testing::GTEST_FLAG(death_test_style) = "threadsafe"; }
+using LibraryInitialization = test::OwnProcess;
+
+// The place of each operation in the table, which programs in other languages know by number.
+constexpr std::array kPlaces = {
+    offsetof(hcyClientRuntime, createConfig),
+    offsetof(hcyClientRuntime, destroyConfig),
+    offsetof(hcyClientRuntime, setTimeOut),
+    offsetof(hcyClientRuntime, getTimeOut),
+    offsetof(hcyClientRuntime, setResponseSizeLimit),
+    offsetof(hcyClientRuntime, getResponseSizeLimit),
+    offsetof(hcyClientRuntime, createContext),
+    offsetof(hcyClientRuntime, destroyContext),
+    offsetof(hcyClientRuntime, getLastErrorInfo),
+    offsetof(hcyClientRuntime, destroyLastErrorInfo),
+    offsetof(hcyClientRuntime, feval),
+    offsetof(hcyClientRuntime, setClientCertFile),
+    offsetof(hcyClientRuntime, getClientCertFile),
+    offsetof(hcyClientRuntime, setClientPrivateKeyFile),
+    offsetof(hcyClientRuntime, getClientPrivateKeyFile),
+    offsetof(hcyClientRuntime, setPrivateKeyPasswd),
+    offsetof(hcyClientRuntime, getPrivateKeyPasswd),
+    offsetof(hcyClientRuntime, setCAFile),
+    offsetof(hcyClientRuntime, getCAFile),
+    offsetof(hcyClientRuntime, setRevocationListFile),
+    offsetof(hcyClientRuntime, getRevocationListFile),
+    offsetof(hcyClientRuntime, setHostnameVerification),
+    offsetof(hcyClientRuntime, getHostnameVerification),
+    offsetof(hcyClientRuntime, setPeerVerification),
+    offsetof(hcyClientRuntime, getPeerVerification),
 };
 
-// A test whose body runs in a process of its own; what it expects fails the test.
-#define HCY_TEST_IN_OWN_PROCESS(name)                                       \
-  void name();                                                              \
-  TEST_F(LibraryInitialization, name) {                                     \
-    EXPECT_EXIT((name(), std::exit(::testing::Test::HasFailure() ? 1 : 0)), \
-                ::testing::ExitedWithCode(0), "");                          \
-  }                                                                         \
-  void name()
+constexpr bool areInOrder() {
+  for (std::size_t i = 0; i < kPlaces.size(); ++i) {
+    if (kPlaces[i] != i * sizeof(void*)) return false;
+  }
+  return true;
+}
+static_assert(kPlaces.size() == 25 && areInOrder());
 
 using Slots = std::array<void*, 25>;
 
@@ -48,40 +74,42 @@ void expectSlots(const hcyClientRuntime* runtime, std::size_t filled) {
 
 const std::string kInvalidVersion = "Invalid version number.";
 
-HCY_TEST_IN_OWN_PROCESS(theMessageIsEmptyBeforeAnythingElse) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization, theMessageIsEmptyBeforeAnythingElse) {
   ASSERT_NE(hcyGetInitializationErrorMessage(), nullptr);
   EXPECT_STREQ(hcyGetInitializationErrorMessage(), "");
 }
 
-HCY_TEST_IN_OWN_PROCESS(hcyInitializeFillsTheElevenSlotsOfVersion10AndNoMore) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization,
+                        hcyInitializeFillsTheElevenSlotsOfVersion10AndNoMore) {
   expectSlots(hcyInitialize(), 11);
   EXPECT_STREQ(hcyGetInitializationErrorMessage(), "");
 }
 
-HCY_TEST_IN_OWN_PROCESS(version10000FillsTheElevenSlotsOfVersion10AndNoMore) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization,
+                        version10000FillsTheElevenSlotsOfVersion10AndNoMore) {
   expectSlots(hcyInitializeEx(0x10000), 11);
 }
 
-HCY_TEST_IN_OWN_PROCESS(version10001FillsAll25Slots) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization, version10001FillsAll25Slots) {
   expectSlots(hcyInitializeEx(0x10001), 25);
   EXPECT_STREQ(hcyGetInitializationErrorMessage(), "");
 }
 
-HCY_TEST_IN_OWN_PROCESS(everySlotHoldsAnOperationOfItsOwn) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization, everySlotHoldsAnOperationOfItsOwn) {
   const Slots slots = slotsOf(hcyInitializeEx(0x10001));
   for (std::size_t i = 0; i < slots.size(); ++i) {
     for (std::size_t j = 0; j < i; ++j) EXPECT_NE(slots[i], slots[j]) << i << " and " << j;
   }
 }
 
-HCY_TEST_IN_OWN_PROCESS(anyOtherVersionFailsAsInvalid) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization, anyOtherVersionFailsAsInvalid) {
   for (const int version : {0x10002, 0xFFFF, 0, 1, -1, 0x20000, 0x7FFFFFFF, -0x7FFFFFFF - 1}) {
     EXPECT_EQ(hcyInitializeEx(version), nullptr) << version;
     EXPECT_EQ(hcyGetInitializationErrorMessage(), kInvalidVersion) << version;
   }
 }
 
-HCY_TEST_IN_OWN_PROCESS(theVersionIsNotLookedAtOnceInitialized) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization, theVersionIsNotLookedAtOnceInitialized) {
   hcyClientRuntime* const runtime = hcyInitializeEx(0x10001);
   EXPECT_EQ(hcyInitializeEx(0x10002), runtime);
   EXPECT_EQ(hcyInitializeEx(0x10000), runtime);
@@ -90,13 +118,14 @@ HCY_TEST_IN_OWN_PROCESS(theVersionIsNotLookedAtOnceInitialized) {
   EXPECT_STREQ(hcyGetInitializationErrorMessage(), "");
 }
 
-HCY_TEST_IN_OWN_PROCESS(aSecondCallerWhoAsksFor11GetsTheTableOf10) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization, aSecondCallerWhoAsksFor11GetsTheTableOf10) {
   hcyClientRuntime* const runtime = hcyInitializeEx(0x10000);
   EXPECT_EQ(hcyInitializeEx(0x10001), runtime);
   expectSlots(runtime, 11);
 }
 
-HCY_TEST_IN_OWN_PROCESS(oneTerminationEndsTwoInitializationsAndASecondDoesNothing) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization,
+                        oneTerminationEndsTwoInitializationsAndASecondDoesNothing) {
   hcyClientRuntime* const runtime = hcyInitializeEx(0x10001);
   ASSERT_NE(runtime, nullptr);
   EXPECT_EQ(hcyInitializeEx(0x10001), runtime);
@@ -106,19 +135,21 @@ HCY_TEST_IN_OWN_PROCESS(oneTerminationEndsTwoInitializationsAndASecondDoesNothin
   EXPECT_EQ(hcyGetInitializationErrorMessage(), kInvalidVersion);
 }
 
-HCY_TEST_IN_OWN_PROCESS(terminationWithoutInitializationDoesNothing) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization, terminationWithoutInitializationDoesNothing) {
   hcyTerminate();
   EXPECT_STREQ(hcyGetInitializationErrorMessage(), "");
   expectSlots(hcyInitialize(), 11);
 }
 
-HCY_TEST_IN_OWN_PROCESS(terminationWithoutInitializationKeepsAnEarlierMessage) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization,
+                        terminationWithoutInitializationKeepsAnEarlierMessage) {
   EXPECT_EQ(hcyInitializeEx(0x10002), nullptr);
   hcyTerminate();
   EXPECT_EQ(hcyGetInitializationErrorMessage(), kInvalidVersion);
 }
 
-HCY_TEST_IN_OWN_PROCESS(aSuccessAfterAFailureKeepsTheMessageUntilTermination) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization,
+                        aSuccessAfterAFailureKeepsTheMessageUntilTermination) {
   EXPECT_EQ(hcyInitializeEx(0xFFFF), nullptr);
   expectSlots(hcyInitializeEx(0x10001), 25);
   EXPECT_EQ(hcyGetInitializationErrorMessage(), kInvalidVersion);
@@ -126,7 +157,7 @@ HCY_TEST_IN_OWN_PROCESS(aSuccessAfterAFailureKeepsTheMessageUntilTermination) {
   EXPECT_STREQ(hcyGetInitializationErrorMessage(), "");
 }
 
-HCY_TEST_IN_OWN_PROCESS(afterTerminationAnotherVersionMayBeChosen) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization, afterTerminationAnotherVersionMayBeChosen) {
   expectSlots(hcyInitializeEx(0x10000), 11);
   hcyTerminate();
   expectSlots(hcyInitializeEx(0x10001), 25);
@@ -134,7 +165,8 @@ HCY_TEST_IN_OWN_PROCESS(afterTerminationAnotherVersionMayBeChosen) {
   expectSlots(hcyInitialize(), 11);
 }
 
-HCY_TEST_IN_OWN_PROCESS(aHundredInitializationsAndTerminationsEachGiveAWorkingTable) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization,
+                        aHundredInitializationsAndTerminationsEachGiveAWorkingTable) {
   for (int round = 0; round < 100; ++round) {
     hcyClientRuntime* const runtime = hcyInitializeEx(round % 2 == 0 ? 0x10000 : 0x10001);
     ASSERT_NE(runtime, nullptr);
@@ -148,7 +180,8 @@ HCY_TEST_IN_OWN_PROCESS(aHundredInitializationsAndTerminationsEachGiveAWorkingTa
   }
 }
 
-HCY_TEST_IN_OWN_PROCESS(arrayFunctionsWorkWithoutInitializationAndAcrossTermination) {
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization,
+                        arrayFunctionsWorkWithoutInitializationAndAcrossTermination) {
   hcyArray* const array = hcyCreateDoubleScalar(2.5);
   EXPECT_EQ(hcyGetScalar(array), 2.5);
   ASSERT_NE(hcyInitialize(), nullptr);
@@ -158,7 +191,9 @@ HCY_TEST_IN_OWN_PROCESS(arrayFunctionsWorkWithoutInitializationAndAcrossTerminat
   hcyDestroyArray(array);
 }
 
-HCY_TEST_IN_OWN_PROCESS(aProgramMayEndWithoutTermination) { ASSERT_NE(hcyInitialize(), nullptr); }
+HCY_TEST_IN_OWN_PROCESS(LibraryInitialization, aProgramMayEndWithoutTermination) {
+  ASSERT_NE(hcyInitialize(), nullptr);
+}
 
 }  // namespace
 }  // namespace hcy::abi

@@ -10,7 +10,7 @@
 
 #include "arrays.h"
 #include "golden_files.h"
-#include "support/script_server.h"
+#include "support/call_test.h"
 
 namespace hcy::abi {
 namespace {
@@ -29,6 +29,8 @@ std::vector<const hcyArray*> handlesOf(const std::vector<OwnedArray>& arrays) {
 
 class Golden : public ::testing::Test {
  protected:
+  void TearDown() override { expectUsable(context); }
+
   // Calls for as many outputs as there are.
   void call(const ScriptServer& server, const std::vector<const hcyArray*>& inputs,
             Outputs& outputs, std::size_t count) {

@@ -19,6 +19,8 @@ using client::VORTEN_Result;
 // Single calls whose reply is given as a message or as its bytes.
 class ReplyCall : public ::testing::Test {
  protected:
+  void TearDown() override { expectUsable(context); }
+
   // Status 200 with this body.
   int feval(const std::string& body, std::int32_t nargout, hcyArray** outputs,
             const std::vector<const hcyArray*>& inputs = {}) {
@@ -54,13 +56,6 @@ class ReplyCall : public ::testing::Test {
   Context context{library, config};
   VORTEN_Params params;  // of the last call, as the server got them
 };
-
-// Where a message has no output, what a call says.
-inline Failure countFailure(int received, int wanted) {
-  return genericFailure("Number of outputs received from VORTEN, " + std::to_string(received) +
-                        ", do not match the number of left hand side parameters, " +
-                        std::to_string(wanted) + ", provided.");
-}
 
 inline VORTEN_Array doubleArray(double value) {
   VORTEN_Array array;
