@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -85,10 +86,15 @@ TEST_F(FailingMemory, withoutATransferHandleCreateContextReturns1) {
 
 TEST_F(FailingMemory, withoutATextsCopyASettingStaysAsItWas) {
   library->setCAFile(config.get(), "ca.pem");
+  library->setPrivateKeyPasswd(config.get(), "secret");
   const std::string text(100, 'x');
-  const FailingAllocation failing(0);
-  library->setCAFile(config.get(), text.c_str());
-  EXPECT_STREQ(library->getCAFile(config.get()), failing.hasFailed() ? "ca.pem" : text.c_str());
+  for (const auto set : {library->setCAFile, library->setPrivateKeyPasswd}) {
+    const FailingAllocation failing(0);
+    set(config.get(), text.c_str());
+    EXPECT_TRUE(failing.hasFailed());
+  }
+  EXPECT_STREQ(library->getCAFile(config.get()), "ca.pem");
+  EXPECT_STREQ(library->getPrivateKeyPasswd(config.get()), "secret");
 }
 
 TEST_F(FailingMemory, withoutAStackARecordStillHasItsDepth) {
@@ -109,14 +115,16 @@ TEST_F(FailingMemory, withoutAStackARecordStillHasItsDepth) {
   EXPECT_EQ(context.lastFailure().stack.size(), 2U);
 }
 
-// Whatever allocation of ours fails, the call fails with a text, the inputs are as before, and
-// the next call succeeds.
+// Whatever allocation of ours fails, the call says so, the inputs are as before, and the next call
+// succeeds. No length is declared, and each context is new: none has memory to spare.
 TEST_F(FailingMemory, aCallSurvivesEveryAllocationThatFails) {
   VORTEN_Result result;
   *result.add_lhs() = containerOf(VORTEN_Array::CELL, {doubleArray(1), doubleArray(2)});
   *result.add_lhs() = doubleArray(3);
-  const test::ScriptServer server({test::Connection{
-      test::replyToEach(test::httpReply(200, "OK", result.SerializeAsString()))}});
+  const test::ScriptServer server(
+      {test::Connection{test::replyToEach("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n" +
+                                          chunk(result.SerializeAsString()) + chunk(""))}});
+  std::set<std::string> texts;
   bool failed = true;
   for (std::size_t working = 0; failed; ++working) {
     ASSERT_LT(working, 1000U);
@@ -124,24 +132,26 @@ TEST_F(FailingMemory, aCallSurvivesEveryAllocationThatFails) {
     const OwnedArray cell(hcyCreateCellMatrix(1, 3));  // makes its elements when it is sent
     const std::vector<const hcyArray*> inputs{number.get(), cell.get(), number.get()};
     const std::string url = server.url();
+    const Context fresh(library, config);
     Outputs outputs(2);
     int status = 1;
     {
       const FailingAllocation failing(working);
-      status = library->feval(context.get(), url.c_str(), 2, outputs.data(), 3, inputs.data());
+      status = library->feval(fresh.get(), url.c_str(), 2, outputs.data(), 3, inputs.data());
       failed = failing.hasFailed();
     }
     EXPECT_EQ(status == 1, failed) << working;
     if (status == 1) {
-      EXPECT_EQ(context.lastFailure().kind, HCY_GENERIC_ERROR) << working;
-      EXPECT_NE(context.lastFailure().text, "") << working;
+      EXPECT_EQ(fresh.lastFailure().kind, HCY_GENERIC_ERROR) << working;
+      texts.insert(fresh.lastFailure().text);
       EXPECT_EQ(outputs[0], nullptr) << working;
     }
     EXPECT_EQ(hcyGetScalar(number.get()), 1.0);
     Outputs again(2);
-    EXPECT_EQ(context.feval(url, 2, again.data(), inputs), 0) << working;
+    EXPECT_EQ(fresh.feval(url, 2, again.data(), inputs), 0) << working;
     EXPECT_EQ(hcyGetScalar(again[1]), 3.0) << working;
   }
+  EXPECT_EQ(texts, (std::set<std::string>{"std::bad_alloc", kOverTheLimit.text}));
 }
 
 }  // namespace

@@ -90,7 +90,8 @@ TEST_F(FevalBodies, oneThatIsCutHasTheOutputsBeforeTheCut) {
 TEST_F(FevalBodies, oneWithAnyByteChangedIsSurvived) {
   VORTEN_Result result;
   *result.add_lhs() = containerOf(VORTEN_Array::CELL, {doubleArray(1), doubleArray(2)});
-  const std::string body = result.SerializeAsString();
+  const std::string body =
+      result.SerializeAsString() + test::errorResult("m", "i", {test::stackFrame("f", "n", 1)});
   for (std::size_t i = 0; i < body.size(); ++i) {
     for (const int flip : {0x01, 0x80, 0xFF}) {
       std::string changed = body;

@@ -77,19 +77,6 @@ TEST_F(FevalInputs, oneArrayMayOccurTwiceAndInContainersOfTheSameCall) {
   EXPECT_EQ(params.rhs(1).cell().elements(1).SerializeAsString(), bytesOf(one.get()));
 }
 
-TEST_F(FevalInputs, slotsThatWereNeverSetAreSentAs0By0Doubles) {
-  const OwnedArray cell(hcyCreateCellMatrix(1, 2));
-  const OwnedArray value(hcyCreateDoubleScalar(1));
-  hcySetCell(cell.get(), 1, value.get());
-  const VORTEN_Array array = sent(cell.get());
-  ASSERT_EQ(array.cell().elements_size(), 2);
-  const VORTEN_Array& never = array.cell().elements(0);
-  EXPECT_EQ(never.type(), VORTEN_Array::DOUBLE);
-  EXPECT_EQ(std::vector<std::uint64_t>(never.dimension().begin(), never.dimension().end()),
-            (std::vector<std::uint64_t>{0, 0}));
-  EXPECT_FALSE(never.has_qxdouble());
-}
-
 // The message of an input is borrowed for the call, whatever becomes of it.
 TEST_F(FevalInputs, areTheSameMessagesAndBytesAfterEveryOutcome) {
   const OwnedArray a = int16s();

@@ -14,7 +14,14 @@ namespace {
 
 using FevalKeptFields = ReplyCall;
 
-// Every field that is not interpreted, and two that no schema knows.
+// Two fields that no schema knows.
+void addUnknownFields(google::protobuf::Message& message) {
+  auto* const unknown = message.GetReflection()->MutableUnknownFields(&message);
+  unknown->AddVarint(8, 16);
+  unknown->AddLengthDelimited(1000, "unknown");
+}
+
+// Every field that is not interpreted, and those that no schema knows.
 void addKeptFields(VORTEN_Array& array) {
   array.set_arrayid(3);
   array.set_dataframe(4);
@@ -40,9 +47,27 @@ void addKeptFields(VORTEN_Array& array) {
   array.mutable_stringelements()->add_stringsizes(1);
   array.set_packageinfoindex(14);
   array.mutable_sparsewithdataframe()->set_nnzsize(15);
-  auto* const unknown = array.GetReflection()->MutableUnknownFields(&array);
-  unknown->AddVarint(8, 16);
-  unknown->AddLengthDelimited(1000, "unknown");
+  addUnknownFields(array);
+}
+
+// A 1-by-1 array whose one element is still to come.
+VORTEN_Array withoutElements(VORTEN_Array::QXType type) {
+  VORTEN_Array array = doubleArray(1);
+  array.set_type(type);
+  array.clear_qxdouble();
+  return array;
+}
+
+VORTEN_Array sparseWithUnknownFields() {
+  VORTEN_Array array = withoutElements(VORTEN_Array::SPARSE);
+  VORTEN_Array::Sparse& sparse = *array.mutable_sparse();
+  sparse.add_ir(0);
+  sparse.add_jc(0);
+  sparse.add_jc(1);
+  sparse.mutable_qxsparsedouble()->add_elements(5);
+  addUnknownFields(sparse);
+  addUnknownFields(*sparse.mutable_qxsparsedouble());
+  return array;
 }
 
 TEST_F(FevalKeptFields, ofAnArraySurvive) {
@@ -54,13 +79,33 @@ TEST_F(FevalKeptFields, ofAnArraySurvive) {
 }
 
 TEST_F(FevalKeptFields, ofAnArrayThatKeepsItsElementsOutsideTheMessageSurvive) {
-  VORTEN_Array array = doubleArray(1);
-  array.set_type(VORTEN_Array::CHAR);
-  array.clear_qxdouble();
+  VORTEN_Array array = withoutElements(VORTEN_Array::CHAR);
   array.mutable_qxchar()->add_elements(0x20AC);
   addKeptFields(array);
   const OwnedArray output = received(array);
   EXPECT_EQ(sent(output.get()).SerializeAsString(), array.SerializeAsString());
+}
+
+TEST_F(FevalKeptFields, amongTheElementsSurvive) {
+  VORTEN_Array number = doubleArray(1);
+  addUnknownFields(*number.mutable_qxdouble());
+  VORTEN_Array integer = withoutElements(VORTEN_Array::INT16);
+  integer.mutable_int16()->add_elements(-1);
+  addUnknownFields(*integer.mutable_int16());
+  VORTEN_Array text = withoutElements(VORTEN_Array::CHAR);
+  text.mutable_qxchar()->add_elements(0x20AC);
+  addUnknownFields(*text.mutable_qxchar());
+  const VORTEN_Array sparse = sparseWithUnknownFields();
+  VORTEN_Array record = containerOf(VORTEN_Array::STRUCT, {number, integer, text, sparse});
+  addUnknownFields(*record.mutable_struct_());
+  VORTEN_Array cell = containerOf(VORTEN_Array::CELL, {number, integer, text, sparse, record});
+  addUnknownFields(*cell.mutable_cell());
+  for (const VORTEN_Array& array : {number, integer, text, sparse, record, cell}) {
+    const OwnedArray output = received(array);
+    EXPECT_EQ(sent(output.get()).SerializeAsString(), array.SerializeAsString()) << array.type();
+    const OwnedArray copy(hcyDuplicateArray(output.get()));
+    EXPECT_EQ(sent(copy.get()).SerializeAsString(), array.SerializeAsString()) << array.type();
+  }
 }
 
 TEST_F(FevalKeptFields, ofContainersAndTheirElementsSurvive) {

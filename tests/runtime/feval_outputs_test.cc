@@ -93,12 +93,14 @@ TEST_F(FevalOutputs, ofAnUnservedTypeFailInEachPositionAndLeaveTheHigherOnesInPl
 }
 
 TEST_F(FevalOutputs, ofTwoUnservedTypesTheHigherOneFails) {
-  VORTEN_Result result = resultWith(2);
+  VORTEN_Result result = resultWith(3);
   result.mutable_lhs(0)->set_type(VORTEN_Array::STRING);
   result.mutable_lhs(1)->set_type(VORTEN_Array::OBJECT);
-  auto outputs = room(2);
-  EXPECT_EQ(feval(result, 2, outputs.data()), 1);
+  auto outputs = room(3);
+  EXPECT_EQ(feval(result, 3, outputs.data()), 1);
   EXPECT_TRUE(isUntouched(outputs[0]) && isUntouched(outputs[1]));
+  ASSERT_FALSE(isUntouched(outputs[2]));
+  EXPECT_EQ(hcyGetScalar(OwnedArray(outputs[2]).get()), 2.0);
 }
 
 TEST_F(FevalOutputs, areArraysOfTheirOwn) {
