@@ -26,7 +26,8 @@ std::string configuration(const NginxSettings& settings, const std::string& dire
   for (const char* kind : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"}) {
     text += std::string(kind) + "_temp_path " + directory + "/" + kind + ";\n";
   }
-  text += "server {\nlisten 127.0.0.1:" + std::to_string(port) + " ssl;\n" + "ssl_certificate " +
+  text += "server {\nlisten 127.0.0.1:" + std::to_string(port) + " ssl" +
+          (settings.http2 ? " http2" : "") + ";\nssl_certificate " +
           settings.certificate.certificateFile + ";\n" + "ssl_certificate_key " +
           settings.certificate.keyFile + ";\n" + "ssl_protocols " + settings.protocols + ";\n";
   // OpenSSL offers the versions before 1.2 at its lowest security level only.
@@ -37,6 +38,7 @@ std::string configuration(const NginxSettings& settings, const std::string& dire
   return text + R"(location / {
 proxy_http_version 1.1;
 proxy_set_header X-Tls-Version $ssl_protocol;
+proxy_set_header X-Protocol $server_protocol;
 proxy_set_header X-Client $ssl_client_s_dn;
 proxy_set_header X-Connection-Requests $connection_requests;
 proxy_pass )" +

@@ -22,11 +22,13 @@ struct NginxSettings {
   std::string upstream = {};                  // a URL without a path
   std::string protocols = "TLSv1.2 TLSv1.3";  // those that it agrees to
   std::string clientAuthorityFile = {};       // if set, a client must show a certificate of it
+  bool http2 = false;                         // whether it offers HTTP/2, too
 };
 
 // Runs from construction to destruction; ends with the test's process in whatever way that ends.
-// Requests reach the upstream with the headers X-Tls-Version, X-Client (the subject of the client's
-// certificate) and X-Connection-Requests (how many the connection has brought so far).
+// Requests reach the upstream with the headers X-Tls-Version, X-Protocol ("HTTP/1.1"), X-Client
+// (the subject of the client's certificate) and X-Connection-Requests (how many the connection has
+// brought so far).
 class Nginx {
  public:
   explicit Nginx(const NginxSettings& settings);

@@ -20,8 +20,7 @@ using test::waitForClose;
 class TlsHandshake : public TlsTest {
  protected:
   Nginx nginxSpeaking(const std::string& protocols) const {
-    return Nginx(
-        {.certificate = goodCertificate(), .upstream = upstream.url(""), .protocols = protocols});
+    return nginxWith(goodCertificate(), protocols);
   }
   static std::string overTls(const ScriptServer& server) {
     return "https://127.0.0.1:" + std::to_string(server.port()) + "/f";
@@ -39,8 +38,15 @@ TEST_F(TlsHandshake, withVersion13Alone) {
 }
 
 TEST_F(TlsHandshake, prefersVersion13) {
-  expectAnswered(nginxSpeaking("TLSv1.2 TLSv1.3").url());
+  expectAnswered(nginxSpeaking(kVersions).url());
   EXPECT_EQ(lastHeader("X-Tls-Version"), "TLSv1.3");
+}
+
+TEST_F(TlsHandshake, theServerOffersHttp2AndIsCalledByHttp11) {
+  const Nginx nginx(
+      {.certificate = goodCertificate(), .upstream = upstream.url(""), .http2 = true});
+  expectAnswered(nginx.url());
+  EXPECT_EQ(lastHeader("X-Protocol"), "HTTP/1.1");
 }
 
 TEST_F(TlsHandshake, theServerSpeaksNothingAboveVersion11) {
@@ -63,9 +69,10 @@ TEST_F(TlsHandshake, thePeerClosesDuringIt) {
 
 TEST_F(TlsHandshake, thePeerSaysNothingForLongerThanTheTimeOut) {
   library->setTimeOut(config.get(), 1);
+  const Nginx nginx = goodNginx();
   const ScriptServer stalled({Connection{stall()}});
-  expectRefused(overTls(stalled), "Timeout was reached");
-  expectAnswered(goodNginx().url());
+  expectRefused(overTls(stalled), kTimedOut.text);
+  expectAnswered(nginx.url());
 }
 
 TEST_F(TlsHandshake, theUrlAsksAServerThatSpeaksTlsForPlainHttp) {
@@ -83,7 +90,7 @@ TEST_F(TlsHandshake, isDoneOnceForManyCalls) {
   }
 }
 
-TEST_F(TlsHandshake, isDoneAnewAfterAFailedOne) {
+TEST_F(TlsHandshake, aFailedOneLeavesTheKeptConnectionAlone) {
   const Nginx nginx = goodNginx();
   expectAnswered(nginx.url());
   expectRefused(nginxWith(otherAuthority().issue()).url(), kUnverified);

@@ -36,9 +36,19 @@ TEST_F(TlsServerCertificate, ofAnAuthorityThatTheSystemDoesNotKnow) {
   expectAnsweredWithoutTls();
 }
 
+// It names the host, so that nothing else is wrong with it.
 TEST_F(TlsServerCertificate, signedByItself) {
-  CertificateAuthority itself("localhost");
-  expectRefusedButOnce(itself.certificate());
+  const CertificateAuthority itself("localhost");
+  const Nginx nginx = nginxWith(itself.certificate());
+  expectRefused(nginx.url("/f", "localhost"), kUnverified);
+  expectAnswered(goodNginx().url());
+}
+
+TEST_F(TlsServerCertificate, signedByItselfAndTrusted) {
+  const CertificateAuthority itself("localhost");
+  library->setCAFile(config.get(), itself.certificateFile().c_str());
+  const Nginx nginx = nginxWith(itself.certificate());
+  expectAnswered(nginx.url("/f", "localhost"));
 }
 
 TEST_F(TlsServerCertificate, ofAnotherHost) {

@@ -27,6 +27,10 @@ inline const std::string kBadRevocationList =
     "Failed to load CRL file (path? access rights?, format?)";
 inline const std::string kNoReply = "Failure when receiving data from the peer";
 
+// Both versions that the client agrees to, as nginx names them.
+inline constexpr const char* kVersions = "TLSv1.2 TLSv1.3";
+inline constexpr const char* kEachVersion[] = {"TLSv1.2", "TLSv1.3"};
+
 // The authority that the tests trust, unless they say otherwise, and another one. Each is made
 // once, when a test first asks for it.
 inline CertificateAuthority& authority() {
@@ -49,12 +53,13 @@ class TlsTest : public CallTest {
  protected:
   TlsTest() { library->setCAFile(config.get(), authority().certificateFile().c_str()); }
 
-  Nginx nginxWith(const Certificate& certificate) const {
-    return Nginx({.certificate = certificate, .upstream = upstream.url("")});
+  Nginx nginxWith(const Certificate& certificate, const std::string& protocols = kVersions) const {
+    return Nginx(
+        {.certificate = certificate, .upstream = upstream.url(""), .protocols = protocols});
   }
   Nginx goodNginx() const { return nginxWith(goodCertificate()); }
   // Shows a good certificate and demands one of authority().
-  Nginx demandingNginx(const std::string& protocols = "TLSv1.2 TLSv1.3") const {
+  Nginx demandingNginx(const std::string& protocols = kVersions) const {
     return Nginx({.certificate = goodCertificate(),
                   .upstream = upstream.url(""),
                   .protocols = protocols,

@@ -21,37 +21,34 @@ struct Row {
   Fault fault;
   Peer peer;
   Host host;
-  const char* details;  // null: the call succeeds
+  std::string details;  // empty: the call succeeds
 };
 
-constexpr char kUntrusted[] = "SSL peer certificate or SSH remote key was not OK";
-constexpr char kUnreadable[] = "Problem with the SSL CA cert (path? access rights?)";
-
-constexpr Row kOutcomes[] = {
-    {Fault::none, Peer::on, Host::on, nullptr},
-    {Fault::none, Peer::on, Host::off, nullptr},
-    {Fault::none, Peer::off, Host::on, nullptr},
-    {Fault::none, Peer::off, Host::off, nullptr},
-    {Fault::unknownAuthority, Peer::on, Host::on, kUntrusted},
-    {Fault::unknownAuthority, Peer::on, Host::off, kUntrusted},
-    {Fault::unknownAuthority, Peer::off, Host::on, nullptr},
-    {Fault::unknownAuthority, Peer::off, Host::off, nullptr},
-    {Fault::wrongHost, Peer::on, Host::on, kUntrusted},
-    {Fault::wrongHost, Peer::on, Host::off, nullptr},
-    {Fault::wrongHost, Peer::off, Host::on, kUntrusted},
-    {Fault::wrongHost, Peer::off, Host::off, nullptr},
-    {Fault::expired, Peer::on, Host::on, kUntrusted},
-    {Fault::expired, Peer::on, Host::off, kUntrusted},
-    {Fault::expired, Peer::off, Host::on, nullptr},
-    {Fault::expired, Peer::off, Host::off, nullptr},
-    {Fault::revoked, Peer::on, Host::on, kUntrusted},
-    {Fault::revoked, Peer::on, Host::off, kUntrusted},
-    {Fault::revoked, Peer::off, Host::on, nullptr},
-    {Fault::revoked, Peer::off, Host::off, nullptr},
-    {Fault::unreadableAuthorities, Peer::on, Host::on, kUnreadable},
-    {Fault::unreadableAuthorities, Peer::on, Host::off, kUnreadable},
-    {Fault::unreadableAuthorities, Peer::off, Host::on, nullptr},
-    {Fault::unreadableAuthorities, Peer::off, Host::off, nullptr},
+const Row kOutcomes[] = {
+    {Fault::none, Peer::on, Host::on, ""},
+    {Fault::none, Peer::on, Host::off, ""},
+    {Fault::none, Peer::off, Host::on, ""},
+    {Fault::none, Peer::off, Host::off, ""},
+    {Fault::unknownAuthority, Peer::on, Host::on, kUnverified},
+    {Fault::unknownAuthority, Peer::on, Host::off, kUnverified},
+    {Fault::unknownAuthority, Peer::off, Host::on, ""},
+    {Fault::unknownAuthority, Peer::off, Host::off, ""},
+    {Fault::wrongHost, Peer::on, Host::on, kUnverified},
+    {Fault::wrongHost, Peer::on, Host::off, ""},
+    {Fault::wrongHost, Peer::off, Host::on, kUnverified},
+    {Fault::wrongHost, Peer::off, Host::off, ""},
+    {Fault::expired, Peer::on, Host::on, kUnverified},
+    {Fault::expired, Peer::on, Host::off, kUnverified},
+    {Fault::expired, Peer::off, Host::on, ""},
+    {Fault::expired, Peer::off, Host::off, ""},
+    {Fault::revoked, Peer::on, Host::on, kUnverified},
+    {Fault::revoked, Peer::on, Host::off, kUnverified},
+    {Fault::revoked, Peer::off, Host::on, ""},
+    {Fault::revoked, Peer::off, Host::off, ""},
+    {Fault::unreadableAuthorities, Peer::on, Host::on, kBadAuthorityFile},
+    {Fault::unreadableAuthorities, Peer::on, Host::off, kBadAuthorityFile},
+    {Fault::unreadableAuthorities, Peer::off, Host::on, ""},
+    {Fault::unreadableAuthorities, Peer::off, Host::off, ""},
 };
 
 class TlsSwitches : public TlsTest, public ::testing::WithParamInterface<Row> {
@@ -95,14 +92,18 @@ std::string nameOf(const ::testing::TestParamInfo<Row>& info) {
 
 TEST_P(TlsSwitches, decideOverTheFault) {
   const auto& [fault, peer, host, details] = GetParam();
-  const Nginx nginx = nginxWith(certificateWith(fault));
+  const Certificate certificate = certificateWith(fault);
   library->setPeerVerification(config.get(), peer == Peer::on);
   library->setHostnameVerification(config.get(), host == Host::on);
-  for (int i = 0; i < 2; ++i) {
-    if (details == nullptr) {
-      expectAnswered(nginx.url());
-    } else {
-      expectRefused(nginx.url(), details);
+  for (const char* version : kEachVersion) {
+    const Nginx nginx = nginxWith(certificate, version);
+    for (int i = 0; i < 2; ++i) {
+      if (details.empty()) {
+        expectAnswered(nginx.url());
+        EXPECT_EQ(lastHeader("X-Tls-Version"), version);
+      } else {
+        expectRefused(nginx.url(), details);
+      }
     }
   }
   expectAnsweredWithoutTls();
