@@ -1,0 +1,165 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Measures all clients side by side; started by script/bench."""
+
+import argparse
+import contextlib
+import json
+import os
+import statistics
+
+import network
+from clients import PROGRAMS, Bench
+
+# Calls in one turn of a client: some tens of milliseconds of the faster ones.
+CALLS = {"W1": 1000, "W2": 40, "W3": 3, "W4": 3, "W5": 3, "W6": 20}
+TITLES = {
+    "W1": "one 1-by-1 double",
+    "W2": "1 MiB of doubles",
+    "W3": "32 MiB of doubles",
+    "W4": "4 Mi int16, half negative",
+    "W5": "cell of 100,000 1-by-1 doubles",
+    "W6": "1 Mi char units",
+}
+
+
+def quartiles(values):
+    if len(values) == 1:
+        return [values[0]] * 3
+    return statistics.quantiles(values, n=4, method="inclusive")
+
+
+def in_turns(clients, calls, rounds):
+    """Seconds a call, for each client a list with an entry a round. Another client begins each
+    round, so that none always follows the same one."""
+    names = list(clients)
+    times = {name: [] for name in names}
+    for name in names:
+        clients[name].run(1)
+    for number in range(rounds):
+        first = number % len(names)
+        for name in names[first:] + names[:first]:
+            times[name].append(clients[name].run(calls)[0])
+    return times
+
+
+def measure(bench, workload, calls, rounds):
+    with contextlib.ExitStack() as stack:
+        clients = {name: stack.enter_context(bench.client(name, workload))
+                   for name in bench.names}
+        for client in clients.values():
+            client.check()
+        times = in_turns(clients, calls, rounds)
+        for client in clients.values():
+            client.check()
+        memory = {name: client.memory() for name, client in clients.items()}
+    return {name: result(name, times, memory[name]) for name in clients}
+
+
+def result(name, times, memory):
+    found = {
+        "seconds": dict(zip(("lower_quartile", "median", "upper_quartile"),
+                            quartiles(times[name]))),
+        "resident_before_mib": memory[0],
+        "resident_peak_mib": memory[1],
+    }
+    # Of the same round: what disturbs the machine for longer than a round cancels out.
+    for base in ("floor", "by_hand"):
+        if base in times:
+            ratios = [time / other for time, other in zip(times[name], times[base])]
+            found["to_" + base] = dict(zip(("lower_quartile", "median", "upper_quartile"),
+                                           quartiles(ratios)))
+    return found
+
+
+def duration(seconds):
+    for unit, scale in (("s", 1), ("ms", 1e3), ("µs", 1e6)):
+        if seconds * scale >= 1:
+            return f"{seconds * scale:.3g} {unit}"
+    return f"{seconds * 1e9:.3g} ns"
+
+
+def ratio(found, base):
+    if "to_" + base not in found:
+        return "-"
+    values = found["to_" + base]
+    return (f"{values['median']:.2f} ({values['lower_quartile']:.2f} to "
+            f"{values['upper_quartile']:.2f})")
+
+
+def print_table(workload, results):
+    print(f"\n{workload}, {TITLES[workload]}\n")
+    print("| client | median | quartiles | to floor | to by_hand | resident before, peak (MiB) |")
+    print("| --- | --- | --- | --- | --- | --- |")
+    for name, found in results.items():
+        seconds = found["seconds"]
+        print(f"| {name} | {duration(seconds['median'])} "
+              f"| {duration(seconds['lower_quartile'])} to {duration(seconds['upper_quartile'])} "
+              f"| {ratio(found, 'floor')} | {ratio(found, 'by_hand')} "
+              f"| {found['resident_before_mib']:.0f}, {found['resident_peak_mib']:.0f} |",
+              flush=True)
+
+
+def print_summary(all_results):
+    names = list(next(iter(all_results.values())))
+    print("\nMedians of the ratio to the floor, and in brackets to by_hand\n")
+    print("| workload | " + " | ".join(names) + " |")
+    print("| --- |" + " --- |" * len(names))
+    for workload, results in all_results.items():
+        cells = []
+        for found in results.values():
+            medians = [f"{found[key]['median']:.2f}" for key in ("to_floor", "to_by_hand")
+                       if key in found]
+            cells.append(medians[0] + (f" ({medians[1]})" if len(medians) > 1 else ""))
+        print(f"| {workload} | " + " | ".join(cells) + " |")
+    if "W3" in all_results:
+        print("| peak resident memory in W3, MiB | " + " | ".join(
+            f"{found['resident_peak_mib']:.0f}" for found in all_results["W3"].values()) + " |")
+
+
+def arguments():
+    parser = argparse.ArgumentParser(prog="script/bench")
+    parser.add_argument("--workloads", default=",".join(CALLS), metavar="W1,W2...",
+                        help="which workloads (all)")
+    parser.add_argument("--clients", default=",".join(PROGRAMS), metavar="A,B...",
+                        help="which clients (%(default)s); floor and by_hand give the ratios")
+    parser.add_argument("--rounds", type=int, default=21, help="turns of each client (21)")
+    parser.add_argument("--calls", type=int, help="calls in a turn (as many as suit the workload)")
+    parser.add_argument("--json", metavar="FILE", help="write the results there too")
+    return parser.parse_args()
+
+
+def chosen(text, known):
+    names = text.split(",")
+    for name in names:
+        if name not in known:
+            raise SystemExit(f"script/bench: there is no {name}; known are {', '.join(known)}")
+    return [name for name in known if name in names]
+
+
+def main():
+    options = arguments()
+    workloads = chosen(options.workloads, CALLS)
+    names = chosen(options.clients, PROGRAMS)
+    with Bench(os.environ["HCY_BENCH_PROGRAMS"], names) as bench:
+        where = network.describe(bench)
+        print(f"Loopback {where['loopback']}, {where['congestion_control']}, "
+              f"tcp_slow_start_after_idle={where['tcp_slow_start_after_idle']}; "
+              f"{os.cpu_count()} processors, load average {os.getloadavg()[0]:.1f}")
+        for name in names:
+            if name not in bench.names:
+                print(f"{name} is not built here, and left out.")
+        results = {}
+        for workload in workloads:
+            results[workload] = measure(bench, workload, options.calls or CALLS[workload],
+                                        options.rounds)
+            print_table(workload, results[workload])
+        print_summary(results)
+        if options.json:
+            with open(options.json, "w", encoding="utf-8") as file:
+                json.dump({"network": where, "rounds": options.rounds, "results": results}, file,
+                          indent=2)
+                file.write("\n")
+
+
+if __name__ == "__main__":
+    main()
