@@ -2,6 +2,8 @@
 
 #include "wire/utf16.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <stdexcept>
 
 namespace hcy {
@@ -25,6 +27,31 @@ char* writeUtf8(std::uint32_t codePoint, char* out) {
   return out;
 }
 
+// Most text is ASCII, and goes by blocks.
+constexpr std::ptrdiff_t kBlock = 64;
+
+bool isAscii(const char16_t* block) {
+  unsigned all = 0;
+  for (std::ptrdiff_t i = 0; i < kBlock; ++i) all |= block[i];
+  return all < 0x80;
+}
+
+// Calls useAscii for the blocks of ASCII, and useCodePoint for each code point between them.
+template <class UseAscii, class UseCodePoint>
+void forEachPart(std::u16string_view text, UseAscii useAscii, UseCodePoint useCodePoint) {
+  const char16_t* const end = text.data() + text.size();
+  const char16_t* position = text.data();
+  while (position != end) {
+    if (end - position >= kBlock && isAscii(position)) {
+      useAscii(position);
+      position += kBlock;
+    } else {
+      const char16_t* const next = end - position > kBlock ? position + kBlock : end;
+      while (position < next) useCodePoint(decodeUtf16(position, end));
+    }
+  }
+}
+
 }  // namespace
 
 std::uint32_t decodeUtf16(const char16_t*& position, const char16_t* end) {
@@ -37,18 +64,20 @@ std::uint32_t decodeUtf16(const char16_t*& position, const char16_t* end) {
 
 std::size_t utf8Length(std::u16string_view text) {
   std::size_t length = 0;
-  const char16_t* const end = text.data() + text.size();
-  for (const char16_t* position = text.data(); position != end;) {
-    length += utf8Length(decodeUtf16(position, end));
-  }
+  forEachPart(
+      text, [&](const char16_t* /*ascii*/) { length += kBlock; },
+      [&](std::uint32_t codePoint) { length += utf8Length(codePoint); });
   return length;
 }
 
 char* writeUtf8(std::u16string_view text, char* out) {
-  const char16_t* const end = text.data() + text.size();
-  for (const char16_t* position = text.data(); position != end;) {
-    out = writeUtf8(decodeUtf16(position, end), out);
-  }
+  forEachPart(
+      text,
+      [&](const char16_t* ascii) {
+        std::transform(ascii, ascii + kBlock, out, [](char16_t unit) { return char(unit); });
+        out += kBlock;
+      },
+      [&](std::uint32_t codePoint) { out = writeUtf8(codePoint, out); });
   return out;
 }
 

@@ -62,16 +62,35 @@ TEST(Utf16, ASurrogateAtTheEndIsInvalid) {
   expectInvalid({0xDFFF});
 }
 
+std::string utf8Of(const std::u16string& units) {
+  std::string bytes(4 * units.size() + 1, '#');
+  const char* const end = writeUtf8(units, bytes.data());
+  bytes.resize(static_cast<std::size_t>(end - bytes.data()));
+  EXPECT_EQ(utf8Length(units), bytes.size());
+  return bytes;
+}
+
 TEST(Utf8, HasTheLengthThatIsWritten) {
   const std::u16string units = {0x0000, 0x0048, 0x007F, 0x0080, 0x07FF, 0x0800,
                                 0x20AC, 0xFFFF, 0xD83D, 0xDE00, 0xDC00, 0x0041};
-  std::string bytes(100, '#');
-  const char* const end = writeUtf8(units, bytes.data());
-  bytes.resize(static_cast<std::size_t>(end - bytes.data()));
-  EXPECT_EQ(bytes, std::string("\0H\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xE2\x82\xAC\xEF\xBF\xBF"
-                               "\xF0\x9F\x98\x80\xE2\x91\x81",
-                               23));
-  EXPECT_EQ(utf8Length(units), 23U);
+  EXPECT_EQ(utf8Of(units), std::string("\0H\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xE2\x82\xAC\xEF\xBF\xBF"
+                                       "\xF0\x9F\x98\x80\xE2\x91\x81",
+                                       23));
+}
+
+// Text is looked at in parts; none of them must show.
+TEST(Utf8, IsTheSameWhereverOtherTextStandsInLongAscii) {
+  for (std::size_t length = 0; length < 200; ++length) {
+    std::u16string ascii(length, u'a');
+    for (std::size_t i = 0; i < length; ++i) ascii[i] = static_cast<char16_t>(i % 0x80);
+    std::string bytes(ascii.begin(), ascii.end());
+    EXPECT_EQ(utf8Of(ascii), bytes);
+    for (std::size_t at = 0; at < length; ++at) {
+      std::u16string units = ascii;
+      EXPECT_EQ(utf8Of(units.insert(at, u"\xD83D\xDE00\x00E9")),
+                std::string(bytes).insert(at, "\xF0\x9F\x98\x80\xC3\xA9"));
+    }
+  }
 }
 
 TEST(Utf8, OfNothingIsNothing) {
