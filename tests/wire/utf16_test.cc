@@ -86,9 +86,10 @@ TEST(Utf8, IsTheSameWhereverOtherTextStandsInLongAscii) {
     std::string bytes(ascii.begin(), ascii.end());
     EXPECT_EQ(utf8Of(ascii), bytes);
     for (std::size_t at = 0; at < length; ++at) {
-      std::u16string units = ascii;
-      EXPECT_EQ(utf8Of(units.insert(at, u"\xD83D\xDE00\x00E9")),
-                std::string(bytes).insert(at, "\xF0\x9F\x98\x80\xC3\xA9"));
+      EXPECT_EQ(utf8Of(std::u16string(ascii).insert(at, u"\x0080")),
+                std::string(bytes).insert(at, "\xC2\x80"));
+      EXPECT_EQ(utf8Of(std::u16string(ascii).insert(at, u"\xD83D\xDE00")),
+                std::string(bytes).insert(at, "\xF0\x9F\x98\x80"));
     }
   }
 }
