@@ -85,9 +85,10 @@ TEST(Utf8, IsTheSameWhereverOtherTextStandsInLongAscii) {
     for (std::size_t i = 0; i < length; ++i) ascii[i] = static_cast<char16_t>(i % 0x80);
     std::string bytes(ascii.begin(), ascii.end());
     EXPECT_EQ(utf8Of(ascii), bytes);
+    const std::u16string zeros(length, u'\0');
     for (std::size_t at = 0; at < length; ++at) {
-      EXPECT_EQ(utf8Of(std::u16string(ascii).insert(at, u"\x0080")),
-                std::string(bytes).insert(at, "\xC2\x80"));
+      EXPECT_EQ(utf8Of(std::u16string(zeros).insert(at, u"\x0080")),
+                std::string(length, '\0').insert(at, "\xC2\x80"));
       EXPECT_EQ(utf8Of(std::u16string(ascii).insert(at, u"\xD83D\xDE00")),
                 std::string(bytes).insert(at, "\xF0\x9F\x98\x80"));
     }
