@@ -16,6 +16,7 @@ using ArrayHandle = std::unique_ptr<VORTENArrayProxy>;
 
 // To the functions a handle is const where they leave the array as it looks to the caller.
 inline VORTENArrayProxy& proxyOf(const hcyArray* array) {
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
   return static_cast<VORTENArrayProxy&>(const_cast<hcyArray&>(*array));
 }
 

@@ -151,7 +151,8 @@ void VORTENStructCellArrayProxy<Class>::addField(std::string&& name) requires(
     Class::type == VORTEN_Array::STRUCT) {
   const std::size_t fields = numberOfFields();
   Slots regrouped(elementsWithSlots() * (fields + 1));
-  auto& names = *partOnHeap().mutable_field_names();
+  partOnHeap();
+  auto& names = *STRUCT_class::write(message()).mutable_field_names();
   names.Reserve(names.size() + 1);
   *names.Add() = std::move(name);
   // Slots without a field name, which only a reply can bring, are one to an element.
