@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "array/array_proxy_builder.h"
+#include "array/message_copy.h"
 #include "wire/array_attributes.h"
 #include "wire/checked_size.h"
 #include "wire/data_accessor.h"
@@ -40,7 +41,7 @@ double VORTENArrayProxy::getScalar() { return accessData(*message_, complex_).sc
 
 std::unique_ptr<VORTENArrayProxy> VORTENArrayProxy::clone() {
   commit();
-  return ArrayProxyBuilder::over(std::make_shared<VORTEN_Array>(*message_));
+  return ArrayProxyBuilder::over(copyOf(*message_));
 }
 
 }  // namespace hcy

@@ -2,6 +2,7 @@
 
 #include "array/lent_slots.h"
 
+#include "array/message_copy.h"
 #include "wire/checked_size.h"
 #include "wire/element_storage.h"
 
@@ -29,7 +30,7 @@ void LentSlots::takeBack() {
 VORTEN_Array* LentSlots::lendable(const std::shared_ptr<VORTEN_Array>& slot) {
   if (!slot) return &emptyDouble_;
   if (slot.use_count() == 1) return slot.get();
-  return copies_.emplace_back(std::make_unique<VORTEN_Array>(*slot)).get();
+  return copies_.emplace_back(copyOf(*slot)).get();
 }
 
 }  // namespace hcy

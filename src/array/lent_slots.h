@@ -27,7 +27,7 @@ class LentSlots {
   VORTEN_Array* lendable(const std::shared_ptr<VORTEN_Array>& slot);
 
   Elements& list_;
-  std::vector<std::unique_ptr<VORTEN_Array>> copies_;
+  Slots copies_;
   VORTEN_Array emptyDouble_;  // stands for every slot that was never set
 };
 

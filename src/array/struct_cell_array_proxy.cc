@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "array/message_copy.h"
 #include "array/output_memory.h"
 #include "wire/checked_size.h"
 #include "wire/element_count.h"
@@ -22,7 +23,7 @@ Slots copied(const Elements& elements) {
   Slots slots;
   slots.reserve(static_cast<std::size_t>(elements.size()));
   for (const VORTEN_Array& element : elements) {
-    slots.push_back(std::make_shared<VORTEN_Array>(element));
+    slots.push_back(copyOf(element));
   }
   return slots;
 }
@@ -127,7 +128,7 @@ void VORTENStructCellArrayProxy<Class>::setSlot(std::size_t index, VORTENArrayPr
   value.commit();
   if (index >= slots_.size()) return;
   const bool isThisArray = &value.message() == &message();
-  slots_[index] = isThisArray ? std::make_shared<VORTEN_Array>(message()) : value.sharedMessage();
+  slots_[index] = isThisArray ? copyOf(message()) : value.sharedMessage();
 }
 
 template <ContainerClass Class>
@@ -185,7 +186,9 @@ template <ContainerClass Class>
 typename Class::Message& VORTENStructCellArrayProxy<Class>::partOnHeap() {
   typename Class::Message& part = Class::write(message());
   if (part.GetArena() == nullptr) return part;
-  Class::replace(message(), std::make_unique<typename Class::Message>(part));
+  auto copy = std::make_unique<typename Class::Message>();
+  copy->CopyFrom(part);
+  Class::replace(message(), std::move(copy));
   return Class::write(message());
 }
 
