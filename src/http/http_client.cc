@@ -17,7 +17,7 @@ TransferHandle newTransferHandle() {
 
 // An empty setting leaves libcurl's own default.
 void setText(CURL* handle, CURLoption option, const char* text) {
-  if (*text != '\0') curl_easy_setopt(handle, option, text);
+  if (*text != '\0') setTextOption(handle, option, text);
 }
 
 void applySettings(CURL* handle, const QXClientConfig& config) {

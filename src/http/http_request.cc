@@ -88,7 +88,7 @@ std::unique_ptr<Response> HttpRequest::perform() {
   const HeaderList headers = headerList();
   auto response = std::make_unique<HttpResponse>(responseSizeLimit_, spareReply_);
   Reception reception{*response, nullptr};
-  curl_easy_setopt(handle, CURLOPT_URL, url_.c_str());
+  setTextOption(handle, CURLOPT_URL, url_.c_str());
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeaderLine);
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, &reception);

@@ -5,6 +5,7 @@
 #include <curl/curl.h>
 
 #include <memory>
+#include <new>
 
 namespace hcy {
 
@@ -14,5 +15,11 @@ struct CURLDeleter {
 
 // Owned by a client and every request that it made; the last owner releases it.
 using TransferHandle = std::shared_ptr<CURL>;
+
+// libcurl keeps a copy of a text. Without memory for it the option would silently be unset, which
+// must not happen to one that a transfer's safety rests on.
+inline void setTextOption(CURL* handle, CURLoption option, const char* text) {
+  if (curl_easy_setopt(handle, option, text) == CURLE_OUT_OF_MEMORY) throw std::bad_alloc();
+}
 
 }  // namespace hcy

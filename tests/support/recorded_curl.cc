@@ -111,7 +111,7 @@ CURLcode(curl_easy_setopt)(CURL* handle, CURLoption option, ...) {
   const bool refused = recordedCurl().optionsFail;
   va_list arguments;
   va_start(arguments, option);
-  CURLcode result = CURLE_OUT_OF_MEMORY;
+  CURLcode result = CURLE_UNKNOWN_OPTION;
   if (option < CURLOPTTYPE_OBJECTPOINT) {
     const long value = va_arg(arguments, long);
     note(name + "=" + std::to_string(value));
