@@ -172,32 +172,5 @@ TEST_F(RecordedTransfer, withoutRoomInAdvanceABodyGrowsAsItComes) {
   EXPECT_EQ(std::string(response.bodyData(), response.bodySize()), "abcd");
 }
 
-// Whatever allocation of ours fails, something is thrown, all is released, and the request can be
-// performed again. No length is declared, and each client is new: none has memory to spare.
-TEST_F(RecordedTransfer, survivesEveryAllocationThatFails) {
-  const ScriptServer chunking({Connection{test::replyToEach(
-      "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nfine\r\n0\r\n\r\n")}});
-  bool failed = true;
-  for (std::size_t working = 0; failed; ++working) {
-    ASSERT_LT(working, 1000U);
-    QXHttpClient fresh;
-    const std::unique_ptr<Request> made = fresh.createRequest(chunking.url());
-    made->setBody("body", 4);
-    {
-      const FailingAllocation failing(working);
-      bool threw = false;
-      try {
-        made->perform();
-      } catch (const std::exception&) {
-        threw = true;
-      }
-      failed = failing.hasFailed();
-      EXPECT_EQ(threw, failed) << working;
-    }
-    EXPECT_EQ(recordedCurl().lists, 0) << working;
-    EXPECT_EQ(made->perform()->bodySize(), 4U) << working;
-  }
-}
-
 }  // namespace
 }  // namespace hcy

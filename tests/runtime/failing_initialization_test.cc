@@ -7,14 +7,12 @@
 #include <cstddef>
 
 #include "hcy/hcyclient.h"
-#include "support/failing_memory.h"
 #include "support/own_process.h"
 #include "support/recorded_curl.h"
 
 namespace hcy {
 namespace {
 
-using test::FailingAllocation;
 using test::recordedCurl;
 
 using FailingInitialization = test::OwnProcess;
@@ -63,28 +61,6 @@ HCY_TEST_IN_OWN_PROCESS(FailingInitialization, eachFailureReplacesTheMessageOfTh
   EXPECT_EQ(hcyInitializeEx(0xFFFF), nullptr);
   EXPECT_STREQ(hcyGetInitializationErrorMessage(), "Invalid version number.");
   failByCurl();
-}
-
-HCY_TEST_IN_OWN_PROCESS(FailingInitialization, withoutMemoryForTheTableHasTheTextOfThat) {
-  {
-    const FailingAllocation failing(0);
-    EXPECT_EQ(hcyInitializeEx(0x10001), nullptr);
-    EXPECT_TRUE(failing.hasFailed());
-  }
-  EXPECT_STREQ(hcyGetInitializationErrorMessage(), "std::bad_alloc");
-  EXPECT_EQ(recordedCurl().count("global_init 3"), recordedCurl().count("global_cleanup"));
-  EXPECT_NE(hcyInitializeEx(0x10001), nullptr);
-}
-
-// Its first allocation is the one that fails; the later rounds find room for it.
-HCY_TEST_IN_OWN_PROCESS(FailingInitialization, withoutMemoryForTheMessageStillHasOne) {
-  for (std::size_t working = 0; working < 4; ++working) {
-    const FailingAllocation failing(working);
-    EXPECT_EQ(hcyInitializeEx(0x10002), nullptr);
-    EXPECT_EQ(failing.hasFailed(), working == 0);
-    EXPECT_STREQ(hcyGetInitializationErrorMessage(),
-                 working == 0 ? "std::bad_alloc" : "Invalid version number.");
-  }
 }
 
 }  // namespace

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Initialisation while memory runs out, at whichever allocation that happens, those of libcurl and
+// its TLS library included. These set themselves up once in a process, so that each attempt has a
+// process of its own: this program's own is never initialised.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+
+#include "hcy/hcyclient.h"
+#include "memory/sweep.h"
+
+namespace hcy {
+namespace {
+
+using abi::Shortage;
+using test::Exhaustion;
+using test::FailingAllocation;
+
+enum Outcome { Succeeded, Failed, Broken };
+
+// What an attempt comes to in a process of its own. An expectation that fails there is printed.
+template <class Attempt>
+Outcome inOwnProcess(Attempt attempt) {
+  std::fflush(nullptr);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const bool failed = attempt();
+    std::fflush(nullptr);
+    ::_exit(testing::Test::HasFailure() ? Broken : failed ? Failed : Succeeded);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  return WIFEXITED(status) ? static_cast<Outcome>(WEXITSTATUS(status)) : Broken;
+}
+
+// The library is ready: it makes what a call needs.
+void expectReady(const hcyClientRuntime* runtime) {
+  ASSERT_NE(runtime, nullptr);
+  hcyClientConfig* config = nullptr;
+  ASSERT_EQ(runtime->createConfig(&config), 0);
+  hcyClientContext* context = nullptr;
+  EXPECT_EQ(runtime->createContext(&context, config), 0);
+  runtime->destroyContext(context);
+  runtime->destroyConfig(config);
+}
+
+// Whether an allocation failed.
+bool initialize(const Shortage& shortage) {
+  hcyClientRuntime* runtime = nullptr;
+  bool failed = false;
+  {
+    const FailingAllocation failing(shortage.working, shortage.exhaustion);
+    runtime = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
+    failed = failing.hasFailed();
+  }
+  if (runtime == nullptr) {
+    EXPECT_TRUE(failed);
+    EXPECT_STRNE(hcyGetInitializationErrorMessage(), "");
+    runtime = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
+  }
+  expectReady(runtime);
+  hcyTerminate();
+  EXPECT_STREQ(hcyGetInitializationErrorMessage(), "");
+  return failed;
+}
+
+TEST(ExhaustedMemoryInInitialization, leavesItPossibleLater) {
+  for (const auto exhaustion : {Exhaustion::OneAllocation, Exhaustion::FromThenOn}) {
+    std::size_t working = 0;
+    Outcome outcome = Failed;
+    for (; outcome == Failed; ++working) {
+      outcome = inOwnProcess([&] { return initialize({working, exhaustion}); });
+    }
+    EXPECT_EQ(outcome, Succeeded) << abi::described({working - 1, exhaustion});
+    EXPECT_GT(working, 10U);
+  }
+}
+
+// What libcurl and its TLS library keep for the life of the process they have by then.
+TEST(ExhaustedMemoryInInitialization, losesNothingWhereItIsNotTheFirst) {
+  const Outcome outcome = inOwnProcess([] {
+    initialize({SIZE_MAX, Exhaustion::OneAllocation});
+    EXPECT_GT(abi::failEachAllocation(initialize), 0U);
+    return false;
+  });
+  EXPECT_EQ(outcome, Succeeded);
+}
+
+TEST(ExhaustedMemoryInInitialization, stillHasAMessage) {
+  const Outcome outcome = inOwnProcess([] {
+    for (std::size_t working = 0; working < 4; ++working) {
+      const FailingAllocation failing(working);
+      EXPECT_EQ(hcyInitializeEx(0x10002), nullptr);
+      EXPECT_STRNE(hcyGetInitializationErrorMessage(), "");
+    }
+    return false;
+  });
+  EXPECT_EQ(outcome, Succeeded);
+}
+
+}  // namespace
+}  // namespace hcy

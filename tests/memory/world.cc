@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "memory/world.h"
+
+#include <memory>
+
+#include "array/array_handle.h"
+#include "memory/description.h"
+
+namespace hcy::abi {
+namespace {
+
+using client::VORTEN_Array;
+
+const char* const originNames[] = {"created",  "complex", "empty", "element",
+                                   "received", "bare",    "roomy"};
+
+// The message that a reply would bring.
+std::shared_ptr<VORTEN_Array> receivedMessage(const ArrayKind& kind) {
+  const Array array = filledMatrix(kind, 3, 2);
+  static_cast<hcyArray*>(array)->proxy->commit();
+  auto message = std::make_shared<VORTEN_Array>();
+  EXPECT_TRUE(message->ParseFromString(messageOf(array).SerializeAsString()));
+  return message;
+}
+
+std::shared_ptr<VORTEN_Array> bareMessage(const ArrayKind& kind) {
+  auto message = std::make_shared<VORTEN_Array>();
+  message->set_type(kind.isSparse ? VORTEN_Array::SPARSE
+                                  : static_cast<VORTEN_Array::QXType>(kind.id));
+  if (kind.isSparse && kind.isNumeric()) {
+    message->mutable_sparse()->set_type(VORTEN_Array::Sparse::DOUBLE);
+  }
+  message->add_dimension(3);
+  message->add_dimension(2);
+  return message;
+}
+
+Array makeArray(const ArrayCase& arrayCase) {
+  const ArrayKind& kind = arrayCase.kind;
+  switch (arrayCase.origin) {
+    case Origin::Complex:
+      return filledComplexMatrix(kind, 3, 2);
+    case Origin::Empty:
+      return createMatrix(kind, 0, 0);
+    case Origin::Received:
+      return wrapMessage(receivedMessage(kind)).release();
+    case Origin::Bare:
+      return wrapMessage(bareMessage(kind)).release();
+    case Origin::Roomy:
+      return kind.isNumeric() ? hcyCreateSparse(30, 30, 2, hcyCOMPLEX)
+                              : hcyCreateSparseLogicalMatrix(30, 30, 2);
+    default:
+      return filledMatrix(kind, 3, 2);
+  }
+}
+
+}  // namespace
+
+std::string described(const ArrayCase& arrayCase) {
+  return arrayCase.kind.name() + ' ' + originNames[static_cast<std::size_t>(arrayCase.origin)];
+}
+
+std::vector<ArrayCase> allArrayCases() {
+  std::vector<ArrayCase> cases;
+  for (const ArrayKind& kind : allKinds()) {
+    cases.push_back({kind, Origin::Created});
+    if (kind.isNumeric()) cases.push_back({kind, Origin::Complex});
+    cases.push_back({kind, Origin::Empty});
+    cases.push_back({kind, Origin::Element});
+    cases.push_back({kind, Origin::Received});
+    cases.push_back({kind, Origin::Bare});
+    if (kind.isSparse) cases.push_back({kind, Origin::Roomy});
+  }
+  return cases;
+}
+
+World::World(const ArrayCase& arrayCase)
+    : cell(hcyCreateCellMatrix(1, 2)),
+      structure(hcyCreateStructMatrix(1, 2, fieldCount, fieldNames)),
+      array(nullptr),
+      text(hcyArrayToString(Array(hcyCreateString("text")))) {
+  hcySetCell(cell, 0, makeArray(arrayCase));
+  hcySetField(structure, 0, fieldNames[0], makeArray(arrayCase));
+  array = arrayCase.origin == Origin::Element ? Array(hcyGetCell(cell, 0)) : makeArray(arrayCase);
+}
+
+std::string describe(const World& world) {
+  return describe(world.array) + "\n  in a cell: " + describe(world.cell) +
+         "\n  in a struct: " + describe(world.structure);
+}
+
+}  // namespace hcy::abi
