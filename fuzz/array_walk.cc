@@ -8,15 +8,11 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
-#include <memory>
+
+#include "handle.h"
 
 namespace hcy::fuzz {
 namespace {
-
-struct Destroyer {
-  void operator()(hcyArray* array) const { hcyDestroyArray(array); }
-};
-using Handle = std::unique_ptr<hcyArray, Destroyer>;
 
 // Resizing to dimensions that a server made up may need more memory than there is.
 constexpr std::size_t mostElementsToAskFor = 1U << 16;
