@@ -108,8 +108,12 @@ class ExhaustedMemoryInACall : public testing::Test {
     const auto count = static_cast<std::size_t>(call.nargout);
     for (std::size_t i = 0; i < count; ++i) {
       // The account of the failure may be what there was no memory for.
-      if (isOwnFailure) EXPECT_EQ(outputs[i] != nullptr, i >= call.firstStored) << i;
-      if (i > 0 && outputs[i - 1] != nullptr) EXPECT_NE(outputs[i], nullptr) << i;
+      if (isOwnFailure) {
+        EXPECT_EQ(outputs[i] != nullptr, i >= call.firstStored) << i;
+      }
+      if (i > 0 && outputs[i - 1] != nullptr) {
+        EXPECT_NE(outputs[i], nullptr) << i;
+      }
     }
   }
 
