@@ -21,11 +21,11 @@ PROGRAMS = {
 class Program:
     """A program that ends when its standard input does."""
 
-    def __init__(self, path, *arguments):
+    def __init__(self, command):
         # libcurl honours the variables of proxies.
         environment = {name: value for name, value in os.environ.items()
                        if not name.lower().endswith("_proxy")}
-        self.process = subprocess.Popen([path, *arguments], stdin=subprocess.PIPE,
+        self.process = subprocess.Popen(command, stdin=subprocess.PIPE,
                                         stdout=subprocess.PIPE, text=True, env=environment)
 
     def __enter__(self):
@@ -42,7 +42,7 @@ class Program:
     def read(self):
         line = self.process.stdout.readline()
         if not line:
-            raise RuntimeError(f"{self.process.args[0]} has ended")
+            raise RuntimeError(f"{self.process.args} has ended")
         return line.split()
 
     def ask(self, command):
@@ -53,7 +53,7 @@ class Program:
 
 class Server(Program):
     def __init__(self, path):
-        super().__init__(path)
+        super().__init__([path])
         self.port = int(self.read()[0])
 
     def congestion_control(self):
@@ -64,8 +64,8 @@ class Server(Program):
 
 
 class Client(Program):
-    def __init__(self, path, port, workload, threads=1):
-        super().__init__(path, str(port), workload, str(threads))
+    def __init__(self, command, port, workload, threads=1):
+        super().__init__([*command, str(port), workload, str(threads)])
 
     def check(self):
         if self.ask("check") != ["ok"]:
@@ -103,4 +103,4 @@ class Bench:
 
     def client(self, name, workload, threads=1):
         program, server = PROGRAMS[name]
-        return Client(self.directory / program, self.servers[server].port, workload, threads)
+        return Client([self.directory / program], self.servers[server].port, workload, threads)

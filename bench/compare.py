@@ -7,6 +7,8 @@ import json
 import os
 import statistics
 
+import growth
+import micro
 import network
 from clients import PROGRAMS, Bench
 
@@ -116,6 +118,16 @@ def print_summary(all_results):
             f"{found['resident_peak_mib']:.0f}" for found in all_results["W3"].values()) + " |")
 
 
+def compare(bench, workloads, options):
+    results = {}
+    for workload in workloads:
+        results[workload] = measure(bench, workload, options.calls or CALLS[workload],
+                                    options.rounds)
+        print_table(workload, results[workload])
+    print_summary(results)
+    return results
+
+
 def arguments():
     parser = argparse.ArgumentParser(prog="script/bench")
     parser.add_argument("--workloads", default=",".join(CALLS), metavar="W1,W2...",
@@ -125,6 +137,10 @@ def arguments():
     parser.add_argument("--rounds", type=int, default=21, help="turns of each client (21)")
     parser.add_argument("--calls", type=int, help="calls in a turn (as many as suit the workload)")
     parser.add_argument("--json", metavar="FILE", help="write the results there too")
+    parser.add_argument("--growth", action="store_true",
+                        help="measure instead how cost grows with size")
+    parser.add_argument("--micro", action="store_true",
+                        help="measure instead what needs no network")
     return parser.parse_args()
 
 
@@ -148,12 +164,12 @@ def main():
         for name in names:
             if name not in bench.names:
                 print(f"{name} is not built here, and left out.")
-        results = {}
-        for workload in workloads:
-            results[workload] = measure(bench, workload, options.calls or CALLS[workload],
-                                        options.rounds)
-            print_table(workload, results[workload])
-        print_summary(results)
+        if options.growth:
+            results = growth.measure(bench)
+        elif options.micro:
+            results = micro.measure(bench.directory)
+        else:
+            results = compare(bench, workloads, options)
         if options.json:
             with open(options.json, "w", encoding="utf-8") as file:
                 json.dump({"network": where, "rounds": options.rounds, "results": results}, file,

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Measures how cost grows with size; started by script/bench --growth."""
 
-import json
 import statistics
-import subprocess
+
+import micro
 
 BYTES = [4 ** power * 1024 for power in range(11)]
 ELEMENTS = [10 ** power for power in range(7)]
@@ -84,15 +84,11 @@ def threads(bench, names):
 
 
 def fields(bench):
-    """Struct arrays, without network: the benchmarks of bench-micro whose argument is the number of
-    fields."""
-    output = subprocess.run(
-        [bench.directory / "bench-micro", "--benchmark_filter=^fields/",
-         "--benchmark_format=json"], check=True, capture_output=True, text=True).stdout
+    """Struct arrays, without network."""
     found = {}
-    for benchmark in json.loads(output)["benchmarks"]:
-        _, operation, count = benchmark["name"].split("/")
-        found.setdefault(int(count), {})[operation] = benchmark["real_time"]
+    for name, result in micro.run(bench.directory, "bench-micro-library", "^fields/").items():
+        _, operation, count = name.split("/")
+        found.setdefault(int(count), {})[operation] = result["nanoseconds"]
     operations = list(next(iter(found.values())))
     table("A 1-by-1 struct array with that many fields: ns for each of its fields",
           ["fields"] + operations,
