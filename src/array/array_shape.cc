@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <new>
-#include <stdexcept>
-#include <utility>
+#include <vector>
 
 #include "array/array_handle.h"
 #include "array/array_maker.h"
@@ -21,36 +20,34 @@ size_t dimension(const hcyArray* array, int which) {
   return which < dimensions.size() ? dimensions[which] : 0;
 }
 
-// Gives the array storage for its dimensions. Where memory for that cannot be had its callers bring
-// the old ones back; dimensions that are too large stay written.
-void fitStorage(const hcyArray* array) {
-  proxyOf(array).resize(hcy::checkedSize(hcy::elementCount(messageOf(array))));
+using Shape = std::vector<std::uint64_t>;
+using DimensionList = google::protobuf::RepeatedField<std::uint64_t>;
+
+void write(const Shape& shape, DimensionList& dimensions) {
+  dimensions.Resize(static_cast<int>(shape.size()), 0);
+  std::ranges::copy(shape, dimensions.begin());
 }
 
-void setDimension(hcyArray* array, int which, size_t value) {
-  if (which >= messageOf(array).dimension_size()) return;
-  std::uint64_t& stored = (*messageOf(array).mutable_dimension())[which];
-  const std::uint64_t old = std::exchange(stored, value);
+// Takes the new dimensions over and gives the array storage for them. Where memory for that cannot
+// be had the old ones come back; dimensions that are too large stay written.
+void setShape(hcyArray* array, const Shape& shape) {
+  DimensionList& dimensions = *messageOf(array).mutable_dimension();
+  const Shape old(dimensions.begin(), dimensions.end());
+  write(shape, dimensions);
   try {
-    fitStorage(array);
+    proxyOf(array).resize(hcy::checkedSize(hcy::elementCount(shape)));
   } catch (const std::bad_alloc&) {
-    stored = old;
+    write(old, dimensions);  // needs no memory: there was room for them
     throw;
   }
 }
 
-void setDimensions(hcyArray* array, const size_t* dims, size_t ndim) {
-  if (ndim == 0) throw std::invalid_argument("Number of dimensions must be greater than zero.");
-  const std::vector<std::uint64_t> shape = hcy::shapeOf(ndim, dims);
-  google::protobuf::RepeatedField<std::uint64_t> dimensions(shape.begin(), shape.end());
-  auto& stored = *messageOf(array).mutable_dimension();
-  stored.Swap(&dimensions);
-  try {
-    fitStorage(array);
-  } catch (const std::bad_alloc&) {
-    stored.Swap(&dimensions);
-    throw;
-  }
+void setDimension(hcyArray* array, std::size_t which, size_t value) {
+  const DimensionList& dimensions = messageOf(array).dimension();
+  Shape shape(dimensions.begin(), dimensions.end());
+  if (which >= shape.size()) return;
+  shape[which] = value;
+  setShape(array, shape);
 }
 
 }  // namespace
@@ -73,8 +70,9 @@ void hcySetM(hcyArray* array, size_t m) { setDimension(array, 0, m); }
 void hcySetN(hcyArray* array, size_t n) { setDimension(array, 1, n); }
 
 int hcySetDimensions(hcyArray* array, const size_t* dims, size_t ndim) {
+  if (ndim == 0) return 1;
   try {
-    setDimensions(array, dims, ndim);
+    setShape(array, hcy::shapeOf(ndim, dims));
     return 0;
   } catch (const std::exception&) {
     return 1;

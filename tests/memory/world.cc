@@ -5,6 +5,8 @@
 #include <memory>
 
 #include "array/array_handle.h"
+#include "array/array_proxy_builder.h"
+#include "array/output_memory.h"
 #include "memory/description.h"
 
 namespace hcy::abi {
@@ -18,14 +20,14 @@ const char* const originNames[] = {"created",  "complex", "empty", "element",
 // The message that a reply would bring.
 std::shared_ptr<VORTEN_Array> receivedMessage(const ArrayKind& kind) {
   const Array array = filledMatrix(kind, 3, 2);
-  static_cast<hcyArray*>(array)->proxy->commit();
-  auto message = std::make_shared<VORTEN_Array>();
+  proxyOf(array).commit();
+  auto message = OutputMemory::createMessage();
   EXPECT_TRUE(message->ParseFromString(messageOf(array).SerializeAsString()));
   return message;
 }
 
 std::shared_ptr<VORTEN_Array> bareMessage(const ArrayKind& kind) {
-  auto message = std::make_shared<VORTEN_Array>();
+  auto message = OutputMemory::createMessage();
   message->set_type(kind.isSparse ? VORTEN_Array::SPARSE
                                   : static_cast<VORTEN_Array::QXType>(kind.id));
   if (kind.isSparse && kind.isNumeric()) {
@@ -44,9 +46,9 @@ Array makeArray(const ArrayCase& arrayCase) {
     case Origin::Empty:
       return createMatrix(kind, 0, 0);
     case Origin::Received:
-      return wrapMessage(receivedMessage(kind)).release();
+      return ArrayProxyBuilder::over(receivedMessage(kind)).release();
     case Origin::Bare:
-      return wrapMessage(bareMessage(kind)).release();
+      return ArrayProxyBuilder::over(bareMessage(kind)).release();
     case Origin::Roomy:
       return kind.isNumeric() ? hcyCreateSparse(30, 30, 2, hcyCOMPLEX)
                               : hcyCreateSparseLogicalMatrix(30, 30, 2);
