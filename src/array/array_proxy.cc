@@ -40,7 +40,7 @@ void* VORTENArrayProxy::getImagData() { return accessData(*message_, complex_).i
 double VORTENArrayProxy::getScalar() { return accessData(*message_, complex_).scalar; }
 
 std::unique_ptr<VORTENArrayProxy> VORTENArrayProxy::clone() {
-  commit();
+  const MessageReading reading(*this);
   return ArrayProxyBuilder::over(copyOf(*message_));
 }
 

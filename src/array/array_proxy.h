@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <utility>
 
 #include "wire/array_class_traits.h"
 
@@ -46,10 +47,10 @@ class VORTENArrayProxy : public hcyArray {
   // Writes elements that are kept outside the message into it.
   virtual void commit() {}
 
-  // Brings all elements into the message for as long as it takes to serialise it: from
-  // beginSending(), which may throw and may be called again, to endSending().
-  virtual void beginSending() { commit(); }
-  virtual void endSending() {}
+  // Brings all elements into the message for as long as it takes to read it: from beginReading(),
+  // which may throw and may be called again, to endReading().
+  virtual void beginReading() { commit(); }
+  virtual void endReading() {}
 
   // A deep copy, with a message of its own.
   virtual std::unique_ptr<VORTENArrayProxy> clone();
@@ -61,6 +62,20 @@ class VORTENArrayProxy : public hcyArray {
  private:
   std::shared_ptr<VORTEN_Array> message_;
   bool complex_;
+};
+
+// All elements are in the message while it lives.
+class MessageReading {
+ public:
+  explicit MessageReading(VORTENArrayProxy& array) : array_(&array) { array.beginReading(); }
+  MessageReading(MessageReading&& other) noexcept : array_(std::exchange(other.array_, nullptr)) {}
+  MessageReading& operator=(MessageReading&&) = delete;
+  ~MessageReading() {
+    if (array_ != nullptr) array_->endReading();
+  }
+
+ private:
+  VORTENArrayProxy* array_;
 };
 
 }  // namespace hcy

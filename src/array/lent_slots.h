@@ -12,8 +12,8 @@ namespace hcy {
 using Elements = google::protobuf::RepeatedPtrField<VORTEN_Array>;
 using Slots = std::vector<std::shared_ptr<VORTEN_Array>>;
 
-// Lends the slots of a container to the list of its message, where they are serialised without a
-// copy of each. The list is empty afterwards.
+// Lends the slots of a container to the list of its message, where they are read without a copy of
+// each. The list is empty afterwards.
 class LentSlots {
  public:
   // Throws positive overflow for more slots than the list can hold.

@@ -95,7 +95,7 @@ void VORTENStructCellArrayProxy<Class>::commit() {
 }
 
 template <ContainerClass Class>
-void VORTENStructCellArrayProxy<Class>::beginSending() {
+void VORTENStructCellArrayProxy<Class>::beginReading() {
   if (lentSlots_) return;
   // Nobody can miss the copies of commit() in a message that nobody else holds.
   if (sharedMessage().use_count() == 1) {

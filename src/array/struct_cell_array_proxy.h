@@ -28,8 +28,8 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
   void* getData() override;
   double getScalar() override { return 0.0; }
   void commit() override;
-  void beginSending() override;
-  void endSending() override { lentSlots_.reset(); }
+  void beginReading() override;
+  void endReading() override { lentSlots_.reset(); }
   std::unique_ptr<VORTENArrayProxy> clone() override;
 
   // The element of a slot, made a 0-by-0 double if it was never set; null where there is no slot.

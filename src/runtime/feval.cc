@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "array/array_handle.h"
 #include "array/array_proxy_builder.h"
@@ -31,12 +32,12 @@ class BorrowingParams {
   BorrowingParams& operator=(const BorrowingParams&) = delete;
   ~BorrowingParams() {
     while (!params_.rhs().empty()) params_.mutable_rhs()->UnsafeArenaReleaseLast();
-    for (const hcyArray* input : inputs_) proxyOf(input).endSending();
   }
 
   const VORTEN_Params& borrow(std::int32_t nargout) {
     params_.set_nargout(nargout);
-    for (const hcyArray* input : inputs_) proxyOf(input).beginSending();
+    readings_.reserve(inputs_.size());
+    for (const hcyArray* input : inputs_) readings_.emplace_back(proxyOf(input));
     auto& rhs = *params_.mutable_rhs();
     rhs.Reserve(checkedSize(inputs_.size()));
     for (const hcyArray* input : inputs_) rhs.UnsafeArenaAddAllocated(&messageOf(input));
@@ -45,6 +46,7 @@ class BorrowingParams {
 
  private:
   std::span<const hcyArray* const> inputs_;
+  std::vector<MessageReading> readings_;
   VORTEN_Params params_;
 };
 

@@ -134,10 +134,10 @@ class NarrowElement : public testing::Test {
  protected:
   // What a call sends of the one element of a cell array.
   static Numbers sent(const ArrayHandle& cell) {
-    cell->beginSending();
+    cell->beginReading();
     const Numbers values =
         numbers(Class::read(messageOf(cell.get()).cell().elements(0)).elements());
-    cell->endSending();
+    cell->endReading();
     return values;
   }
 };

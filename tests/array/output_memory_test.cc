@@ -114,8 +114,8 @@ TEST(OutputMemory, DoesNotGrowWhileItsContainersAreSent) {
   expectNoGrowth(output, [&](int i) {
     *static_cast<int*>(hcyGetData(owned(hcyGetCell(inner.get(), 0)).get())) = i;
     for (const hcyArray* array : {inner.get(), output.handle.get()}) {
-      proxyOf(array).beginSending();
-      proxyOf(array).endSending();
+      proxyOf(array).beginReading();
+      proxyOf(array).endReading();
     }
   });
 }
