@@ -194,7 +194,7 @@ typedef struct hcyClientRuntime {
    *  read: what lies behind is as if it had not been sent. A body over 2147483647 bytes fails
    *  the call, whatever the limit.
    *  In memory, small elements take many times their size on the wire: a cell array of empty
-   *  elements some 150 bytes a byte. */
+   *  elements some 190 bytes a byte. */
   void (*setResponseSizeLimit)(hcyClientConfig* config, uint32_t bytes);
 
   /** Returns the response size limit in bytes. */

@@ -76,7 +76,8 @@ int occurrences(char variant) {
       const auto half = std::min<std::uintptr_t>(size, piece.size() / 2);
       const Phrase phrase(variant);
       // What begins in the second half is found with the next piece.
-      const std::string_view text(piece.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+      const std::string_view text(piece.data(),
+                                  static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
       for (auto found = text.find(phrase.end()); found < half;
            found = text.find(phrase.end(), found + 1)) {
         ++count;
