@@ -82,7 +82,7 @@ std::unique_ptr<Response> post(QXClient& client, const char* url, const RequestB
 }
 
 // What counts of the body.
-std::span<const std::uint8_t> bodyOf(const Response& response, std::uint32_t responseSizeLimit) {
+Bytes bodyOf(const Response& response, std::uint32_t responseSizeLimit) {
   // The message library holds sizes in signed 32 bits.
   const auto size = static_cast<std::uint32_t>(checkedSize(response.bodySize()));
   return {reinterpret_cast<const std::uint8_t*>(response.bodyData()),

@@ -9,7 +9,7 @@
 
 #include "array/output_memory.h"
 #include "hcy.client.VORTENResult.pb.h"
-#include "wire/reserve_elements.h"
+#include "wire/read_array.h"
 
 namespace hcy {
 namespace {
@@ -18,24 +18,12 @@ using client::VORTEN_Error;
 using client::VORTEN_Result;
 using google::protobuf::internal::WireFormatLite;
 using google::protobuf::io::CodedInputStream;
-using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::uint32_t lengthDelimited(int number) {
   return static_cast<std::uint32_t>(number) << 3 | WireFormatLite::WIRETYPE_LENGTH_DELIMITED;
 }
 constexpr std::uint32_t kOutput = lengthDelimited(VORTEN_Result::kLhsFieldNumber);
 constexpr std::uint32_t kError = lengthDelimited(VORTEN_Result::kErrorFieldNumber);
-
-// One level of nesting less than the message library allows: the result itself is one.
-constexpr int kNesting = 99;
-
-// Adds what can be read of the bytes to the message; false when that is not all.
-template <class Message>
-bool merge(Message& message, Bytes bytes) {
-  CodedInputStream input(bytes.data(), static_cast<int>(bytes.size()));
-  input.SetRecursionLimit(kNesting);
-  return message.MergePartialFromCodedStream(&input) && input.ConsumedEntireMessage();
-}
 
 class ReplyReader {
  public:
@@ -77,18 +65,17 @@ class ReplyReader {
 
   bool readError(Bytes bytes) {
     if (!reply_.error) reply_.error.emplace();
-    return merge(*reply_.error, bytes);
+    return mergePart(*reply_.error, bytes);
   }
 
   bool readOutput(Bytes bytes) {
     ++reply_.outputCount;
     if (reply_.outputs.size() == wantedOutputs_) {
       unwanted_.Clear();
-      return merge(unwanted_, bytes);
+      return mergePart(unwanted_, bytes);
     }
     VORTEN_Array& output = *reply_.outputs.emplace_back(OutputMemory::createMessage());
-    reserveElements(output, bytes);
-    return merge(output, bytes);
+    return readArray(output, bytes);
   }
 
   Bytes body_;

@@ -3,14 +3,12 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "hcy.client.VORTENError.pb.h"
-#include "wire/array_class_traits.h"
+#include "wire/read_array.h"
 
 namespace hcy {
 
@@ -23,6 +21,6 @@ struct Reply {
 
 // Reads a body as far as it can be read. Each output gets memory of its own; those beyond the
 // wanted number are only counted.
-Reply readReply(std::span<const std::uint8_t> body, std::size_t wantedOutputs);
+Reply readReply(Bytes body, std::size_t wantedOutputs);
 
 }  // namespace hcy

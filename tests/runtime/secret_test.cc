@@ -25,8 +25,10 @@ namespace {
 class Phrase {
  public:
   explicit Phrase(char variant) {
+    auto state = static_cast<std::uint32_t>(variant);
     for (std::size_t i = 0; i + 1 < text_.size(); ++i) {
-      text_.at(i) = static_cast<char>('A' + (i * 7 + static_cast<std::size_t>(variant)) % 26);
+      state = state * 1664525 + 1013904223;
+      text_.at(i) = static_cast<char>('A' + (state >> 16) % 26);
     }
   }
   Phrase(const Phrase&) = delete;

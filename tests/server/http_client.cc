@@ -93,7 +93,7 @@ void RawConnection::send(std::string_view bytes) {
   }
 }
 
-void RawConnection::endReading() { ::shutdown(socket_.get(), SHUT_WR); }
+void RawConnection::endSending() { ::shutdown(socket_.get(), SHUT_WR); }
 
 bool RawConnection::receiveSome() {
   pollfd readable{socket_.get(), POLLIN, 0};

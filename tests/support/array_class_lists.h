@@ -35,12 +35,17 @@ struct AreBytes : std::bool_constant<ByteClass<Class>> {};
 template <class Class>
 struct AreWidened : std::bool_constant<WidenedClass<Class>> {};
 template <class Class>
+struct AreIntegers : std::false_type {};
+template <RepeatedClass Class>
+struct AreIntegers<Class> : std::is_integral<WireElement<Class>> {};
+template <class Class>
 struct AreContainers : std::bool_constant<ContainerClass<Class>> {};
 
 using FullClasses = ClassesThat<AreFull>;
 using NumericClasses = ClassesThat<AreNumeric>;
 using ByteClasses = ClassesThat<AreBytes>;
 using WidenedClasses = ClassesThat<AreWidened>;
+using IntegerClasses = ClassesThat<AreIntegers>;  // in the message
 using ContainerClasses = ClassesThat<AreContainers>;
 
 // The names of typed tests: the names of the classes.

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Our reading of an array beside the message library's own, over arrays that are large enough for
+// ours to differ: of every length of varint, whole, cut and broken.
+
+#include "wire/read_array.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "support/array_messages.h"
+
+namespace hcy {
+namespace {
+
+class Random {
+ public:
+  explicit Random(unsigned seed) : engine_(seed) {}
+  std::size_t below(std::size_t count) { return engine_() % count; }
+  std::uint64_t bits() { return engine_(); }
+
+ private:
+  std::mt19937_64 engine_;
+};
+
+// A varint of a given length, the shortest or not.
+std::string varint(std::uint64_t value, std::size_t length) {
+  std::string bytes;
+  for (std::size_t i = 1; i < length; ++i, value >>= 7) {
+    bytes += static_cast<char>((value & 0x7F) | 0x80);
+  }
+  return bytes + static_cast<char>(value & 0x7F);
+}
+
+std::string varint(std::uint64_t value) {
+  std::size_t length = 1;
+  for (std::uint64_t rest = value >> 7; rest != 0; rest >>= 7) ++length;
+  return varint(value, length);
+}
+
+std::string field(int number, const std::string& content) {
+  return varint(static_cast<std::uint64_t>(number) << 3 | 2) + varint(content.size()) + content;
+}
+
+// Up to 1,000 elements as senders write them, or, now and then, of any length at all.
+std::string elements(Random& random) {
+  const bool isOdd = random.below(4) == 0;
+  std::string packed;
+  for (std::size_t i = random.below(1000) + 500; i > 0; --i) {
+    const std::size_t kind = random.below(4);
+    if (isOdd && kind == 0) {
+      packed += varint(random.bits(), 1 + random.below(10 + (random.below(300) == 0 ? 1 : 0)));
+    } else if (kind == 1) {
+      packed += varint(static_cast<std::uint64_t>(-1 - static_cast<int>(random.below(40000))));
+    } else {
+      packed += varint(random.bits() % (kind == 2 ? 128 : 70000));
+    }
+  }
+  return packed;
+}
+
+std::string unknownFields() { return field(99, "unknown") + "\xE0\x06\x05"; }
+
+template <class Class>
+std::string partOf(Random& random) {
+  std::string part = field(1, elements(random));
+  if (random.below(2) == 0) part += unknownFields();
+  if (random.below(2) == 0) part += field(2, elements(random));
+  if (random.below(8) == 0) part += field(1, elements(random));
+  return field(16 + static_cast<int>(Class::type), part);
+}
+
+template <class Class>
+std::string arrayOf(Random& random) {
+  const std::uint64_t dimensions[] = {0, 1, 700, 2000, std::uint64_t{1} << 40};
+  std::string bytes = "\x08" + varint(static_cast<std::uint64_t>(Class::type));
+  bytes += field(2, varint(dimensions[random.below(5)]) + varint(1 + random.below(2)));
+  if (random.below(2) == 0) bytes += unknownFields();
+  bytes += partOf<Class>(random);
+  if (random.below(4) == 0) bytes += partOf<Class>(random);
+  if (random.below(2) == 0) bytes += unknownFields();
+  return bytes;
+}
+
+void expectTheSame(const std::string& text) {
+  const Bytes bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+  VORTEN_Array ours;
+  VORTEN_Array theirs;
+  EXPECT_EQ(readArray(ours, bytes), mergePart(theirs, bytes));
+  EXPECT_TRUE(ours.SerializeAsString() == theirs.SerializeAsString());
+}
+
+template <class Class>
+class ReadArray : public testing::Test {};
+TYPED_TEST_SUITE(ReadArray, test::IntegerClasses, test::ClassNames);
+
+TYPED_TEST(ReadArray, ReadsWhatTheMessageLibraryReads) {
+  Random random(1);
+  for (int i = 0; i < 200 && !this->HasFailure(); ++i) expectTheSame(arrayOf<TypeParam>(random));
+}
+
+TYPED_TEST(ReadArray, ReadsWhatTheMessageLibraryReadsOfBrokenBytes) {
+  Random random(2);
+  for (int i = 0; i < 200 && !this->HasFailure(); ++i) {
+    std::string bytes = arrayOf<TypeParam>(random);
+    // Most of what matters stands at the beginning.
+    const std::size_t at = random.below(random.below(2) == 0 ? 40 : bytes.size());
+    bytes[at] = static_cast<char>(random.bits());
+    expectTheSame(bytes);
+  }
+}
+
+TYPED_TEST(ReadArray, ReadsWhatTheMessageLibraryReadsOfTheBeginning) {
+  Random random(3);
+  for (int i = 0; i < 100 && !this->HasFailure(); ++i) {
+    const std::string bytes = arrayOf<TypeParam>(random);
+    expectTheSame(bytes.substr(0, 4097 + random.below(bytes.size())));
+  }
+}
+
+}  // namespace
+}  // namespace hcy
