@@ -225,7 +225,7 @@ TEST(Http, AnswersMalformedRequests) {
            {longHeader, "431"}}) {
     RawConnection connection(server.port());
     connection.send(bytes);
-    connection.endReading();
+    connection.endSending();
     EXPECT_THAT(connection.receiveAll(), StartsWith("HTTP/1.1 " + status + " ")) << bytes;
   }
   EXPECT_EQ(sendRequest(server.url("/echo"), "").status, 200);

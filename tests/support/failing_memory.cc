@@ -182,7 +182,11 @@ class Unnoted {
 };
 
 HCY_UNSANITIZED void* noted(void* address, std::size_t size, const void* caller) {
-  if (notesBlocks && address != nullptr && !isDynamicLinker(caller)) {
+  if (address == nullptr) return address;
+  if (isDynamicLinker(caller)) {
+    // What it keeps is no leak, which LeakSanitizer cannot see behind us.
+    if (__lsan_ignore_object != nullptr) __lsan_ignore_object(address);
+  } else if (notesBlocks) {
     const Unnoted unnoted;
     blocks->note(address, size);
   }
