@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Numbers, logical values and code units: from C++ into arrays and back.
+
+#include <gtest/gtest.h>
+
+#include <complex>
+#include <cstdint>
+#include <hcy/hcyclient.hpp>
+#include <limits>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace hcyclient {
+namespace {
+
+static_assert(!std::is_copy_constructible_v<Array> && !std::is_copy_assignable_v<Array>);
+static_assert(std::is_nothrow_move_constructible_v<Array> &&
+              std::is_nothrow_move_assignable_v<Array>);
+static_assert(sizeof(Array) == sizeof(hcyArray*));
+static_assert(!std::is_constructible_v<Array, std::nullptr_t> &&
+              !std::is_constructible_v<Array, char> && !std::is_constructible_v<Array, void*>);
+
+// A C++ type, and the class of its arrays.
+template <class T, hcyClassID id>
+struct Kind {
+  using Type = T;
+  static constexpr hcyClassID classId = id;
+};
+
+template <class K>
+class CppArray : public ::testing::Test {};
+using Kinds =
+    ::testing::Types<Kind<std::uint8_t, hcyUINT8_CLASS>, Kind<std::int8_t, hcyINT8_CLASS>,
+                     Kind<std::uint16_t, hcyUINT16_CLASS>, Kind<std::int16_t, hcyINT16_CLASS>,
+                     Kind<std::uint32_t, hcyUINT32_CLASS>, Kind<std::int32_t, hcyINT32_CLASS>,
+                     Kind<std::uint64_t, hcyUINT64_CLASS>, Kind<std::int64_t, hcyINT64_CLASS>,
+                     Kind<float, hcySINGLE_CLASS>, Kind<double, hcyDOUBLE_CLASS>,
+                     Kind<bool, hcyLOGICAL_CLASS>, Kind<char16_t, hcyCHAR_CLASS>>;
+TYPED_TEST_SUITE(CppArray, Kinds);
+
+template <class T>
+std::vector<T> sixValues() {
+  return {T(1), T(0), std::numeric_limits<T>::max(), std::numeric_limits<T>::lowest(), T(1), T(0)};
+}
+
+TYPED_TEST(CppArray, holdsAVectorAsAColumn) {
+  using T = typename TypeParam::Type;
+  const Array array = sixValues<T>();
+  EXPECT_EQ(array.classId(), TypeParam::classId);
+  EXPECT_TRUE(array.is<T>());
+  EXPECT_EQ(array.shape(), (Shape{6, 1}));
+  EXPECT_EQ(array.toVector<T>(), sixValues<T>());
+  EXPECT_FALSE(array.isComplex() || array.isSparse() || array.isEmpty());
+}
+
+TYPED_TEST(CppArray, holdsOneValue) {
+  using T = typename TypeParam::Type;
+  for (const T value : {T(1), std::numeric_limits<T>::max(), std::numeric_limits<T>::lowest()}) {
+    const Array array = value;
+    EXPECT_EQ(array.classId(), TypeParam::classId);
+    EXPECT_EQ(array.shape(), (Shape{1, 1}));
+    EXPECT_EQ(array.toVector<T>(), std::vector<T>{value});
+    EXPECT_EQ(array.scalar(), static_cast<double>(value));
+  }
+}
+
+TYPED_TEST(CppArray, holdsAListInAShape) {
+  using T = typename TypeParam::Type;
+  const Array array({T(1), T(0), T(1), T(1), T(0), T(1)}, {1, 2, 3});
+  EXPECT_EQ(array.shape(), (Shape{1, 2, 3}));
+  EXPECT_EQ(array.toVector<T>(), (std::vector<T>{T(1), T(0), T(1), T(1), T(0), T(1)}));
+  EXPECT_THROW(Array(sixValues<T>(), Shape({2, 2})), UsageError);
+  EXPECT_THROW(Array(sixValues<T>(), Shape({7})), UsageError);
+}
+
+TYPED_TEST(CppArray, isSeenWithoutACopy) {
+  using T = typename TypeParam::Type;
+  Array array = Array::zeros<T>(2, 3);
+  EXPECT_EQ(array.toVector<T>(), std::vector<T>(6));
+  const Span<T> span = array.span<T>();
+  ASSERT_EQ(span.size(), 6U);
+  EXPECT_EQ(span.data(), const_cast<const Array&>(array).span<T>().data());
+  for (T& element : span) element = T(1);
+  EXPECT_EQ(array.toVector<T>(), std::vector<T>(6, T(1)));
+  EXPECT_EQ(span.at(5), T(1));
+  EXPECT_THROW(span.at(6), UsageError);
+  const void* const data = TypeParam::classId == hcyLOGICAL_CLASS ? hcyGetLogicals(array.get())
+                           : TypeParam::classId == hcyCHAR_CLASS
+                               ? static_cast<void*>(hcyGetChars(array.get()))
+                               : hcyGetData(array.get());
+  EXPECT_EQ(static_cast<const void*>(span.data()), data);
+}
+
+TYPED_TEST(CppArray, mayBeEmpty) {
+  using T = typename TypeParam::Type;
+  const Array array = std::vector<T>();
+  EXPECT_EQ(array.shape(), (Shape{0, 1}));
+  EXPECT_TRUE(array.isEmpty());
+  EXPECT_TRUE(array.span<T>().empty());
+  EXPECT_THROW(array.scalar(), UsageError);
+  EXPECT_EQ(Array::zeros<T>(Shape{}).shape(), (Shape{0, 0}));
+  EXPECT_EQ(Array::zeros<T>(Shape{3}).shape(), (Shape{3, 1}));
+}
+
+template <class T>
+void expectAnotherClass(Array& array) {
+  EXPECT_THROW(array.span<T>(), UsageError);
+  EXPECT_THROW(const_cast<const Array&>(array).span<T>(), UsageError);
+  EXPECT_THROW(array.toVector<T>(), UsageError);
+}
+
+TYPED_TEST(CppArray, isNotReadAsAnotherClass) {
+  using T = typename TypeParam::Type;
+  Array array = Array::zeros<T>(1, 1);
+  const auto check = [&array](auto other) {
+    using Other = decltype(other);
+    if constexpr (!std::is_same_v<T, Other>) expectAnotherClass<Other>(array);
+  };
+  check(std::uint8_t{}), check(std::int8_t{}), check(std::uint16_t{}), check(std::int16_t{});
+  check(std::uint32_t{}), check(std::int32_t{}), check(std::uint64_t{}), check(std::int64_t{});
+  check(float{}), check(double{}), check(bool{}), check(char16_t{});
+}
+
+TEST(CppArrayOf, complexNumbersKeepsBothParts) {
+  const std::vector<std::complex<double>> values = {{1, -1}, {2, 0.5}};
+  Array array = values;
+  EXPECT_TRUE(array.isComplex());
+  EXPECT_EQ(array.toVector<std::complex<double>>(), values);
+  EXPECT_EQ(array.toVector<double>(), (std::vector<double>{1, 2}));
+  ASSERT_EQ(array.imaginary<double>().size(), 2U);
+  array.imaginary<double>()[1] = 7;
+  EXPECT_EQ(array.toVector<std::complex<double>>()[1], (std::complex<double>{2, 7}));
+  EXPECT_THROW(array.imaginary<float>(), UsageError);
+
+  const Array small = std::complex<float>(1, 2);
+  EXPECT_EQ(small.className(), "single");
+  EXPECT_EQ(small.toVector<std::complex<float>>()[0], (std::complex<float>{1, 2}));
+  const Array integers({std::complex<std::int16_t>(3, -4)}, {1, 1});
+  EXPECT_EQ(integers.className(), "int16");
+  EXPECT_EQ(integers.imaginary<std::int16_t>()[0], -4);
+  const Array zeros = Array::zeros<std::complex<double>>({2, 2, 2});
+  EXPECT_EQ(zeros.imaginary<double>().size(), 8U);
+}
+
+TEST(CppArrayOf, realNumbersHasNoImaginaryParts) {
+  const Array array{1.0, 2.0};
+  EXPECT_TRUE(array.imaginary<double>().empty());
+  EXPECT_EQ(array.toVector<std::complex<double>>(),
+            (std::vector<std::complex<double>>{{1, 0}, {2, 0}}));
+}
+
+TEST(CppArrayOf, otherIntegerTypesIsOfTheClassOfTheirWidth) {
+  EXPECT_EQ(Array(5LL).className(), "int64");
+  EXPECT_EQ(Array(5ULL).className(), "uint64");
+  EXPECT_EQ(Array(5L).className(), "int64");
+  EXPECT_EQ((Array{1, 2, 3}).className(), "int32");
+  EXPECT_EQ(Array(std::vector<unsigned long long>{1, ~0ULL}).toVector<std::uint64_t>(),
+            (std::vector<std::uint64_t>{1, UINT64_MAX}));
+}
+
+TEST(CppArrayShape, mayChange) {
+  Array array({1.0, 2.0, 3.0, 4.0, 5.0, 6.0}, {2, 3});
+  EXPECT_EQ(array.rows(), 2U);
+  EXPECT_EQ(array.columns(), 3U);
+  array.resize({3, 1, 3});
+  EXPECT_EQ(array.shape(), (Shape{3, 1, 3}));
+  EXPECT_EQ(array.toVector<double>(), (std::vector<double>{1, 2, 3, 4, 5, 6, 0, 0, 0}));
+  array.resize({2});
+  EXPECT_EQ(array.shape(), (Shape{2, 1}));
+}
+
+TEST(CppArrayShape, staysWhenTheNewOneCannotBe) {
+  Array array({1.0, 2.0}, {2, 1});
+  Array structure = Array::structs({1, 1}, {"a", "b", "c"});
+  Array sparse = Array::sparse<double>(2, 2, 1);
+  EXPECT_THROW(array.resize({}), UsageError);
+  EXPECT_THROW(array.resize({65536, 32768}), UsageError);
+  EXPECT_THROW(array.resize({std::size_t{1} << 32, 0}), UsageError);
+  EXPECT_THROW(structure.resize({1 << 30, 1}), UsageError);
+  EXPECT_THROW(sparse.resize({1, std::size_t{1} << 31}), UsageError);
+  EXPECT_EQ(array.shape(), (Shape{2, 1}));
+  EXPECT_EQ(structure.shape(), (Shape{1, 1}));
+  EXPECT_EQ(sparse.shape(), (Shape{2, 2}));
+  EXPECT_THROW(Array::zeros<double>(std::size_t{1} << 31, 1), std::bad_cast);
+}
+
+TEST(CppArrayShape, leadsToTheIndexOfAnElement) {
+  const Array array = Array::zeros<double>({2, 3, 4});
+  EXPECT_EQ(array.index({1, 2, 3}), 23U);
+  EXPECT_EQ(array.index({1, 0, 1}), 7U);
+  EXPECT_THROW(array.index({2, 0, 0}), UsageError);
+  EXPECT_THROW(array.index({0, 0, 4}), UsageError);
+  EXPECT_THROW(array.index({0, 0}), UsageError);
+  EXPECT_THROW(array.index({0, 0, 0, 0}), UsageError);
+}
+
+TEST(CppArrayOwner, movesAndCopies) {
+  Array array{1.0, 2.0};
+  hcyArray* const handle = array.get();
+  Array moved = std::move(array);
+  EXPECT_EQ(moved.get(), handle);
+  EXPECT_FALSE(array);
+  EXPECT_THROW(array.size(), UsageError);
+  EXPECT_THROW(array.span<double>(), UsageError);
+  Array copy = moved.copy();
+  copy.span<double>()[0] = 9;
+  EXPECT_EQ(moved.scalar(), 1);
+  array = Array::adopt(moved.release());
+  EXPECT_EQ(array.get(), handle);
+  EXPECT_FALSE(moved);
+  EXPECT_FALSE(Array());
+}
+
+TEST(CppArrayOwner, tellsWhatIsWrong) {
+  try {
+    Array({1.0f}, {1}).toVector<std::int8_t>();
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_STREQ(error.what(), "the array is single, not int8");
+  }
+}
+
+}  // namespace
+}  // namespace hcyclient

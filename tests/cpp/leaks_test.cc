@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Whatever is thrown in or through the C++ face, nothing leaks: every allocation of the face fails
+// in turn, and blocks of memory are counted in the whole program.
+
+#include <gtest/gtest.h>
+
+#include <hcy/hcyclient.hpp>
+#include <new>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "cpp/counted_memory.h"
+#include "support/failing_memory.h"
+#include "support/local_server.h"
+
+namespace hcyclient {
+namespace {
+
+using hcy::test::blocksHeld;
+using hcy::test::countsBlocks;
+using hcy::test::FailingAllocation;
+using hcy::test::LocalServer;
+
+// Long enough to lie in memory of its own.
+const std::string kLong = "a text that is longer than what fits into a string itself";
+
+template <class Work>
+void expectNothingHeldAfter(const Work& work) {
+  work();  // what is made once for the whole program
+  const long before = blocksHeld();
+  work();
+  EXPECT_LE(blocksHeld(), before);  // a kept connection may hold less than before
+}
+
+// Runs the work with one allocation after another failing until none is left to fail.
+template <class Work>
+void failEachAllocation(const Work& work) {
+  int failures = 0;
+  for (bool failed = true; failed; ++failures) {
+    const auto attempt = [&] {
+      const FailingAllocation failing(static_cast<std::size_t>(failures));
+      bool threw = false;
+      try {
+        work();
+      } catch (const std::bad_alloc&) {
+        threw = true;
+      } catch (const Error&) {
+      }
+      failed = failing.hasFailed();
+      EXPECT_EQ(threw, failed) << failures;
+    };
+    expectNothingHeldAfter(attempt);
+  }
+  EXPECT_GT(failures, 1) << "nothing was allocated";
+}
+
+// That the count sees what it is for.
+TEST(CppLeaks, wouldBeSeen) {
+  if (!countsBlocks()) GTEST_SKIP() << "the sanitizer looks for leaks";
+  const long before = blocksHeld();
+  hcyArray* const array = hcyCreateDoubleScalar(1.0);
+  EXPECT_GT(blocksHeld(), before);
+  hcyDestroyArray(array);
+  EXPECT_EQ(blocksHeld(), before);
+}
+
+TEST(CppLeaks, areNotMadeByArrays) {
+  failEachAllocation([] {
+    Array array({1.0, 2.0, 3.0, 4.0}, {2, 2, 1});
+    array.resize({4, 1, 1});
+    array.toVector<std::complex<double>>();
+    array.index({3, 0, 0});
+    Array text = std::string_view(kLong);
+    EXPECT_EQ(text.toString(), kLong);
+    Array::sparse<double>(3, 3, {{0, 0, 1.0}, {2, 2, 1.0}}).entries<double>();
+  });
+}
+
+TEST(CppLeaks, areNotMadeByContainers) {
+  failEachAllocation([] {
+    Array s = Array::structOf({{kLong, Array::cells({2, 1})}, {"b", kLong}, {"c", {1.0, 2.0}}});
+    s(kLong)[1] = Array::cellOf({1.0, kLong});
+    s(kLong)[1][0] = kLong;
+    s.fieldNames();
+    const Array cell = std::vector<std::string>{kLong, "short"};
+    cell.toVector<std::string>();
+  });
+}
+
+TEST(CppLeaks, areNotMadeByErrorsOfUse) {
+  expectNothingHeldAfter([] {
+    EXPECT_THROW(Array::cellOf({1.0, kLong, "\xFF"}), UsageError);
+    EXPECT_THROW(Array::structOf({{"a", 1.0}, {"b", Array()}}), UsageError);
+    EXPECT_THROW(Array::sparse<double>(2, 2, {{0, 0, 1.0}, {2, 2, 1.0}}), UsageError);
+    EXPECT_THROW(Array({1.0, 2.0}, {3, 3}), UsageError);
+    EXPECT_THROW((Array::cellOf({Array::cells({1, 1})})[0][1] = 1.0), UsageError);
+  });
+}
+
+TEST(CppLeaks, areNotMadeByExceptionsOfTheLibrary) {
+  expectNothingHeldAfter([] {
+    const std::size_t tooMany = std::size_t{1} << 31;
+    EXPECT_THROW(Array::cellOf({kLong, Array::zeros<double>(tooMany, 1)}), std::bad_cast);
+    EXPECT_THROW(Array::structOf({{kLong, 1.0}, {"b", Array::cells({tooMany})}}), std::bad_cast);
+    EXPECT_THROW(Array::sparse<double>(1, 1, tooMany), std::bad_cast);
+  });
+}
+
+TEST(CppLeaks, areNotMadeByCalls) {
+  const LocalServer server;
+  const std::string echo = server.url("/echo"), fail = server.url("/demo/fail");
+  const std::string nothing = server.url("/nothing"), nowhere = "http://127.0.0.2:1/";
+  const Library library;
+  Context context{Config(library)};
+  failEachAllocation([&] {
+    std::vector<Array> many(12);
+    for (Array& input : many) input = Array(1.0);
+    context.feval(echo, many, 12);
+    context.feval(echo, {kLong, 2.0, {1.0, 2.0}}, 3);
+  });
+  failEachAllocation([&] { context.feval(fail, {kLong, kLong, 3.0}, 0); });
+  failEachAllocation([&] { context.feval(nothing, {kLong}, 1); });
+  failEachAllocation([&] { context.feval(nowhere, {kLong}, 1); });
+  // More outputs than arrive.
+  failEachAllocation([&] { context.feval(server.url("/math/plus"), {1.0, 2.0}, 9); });
+}
+
+TEST(CppLeaks, areNotMadeBySettings) {
+  const Library library;
+  failEachAllocation([&] {
+    Config config(library);
+    config.setAuthorityFile(kLong.c_str()).setPrivateKeyPassPhrase(kLong.c_str());
+    Context context(config);
+    Context moved = std::move(context);
+  });
+}
+
+}  // namespace
+}  // namespace hcyclient
