@@ -2,13 +2,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <array>
-#include <cstdio>
 #include <regex>
 #include <string>
 
+#include "outcome.h"
 #include "support/local_server.h"
 #include "support/loopback.h"
 
@@ -17,23 +15,12 @@ namespace {
 
 using testing::HasSubstr;
 
-struct Outcome {
-  int status = -1;
-  std::string output;
-};
-
 // Runs the example against a server of its own, behind `prefix` if there is one.
 Outcome runNorris(const std::string& prefix) {
   const LocalServer server;
   const UnlistenedPort unlistened;
-  const std::string command = prefix + " " HCY_NORRIS " " + server.url() + " " HCY_NORRIS_DATA " " +
-                              unlistened.url() + " 2>&1";
-  Outcome run;
-  std::FILE* const pipe = popen(command.c_str(), "r");
-  std::array<char, 4096> piece{};
-  while (std::fgets(piece.data(), piece.size(), pipe) != nullptr) run.output += piece.data();
-  run.status = WEXITSTATUS(pclose(pipe));
-  return run;
+  return run(prefix + " " HCY_NORRIS " " + server.url() + " " HCY_NORRIS_DATA " " +
+             unlistened.url());
 }
 
 TEST(Norris, AgreesWithTheCertifiedValuesToNineDigitsAndMore) {

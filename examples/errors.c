@@ -1,0 +1,84 @@
+/* SPDX-License-Identifier: Apache-2.0
+ *
+ * What the three kinds of failure look like, and that the context goes on working.
+ *
+ * Usage: errors SERVER_URL UNUSED_URL
+ *   UNUSED_URL  a URL on whose port nobody listens
+ */
+#include <hcy/hcyclient.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+enum { URL_LENGTH = 512 };
+
+/* Prints what the account of the last failed call says. */
+static void printFailure(const hcyClientRuntime* runtime, const hcyClientContext* context) {
+  hcyErrorInfo info;
+  runtime->getLastErrorInfo(context, &info);
+  switch (info.kind) {
+    case HCY_HTTP_ERROR: {
+      const char* reason = info.details.http.statusMessage; /* with its line end */
+      printf("HTTP status %u %.*s\n", (unsigned)info.details.http.statusCode,
+             (int)strcspn(reason, "\r\n"), reason);
+      break;
+    }
+    case HCY_VORTEN_ERROR:
+      printf("%s: %s\n", info.details.vorten.identifier, info.details.vorten.message);
+      for (size_t i = 0; info.details.vorten.stack != NULL && i < info.details.vorten.stackDepth;
+           ++i) {
+        const hcyErrorStackFrame* frame = &info.details.vorten.stack[i];
+        printf("  in %s, %s, line %d\n", frame->name, frame->file, (int)frame->line);
+      }
+      break;
+    default:
+      printf("%s\n", info.details.generic.details);
+  }
+  runtime->destroyLastErrorInfo(&info);
+}
+
+/* Evaluates SERVER/function for one output and prints it or the failure. */
+static void evaluate(const hcyClientRuntime* runtime, hcyClientContext* context, const char* server,
+                     const char* function, int nargin, const hcyArray* const* inputs) {
+  char url[URL_LENGTH];
+  hcyArray* output = NULL;
+  snprintf(url, sizeof url, "%s/%s", server, function);
+  printf("%s: ", function);
+  if (runtime->feval(context, url, 1, &output, nargin, inputs) == 0)
+    printf("%g\n", hcyGetScalar(output));
+  else
+    printFailure(runtime, context);
+  hcyDestroyArray(output); /* null after a failure, and ignored */
+}
+
+static void evaluateAll(const hcyClientRuntime* runtime, hcyClientContext* context,
+                        const char* server, const char* unused) {
+  hcyArray* identifier = hcyCreateString("example:demonstration");
+  hcyArray* message = hcyCreateString("This error was asked for.");
+  hcyArray* two = hcyCreateDoubleScalar(2.0);
+  const hcyArray* failing[] = {identifier, message, two};
+  const hcyArray* twice[] = {two, two};
+  evaluate(runtime, context, server, "demo/fail", 3, failing);
+  evaluate(runtime, context, server, "no/such/function", 0, NULL);
+  evaluate(runtime, context, unused, "math/plus", 2, twice);
+  evaluate(runtime, context, server, "math/plus", 2, twice);
+  hcyDestroyArray(identifier), hcyDestroyArray(message), hcyDestroyArray(two);
+}
+
+int main(int argc, char** argv) {
+  hcyClientConfig* config = NULL;
+  hcyClientContext* context = NULL;
+  hcyClientRuntime* runtime = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
+  if (runtime == NULL) {
+    fprintf(stderr, "%s\n", hcyGetInitializationErrorMessage());
+    return EXIT_FAILURE;
+  }
+  if (argc != 3 || runtime->createConfig(&config) != 0 ||
+      runtime->createContext(&context, config) != 0)
+    return EXIT_FAILURE;
+  evaluateAll(runtime, context, argv[1], argv[2]);
+  runtime->destroyContext(context);
+  runtime->destroyConfig(config);
+  hcyTerminate();
+  return EXIT_SUCCESS;
+}

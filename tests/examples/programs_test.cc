@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Each example, in C and in C++, prints what the file beside it says.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <tuple>
+
+#include "outcome.h"
+#include "support/local_server.h"
+#include "support/loopback.h"
+#include "support/pki.h"
+
+namespace hcy::test {
+namespace {
+
+class Example : public testing::TestWithParam<std::tuple<const char*, const char*>> {
+ protected:
+  static std::string name() { return std::get<0>(GetParam()); }
+
+  static void expectGoldenOutput(const std::string& arguments) {
+    const Outcome outcome =
+        run(HCY_EXAMPLE_PROGRAMS "/" + name() + "_" + std::get<1>(GetParam()) + " " + arguments);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output, contentsOf(HCY_EXAMPLES "/" + name() + ".txt"));
+  }
+};
+
+TEST_P(Example, printsWhatItShould) {
+  if (name() == "tls") {
+    CertificateAuthority authority;
+    const Certificate ofServer = authority.issue();
+    Subject subject;
+    subject.name = "client";
+    subject.passPhrase = "four words";
+    const Certificate ofClient = authority.issue(subject);
+    const LocalServer server({"--cert", ofServer.certificateFile, "--key", ofServer.keyFile,
+                              "--client-ca", authority.certificateFile()});
+    expectGoldenOutput(server.url() + " " + authority.certificateFile() + " " +
+                       ofClient.certificateFile + " " + ofClient.keyFile + " 'four words'");
+    return;
+  }
+  const LocalServer server;
+  const UnlistenedPort unlistened;
+  expectGoldenOutput(server.url(name() == "first" ? "/math/plus" : "") +
+                     (name() == "errors" ? " " + unlistened.url("") : ""));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, Example, testing::Combine(testing::Values(HCY_EXAMPLE_NAMES), testing::Values("c", "cc")),
+    [](const auto& example) {
+      return std::string(std::get<0>(example.param)) + "_" + std::get<1>(example.param);
+    });
+
+}  // namespace
+}  // namespace hcy::test
