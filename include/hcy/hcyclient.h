@@ -34,6 +34,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/** Marks what the shared library exports. */
 #if defined(__GNUC__)
 #define HCY_API __attribute__((visibility("default")))
 #else
@@ -142,7 +143,7 @@ typedef struct hcyErrorInfo {
     struct {
       const char* details; /**< what happened, for a person */
     } generic;
-  } details;
+  } details; /**< what the kind tells, in the member that belongs to it */
 } hcyErrorInfo;
 
 /** @} */
