@@ -1,0 +1,17 @@
+# SPDX-License-Identifier: Apache-2.0
+cc -std=c99 -Iinclude examples/first.c -o first \
+  -Lbuild/release/src -lhcyclient -Wl,-rpath,"$PWD/build/release/src"
+c++ -std=c++17 -Iinclude examples/first.cc -o first_cpp \
+  -Lbuild/release/src -lhcyclient -Wl,-rpath,"$PWD/build/release/src"
+
+build/release/server/hcy-local-server --port 0 > listening &
+server=$!
+until grep -qs http listening; do sleep 0.1; done
+url=$(cut -d ' ' -f 3 listening)
+
+./first "$url/math/plus"
+./first_cpp "$url/math/plus"
+./first_cpp "$url/math/minus" || true # there is no such function
+
+kill "$server"
+wait "$server"
