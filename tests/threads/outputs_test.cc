@@ -26,8 +26,7 @@ class ThreadsOutput : public ::testing::Test {
   OwnedArray received() {
     const Value element = cell({1, 2}, {doubles({1, 1}, {5}), chars({1, 2}, u"ab")});
     const std::size_t count = kThreads * kElementsOfEach;
-    const OwnedArray input =
-        makeArray(cell({count, 1}, std::vector<Value>(count, element)));
+    const OwnedArray input = makeArray(cell({count, 1}, std::vector<Value>(count, element)));
     hcyArray* output = nullptr;
     EXPECT_EQ(context_.feval(server_.url("/echo"), 1, &output, {input.get()}), 0);
     return OwnedArray(output);
