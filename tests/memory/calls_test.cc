@@ -4,6 +4,8 @@
 // message library or in libcurl: the call ends as it would have ended, or with the documented
 // failure; its inputs are as before, nothing is lost, and the next call on the context succeeds.
 
+#include <gmock/gmock.h>
+
 #include <optional>
 #include <utility>
 
@@ -19,6 +21,7 @@ using test::bytesField;
 using test::Connection;
 using test::httpReply;
 using test::numberField;
+using testing::AnyOf;
 
 struct Call {
   std::string url;
@@ -100,7 +103,9 @@ class ExhaustedMemoryInACall : public testing::Test {
     if (failure == call.failure) return;
     EXPECT_TRUE(failed);
     EXPECT_EQ(failure, genericFailure(failure.text));
-    EXPECT_NE(failure.text, "");
+    // Ours, and those of libcurl 7.88.1, whose resolver forgets why it failed.
+    EXPECT_THAT(failure.text,
+                AnyOf("std::bad_alloc", "Out of memory", "Couldn't resolve host name"));
   }
 
   // The outputs are stored from the last one on, as far as it came to that.
