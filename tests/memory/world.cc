@@ -57,6 +57,15 @@ Array makeArray(const ArrayCase& arrayCase) {
   }
 }
 
+// What the functions tell, and the bytes that would be sent: lists that the functions tell nothing
+// of may have grown. To look at the elements of a container changes its bytes.
+std::string describeWhole(const hcyArray* array) {
+  std::string description = describe(array);
+  if (array == nullptr || hcyIsCell(array) || hcyIsStruct(array)) return description;
+  array->proxy->commit();
+  return description + ", sent as " + messageOf(array).SerializeAsString();
+}
+
 }  // namespace
 
 std::string described(const ArrayCase& arrayCase) {
@@ -88,7 +97,7 @@ World::World(const ArrayCase& arrayCase)
 }
 
 std::string describe(const World& world) {
-  return describe(world.array) + "\n  in a cell: " + describe(world.cell) +
+  return describeWhole(world.array) + "\n  in a cell: " + describe(world.cell) +
          "\n  in a struct: " + describe(world.structure);
 }
 
