@@ -38,7 +38,13 @@ using Kinds =
                      Kind<std::uint64_t, hcyUINT64_CLASS>, Kind<std::int64_t, hcyINT64_CLASS>,
                      Kind<float, hcySINGLE_CLASS>, Kind<double, hcyDOUBLE_CLASS>,
                      Kind<bool, hcyLOGICAL_CLASS>, Kind<char16_t, hcyCHAR_CLASS>>;
-TYPED_TEST_SUITE(CppArray, Kinds);
+struct KindName {
+  template <class K>
+  static std::string GetName(int) {
+    return std::string(Array(typename K::Type()).className());
+  }
+};
+TYPED_TEST_SUITE(CppArray, Kinds, KindName);
 
 template <class T>
 std::vector<T> sixValues() {
