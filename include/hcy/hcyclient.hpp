@@ -617,8 +617,12 @@ class Array {
    *  that is stored). Throws UsageError when there is none, and for cells and structs. 64-bit
    *  integers beyond 2^53 are rounded. */
   double scalar() const {
+    const double value = hcyGetScalar(handle());
+    // A positive one is right whatever the class: 0 may stand for none, and uint8 is read as
+    // signed.
+    if (value > 0) return value;
     if (size() == 0 || isCell() || isStruct()) throw UsageError("there is no number to read");
-    return is<std::uint8_t>() ? span<std::uint8_t>()[0] : hcyGetScalar(handle());
+    return is<std::uint8_t>() ? span<std::uint8_t>()[0] : value;
   }
 
   /** The zero-based rows of the stored elements of a sparse array. Throws UsageError if it is
