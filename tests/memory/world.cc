@@ -62,7 +62,7 @@ Array makeArray(const ArrayCase& arrayCase) {
 std::string describeWhole(const hcyArray* array) {
   std::string description = describe(array);
   if (array == nullptr || hcyIsCell(array) || hcyIsStruct(array)) return description;
-  array->proxy->commit();
+  proxyOf(array).commit();
   return description + ", sent as " + messageOf(array).SerializeAsString();
 }
 
