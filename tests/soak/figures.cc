@@ -55,7 +55,7 @@ void Figures::count() {
   }
 }
 
-bool Figures::areFlat() const {
+bool Figures::areFlat(std::size_t percent) const {
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin_;
   const double growth = percentOver(mostMemory_, warmMemory_);
   std::printf(
@@ -66,7 +66,7 @@ bool Figures::areFlat() const {
       static_cast<double>(warmMemory_) / kMiB, static_cast<double>(mostMemory_) / kMiB, growth,
       warmDescriptors_, mostDescriptors_);
   std::fflush(stdout);
-  return growth <= 1.0 && mostDescriptors_ <= warmDescriptors_;
+  return growth <= static_cast<double>(percent) && mostDescriptors_ <= warmDescriptors_;
 }
 
 }  // namespace hcy::soak

@@ -25,9 +25,9 @@ class Figures {
   // After each call, with nothing of it left.
   void count();
 
-  // Prints the figures. Whether memory stayed within 1 % of what it was after the warm-up, and no
-  // descriptor more is open than then.
-  bool areFlat() const;
+  // Prints the figures. Whether memory stayed within so many percent of what it was after the
+  // warm-up, and no descriptor more is open than then.
+  bool areFlat(std::size_t percent) const;
 
  private:
   const std::string phase_;

@@ -3,7 +3,7 @@
 // Very many calls on one context, every thousandth of which fails: what the process takes of the
 // machine does not grow.
 //
-//   soak [--calls N] [--large-calls N] [--large-bytes N] [--fault-every N]
+//   soak [--calls N] [--large-calls N] [--large-bytes N] [--fault-every N] [--percent N]
 
 #include <algorithm>
 #include <cstdint>
@@ -33,6 +33,7 @@ struct Options {
   std::size_t largeCalls = 500;
   std::size_t largeBytes = 32U << 20;
   std::size_t faultEvery = 1000;
+  std::size_t percent = 1;  // that memory may grow by
 };
 
 Options parsed(int argc, char** argv) {
@@ -40,7 +41,8 @@ Options parsed(int argc, char** argv) {
   const std::map<std::string_view, std::size_t*> numbers = {{"--calls", &options.calls},
                                                             {"--large-calls", &options.largeCalls},
                                                             {"--large-bytes", &options.largeBytes},
-                                                            {"--fault-every", &options.faultEvery}};
+                                                            {"--fault-every", &options.faultEvery},
+                                                            {"--percent", &options.percent}};
   for (int i = 1; i < argc; i += 2) {
     const auto known = numbers.find(argv[i]);
     char* end = nullptr;
@@ -48,7 +50,8 @@ Options parsed(int argc, char** argv) {
       *known->second = std::strtoull(argv[i + 1], &end, 10);
     }
     require(end != nullptr && *end == '\0' && *known->second != 0,
-            "an option is --calls, --large-calls, --large-bytes or --fault-every and a number");
+            "an option is --calls, --large-calls, --large-bytes, --fault-every or --percent and a "
+            "number");
   }
   return options;
 }
@@ -90,7 +93,7 @@ class Soak {
       }
       figures.count();
     }
-    return figures.areFlat();
+    return figures.areFlat(options_.percent);
   }
 
   int feval(const std::string& url, hcyArray** output, std::vector<const hcyArray*> inputs) {
