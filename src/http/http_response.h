@@ -26,8 +26,8 @@ class HttpResponse : public Response {
   std::uint32_t statusCode() const override { return statusCode_; }
   std::string statusMessage() const override { return statusMessage_; }
 
-  // Returns false, and keeps nothing, when the declared length is over the limit or memory cannot
-  // be had. The length received so far is not limited.
+  // Returns false, and keeps nothing of the piece, when the declared length is over the limit or
+  // memory cannot be had. The length received so far is not limited.
   bool appendBody(const char* bytes, std::size_t count);
 
   // Takes one line as it arrived, line end included. Throws boost::bad_lexical_cast for a

@@ -3,15 +3,21 @@
 #include "memory/large_block.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstdint>
 
 namespace hcy {
 namespace {
 
-constexpr std::size_t kPage = 4096;
+std::size_t pageSize() {
+  static const auto size = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  return size;
+}
 
-std::size_t wholePages(std::size_t size) { return (size + kPage - 1) / kPage * kPage; }
+std::size_t wholePages(std::size_t size) {
+  return (size + pageSize() - 1) / pageSize() * pageSize();
+}
 
 }  // namespace
 
@@ -31,7 +37,7 @@ char* mapLargeBlock(std::size_t size) {
 }
 
 char* resizeLargeBlock(char* block, std::size_t oldSize, std::size_t size) {
-  if (size > SIZE_MAX - kPage) return nullptr;
+  if (size > SIZE_MAX - pageSize()) return nullptr;
   void* const resized = ::mremap(block, wholePages(oldSize), wholePages(size), MREMAP_MAYMOVE);
   return resized == MAP_FAILED ? nullptr : static_cast<char*>(resized);
 }
