@@ -51,6 +51,11 @@ class Program:
         return self.read()
 
 
+    def run_on(self, processors):
+        for thread in os.listdir(f"/proc/{self.process.pid}/task"):
+            os.sched_setaffinity(int(thread), processors)
+
+
 class Server(Program):
     def __init__(self, path):
         super().__init__([path])
@@ -100,6 +105,10 @@ class Bench:
     def __exit__(self, *_):
         for server in self.servers.values():
             server.__exit__()
+
+    def run_on(self, processors, clients):
+        for program in [*self.servers.values(), *clients]:
+            program.run_on(processors)
 
     def client(self, name, workload, threads=1):
         program, server = PROGRAMS[name]
