@@ -36,7 +36,7 @@ struct CannedClient : QXClient {
     CannedClient& client;
   };
 
-  std::unique_ptr<Request> createRequest(const std::string& /*url*/) override {
+  std::unique_ptr<Request> createRequest(std::string /*url*/) override {
     return std::make_unique<CannedRequest>(*this);
   }
   const QXClientConfig& getConfig() const override { return config; }

@@ -17,7 +17,7 @@ class QXClient {
   QXClient(const QXClient&) = delete;
   QXClient& operator=(const QXClient&) = delete;
 
-  virtual std::unique_ptr<Request> createRequest(const std::string& url) = 0;
+  virtual std::unique_ptr<Request> createRequest(std::string url) = 0;
   virtual const QXClientConfig& getConfig() const = 0;
   virtual ~QXClient() = default;
 };

@@ -3,6 +3,7 @@
 #include "http/http_client.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "http/http_request.h"
 
@@ -40,8 +41,9 @@ QXHttpClient::QXHttpClient(const QXClientConfig& config)
   applySettings(handle_.get(), config_);
 }
 
-std::unique_ptr<Request> QXHttpClient::createRequest(const std::string& url) {
-  return std::make_unique<HttpRequest>(handle_, url, config_.getResponseSizeLimit(), spareReply_);
+std::unique_ptr<Request> QXHttpClient::createRequest(std::string url) {
+  return std::make_unique<HttpRequest>(handle_, std::move(url), config_.getResponseSizeLimit(),
+                                       spareReply_);
 }
 
 }  // namespace hcy

@@ -19,7 +19,7 @@ class QXHttpClient : public QXClient {
   QXHttpClient() : QXHttpClient(QXHttpClientConfig()) {}
   explicit QXHttpClient(const QXClientConfig& config);
 
-  std::unique_ptr<Request> createRequest(const std::string& url) override;
+  std::unique_ptr<Request> createRequest(std::string url) override;
   const QXClientConfig& getConfig() const override { return config_; }
 
  private:

@@ -4,7 +4,7 @@
 
 #include <boost/numeric/conversion/cast.hpp>
 #include <exception>
-#include <new>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -13,19 +13,12 @@
 namespace hcy {
 namespace {
 
-struct HeaderListDeleter {
-  void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-};
-using HeaderList = std::unique_ptr<curl_slist, HeaderListDeleter>;
-
-HeaderList headerList() {
-  HeaderList list;
-  for (const char* line : HttpRequest::headerLines) {
-    curl_slist* const longer = curl_slist_append(list.get(), line);
-    if (longer == nullptr) throw std::bad_alloc();
-    static_cast<void>(list.release());  // the longer list begins with it
-    list.reset(longer);
-  }
+// libcurl only reads the list, so that one made of constants serves every transfer.
+curl_slist* headerList() {
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): the type is for lists that own theirs
+  constexpr auto line = [](int i) { return const_cast<char*>(HttpRequest::headerLines[i]); };
+  static curl_slist list[] = {{line(0), &list[1]}, {line(1), &list[2]}, {line(2), nullptr}};
+  static_assert(std::size(list) == std::size(HttpRequest::headerLines));
   return list;
 }
 
@@ -85,11 +78,10 @@ void HttpRequest::setBody(const void* data, std::uint64_t size) {
 
 std::unique_ptr<Response> HttpRequest::perform() {
   CURL* const handle = handle_.get();
-  const HeaderList headers = headerList();
   auto response = std::make_unique<HttpResponse>(responseSizeLimit_, spareReply_);
   Reception reception{*response, nullptr};
   setTextOption(handle, CURLOPT_URL, url_.c_str());
-  curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
+  curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headerList());
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeaderLine);
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, &reception);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBodyData);

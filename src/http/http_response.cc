@@ -3,11 +3,11 @@
 #include "http/http_response.h"
 
 #include <algorithm>
-#include <boost/algorithm/string/trim.hpp>
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
 #include <boost/throw_exception.hpp>
 #include <charconv>
 #include <cstring>
+#include <locale>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -39,6 +39,19 @@ std::uint64_t unsignedNumber(std::string_view text) {
   return negative ? 0 - number : number;
 }
 
+// Asks the locale only where every locale does not give the same answer.
+bool isSpace(char character) {
+  if (character == ' ') return true;
+  if (character >= '0' && character <= '9') return false;
+  return std::isspace(character, std::locale());
+}
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
 // The key is looked for anywhere in the line; a line that names the field without a colon behind
 // it declares 0.
 std::uint64_t declaredLengthOf(std::string_view line) {
@@ -46,8 +59,7 @@ std::uint64_t declaredLengthOf(std::string_view line) {
   const std::size_t found = line.find(key);
   if (found == std::string_view::npos) return 0;
   line.remove_prefix(found + key.size());
-  const std::string value(line.substr(0, line.find("\r\n")));
-  return unsignedNumber(boost::algorithm::trim_copy(value));
+  return unsignedNumber(trimmed(line.substr(0, line.find("\r\n"))));
 }
 
 }  // namespace

@@ -71,8 +71,8 @@ class ReplyReader {
   bool readOutput(Bytes bytes) {
     ++reply_.outputCount;
     if (reply_.outputs.size() == wantedOutputs_) {
-      unwanted_.Clear();
-      return mergePart(unwanted_, bytes);
+      VORTEN_Array unwanted;
+      return mergePart(unwanted, bytes);
     }
     VORTEN_Array& output = *reply_.outputs.emplace_back(OutputMemory::createMessage());
     return readArray(output, bytes);
@@ -81,7 +81,6 @@ class ReplyReader {
   Bytes body_;
   CodedInputStream input_;
   std::size_t wantedOutputs_;
-  VORTEN_Array unwanted_;
   Reply reply_;
 };
 

@@ -47,7 +47,7 @@ class FakeClient : public QXClient {
  public:
   explicit FakeClient(std::function<Answer()> answer) : answer_(std::move(answer)) {}
 
-  std::unique_ptr<Request> createRequest(const std::string& url) override {
+  std::unique_ptr<Request> createRequest(std::string url) override {
     calls.push_back("createRequest " + url);
     return std::make_unique<FakeRequest>(*this);
   }

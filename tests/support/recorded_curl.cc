@@ -147,15 +147,3 @@ CURLcode(curl_easy_getinfo)(CURL* handle, CURLINFO info, ...) {
   }
   return result;
 }
-
-curl_slist* curl_slist_append(curl_slist* list, const char* line) {
-  auto& working = recordedCurl().listAppendsThatWork;
-  if (working && (*working)-- == 0) return nullptr;
-  if (list == nullptr) ++recordedCurl().lists;
-  return real(&curl_slist_append, "curl_slist_append")(list, line);
-}
-
-void curl_slist_free_all(curl_slist* list) {
-  if (list != nullptr) --recordedCurl().lists;
-  real(&curl_slist_free_all, "curl_slist_free_all")(list);
-}

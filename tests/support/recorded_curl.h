@@ -16,13 +16,11 @@ struct RecordedCurl {
   // Options that are functions or data pointers have their name alone.
   std::vector<std::string> calls;
   int handles = 0;  // made and not yet cleaned up
-  int lists = 0;    // header lists made and not yet freed
 
   // What is to fail, or to be read, from now on.
   bool globalInitFails = false;
   bool easyInitFails = false;
-  bool optionsFail = false;                // each is refused, and not passed on
-  std::optional<int> listAppendsThatWork;  // the one after them fails
+  bool optionsFail = false;  // each is refused, and not passed on
   std::optional<long> responseCode;
 
   // What easy_perform hands to the callbacks instead of a transfer: a header line with no byte
