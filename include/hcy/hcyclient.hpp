@@ -551,7 +551,7 @@ class Array {
   /** The dimensions. */
   Shape shape() const {
     const std::size_t* const first = hcyGetDimensions(handle());
-    return first == nullptr ? Shape() : Shape(first, first + hcyGetNumberOfDimensions(handle()));
+    return Shape(first, first + hcyGetNumberOfDimensions(handle()));
   }
   /** Gives the array another shape; elements keep their linear index, new ones are zero or never
    *  set. Throws UsageError when there is no dimension or there would be too many elements. */

@@ -12,6 +12,21 @@
 #include "wire/element_storage.h"
 
 namespace hcy {
+namespace {
+
+// All elements are in the message while it lives.
+class MessageReading {
+ public:
+  explicit MessageReading(VORTENArrayProxy& array) : array_(array) { array.beginReading(); }
+  MessageReading(const MessageReading&) = delete;
+  MessageReading& operator=(const MessageReading&) = delete;
+  ~MessageReading() { array_.endReading(); }
+
+ private:
+  VORTENArrayProxy& array_;
+};
+
+}  // namespace
 
 VORTENArrayProxy::VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
                                    std::uint64_t count)

@@ -64,18 +64,4 @@ class VORTENArrayProxy : public hcyArray {
   bool complex_;
 };
 
-// All elements are in the message while it lives.
-class MessageReading {
- public:
-  explicit MessageReading(VORTENArrayProxy& array) : array_(&array) { array.beginReading(); }
-  MessageReading(MessageReading&& other) noexcept : array_(std::exchange(other.array_, nullptr)) {}
-  MessageReading& operator=(MessageReading&&) = delete;
-  ~MessageReading() {
-    if (array_ != nullptr) array_->endReading();
-  }
-
- private:
-  VORTENArrayProxy* array_;
-};
-
 }  // namespace hcy

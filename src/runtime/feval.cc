@@ -32,12 +32,15 @@ class BorrowingParams {
   BorrowingParams& operator=(const BorrowingParams&) = delete;
   ~BorrowingParams() {
     while (!params_.rhs().empty()) params_.mutable_rhs()->UnsafeArenaReleaseLast();
+    for (const hcyArray* input : inputs_.first(begunReadings_)) proxyOf(input).endReading();
   }
 
   const VORTEN_Params& borrow(std::int32_t nargout) {
     params_.set_nargout(nargout);
-    readings_.reserve(inputs_.size());
-    for (const hcyArray* input : inputs_) readings_.emplace_back(proxyOf(input));
+    for (const hcyArray* input : inputs_) {
+      proxyOf(input).beginReading();
+      ++begunReadings_;
+    }
     auto& rhs = *params_.mutable_rhs();
     rhs.Reserve(checkedSize(inputs_.size()));
     for (const hcyArray* input : inputs_) rhs.UnsafeArenaAddAllocated(&messageOf(input));
@@ -46,7 +49,7 @@ class BorrowingParams {
 
  private:
   std::span<const hcyArray* const> inputs_;
-  std::vector<MessageReading> readings_;
+  std::size_t begunReadings_ = 0;
   VORTEN_Params params_;
 };
 

@@ -19,11 +19,11 @@ using client::VORTEN_Result;
 using google::protobuf::internal::WireFormatLite;
 using google::protobuf::io::CodedInputStream;
 
-constexpr std::uint32_t lengthDelimited(int number) {
-  return static_cast<std::uint32_t>(number) << 3 | WireFormatLite::WIRETYPE_LENGTH_DELIMITED;
-}
-constexpr std::uint32_t kOutput = lengthDelimited(VORTEN_Result::kLhsFieldNumber);
-constexpr std::uint32_t kError = lengthDelimited(VORTEN_Result::kErrorFieldNumber);
+constexpr auto kLengthDelimited = WireFormatLite::WIRETYPE_LENGTH_DELIMITED;
+constexpr std::uint32_t kOutput =
+    WireFormatLite::MakeTag(VORTEN_Result::kLhsFieldNumber, kLengthDelimited);
+constexpr std::uint32_t kError =
+    WireFormatLite::MakeTag(VORTEN_Result::kErrorFieldNumber, kLengthDelimited);
 
 class ReplyReader {
  public:

@@ -107,6 +107,32 @@ TEST(NewProxy, TakesItsComplexityFromTheMessageItShares) {
   EXPECT_FALSE(ArrayProxyBuilder::over(real)->isComplex());
 }
 
+TEST(TextProxy, HasNoImaginaryParts) {
+  EXPECT_EQ(created(VORTEN_Array::CHAR, {1, 2}, false, 2)->getImagData(), nullptr);
+}
+
+TEST(ContainerProxy, HasItsSlotsAsData) {
+  for (const int type : {VORTEN_Array::STRUCT, VORTEN_Array::CELL}) {
+    EXPECT_EQ(created(type, {0, 0}, false, 0)->getData(), nullptr);
+  }
+  VORTENStructCellArrayProxy<CELL_class> cell(VORTEN_Array::CELL, std::vector<std::uint64_t>{1, 2},
+                                              false, 2);
+  const auto* const slots = static_cast<std::shared_ptr<VORTEN_Array>*>(cell.getData());
+  const auto second = cell.slot(1);
+  EXPECT_EQ(slots[0], nullptr);
+  EXPECT_EQ(slots[1], second);
+}
+
+TEST(ContainerProxy, TakesNothingBehindItsSlots) {
+  VORTENStructCellArrayProxy<CELL_class> cell(VORTEN_Array::CELL, std::vector<std::uint64_t>{1, 1},
+                                              false, 1);
+  const auto value =
+      ArrayProxyBuilder::over(std::make_shared<VORTEN_Array>(test::rowOf<DOUBLE_class>({1})));
+  cell.setSlot(1, *value);
+  EXPECT_EQ(value->sharedMessage().use_count(), 1);
+  EXPECT_EQ(cell.slot(1), nullptr);
+}
+
 TEST(ProxyElementSize, IsThatOfTheCallersElements) {
   constexpr std::array<std::size_t, 14> sizes = {1, 1, 2, 2, 4, 4, 8, 8, 4, 8, 1, 2, 8, 8};
   for (int type = 0; type < 14; ++type) {

@@ -62,6 +62,7 @@ TEST(CppArrayCell, sharesItsElements) {
 
 TEST(CppArrayCell, hasNothingOutside) {
   Array cell = Array::cells({2, 1});
+  EXPECT_THROW(cell.scalar(), UsageError);
   EXPECT_THROW((cell[2] = 1.0), UsageError);
   EXPECT_THROW(cell[2].get(), UsageError);
   EXPECT_THROW(static_cast<const Array&>(cell)[2], UsageError);
@@ -101,6 +102,7 @@ TEST(CppArrayStruct, takesItsFieldsFromAList) {
 
 TEST(CppArrayStruct, hasNothingOutside) {
   Array s = Array::structs({1, 1}, {"a"});
+  EXPECT_THROW(s.scalar(), UsageError);
   EXPECT_THROW((s("b") = 1.0), UsageError);
   EXPECT_THROW(s("b").get(), UsageError);
   EXPECT_THROW((s(1, "a") = 1.0), UsageError);

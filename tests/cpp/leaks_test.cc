@@ -75,6 +75,7 @@ TEST(CppLeaks, areNotMadeByContainers) {
     Array s = Array::structOf({{kLong, Array::cells({2, 1})}, {"b", kLong}, {"c", {1.0, 2.0}}});
     s(kLong)[1] = Array::cellOf({1.0, kLong});
     s(kLong)[1][0] = kLong;
+    s.addField("a field that is added, with a name that is longer than a string itself");
     s.fieldNames();
     const Array cell = std::vector<std::string>{kLong, "short"};
     cell.toVector<std::string>();

@@ -72,7 +72,11 @@ std::vector<std::string> replies() {
   error.mutable_error()->set_message("m");
   error.mutable_error()->add_stack()->set_line(7);
   *error.add_lhs() = test::rowOf<UINT64_class>({1, 2});
+  VORTEN_Result more;
+  more.mutable_error()->set_message("n");
+  more.mutable_error()->add_stack()->set_line(8);
   return {result.SerializeAsString(), error.SerializeAsString(),
+          error.SerializeAsString() + more.SerializeAsString(),
           // Fields that the schema does not know: a varint, 64 bits, text, a group, 32 bits.
           "\x18\x05\x21" + std::string(8, 'x') + "\x2A\x02hi\x33\x08\x01\x34\x3D" +
               std::string(4, 'x') + result.SerializeAsString() + error.SerializeAsString()};

@@ -52,13 +52,16 @@ std::string elements(Random& random) {
   for (std::size_t i = random.below(1000) + 500; i > 0; --i) {
     const std::size_t kind = random.below(4);
     if (isOdd && kind == 0) {
-      packed += varint(random.bits(), 1 + random.below(10 + (random.below(300) == 0 ? 1 : 0)));
+      packed += varint(random.bits(), 1 + random.below(10 + (random.below(30) == 0 ? 1 : 0)));
+    } else if (random.below(50) == 0) {
+      packed += std::string(random.below(60), '\x07');
     } else if (kind == 1) {
       packed += varint(static_cast<std::uint64_t>(-1 - static_cast<int>(random.below(40000))));
     } else {
       packed += varint(random.bits() % (kind == 2 ? 128 : 70000));
     }
   }
+  if (isOdd && random.below(10) == 0) packed += '\x80';
   return packed;
 }
 
@@ -119,6 +122,16 @@ TYPED_TEST(ReadArray, ReadsWhatTheMessageLibraryReadsOfTheBeginning) {
   for (int i = 0; i < 100 && !this->HasFailure(); ++i) {
     const std::string bytes = arrayOf<TypeParam>(random);
     expectTheSame(bytes.substr(0, 4097 + random.below(bytes.size())));
+  }
+}
+
+TYPED_TEST(ReadArray, ReadsWhatTheMessageLibraryReadsAroundAZero) {
+  Random random(4);
+  for (int i = 0; i < 20 && !this->HasFailure(); ++i) {
+    const std::string bytes = arrayOf<TypeParam>(random);
+    expectTheSame(bytes + '\0');
+    expectTheSame(bytes + '\0' + bytes);
+    expectTheSame(field(2, "\x01\x01") + '\0' + bytes);
   }
 }
 
