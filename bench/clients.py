@@ -6,6 +6,9 @@ import pathlib
 import socket
 import subprocess
 
+PYTHON = "/usr/bin/python3"  # which has Debian's NumPy
+PYTHON_CLIENT = pathlib.Path(__file__).with_name("python_client.py")
+
 # What each client is called in the tables, its program, and the server that it calls.
 PROGRAMS = {
     "sockets": ("bench-sockets", "bench-echo-server"),
@@ -15,6 +18,7 @@ PROGRAMS = {
     "by_hand_filling": ("bench-by-hand-filling", "bench-echo-server"),
     "library": ("bench-library", "bench-echo-server"),
     "library_filling": ("bench-library-filling", "bench-echo-server"),
+    "python": (PYTHON_CLIENT, "bench-echo-server"),
 }
 
 
@@ -112,4 +116,7 @@ class Bench:
 
     def client(self, name, workload, threads=1):
         program, server = PROGRAMS[name]
-        return Client([self.directory / program], self.servers[server].port, workload, threads)
+        command = [self.directory / program]
+        if program == PYTHON_CLIENT:
+            command.insert(0, PYTHON)
+        return Client(command, self.servers[server].port, workload, threads)

@@ -30,6 +30,10 @@ def quartiles(values):
     return statistics.quantiles(values, n=4, method="inclusive")
 
 
+def named_quartiles(values):
+    return dict(zip(("lower_quartile", "median", "upper_quartile"), quartiles(values)))
+
+
 def in_turns(clients, calls, rounds):
     """Seconds a call, for each client a list with an entry a round. Another client begins each
     round, so that none always follows the same one."""
@@ -67,8 +71,7 @@ def measure(bench, workload, calls, rounds):
 
 def result(name, times, memory):
     found = {
-        "seconds": dict(zip(("lower_quartile", "median", "upper_quartile"),
-                            quartiles(times[name]))),
+        "seconds": named_quartiles(times[name]),
         "resident_before_mib": memory[0],
         "resident_peak_mib": memory[1],
     }
@@ -76,9 +79,20 @@ def result(name, times, memory):
     for base in ("floor", "by_hand"):
         if base in times:
             ratios = [time / other for time, other in zip(times[name], times[base])]
-            found["to_" + base] = dict(zip(("lower_quartile", "median", "upper_quartile"),
-                                           quartiles(ratios)))
+            found["to_" + base] = named_quartiles(ratios)
+    # Both make and fill an array for every call.
+    if name == "python" and "library_filling" in times:
+        pairs = list(zip(times[name], times["library_filling"]))
+        found["beyond_library_filling"] = named_quartiles([time - c for time, c in pairs])
+        found["to_library_filling"] = named_quartiles([time / c for time, c in pairs])
     return found
+
+
+def print_beside_c(found):
+    beyond = {key: f"{value * 1e6:.1f}" for key, value in found["beyond_library_filling"].items()}
+    print(f"\npython takes {beyond['median']} µs a call ({beyond['lower_quartile']} to "
+          f"{beyond['upper_quartile']}) beyond library_filling: "
+          f"{ratio(found, 'library_filling', 3)} times as long")
 
 
 def duration(seconds):
@@ -88,12 +102,12 @@ def duration(seconds):
     return f"{seconds * 1e9:.3g} ns"
 
 
-def ratio(found, base):
+def ratio(found, base, digits=2):
     if "to_" + base not in found:
         return "-"
     values = found["to_" + base]
-    return (f"{values['median']:.2f} ({values['lower_quartile']:.2f} to "
-            f"{values['upper_quartile']:.2f})")
+    return (f"{values['median']:.{digits}f} ({values['lower_quartile']:.{digits}f} to "
+            f"{values['upper_quartile']:.{digits}f})")
 
 
 def print_table(workload, results):
@@ -107,6 +121,8 @@ def print_table(workload, results):
               f"| {ratio(found, 'floor')} | {ratio(found, 'by_hand')} "
               f"| {found['resident_before_mib']:.0f}, {found['resident_peak_mib']:.0f} |",
               flush=True)
+    if "to_library_filling" in results.get("python", {}):
+        print_beside_c(results["python"])
 
 
 def print_summary(all_results):
@@ -119,7 +135,7 @@ def print_summary(all_results):
         for found in results.values():
             medians = [f"{found[key]['median']:.2f}" for key in ("to_floor", "to_by_hand")
                        if key in found]
-            cells.append(medians[0] + (f" ({medians[1]})" if len(medians) > 1 else ""))
+            cells.append("".join(medians[:1] + [f" ({other})" for other in medians[1:]]) or "-")
         print(f"| {workload} | " + " | ".join(cells) + " |")
     if "W3" in all_results:
         print("| peak resident memory in W3, MiB | " + " | ".join(

@@ -1,0 +1,197 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Calls."""
+from __future__ import annotations
+
+import os
+import weakref
+from ctypes import byref, c_void_p, sizeof
+from operator import index
+from types import TracebackType
+from typing import Any, Literal, Optional, Union, overload
+
+from ._connection import Connection
+from ._inputs import handles_of
+from ._library import LARGEST_SIZE, Handle
+from ._outputs import value_of
+from ._records import last_failure
+
+Path = Union[str, bytes, 'os.PathLike[str]', 'os.PathLike[bytes]']
+_LONGEST_TIMEOUT = 2147483  # in seconds; libcurl takes no more
+_LARGEST_LIMIT = 0xFFFFFFFF
+
+
+class Client:
+    """One connection to a server, kept open between calls. One thread uses it at a time.
+
+    timeout                  seconds that one call may take, a whole number; None for no limit
+    response_size_limit      bytes of the largest reply that is accepted
+    client_cert_file         the client's TLS certificate (PEM)
+    client_key_file          the private key of that certificate (PEM)
+    client_key_passphrase    what the private key is locked with
+    ca_file                  the authorities that may have signed the server's certificate (PEM);
+                             those of the system otherwise
+    revocation_list_file     certificate revocation lists (PEM), one of each authority in the chain
+    verify_hostname          whether the server's certificate has to name the host of the URL
+    verify_peer              whether the server's certificate is verified
+    """
+
+    def __init__(self, *, timeout: Optional[int] = 120, response_size_limit: int = 64 << 20,
+                 client_cert_file: Optional[Path] = None, client_key_file: Optional[Path] = None,
+                 client_key_passphrase: Union[str, bytes, None] = None,
+                 ca_file: Optional[Path] = None, revocation_list_file: Optional[Path] = None,
+                 verify_hostname: bool = True, verify_peer: bool = True) -> None:
+        self._limit = _number('response_size_limit', response_size_limit, 0, _LARGEST_LIMIT)
+        self._connection = Connection({
+            'timeout': 0 if timeout is None else _number('timeout', timeout, 1, _LONGEST_TIMEOUT),
+            'size_limit': self._limit,
+            'cert_file': _file('client_cert_file', client_cert_file),
+            'key_file': _file('client_key_file', client_key_file),
+            'passphrase': _c_text('client_key_passphrase', client_key_passphrase or b''),
+            'ca_file': _file('ca_file', ca_file),
+            'revocation_file': _file('revocation_list_file', revocation_list_file),
+            'verify_hostname': bool(verify_hostname),
+            'verify_peer': bool(verify_peer),
+        })
+        self._feval = self._connection.runtime.feval
+        weakref.finalize(self, self._connection.end)
+
+    @overload
+    def feval(self, url: str, *arguments: Any) -> Any: ...
+    @overload
+    def feval(self, url: str, *arguments: Any, nargout: Literal[0]) -> None: ...
+    @overload
+    def feval(self, url: str, *arguments: Any, nargout: Literal[1]) -> Any: ...
+    @overload
+    def feval(self, url: str, *arguments: Any, nargout: Literal[2, 3, 4, 5, 6, 7, 8, 9]
+              ) -> tuple[Any, ...]: ...
+    @overload
+    def feval(self, url: str, *arguments: Any, nargout: int) -> Any: ...
+
+    def feval(self, url: str, *arguments: Any, nargout: int = 1) -> Any:
+        """Evaluates the function of this URL on its server, and returns its output, a tuple of
+        them for a nargout over 1, None for 0. Blocks until the reply, the time-out or a failure.
+
+        Raises TypeError where an argument cannot be carried; HttpError, FunctionError or
+        TransportError where the call fails; RuntimeError where the client is closed, in use by
+        another thread, or was made by another process."""
+        return self._evaluate(_encoded(url), arguments, nargout)
+
+    def function(self, url: str) -> Function:
+        """The function of this URL, to be called like one of Python."""
+        return Function(self, url)
+
+    def close(self) -> None:
+        """Closes the connection. Closing again does nothing."""
+        turns, turn = self._connection.turns, object()
+        try:
+            self._begin(turns, turn)
+            self._connection.end(turn)
+        finally:
+            if None in turns and turns[None] is turn:
+                del turns[None]
+
+    def __enter__(self) -> Client:
+        return self
+
+    def __exit__(self, kind: Optional[type[BaseException]], error: Optional[BaseException],
+                 traceback: Optional[TracebackType]) -> None:
+        self.close()
+
+    def _evaluate(self, url: bytes, arguments: tuple[Any, ...], nargout: int) -> Any:
+        turns, turn = self._connection.turns, object()
+        try:
+            self._begin(turns, turn)
+            return self._call(url, arguments, nargout)
+        finally:
+            # No function is called here, and no interrupt delivered: the turn ends for certain.
+            if None in turns and turns[None] is turn:
+                del turns[None]
+
+    @staticmethod
+    def _begin(turns: dict[None, object], turn: object) -> None:
+        if turns.setdefault(None, turn) is not turn:
+            raise RuntimeError('this client is in use by another call: each thread needs a client '
+                               'of its own')
+
+    def _call(self, url: bytes, arguments: tuple[Any, ...], nargout: int) -> Any:
+        connection = self._connection
+        if not connection.context or connection.process != os.getpid():
+            raise _unusable(connection)
+        inputs = handles_of(arguments)
+        count = len(inputs)
+        pointers = (c_void_p * count)(*[handle.value for handle in inputs])
+        if nargout == 1:
+            output = Handle()
+            failed = self._feval(connection.context, url, 1, byref(output), count, pointers)
+            outputs = [output]
+        else:
+            room = (c_void_p * _number('nargout', nargout, 0, LARGEST_SIZE))()
+            # They own what the call will write, from the moment that it does.
+            outputs = [Handle.from_buffer(room, i * sizeof(c_void_p)) for i in range(nargout)]
+            failed = self._feval(connection.context, url, nargout, room, count, pointers)
+        del inputs
+        if failed:
+            raise last_failure(connection.runtime, connection.context)
+        if nargout == 1:
+            return value_of(output, self._limit)
+        return tuple([value_of(output, self._limit) for output in outputs]) if nargout else None
+
+
+class Function:
+    """A function on a server, which a client calls."""
+
+    def __init__(self, client: Client, url: str) -> None:
+        self.client = client
+        self.url = url
+        self._encoded = _encoded(url)
+
+    @overload
+    def __call__(self, *arguments: Any) -> Any: ...
+    @overload
+    def __call__(self, *arguments: Any, nargout: Literal[0]) -> None: ...
+    @overload
+    def __call__(self, *arguments: Any, nargout: Literal[1]) -> Any: ...
+    @overload
+    def __call__(self, *arguments: Any, nargout: Literal[2, 3, 4, 5, 6, 7, 8, 9]
+                 ) -> tuple[Any, ...]: ...
+    @overload
+    def __call__(self, *arguments: Any, nargout: int) -> Any: ...
+
+    def __call__(self, *arguments: Any, nargout: int = 1) -> Any:
+        return self.client._evaluate(self._encoded, arguments, nargout)
+
+    def __repr__(self) -> str:
+        return f'<function {self.url}>'
+
+
+def _unusable(connection: Connection) -> RuntimeError:
+    if connection.process != os.getpid():
+        return RuntimeError('this client was made before the process forked: make one in the child')
+    return RuntimeError('this client is closed')
+
+
+def _encoded(url: str) -> bytes:
+    if not isinstance(url, str):
+        raise TypeError(f'a URL is a str, not {type(url).__name__}')
+    return _c_text('a URL', url)
+
+
+def _c_text(name: str, text: Union[str, bytes]) -> bytes:
+    encoded = text.encode() if isinstance(text, str) else bytes(text)
+    if b'\0' in encoded:
+        raise ValueError(f'{name} has a NUL inside')
+    return encoded
+
+
+def _file(name: str, path: Optional[Path]) -> bytes:
+    return b'' if path is None else _c_text(name, os.fsencode(path))
+
+
+def _number(name: str, value: int, least: int, most: int) -> int:
+    try:
+        number = index(value)
+    except TypeError:
+        raise TypeError(f'{name} is a whole number, not {type(value).__name__}') from None
+    if not least <= number <= most:
+        raise ValueError(f'{name} is from {least} to {most}, not {number}')
+    return number

@@ -1,0 +1,171 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Numbers, truth values and text, written once, straight into the storage of a new array."""
+from __future__ import annotations
+
+import sys
+from ctypes import c_size_t, memmove
+from typing import Any, Callable
+
+import numpy as np
+
+from . import _library as library
+from ._library import COMPLEX, LARGEST_SIZE, LOGICAL, REAL, Handle
+from ._refusal import CannotCarry
+from ._storage import CHAR_UNIT, DTYPES, NDArray, Shape, element_count, resize, view
+
+UTF16 = 'utf-16-le' if sys.byteorder == 'little' else 'utf-16-be'
+# Arrays of up to so many elements are created in one step. Creating a larger one could throw.
+_FEW = 4096
+_CLASSES = {dtype.char: number for number, dtype in enumerate(DTYPES)}
+# The type codes of C include two for integers of 64 bits.
+_CLASSES.update({code: _CLASSES[np.dtype(f'{kind}{np.dtype(code).itemsize}').char]
+                 for kind, codes in (('i', 'bhilq'), ('u', 'BHILQ')) for code in codes})
+_PART_CLASSES = {'F': library.SINGLE, 'D': library.DOUBLE}
+
+
+def matrix_shape(shape: Shape) -> Shape:
+    """Of two dimensions at least: a vector is a column."""
+    return shape if len(shape) > 1 else (shape[0] if shape else 1, 1)
+
+
+def sized(handle: Handle, shape: Shape) -> Handle:
+    """A 1-by-1 array brought to the shape."""
+    if len(shape) == 2 and shape[0] == 1 and shape[1] == 1:
+        return handle
+    if max(shape) > LARGEST_SIZE or not resize(handle, shape):
+        if max(shape) > LARGEST_SIZE or element_count(shape) > LARGEST_SIZE:
+            raise CannotCarry(f'array of shape {tuple(shape)}: it is too large')
+        raise MemoryError
+    return handle
+
+
+def _created(shape: Shape, create: Callable[..., Handle], *kind: int) -> Handle:
+    if len(shape) == 2 and 0 < shape[0] * shape[1] <= _FEW:
+        return create(shape[0], shape[1], *kind)
+    return sized(create(1, 1, *kind), shape)
+
+
+def _write(handle: Handle, address: int, shape: Shape, dtype: np.dtype[Any], parts: NDArray
+           ) -> None:
+    np.copyto(view(handle, address, shape, dtype),
+              parts if parts.ndim > 1 else parts.reshape(shape), casting='same_kind')
+
+
+def numeric_array(value: NDArray) -> Handle:
+    """From an array of any dtype that there is a class for."""
+    number = _CLASSES.get(value.dtype.char)
+    if number is None:
+        return _complex_array(value)
+    shape = matrix_shape(value.shape)
+    if number == LOGICAL:
+        handle = _created(shape, library.create_logical)
+        address = library.get_logicals(handle)
+    else:
+        handle = _created(shape, library.create_numeric, number, REAL)
+        address = library.get_data(handle)
+    if address:
+        _write(handle, address, shape, DTYPES[number], value)
+    return handle
+
+
+def is_complex_integer(dtype: np.dtype[Any]) -> bool:
+    """Whether it is one of those that complex_dtype() makes."""
+    return (dtype.names == ('real', 'imag') and dtype['real'] == dtype['imag']
+            and dtype['real'].kind in 'iu')
+
+
+def _complex_array(value: NDArray) -> Handle:
+    dtype = value.dtype
+    if dtype.char in _PART_CLASSES:
+        number, real, imaginary = _PART_CLASSES[dtype.char], value.real, value.imag
+    elif is_complex_integer(dtype):
+        number, real, imaginary = _CLASSES[dtype['real'].char], value['real'], value['imag']
+    else:
+        raise CannotCarry(f'array of dtype {dtype}')
+    shape = matrix_shape(value.shape)
+    # An array without elements is real.
+    handle = _created(shape, library.create_numeric, number, COMPLEX if value.size else REAL)
+    if value.size:
+        _write(handle, library.get_data(handle), shape, DTYPES[number], real)
+        _write(handle, library.get_imaginary(handle), shape, DTYPES[number], imaginary)
+    return handle
+
+
+def real_scalar(value: float) -> Handle:
+    handle: Handle = library.create_double_scalar(value)
+    return handle
+
+
+def integer_scalar(value: int) -> Handle:
+    try:
+        number = float(value)
+    except OverflowError:
+        raise CannotCarry('int that is too large for a double') from None
+    if number != value:
+        raise CannotCarry(f'int {value}, which no double is equal to: say which class by '
+                          'numpy.int64 or numpy.uint64')
+    return real_scalar(number)
+
+
+def logical_scalar(value: bool) -> Handle:
+    handle: Handle = library.create_logical_scalar(value)
+    return handle
+
+
+def nothing(_: None) -> Handle:
+    handle: Handle = library.create_numeric(0, 0, library.DOUBLE, REAL)
+    return handle
+
+
+def scalar(value: Any) -> Handle:
+    """From a number that NumPy knows better."""
+    return numeric_array(np.asarray(value))
+
+
+def _new_text(shape: Shape) -> Handle:
+    return sized(library.create_char(2, (c_size_t * 2)(1, 1)), shape)
+
+
+def text(value: str) -> Handle:
+    """A row of UTF-16 code units; 0-by-0 for the empty text."""
+    units = value.encode(UTF16, 'surrogatepass')
+    count = len(units) // CHAR_UNIT.itemsize
+    handle = _new_text((1, count) if count else (0, 0))
+    if count:
+        memmove(library.get_chars(handle), units, len(units))
+    return handle
+
+
+def _code_units(value: NDArray) -> NDArray:
+    """The code units of an array of single characters."""
+    points = np.ascontiguousarray(value.astype(np.dtype('U1'))).view(np.uint32)
+    if points.size and points.max() > np.iinfo(CHAR_UNIT).max:
+        raise CannotCarry('array of characters with one that takes two code units')
+    return points.astype(CHAR_UNIT)
+
+
+def _rows_of_units(value: NDArray) -> NDArray:
+    """A text in each row, padded with NUL."""
+    rows = [np.frombuffer(item.encode(UTF16, 'surrogatepass'), CHAR_UNIT)
+            for item in value.tolist()]
+    units = np.zeros((len(rows), max(map(len, rows), default=0)), CHAR_UNIT)
+    for target, row in zip(units, rows):
+        target[:len(row)] = row
+    return units
+
+
+def text_array(value: NDArray) -> Handle:
+    """From an array of texts in one dimension, a row each, or of characters in more."""
+    if value.ndim == 0:
+        return text(value.item())
+    if value.ndim == 1:
+        units = _rows_of_units(value)
+    elif value.dtype.itemsize == np.dtype('U1').itemsize:
+        units = _code_units(value)
+    else:
+        raise CannotCarry(f'array of dtype {value.dtype} in {value.ndim} dimensions: longer texts '
+                          'are carried in one dimension')
+    handle = _new_text(units.shape)
+    if units.size:
+        _write(handle, library.get_chars(handle), units.shape, CHAR_UNIT, units)
+    return handle

@@ -1,0 +1,166 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Makes arrays of the library from values of Python."""
+from __future__ import annotations
+
+from ctypes import c_char_p
+from typing import Any, Callable, Iterable, Mapping, Sequence
+
+import numpy as np
+
+from . import _library as library
+from ._dense_inputs import integer_scalar, is_complex_integer, logical_scalar, matrix_shape
+from ._dense_inputs import nothing, numeric_array, real_scalar, scalar, sized, text, text_array
+from ._library import Handle
+from ._refusal import CannotCarry, object_of
+from ._sparse import compressed_columns, is_scipy_sparse, scipy_sparse
+from ._storage import NDArray
+from ._values import Cell, CompressedColumns
+
+
+def handles_of(arguments: Iterable[Any]) -> list[Handle]:
+    """Raises TypeError that names what cannot be carried, and its place."""
+    handles: list[Handle] = []
+    try:
+        for argument in arguments:
+            handles.append(_handle_of(argument))
+    except CannotCarry as refusal:
+        raise refusal.as_type_error(len(handles) + 1) from None
+    except RecursionError:
+        raise CannotCarry('what is nested too deeply, or holds itself').as_type_error(
+            len(handles) + 1) from None
+    return handles
+
+
+def _handle_of(value: Any) -> Handle:
+    convert = _CONVERSIONS.get(type(value))
+    if convert is None:
+        convert = _conversion_of(value)
+    return convert(value)
+
+
+def _element(value: Any, *place: object) -> Handle:
+    """The handle of what stands at this place of a container."""
+    try:
+        return _handle_of(value)
+    except CannotCarry as refusal:
+        for step in reversed(place):
+            refusal.inside(f'[{step!r}]' if not isinstance(step, tuple)
+                           else f'[{", ".join(map(str, step))}]')
+        raise
+
+
+def _array(value: NDArray) -> Handle:
+    dtype = value.dtype
+    if dtype.kind == 'U':
+        return text_array(value)
+    if dtype.kind == 'O':
+        return _object_array(value)
+    if dtype.kind == 'V' and dtype.names is not None and not is_complex_integer(dtype):
+        return _structured_array(value)
+    return numeric_array(value)
+
+
+def _cells(shape: Sequence[int], values: Iterable[Any], places: Iterable[object]) -> Handle:
+    handle = sized(library.create_cell(1, 1), shape)
+    for index, (place, value) in enumerate(zip(places, values)):
+        library.set_cell(handle, index, _element(value, place))
+    return handle
+
+
+def _object_array(value: NDArray) -> Handle:
+    """A cell array."""
+    shape = matrix_shape(value.shape)
+    return _cells(shape, value.reshape(-1, order='F'), _indices(value))
+
+
+def _indices(value: NDArray) -> Iterable[tuple[int, ...]]:
+    """The subscripts of its elements, column after column."""
+    return (index[::-1] for index in np.ndindex(*value.shape[::-1]))
+
+
+def _cell(value: Sequence[Any]) -> Handle:
+    count = len(value)
+    return _cells((1, count) if count else (0, 0), value, range(count))
+
+
+def _sequence(value: Sequence[Any]) -> Handle:
+    """A struct array, if they are dictionaries with the same keys; a cell array otherwise."""
+    first = value[0] if value else None
+    if isinstance(first, Mapping) and all(
+            isinstance(element, Mapping) and element.keys() == first.keys() for element in value):
+        names = list(first)
+        return _structs((1, len(value)), names, range(len(value)),
+                        ([element[name] for name in names] for element in value))
+    return _cell(value)
+
+
+def _mapping(value: Mapping[Any, Any]) -> Handle:
+    return _structs((1, 1), list(value), (), [value.values()])
+
+
+def _structured_array(value: NDArray) -> Handle:
+    names = list(value.dtype.names or ())
+    elements = value.reshape(-1, order='F')
+    return _structs(matrix_shape(value.shape), names, _indices(value),
+                    ([element[name] for name in names] for element in elements))
+
+
+def _structs(shape: Sequence[int], names: list[Any], places: Iterable[object],
+             elements: Iterable[Iterable[Any]]) -> Handle:
+    """A struct array of these elements, whose values come in the order of the names. A single one
+    has no place of its own."""
+    handle = sized(library.create_struct(1, 1, len(names), (c_char_p * len(names))(
+        *map(_field_name, names))), shape)
+    if not names:
+        return handle
+    steps: Iterable[tuple[object, ...]] = ((place,) for place in places) if places != () else [()]
+    for index, (step, values) in enumerate(zip(steps, elements)):
+        for number, value in enumerate(values):
+            library.set_field(handle, index, number, _element(value, *step, names[number]))
+    return handle
+
+
+def _field_name(name: Any) -> bytes:
+    if not isinstance(name, str):
+        raise CannotCarry(f'key {name!r}: the name of a field is a str')
+    try:
+        encoded = name.encode(errors='surrogateescape')
+    except UnicodeEncodeError:
+        raise CannotCarry(f'key {name!r}: it is no text') from None
+    if b'\0' in encoded:
+        raise CannotCarry(f'key {name!r}: the name of a field has no NUL')
+    return encoded
+
+
+def _conversion_of(value: Any) -> Callable[[Any], Handle]:
+    """For types that are derived from those of the table, and for sparse matrices."""
+    if isinstance(value, np.ma.MaskedArray):
+        raise object_of(value)
+    if isinstance(value, np.generic) and not isinstance(value, str):
+        return lambda number: _array(np.asarray(number))
+    for base, convert in _DERIVED:
+        if isinstance(value, base):
+            return convert
+    if is_scipy_sparse(value):
+        return scipy_sparse
+    raise object_of(value)
+
+
+_CONVERSIONS: dict[type, Callable[[Any], Handle]] = {
+    np.ndarray: _array,
+    float: real_scalar,
+    int: integer_scalar,
+    bool: logical_scalar,
+    complex: scalar,
+    str: text,
+    dict: _mapping,
+    list: _sequence,
+    tuple: _sequence,
+    Cell: _cell,
+    CompressedColumns: compressed_columns,
+    type(None): nothing,
+}
+_DERIVED: list[tuple[type, Callable[[Any], Handle]]] = [
+    (np.ndarray, _array), (float, real_scalar), (int, integer_scalar), (complex, scalar),
+    (str, text), (Mapping, _mapping), (Cell, _cell), (CompressedColumns, compressed_columns),
+    (list, _sequence), (tuple, _sequence)]

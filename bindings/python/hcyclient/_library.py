@@ -1,0 +1,87 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The shared library and the prototypes of its exported functions.
+
+The array functions keep the interpreter's lock: they are short, and handles over the elements of
+one array, which the collector may return on any thread, are so never used at once.
+"""
+from __future__ import annotations
+
+import ctypes
+import os
+from ctypes import c_bool, c_char_p, c_double, c_int, c_int32, c_size_t, c_void_p
+from typing import Any
+
+UINT8, INT8, UINT16, INT16, UINT32, INT32, UINT64, INT64, SINGLE, DOUBLE = range(10)
+LOGICAL, CHAR, STRUCT, CELL = range(10, 14)
+REAL, COMPLEX = 0, 1
+VERSION_1_1 = 0x10001
+# Of a dimension, and of a number of elements.
+LARGEST_SIZE = 2147483647
+
+
+def _load() -> tuple[ctypes.PyDLL, ctypes.CDLL]:
+    name = os.environ.get('HCYCLIENT_LIBRARY') or 'libhcyclient.so.1'
+    try:
+        return ctypes.PyDLL(name), ctypes.CDLL(name)
+    except OSError as error:
+        raise ImportError(f'the library of hcyclient cannot be loaded: {error}; install it, or '
+                          'name its file in the environment variable HCYCLIENT_LIBRARY') from None
+
+
+_locking, _unlocking = _load()
+
+
+def _function(name: str, result: Any, *arguments: Any, unlocks: bool = False) -> Any:
+    found = getattr(_unlocking if unlocks else _locking, name)
+    found.restype, found.argtypes = result, arguments
+    return found
+
+
+_destroy = _function('hcyDestroyArray', None, c_void_p)
+
+
+class Handle(c_void_p):
+    """Owns an array of the library. Functions return it and calls write into it, so that there is
+    no moment in which an interrupt could lose the array."""
+
+    def __del__(self, destroy: Any = _destroy) -> None:
+        destroy(self)
+
+
+initialize = _function('hcyInitializeEx', c_void_p, c_int)
+terminate = _function('hcyTerminate', None)
+initialization_error = _function('hcyGetInitializationErrorMessage', c_char_p)
+
+create_numeric = _function('hcyCreateNumericMatrix', Handle, c_size_t, c_size_t, c_int32, c_int32)
+create_double_scalar = _function('hcyCreateDoubleScalar', Handle, c_double)
+create_logical = _function('hcyCreateLogicalMatrix', Handle, c_size_t, c_size_t)
+create_logical_scalar = _function('hcyCreateLogicalScalar', Handle, c_bool)
+create_char = _function('hcyCreateCharArray', Handle, c_size_t, c_void_p)
+create_cell = _function('hcyCreateCellMatrix', Handle, c_size_t, c_size_t)
+create_struct = _function('hcyCreateStructMatrix', Handle, c_size_t, c_size_t, c_int, c_void_p)
+create_sparse = _function('hcyCreateSparse', Handle, c_size_t, c_size_t, c_size_t, c_int32)
+create_sparse_logical = _function('hcyCreateSparseLogicalMatrix', Handle, c_size_t, c_size_t,
+                                  c_size_t)
+
+get_class = _function('hcyGetClassID', c_int32, c_void_p)
+is_sparse = _function('hcyIsSparse', c_bool, c_void_p)
+get_dimension_count = _function('hcyGetNumberOfDimensions', c_size_t, c_void_p)
+get_dimensions = _function('hcyGetDimensions', ctypes.POINTER(c_size_t), c_void_p)
+# Writing many elements takes a while.
+set_dimensions = _function('hcySetDimensions', c_int, c_void_p, c_void_p, c_size_t, unlocks=True)
+
+get_data = _function('hcyGetData', c_void_p, c_void_p)
+get_imaginary = _function('hcyGetImagData', c_void_p, c_void_p)
+get_logicals = _function('hcyGetLogicals', c_void_p, c_void_p)
+get_chars = _function('hcyGetChars', c_void_p, c_void_p)
+get_rows = _function('hcyGetIr', c_void_p, c_void_p)
+get_column_starts = _function('hcyGetJc', c_void_p, c_void_p)
+get_room = _function('hcyGetNzmax', c_size_t, c_void_p)
+set_room = _function('hcySetNzmax', None, c_void_p, c_size_t)
+
+get_cell = _function('hcyGetCell', Handle, c_void_p, c_size_t)
+set_cell = _function('hcySetCell', None, c_void_p, c_size_t, c_void_p)
+get_field_count = _function('hcyGetNumberOfFields', c_int, c_void_p)
+get_field_name = _function('hcyGetFieldNameByNumber', c_char_p, c_void_p, c_int)
+get_field = _function('hcyGetFieldByNumber', Handle, c_void_p, c_size_t, c_int)
+set_field = _function('hcySetFieldByNumber', None, c_void_p, c_size_t, c_int, c_void_p)

@@ -1,0 +1,63 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The record that tells why a call failed."""
+from __future__ import annotations
+
+from ctypes import POINTER, Structure, Union, byref, c_char_p, c_int32, c_size_t, c_uint32, c_void_p
+from typing import Optional
+
+from ._runtime import Runtime
+from .errors import Error, FunctionError, HttpError, StackFrame, TransportError
+
+HTTP_ERROR, VORTEN_ERROR = 0, 1
+
+
+class _Frame(Structure):
+    _fields_ = [('file', c_char_p), ('name', c_char_p), ('line', c_int32)]
+
+
+class _Http(Structure):
+    _fields_ = [('status', c_uint32), ('reason', c_char_p)]
+
+
+class _Vorten(Structure):
+    _fields_ = [('message', c_char_p), ('identifier', c_char_p), ('stack', POINTER(_Frame)),
+                ('depth', c_size_t)]
+
+
+class _Generic(Structure):
+    _fields_ = [('text', c_char_p)]
+
+
+class _Details(Union):
+    _fields_ = [('http', _Http), ('vorten', _Vorten), ('generic', _Generic)]
+
+
+class _ErrorInfo(Structure):
+    _fields_ = [('kind', c_int32), ('message', c_char_p), ('details', _Details)]
+
+
+def _text(found: Optional[bytes]) -> str:
+    """Texts come from the server byte for byte."""
+    return (found or b'').decode(errors='backslashreplace')
+
+
+def _exception(info: _ErrorInfo) -> Error:
+    if info.kind == HTTP_ERROR:
+        http = info.details.http
+        return HttpError(http.status, _text(http.reason).strip())
+    if info.kind == VORTEN_ERROR:
+        vorten = info.details.vorten
+        frames = vorten.stack[:vorten.depth] if vorten.stack else []
+        return FunctionError(_text(vorten.message), _text(vorten.identifier), tuple(
+            StackFrame(_text(frame.file), _text(frame.name), frame.line) for frame in frames))
+    return TransportError(_text(info.details.generic.text))
+
+
+def last_failure(runtime: Runtime, context: c_void_p) -> Error:
+    """What the last failed call of the context failed with."""
+    info = _ErrorInfo()
+    try:
+        runtime.get_error(context, byref(info))
+        return _exception(info)
+    finally:
+        runtime.destroy_error(byref(info))

@@ -1,0 +1,132 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Sparse matrices both ways: SciPy's, where it is installed, or our own type."""
+from __future__ import annotations
+
+import sys
+from typing import Any
+
+import numpy as np
+
+from . import _library as library
+from ._library import COMPLEX, LARGEST_SIZE, REAL, Handle
+from ._malformed import malformed
+from ._refusal import CannotCarry
+from ._storage import DTYPES, SIZE, NDArray, require_memory, resize, view
+from ._values import CompressedColumns
+
+_DOUBLE, _LOGICAL = DTYPES[library.DOUBLE], DTYPES[library.LOGICAL]
+
+
+def is_scipy_sparse(value: Any) -> bool:
+    """Nobody has such a matrix who has not imported SciPy, which takes long."""
+    module = sys.modules.get('scipy.sparse')
+    return module is not None and bool(module.issparse(value))
+
+
+def scipy_sparse(value: Any) -> Handle:
+    columns = value.tocsc()
+    if not columns.has_canonical_format:
+        columns = columns.copy()
+        columns.sum_duplicates()
+    return compressed_columns(CompressedColumns(columns.data, columns.indices, columns.indptr,
+                                                columns.shape))
+
+
+def compressed_columns(value: CompressedColumns) -> Handle:
+    data, indices, indptr = map(np.asarray, value[:3])
+    rows, columns = value.shape
+    if data.dtype.char not in '?dD':
+        raise CannotCarry(f'sparse matrix of dtype {data.dtype}: only float64, complex128 and bool '
+                          'are carried')
+    stored = int(indptr[-1]) if indptr.size else 0
+    _require_in_step(rows, columns, data, indices, indptr, stored)
+    require_memory(columns + 1 + 3 * stored)
+    if data.dtype == _LOGICAL:
+        handle: Handle = library.create_sparse_logical(rows, columns, stored)
+        _write(library.get_logicals(handle), _LOGICAL, data[:stored])
+    else:
+        is_complex = stored != 0 and data.dtype.kind == 'c'
+        handle = library.create_sparse(rows, columns, stored, COMPLEX if is_complex else REAL)
+        _write(library.get_data(handle), _DOUBLE, np.real(data)[:stored])
+        if is_complex:
+            _write(library.get_imaginary(handle), _DOUBLE, np.imag(data)[:stored])
+    _write(library.get_rows(handle), SIZE, indices[:stored])
+    _write(library.get_column_starts(handle), SIZE, indptr)
+    return handle
+
+
+def _require_in_step(rows: int, columns: int, data: NDArray, indices: NDArray, indptr: NDArray,
+                     stored: int) -> None:
+    if max(rows, columns + 1, stored) > LARGEST_SIZE:
+        raise CannotCarry(f'sparse matrix of shape {(rows, columns)}: it is too large')
+    if len(data) < stored or len(indices) < stored or not _make_sense(
+            rows, columns, indices[:stored], indptr):
+        raise CannotCarry('sparse matrix whose rows and columns make no sense')
+
+
+def _make_sense(rows: int, columns: int, indices: NDArray, indptr: NDArray) -> bool:
+    """Whether the column starts rise from 0 to the number of stored elements, and in each column
+    the rows."""
+    starts, places = indptr.astype(np.int64), indices.astype(np.int64)
+    if len(starts) != columns + 1 or starts[0] != 0 or starts[-1] != len(places):
+        return False
+    if (np.diff(starts) < 0).any() or ((places < 0) | (places >= rows)).any():
+        return False
+    falls = np.flatnonzero(np.diff(places) <= 0) + 1  # only where a column begins
+    return bool(np.isin(falls, starts).all())
+
+
+def _write(address: int, dtype: np.dtype[Any], values: NDArray) -> None:
+    if values.size:
+        np.copyto(view(None, address, values.shape, dtype), values, casting='unsafe')
+
+
+def sparse_value(handle: Handle, shape: tuple[int, ...], limit: int) -> Any:
+    """SciPy's csc_matrix, whose values are a view, or our own type."""
+    if len(shape) != 2 or max(shape) > LARGEST_SIZE or shape[1] + 1 > limit:
+        raise malformed(f'a sparse array of shape {shape}')
+    row_count, column_count = shape
+    # One row gives it columns + 1 starts, whatever came. Rows times columns may be over what has
+    # storage, for which the second one fails; the shape is set nevertheless.
+    if not resize(handle, (1, column_count)):
+        raise MemoryError
+    resize(handle, shape)
+    starts = view(handle, library.get_column_starts(handle), (column_count + 1,), SIZE).copy()
+    stored = int(starts[-1])
+    if stored > min(library.get_room(handle), limit):
+        raise malformed('a sparse array with fewer elements than its columns take')
+    require_memory(3 * stored)
+    if stored:
+        library.set_room(handle, stored)
+    rows = _stored(handle, library.get_rows(handle), stored, SIZE)
+    if not _make_sense(row_count, column_count, rows, starts):
+        raise malformed('a sparse array whose rows and columns make no sense')
+    return _built(_values(handle, stored), rows, starts, (row_count, column_count))
+
+
+def _stored(handle: Handle, address: Any, count: int, dtype: np.dtype[Any]) -> NDArray:
+    if count == 0:
+        return np.empty(0, dtype)
+    if not address:
+        raise malformed('a sparse array without its elements')
+    return view(handle, address, (count,), dtype)
+
+
+def _values(handle: Handle, stored: int) -> NDArray:
+    if library.get_class(handle) == library.LOGICAL:
+        return _stored(handle, library.get_logicals(handle), stored, _LOGICAL)
+    real = _stored(handle, library.get_data(handle), stored, _DOUBLE)
+    imaginary = library.get_imaginary(handle)
+    if not imaginary:
+        return real
+    values = np.empty(stored, np.complex128)
+    values.real, values.imag = real, view(handle, imaginary, (stored,), _DOUBLE)
+    return values
+
+
+def _built(data: NDArray, rows: NDArray, starts: NDArray, shape: tuple[int, int]) -> Any:
+    try:
+        from scipy.sparse import csc_matrix
+    except ImportError:
+        return CompressedColumns(data, rows.astype(np.int64), starts.astype(np.int64), shape)
+    return csc_matrix((data, rows.astype(np.int64), starts.astype(np.int64)), shape=shape)

@@ -1,0 +1,47 @@
+# SPDX-License-Identifier: Apache-2.0
+"""HCY_LOCAL_SERVER names the program of the local server; it ends with the tests."""
+import contextlib
+import os
+import subprocess
+
+import pytest
+
+# libcurl would send calls to a server on this machine through a proxy.
+for _name in list(os.environ):
+    if _name.lower().endswith('_proxy'):
+        del os.environ[_name]
+
+import hcyclient  # noqa: E402
+
+
+@contextlib.contextmanager
+def local_server(*options):
+    """The URL of a server of one's own."""
+    command = [os.environ['HCY_LOCAL_SERVER'], '--port', '0', '--stop-on-eof', *options]
+    with subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                          text=True) as process:
+        yield process.stdout.readline().split()[2]
+        process.stdin.close()
+
+
+@pytest.fixture(scope='session')
+def server():
+    with local_server() as url:
+        yield url
+
+
+@pytest.fixture(scope='session')
+def session_client():
+    with hcyclient.Client() as client:
+        yield client
+
+
+@pytest.fixture
+def client():
+    with hcyclient.Client() as made:
+        yield made
+
+
+@pytest.fixture(scope='session')
+def echo(server, session_client):
+    return session_client.function(server + '/echo')
