@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# Finds Protocol Buffers: protobuf::libprotobuf and protobuf::protoc. With HCY_STATIC_PROTOBUF the
+# library is a static one, which has to be position-independent; CMAKE_PREFIX_PATH names another
+# than the system's.
+
+set(Protobuf_USE_STATIC_LIBS ${HCY_STATIC_PROTOBUF})
+# The package's own configuration knows what it needs; older versions come without one.
+find_package(Protobuf CONFIG QUIET)
+if(NOT Protobuf_FOUND)
+  find_package(Protobuf 3.21 REQUIRED MODULE)
+elseif(Protobuf_VERSION VERSION_LESS 3.21)
+  message(FATAL_ERROR "Protocol Buffers 3.21 or newer is needed, not ${Protobuf_VERSION}")
+endif()
+
+if(HCY_STATIC_PROTOBUF)
+  try_compile(static_protobuf_links ${PROJECT_BINARY_DIR}/static_protobuf
+    ${CMAKE_CURRENT_LIST_DIR}/static_protobuf.cc
+    LINK_OPTIONS -shared
+    LINK_LIBRARIES protobuf::libprotobuf
+    COPY_FILE ${PROJECT_BINARY_DIR}/static_protobuf.so
+    OUTPUT_VARIABLE output)
+  if(NOT static_protobuf_links)
+    message(FATAL_ERROR "No shared library can hold this static Protocol Buffers; "
+      "CMAKE_PREFIX_PATH may name one that was built with -fPIC:\n${output}")
+  endif()
+endif()

@@ -1,0 +1,59 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# What `cmake --install` lays out, in three components: `runtime` is what a program needs to run,
+# `development` what it needs to be built, `tools` the programs. No file knows the prefix, so the
+# tree may be moved. The build tree serves other projects too: it holds the same CMake package and
+# pkg-config module.
+include(CMakePackageConfigHelpers)
+
+set(documents ${CMAKE_INSTALL_DATADIR}/doc/hcyclient)
+set(cmake_package ${CMAKE_INSTALL_LIBDIR}/cmake/hcyclient)
+
+install(TARGETS hcyclient EXPORT hcyclientTargets
+  LIBRARY COMPONENT runtime NAMELINK_COMPONENT development)
+install(FILES LICENSE DESTINATION ${documents} COMPONENT runtime)
+
+install(DIRECTORY include/hcy DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(FILES README.md DESTINATION ${documents} COMPONENT development)
+install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT development
+  PATTERN CMakeLists.txt EXCLUDE
+  PATTERN Doxyfile EXCLUDE
+  PATTERN check_blocks EXCLUDE
+  PATTERN run_code EXCLUDE)
+
+if(HCY_BUILD_SERVER)
+  install(TARGETS hcy-local-server RUNTIME COMPONENT tools)
+  install(FILES server/README.md DESTINATION ${documents}/server COMPONENT tools)
+endif()
+
+# The CMake package.
+configure_package_config_file(cmake/hcyclientConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/hcyclientConfig.cmake
+  INSTALL_DESTINATION ${cmake_package}
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/hcyclientConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+export(EXPORT hcyclientTargets NAMESPACE hcyclient:: FILE ${PROJECT_BINARY_DIR}/hcyclientTargets.cmake)
+install(EXPORT hcyclientTargets NAMESPACE hcyclient::
+  DESTINATION ${cmake_package} COMPONENT development)
+install(FILES
+  ${PROJECT_BINARY_DIR}/hcyclientConfig.cmake
+  ${PROJECT_BINARY_DIR}/hcyclientConfigVersion.cmake
+  DESTINATION ${cmake_package} COMPONENT development)
+
+# The pkg-config module. One of that name with `-uninstalled` is what pkg-config takes first.
+set(pc_directory ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+  BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE to_prefix)
+set(pc_prefix "\${pcfiledir}/${to_prefix}")
+set(pc_libdir "\${prefix}")
+cmake_path(APPEND pc_libdir ${CMAKE_INSTALL_LIBDIR})
+set(pc_includedir "\${prefix}")
+cmake_path(APPEND pc_includedir ${CMAKE_INSTALL_INCLUDEDIR})
+configure_file(cmake/hcyclient.pc.in ${PROJECT_BINARY_DIR}/hcyclient.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/hcyclient.pc DESTINATION ${pc_directory} COMPONENT development)
+
+set(pc_prefix ${PROJECT_BINARY_DIR})
+set(pc_libdir ${PROJECT_BINARY_DIR}/src)
+set(pc_includedir ${PROJECT_SOURCE_DIR}/include)
+configure_file(cmake/hcyclient.pc.in ${PROJECT_BINARY_DIR}/hcyclient-uninstalled.pc @ONLY)
