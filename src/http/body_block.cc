@@ -2,6 +2,7 @@
 
 #include "http/body_block.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -28,8 +29,10 @@ bool BodyBlock::reserve(std::size_t capacity) {
   if (capacity <= capacity_) return true;
   char* grown = nullptr;
   if (isMapped(capacity_)) {
-    // A growing body takes many small steps: not a system call for each.
-    if (capacity <= SIZE_MAX - kHugePage) capacity += kHugePage;
+    // A body without a declared length takes many small steps, and each may move all of it. Room
+    // that stays untouched takes no memory.
+    const std::size_t step = std::max(kHugePage, capacity_ / 4);
+    if (capacity <= SIZE_MAX - step) capacity += step;
     grown = resizeLargeBlock(data_, capacity_, capacity);
   } else if (isMapped(capacity)) {
     grown = mapLargeBlock(capacity);

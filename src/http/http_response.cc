@@ -2,7 +2,6 @@
 
 #include "http/http_response.h"
 
-#include <algorithm>
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
 #include <boost/throw_exception.hpp>
 #include <charconv>
@@ -14,8 +13,6 @@
 
 namespace hcy {
 namespace {
-
-constexpr std::uint64_t kMostInAdvance = std::uint64_t{64} << 20;
 
 // Everything behind the second blank of a status line.
 std::string statusMessageOf(std::string_view statusLine) {
@@ -72,10 +69,8 @@ HttpResponse::HttpResponse(std::uint32_t responseSizeLimit, std::shared_ptr<Spar
 bool HttpResponse::appendBody(const char* bytes, std::size_t count) {
   if (declaredLength_ > responseSizeLimit_) return false;
   if (count == 0) return true;
-  // A declared length is room in advance, up to a bound: it may be a lie.
-  if (bodyLength_ == 0) {
-    static_cast<void>(body_.reserve(std::min<std::uint64_t>(declaredLength_, kMostInAdvance)));
-  }
+  // A declared length is room in advance: within the limit, and no memory until it is touched.
+  if (bodyLength_ == 0) static_cast<void>(body_.reserve(declaredLength_));
   if (!body_.reserve(bodyLength_ + count)) return false;
   std::memcpy(body_.data() + bodyLength_, bytes, count);
   bodyLength_ += count;

@@ -15,7 +15,8 @@ enum { CREATE_CONFIG = 0, DESTROY_CONFIG = 1, CREATE_CONTEXT = 6, DESTROY_CONTEX
 
 static void* library;
 
-/* An exported function. ISO C converts no pointer to an object into one to a function, POSIX does. */
+/* An exported function. ISO C converts no pointer to an object into one to a function, POSIX does.
+ */
 static Function exported(const char* name) {
   Function function;
   *(void**)(void*)&function = dlsym(library, name);

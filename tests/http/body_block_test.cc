@@ -56,6 +56,13 @@ TEST(BodyBlock, thatIsLargeBeginsWhereAHugePageCan) {
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block.data()) % (2 << 20), 0U);
 }
 
+TEST(BodyBlock, thatIsLargeDoesNotMoveForEachStep) {
+  BodyBlock block;
+  ASSERT_TRUE(block.reserve(10 * kMostKept));
+  ASSERT_TRUE(block.reserve(block.capacity() + 1));
+  EXPECT_GE(block.capacity(), 12 * kMostKept);
+}
+
 TEST(BodyBlock, thatCannotGrowStaysAsItIs) {
   for (const std::size_t size : {std::size_t{0}, std::size_t{3}, kMostKept + 1}) {
     BodyBlock block;

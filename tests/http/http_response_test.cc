@@ -4,7 +4,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <cstdlib>
+#include <fstream>
 #include <string>
 #include <type_traits>
 
@@ -65,6 +69,45 @@ TEST(HttpResponse, declaredLengthAtTheLimitIsAccepted) {
   response.addHeaderLine("Content-Length: 67108864\r\n");
   EXPECT_TRUE(response.appendBody("ab", 2));
   EXPECT_EQ(bodyOf(response), "ab");
+}
+
+struct Pages {
+  std::size_t addressed = 0;
+  std::size_t resident = 0;
+};
+
+Pages pages() {
+  Pages found;
+  std::ifstream("/proc/self/statm") >> found.addressed >> found.resident;
+  return found;
+}
+
+TEST(HttpResponse, declaredLengthIsRoomThatTakesNoMemory) {
+  HttpResponse response(UINT32_MAX);
+  response.addHeaderLine("Content-Length: 4000000000\r\n");
+  const std::size_t before = pages().resident;
+  EXPECT_TRUE(response.appendBody("ab", 2));
+  EXPECT_LT(pages().resident, before + 2048);
+  const char* const body = response.bodyData();
+  for (int i = 0; i < 8; ++i) {
+    EXPECT_TRUE(response.appendBody(std::string(1 << 20, 'x').data(), 1 << 20));
+  }
+  EXPECT_EQ(response.bodyData(), body);
+}
+
+// With room for no more than a GiB beside what there is.
+[[noreturn]] void receiveWithoutRoom() {
+  const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  const rlim_t most = pages().addressed * page + (std::size_t{1} << 30);
+  const rlimit addresses{most, most};
+  if (setrlimit(RLIMIT_AS, &addresses) != 0) std::exit(2);
+  HttpResponse response(UINT32_MAX);
+  response.addHeaderLine("Content-Length: 4000000000\r\n");
+  std::exit(response.appendBody("ab", 2) && bodyOf(response) == "ab" ? 0 : 1);
+}
+
+TEST(HttpResponse, declaredLengthWithoutRoomForItIsNoFailure) {
+  EXPECT_EXIT(receiveWithoutRoom(), testing::ExitedWithCode(0), "");
 }
 
 TEST(HttpResponse, declaredLengthOneAboveTheLimitRefusesTheFirstPiece) {
