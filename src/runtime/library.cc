@@ -4,7 +4,6 @@
 
 #include <curl/curl.h>
 
-#include <cstddef>
 #include <exception>
 #include <memory>
 #include <new>
@@ -12,31 +11,15 @@
 #include <string>
 
 #include "hcy/hcyclient.h"
-#include "runtime/client_config_slots.h"
-#include "runtime/client_context.h"
-#include "runtime/error_info.h"
 #include "runtime/exception_text.h"
-#include "runtime/feval.h"
+#include "runtime/runtime_table.h"
 
 namespace {
-
-// Interface version 1.0 ends with slot 10; the order of the slots never changes.
-static_assert(offsetof(hcyClientRuntime, setClientCertFile) == 11 * sizeof(void (*)()));
-static_assert(sizeof(hcyClientRuntime) == 25 * sizeof(void (*)()));
 
 // Never destroyed: static objects of the host may use the library until the program has ended.
 hcyClientRuntime* runtimeTable = nullptr;
 // NOLINTNEXTLINE(cert-err58-cpp): a process without memory for it fails to load the library.
 std::string& initializationErrorMessage = *new std::string;
-
-void fillSlots_1_0(hcyClientRuntime& runtime) {
-  hcy::fillConfigSlots_1_0(runtime);
-  runtime.createContext = hcy::createContext;
-  runtime.destroyContext = hcy::destroyContext;
-  runtime.getLastErrorInfo = hcy::getLastErrorInfo;
-  runtime.destroyLastErrorInfo = hcy::destroyLastErrorInfo;
-  runtime.feval = hcy::feval;
-}
 
 std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
   if (version != HCY_CLIENT_RUNTIME_1_0 && version != HCY_CLIENT_RUNTIME_1_1) {
@@ -47,8 +30,8 @@ std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
   if (curl_global_init(CURL_GLOBAL_ALL) != CURLE_OK) {
     throw std::runtime_error("Global initialization of QXHttpClient failed");
   }
-  fillSlots_1_0(*runtime);
-  if (version == HCY_CLIENT_RUNTIME_1_1) hcy::fillConfigSlots_1_1(*runtime);
+  hcy::fillSlots_1_0(*runtime);
+  if (version == HCY_CLIENT_RUNTIME_1_1) hcy::fillSlots_1_1(*runtime);
   return runtime;
 }
 
