@@ -37,15 +37,20 @@ def _function(name: str, result: Any, *arguments: Any, unlocks: bool = False) ->
     return found
 
 
-_destroy = _function('hcyDestroyArray', None, c_void_p)
+
+def _method(function: Any) -> Any:
+    """A method that is no code of Python: that of a finalizer may be interrupted, and what is
+    raised there is lost."""
+    make = ctypes.pythonapi.PyInstanceMethod_New
+    make.restype, make.argtypes = ctypes.py_object, (ctypes.py_object,)
+    return make(function)
 
 
 class Handle(c_void_p):
     """Owns an array of the library. Functions return it and calls write into it, so that there is
     no moment in which an interrupt could lose the array."""
 
-    def __del__(self, destroy: Any = _destroy) -> None:
-        destroy(self)
+    __del__ = _method(_function('hcyDestroyArray', None, c_void_p))
 
 
 initialize = _function('hcyInitializeEx', c_void_p, c_int)

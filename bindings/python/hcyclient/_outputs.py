@@ -34,10 +34,10 @@ def value_of(handle: Handle, limit: int) -> Any:
     _require_in_limit(count, shape, limit)
     if number == library.STRUCT:
         return _structs(handle, shape, count, limit)
-    if count and not resize(handle, shape):
-        raise MemoryError
     if number == library.CELL:
         return _cells(handle, shape, count, limit)
+    if count and not resize(handle, shape):
+        raise MemoryError
     if number == library.CHAR:
         return _text(handle, shape, count)
     return _numbers(handle, number, shape, count)

@@ -223,5 +223,5 @@ def test_types_derived_from_those_that_are_carried(echo):
     assert echo(enum.IntEnum('E', 'a b').b).item() == 2
     assert echo(collections.OrderedDict(a='b')) == {'a': 'b'}
     assert echo(np.str_('text')) == 'text'
-    assert echo(np.matrix([[1.0, 2.0]])).shape == (1, 2)
+    assert echo(np.rec.array([(1, 2)], names='a,b'))['b'].item() == 2
     assert echo(collections.namedtuple('Pair', 'a b')('x', 'y')) == ['x', 'y']

@@ -1,0 +1,275 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Clients and calls."""
+import gc
+import os
+import pickle
+import subprocess
+import sys
+import threading
+import time
+import weakref
+
+import numpy as np
+import pytest
+import replies
+
+import hcyclient
+from hcyclient import Error, FunctionError, HttpError, StackFrame, TransportError
+
+
+def test_the_number_of_outputs_decides_what_is_returned(server, client):
+    assert client.feval(server + '/echo', 'a', 'b', nargout=2) == ('a', 'b')
+    assert client.feval(server + '/echo', 'a', nargout=0) is None
+    assert client.feval(server + '/echo', 'a') == 'a'
+    u, s, v = client.feval(server + '/linalg/svd', np.arange(6.0).reshape(3, 2), nargout=3)
+    np.testing.assert_allclose(u @ s @ v.T, np.arange(6.0).reshape(3, 2), atol=1e-12)
+
+
+def test_it_solves(server):
+    with hcyclient.Client(timeout=30) as client:
+        a, b = np.array([[2.0, 1], [1, 3]]), np.array([[3.0], [5]])
+        x = client.feval(server + '/linalg/solve', a, b)
+    np.testing.assert_allclose(a @ x, b)
+
+
+def test_a_function_is_called_like_one_of_python(server, client):
+    plus = client.function(server + '/math/plus')
+    assert plus(2, 3).item() == 5
+    assert client.function(server + '/echo')(2, 'b', nargout=2)[1] == 'b'
+    assert repr(plus) == f'<function {server}/math/plus>'
+    assert [array.item() for array in map(plus, [1, 2], [10, 20])] == [11, 22]
+
+
+@pytest.mark.parametrize('nargout, kind', [(-1, ValueError), (2**31, ValueError), ('2', TypeError),
+                                           (1.5, TypeError)])
+def test_a_bad_number_of_outputs(server, client, nargout, kind):
+    with pytest.raises(kind, match='nargout is '):
+        client.feval(server + '/echo', 1, nargout=nargout)
+
+
+def test_a_bad_url(client):
+    with pytest.raises(TypeError, match='a URL is a str, not bytes'):
+        client.feval(b'http://127.0.0.1')
+    with pytest.raises(ValueError, match='a URL has a NUL inside'):
+        client.function('http://127.0.0.1\0')
+
+
+def test_an_http_error(server, client):
+    with pytest.raises(HttpError) as raised:
+        client.feval(server + '/no/such/function')
+    assert (raised.value.status, raised.value.reason) == (404, 'Not Found')
+    assert str(raised.value) == 'HTTP status 404 Not Found'
+
+
+def test_a_reason_in_any_bytes(client):
+    with replies.answering(b'', 503, 'K\xe4se') as url, pytest.raises(HttpError) as raised:
+        client.feval(url)
+    assert (raised.value.status, raised.value.reason) == (503, 'K\\xe4se')
+
+
+def test_an_error_of_the_function(server, client):
+    with pytest.raises(FunctionError) as raised:
+        client.feval(server + '/demo/fail', 'example:id', 'what went wrong', 2)
+    error = raised.value
+    assert (error.message, error.identifier) == ('what went wrong', 'example:id')
+    assert error.stack == (StackFrame('demo/fail_1', 'fail_1', 1),
+                           StackFrame('demo/fail_2', 'fail_2', 2))
+    assert str(error) == 'example:id: what went wrong'
+
+
+def test_a_transport_error(client):
+    with pytest.raises(TransportError) as raised:
+        client.feval('http://127.0.0.1:1/any')
+    assert raised.value.text == "Couldn't connect to server" == str(raised.value)
+
+
+def test_another_number_of_outputs_is_a_transport_error(client):
+    reply = replies.result(*[replies.double_array([1, 1], 1)] * 3)
+    with replies.answering(reply) as url:
+        for nargout in (0, 1, 2, 4):
+            with pytest.raises(TransportError, match='Number of outputs received from VORTEN, 3'):
+                client.feval(url, nargout=nargout)
+        assert len(client.feval(url, nargout=3)) == 3
+
+
+def test_a_client_goes_on_after_failures(server, client):
+    for _ in range(3):
+        with pytest.raises(Error):
+            client.feval(server + '/demo/fail', 'a:b', 'c')
+        assert client.feval(server + '/echo', 'x') == 'x'
+
+
+@pytest.mark.parametrize('error', [
+    HttpError(404, 'Not Found'), FunctionError('message', 'a:b', (StackFrame('f', 'n', 3),)),
+    TransportError('text')])
+def test_errors_can_be_sent_to_another_process(error):
+    again = pickle.loads(pickle.dumps(error))
+    assert type(again) is type(error) and isinstance(again, Error) and vars(again) == vars(error)
+
+
+def test_a_closed_client_says_so(server):
+    client = hcyclient.Client()
+    function = client.function(server + '/echo')
+    with client:
+        function(1)
+    client.close()  # again, which does nothing
+    for call in (function, lambda *_: client.feval(server + '/echo')):
+        with pytest.raises(RuntimeError, match='this client is closed'):
+            call(1)
+
+
+def test_a_client_that_nobody_holds_is_closed(server):
+    client = hcyclient.Client()
+    client.feval(server + '/echo', 1)
+    connection = client._connection
+    gone = weakref.ref(client)
+    del client
+    gc.collect()
+    assert gone() is None and not connection.context
+
+
+def test_the_library_is_started_for_the_first_client_and_ended_with_the_last(server):
+    subprocess.run([sys.executable, '-c', '''
+import sys, hcyclient
+from hcyclient import _library, _runtime
+ended = []
+terminate = _library.terminate
+_library.terminate = lambda: (ended.append(1), terminate())
+first, second = hcyclient.Client(), hcyclient.Client()
+first.close()
+first.close()
+assert not ended
+assert second.feval(sys.argv[1] + '/echo', 'x') == 'x'
+second.close()
+assert ended == [1] and _runtime._runtime is None
+with hcyclient.Client() as third:
+    assert third.feval(sys.argv[1] + '/echo', 'x') == 'x'
+assert ended == [1, 1]
+''', server], check=True)
+
+
+def test_a_library_that_other_code_started_for_1_0_is_refused():
+    subprocess.run([sys.executable, '-c', '''
+import hcyclient
+from hcyclient import _library
+_library.initialize(0x10000)
+try:
+    hcyclient.Client()
+except hcyclient.Error as error:
+    assert 'version 1.0' in str(error), error
+    raise SystemExit(0)
+raise SystemExit('no error')
+'''], check=True)
+
+
+def test_a_library_that_is_not_there_is_an_import_error(tmp_path):
+    outcome = subprocess.run([sys.executable, '-c', 'import hcyclient'], stderr=subprocess.PIPE,
+                             text=True, env={**os.environ, 'HCYCLIENT_LIBRARY': str(tmp_path / 'x')})
+    assert outcome.returncode == 1
+    assert 'ImportError: the library of hcyclient cannot be loaded' in outcome.stderr
+    assert 'HCYCLIENT_LIBRARY' in outcome.stderr
+
+
+def test_the_loader_of_the_system_finds_the_library_too(server):
+    environment = dict(os.environ)
+    library = environment.pop('HCYCLIENT_LIBRARY')
+    environment['LD_LIBRARY_PATH'] = os.path.dirname(library)
+    subprocess.run([sys.executable, '-c', '''
+import sys, hcyclient
+with hcyclient.Client() as client:
+    client.feval(sys.argv[1] + '/echo', 1)
+''', server], env=environment, check=True)
+
+
+def test_two_threads_at_once_are_told(server, client):
+    """Each gets its own answer or a RuntimeError, and the client serves them again afterwards."""
+    started, outcome = threading.Event(), []
+
+    def sleep():
+        started.set()
+        outcome.append(client.feval(server + '/demo/sleep', 0.5).item())
+
+    thread = threading.Thread(target=sleep)
+    thread.start()
+    started.wait()
+    time.sleep(0.2)
+    for use in (lambda: client.feval(server + '/echo', 1), client.close):
+        with pytest.raises(RuntimeError, match='in use by another call: each thread needs a cli'):
+            use()
+    thread.join()
+    assert outcome == [0.5]
+    assert client.feval(server + '/echo', 'x') == 'x'
+
+
+def test_a_client_each_for_many_threads(server):
+    failures = []
+
+    def work(number):
+        with hcyclient.Client() as client:
+            for i in range(50):
+                back = client.feval(server + '/echo', np.full((3, 3), number), [i, str(i)],
+                                    nargout=2)
+                if back[0][2, 2] != number or back[1][1] != str(i):
+                    failures.append((number, i))
+
+    threads = [threading.Thread(target=work, args=(number,)) for number in range(8)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert not failures
+
+
+def test_other_threads_run_during_a_call(server, client):
+    def count():
+        while not done.is_set():
+            ticks.append(1)
+            time.sleep(0.01)
+
+    done, ticks = threading.Event(), []
+    thread = threading.Thread(target=count)
+    thread.start()
+    client.feval(server + '/demo/sleep', 0.5)
+    done.set()
+    thread.join()
+    assert len(ticks) > 10
+
+
+def in_child(function):
+    """The exit status of a child process that does only this."""
+    child = os.fork()
+    if child == 0:
+        status = 1
+        try:
+            status = function() or 0
+        finally:
+            os._exit(status)
+    return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+
+
+def test_after_a_fork_only_the_parent_uses_the_client(server, client):
+    assert client.feval(server + '/echo', 'before') == 'before'
+
+    def use():
+        client.close()  # leaves the connection to the parent
+        try:
+            client.feval(server + '/echo', 1)
+        except RuntimeError as error:
+            assert 'before the process forked: make one in the child' in str(error)
+            with hcyclient.Client() as own:
+                return 7 if own.feval(server + '/echo', 'x') == 'x' else 1
+
+    assert in_child(use) == 7
+    assert client.feval(server + '/echo', 'after') == 'after'
+
+
+def test_an_interpreter_ends_while_a_thread_calls(server):
+    """Neither does it crash nor wait for the thread."""
+    outcome = subprocess.run([sys.executable, '-c', '''
+import sys, threading, time, hcyclient
+client = hcyclient.Client()
+threading.Thread(target=client.feval, args=(sys.argv[1] + '/demo/sleep', 900), daemon=True).start()
+time.sleep(0.3)
+view = hcyclient.Client().feval(sys.argv[1] + '/echo', 1)
+''', server], timeout=300)
+    assert outcome.returncode == 0
