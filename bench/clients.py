@@ -17,6 +17,7 @@ PROGRAMS = {
     "by_hand": ("bench-by-hand", "bench-echo-server"),
     "by_hand_filling": ("bench-by-hand-filling", "bench-echo-server"),
     "library": ("bench-library", "bench-echo-server"),
+    "cpp": ("bench-library-cpp", "bench-echo-server"),
     "library_filling": ("bench-library-filling", "bench-echo-server"),
     "python": (PYTHON_CLIENT, "bench-echo-server"),
 }

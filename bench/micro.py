@@ -32,13 +32,16 @@ def columns(found):
 def measure(directory):
     # The fields of struct arrays are a table of their own, of how cost grows.
     library = run(directory, "bench-micro-library", "-^fields/")
+    cpp = run(directory, "bench-micro-cpp")
     message = run(directory, "bench-micro-message")
-    print("\nWithout network: processor time of an operation of the library, and of the same done "
-          "on a plain message\n")
-    print("| operation | library, ns | allocations | GB/s | message, ns | allocations | GB/s |")
-    print("| --- |" + " ---: |" * 6)
+    print("\nWithout network: processor time of an operation of the library, of the same by its C++ "
+          "face, and done on a plain message\n")
+    print("| operation |" + "".join(f" {name}, ns | allocations | GB/s |"
+                                    for name in ("library", "cpp", "message")))
+    print("| --- |" + " ---: |" * 9)
     for name, found in library.items():
-        print("| " + " | ".join([name] + columns(found) + columns(message.get(name))) + " |")
+        print("| " + " | ".join([name] + columns(found) + columns(cpp.get(name))
+                                + columns(message.get(name))) + " |")
     print(f"\nA 1-by-1 double is created and destroyed within "
           f"{library['create/scalar/1']['allocations']:.0f} allocations.")
-    return {"library": library, "message": message}
+    return {"library": library, "cpp": cpp, "message": message}

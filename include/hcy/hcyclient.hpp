@@ -38,6 +38,7 @@
 #include <complex>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <iterator>
 #include <limits>
@@ -269,6 +270,32 @@ inline const char* cText(const std::string& text) {
   return text.c_str();
 }
 
+// Whether all bytes are ASCII, eight at a time.
+inline bool isAscii(std::string_view text) {
+  std::uint64_t seen = 0;
+  std::uint64_t eight = 0;
+  std::size_t i = 0;
+  for (; text.size() - i >= sizeof eight; i += sizeof eight) {
+    std::memcpy(&eight, text.data() + i, sizeof eight);
+    seen |= eight;
+  }
+  for (; i < text.size(); ++i) seen |= static_cast<unsigned char>(text[i]);
+  return (seen & 0x8080808080808080U) == 0;
+}
+
+// The same for code units, four at a time.
+inline bool isAscii(const char16_t* units, std::size_t count) {
+  std::uint64_t seen = 0;
+  std::uint64_t four = 0;
+  std::size_t i = 0;
+  for (; count - i >= 4; i += 4) {
+    std::memcpy(&four, units + i, sizeof four);
+    seen |= four;
+  }
+  for (; i < count; ++i) seen |= units[i];
+  return (seen & 0xFF80FF80FF80FF80U) == 0;
+}
+
 // Takes the code point at `position` and steps behind it.
 inline char32_t nextCodePoint(const char*& position, const char* end) {
   const auto byteAt = [](const char* at) { return static_cast<unsigned char>(*at); };
@@ -290,6 +317,7 @@ inline char32_t nextCodePoint(const char*& position, const char* end) {
 }
 
 inline std::size_t utf16Length(std::string_view text) {
+  if (isAscii(text)) return text.size();
   std::size_t units = 0;
   const char* const end = text.data() + text.size();
   for (const char* position = text.data(); position != end;) {
@@ -298,7 +326,13 @@ inline std::size_t utf16Length(std::string_view text) {
   return units;
 }
 
-inline void writeUtf16(std::string_view text, char16_t* out) {
+// The text has this many code units.
+inline void writeUtf16(std::string_view text, char16_t* out, std::size_t length) {
+  // As many as bytes: then each is one of ASCII.
+  if (length == text.size()) {
+    std::copy(text.begin(), text.end(), out);
+    return;
+  }
   const char* const end = text.data() + text.size();
   for (const char* position = text.data(); position != end;) {
     const char32_t codePoint = nextCodePoint(position, end);
@@ -331,6 +365,12 @@ inline void appendUtf8(char32_t codePoint, std::string& text) {
 // As hcyArrayToString(): a surrogate is combined with whatever unit follows it.
 inline std::string utf8Of(const char16_t* unit, std::size_t count) {
   std::string text;
+  if (isAscii(unit, count)) {
+    text.resize(count);
+    std::transform(unit, unit + count, text.begin(),
+                   [](char16_t ascii) { return static_cast<char>(ascii); });
+    return text;
+  }
   text.reserve(count);
   for (const char16_t* const end = unit + count; unit != end;) {
     char32_t codePoint = *unit++;
@@ -442,7 +482,7 @@ class Array {
     const std::size_t length = detail::utf16Length(text);
     const std::size_t shape[] = {1, length};
     *this = adopt(hcyCreateCharArray(length == 0 ? 0 : 2, shape));
-    if (length != 0) detail::writeUtf16(text, dataOf<char16_t>());
+    if (length != 0) detail::writeUtf16(text, dataOf<char16_t>(), length);
   }
   /** A 1-by-n char array from UTF-8. */
   Array(const std::string& text) : Array(std::string_view(text)) {}
@@ -915,10 +955,9 @@ class Slot {
 
   // Throws unless there is such an element or field.
   void require() const {
-    const char* const wanted = field_ == nullptr ? "cell" : "struct";
-    if (!hcyIsClass(container_, wanted)) {
+    if (!(field_ == nullptr ? hcyIsCell(container_) : hcyIsStruct(container_))) {
       throw UsageError("the array is " + std::string(hcyGetClassName(container_)) + ", not " +
-                       wanted);
+                       (field_ == nullptr ? "cell" : "struct"));
     }
     if (index_ >= hcyGetNumberOfElements(container_)) {
       throw UsageError("there is no element " + std::to_string(index_));

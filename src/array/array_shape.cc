@@ -28,26 +28,32 @@ void write(const Shape& shape, DimensionList& dimensions) {
   std::ranges::copy(shape, dimensions.begin());
 }
 
-// Takes the new dimensions over and gives the array storage for them. Where memory for that cannot
-// be had the old ones come back; dimensions that are too large stay written.
-void setShape(hcyArray* array, const Shape& shape) {
-  DimensionList& dimensions = *messageOf(array).mutable_dimension();
-  const Shape old(dimensions.begin(), dimensions.end());
-  write(shape, dimensions);
+// Gives the array storage for its new dimensions. Where memory for that cannot be had, restoreOld()
+// brings the old ones back; dimensions that are too large stay written.
+template <class RestoreOld>
+void fitStorage(hcyArray* array, RestoreOld restoreOld) {
   try {
-    proxyOf(array).resize(hcy::checkedSize(hcy::elementCount(shape)));
+    proxyOf(array).resize(hcy::checkedSize(hcy::elementCount(messageOf(array))));
   } catch (const std::bad_alloc&) {
-    write(old, dimensions);  // needs no memory: there was room for them
+    restoreOld();
     throw;
   }
 }
 
-void setDimension(hcyArray* array, std::size_t which, size_t value) {
-  const DimensionList& dimensions = messageOf(array).dimension();
-  Shape shape(dimensions.begin(), dimensions.end());
-  if (which >= shape.size()) return;
-  shape[which] = value;
-  setShape(array, shape);
+void setShape(hcyArray* array, const Shape& shape) {
+  DimensionList& dimensions = *messageOf(array).mutable_dimension();
+  const Shape old(dimensions.begin(), dimensions.end());
+  write(shape, dimensions);
+  // Needs no memory: there was room for them.
+  fitStorage(array, [&] { write(old, dimensions); });
+}
+
+void setDimension(hcyArray* array, int which, size_t value) {
+  DimensionList& dimensions = *messageOf(array).mutable_dimension();
+  if (which >= dimensions.size()) return;
+  const std::uint64_t old = dimensions[which];
+  dimensions[which] = value;
+  fitStorage(array, [&] { dimensions[which] = old; });
 }
 
 }  // namespace

@@ -26,8 +26,8 @@ TEST(FrozenRecords, MembersAreWhereTheyWere) {
 }
 
 TEST(FrozenRecords, MembersHaveTheTypesTheyHad) {
-#define HCY_EXPECT(record, member, place, size)                                    \
-  EXPECT_TRUE((std::is_same_v<decltype(std::declval<hcy##record>().member),        \
+#define HCY_EXPECT(record, member, place, size)                                      \
+  EXPECT_TRUE((std::is_same_v<decltype(std::declval<hcy##record>().member),          \
                               decltype(std::declval<frozen_1_1::record>().member)>)) \
       << #record "." #member;
   HCY_FROZEN_MEMBERS_1_1(HCY_EXPECT)
