@@ -122,5 +122,19 @@ TEST(CppArrayText, fillsCells) {
   EXPECT_THROW(Array("a").toVector<std::string>(), UsageError);
 }
 
+TEST(CppArrayText, mayHaveWhatIsNotAsciiAnywhere) {
+  for (std::size_t length = 1; length <= 20; ++length) {
+    for (std::size_t at = 0; at < length; ++at) {
+      const std::string before(at, 'a');
+      const std::string after(length - at - 1, 'z');
+      const Array umlaut = before + "\u00fc" + after;
+      EXPECT_EQ(umlaut.size(), length);
+      EXPECT_EQ(umlaut.span<char16_t>()[at], u'\u00fc');
+      EXPECT_EQ(umlaut.toString(), before + "\u00fc" + after);
+      EXPECT_EQ(Array(before + "\U0001f600" + after).toString(), before + "\U0001f600" + after);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace hcyclient

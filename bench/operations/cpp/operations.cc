@@ -15,8 +15,9 @@ namespace {
 using hcyclient::Array;
 
 void addDoubles(Operations& operations, std::size_t size) {
-  operations.push_back(operation(operationName("create", "double", size),
-                                 [=] { return [=] { keep(Array::zeros<double>(size, 1).get()); }; }));
+  operations.push_back(operation(operationName("create", "double", size), [=] {
+    return [=] { keep(Array::zeros<double>(size, 1).get()); };
+  }));
   operations.push_back(operation(operationName("duplicate", "double", size), [=] {
     return [array = Array::zeros<double>(size, 1)] { keep(array.copy().get()); };
   }));
@@ -61,15 +62,10 @@ void addFields(Operations& operations, int fields) {
 void addTexts(Operations& operations, std::size_t size) {
   operations.push_back(operation(
       operationName("create_string", "ascii", size),
-      [=] {
-        return [text = std::string(size, 'a')] { keep(Array(text).get()); };
-      },
-      size));
+      [=] { return [text = std::string(size, 'a')] { keep(Array(text).get()); }; }, size));
   operations.push_back(operation(
       operationName("to_string", "ascii", size),
-      [=] {
-        return [array = Array(std::string(size, 'a'))] { keep(array.toString().data()); };
-      },
+      [=] { return [array = Array(std::string(size, 'a'))] { keep(array.toString().data()); }; },
       size));
 }
 
@@ -77,8 +73,7 @@ void addTexts(Operations& operations, std::size_t size) {
 
 Operations allOperations() {
   Operations operations;
-  operations.push_back(
-      operation("create/scalar/1", [] { return [] { keep(Array(1.0).get()); }; }));
+  operations.push_back(operation("create/scalar/1", [] { return [] { keep(Array(1.0).get()); }; }));
   for (const std::size_t size : arraySizes) addDoubles(operations, size);
   for (const std::size_t size : arraySizes) addCells(operations, size);
   for (const int fields : fieldCounts) addFields(operations, fields);
