@@ -16,6 +16,7 @@ install(FILES LICENSE DESTINATION ${documents} COMPONENT runtime)
 install(DIRECTORY include/hcy DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(FILES README.md DESTINATION ${documents} COMPONENT development)
 install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT development
+  USE_SOURCE_PERMISSIONS
   PATTERN CMakeLists.txt EXCLUDE
   PATTERN Doxyfile EXCLUDE
   PATTERN check_blocks EXCLUDE
@@ -23,6 +24,8 @@ install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT development
 
 if(HCY_BUILD_SERVER)
   install(TARGETS hcy-local-server RUNTIME COMPONENT tools)
+  install(FILES server/hcy-local-server.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES server/README.md DESTINATION ${documents}/server COMPONENT tools)
 endif()
 

@@ -1,0 +1,60 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# Debian packages by CPack, one for each component of the install tree; script/package makes them.
+
+# hcy_add_package(component package section description [dependency...]): the description's first
+# line is the summary. Libraries that its programs are linked with are found without being named.
+macro(hcy_add_package component package section description)
+  string(TOUPPER ${component} key)
+  string(JOIN ", " CPACK_DEBIAN_${key}_PACKAGE_DEPENDS ${ARGN})
+  list(APPEND CPACK_COMPONENTS_ALL ${component})
+  set(CPACK_DEBIAN_${key}_PACKAGE_NAME ${package})
+  set(CPACK_DEBIAN_${key}_PACKAGE_SECTION ${section})
+  set(CPACK_DEBIAN_${key}_DESCRIPTION ${description})
+endmacro()
+
+# The version is that of the newest entry in Debian's log of changes.
+file(STRINGS ${PROJECT_SOURCE_DIR}/packaging/debian/changelog newest_entry LIMIT_COUNT 1)
+if(NOT newest_entry MATCHES "^hcyclient \\(${PROJECT_VERSION}-([0-9]+)\\)")
+  message(FATAL_ERROR "packaging/debian/changelog has no entry for ${PROJECT_VERSION} on top")
+endif()
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_1})
+set(package_version ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
+
+set(CPACK_COMPONENTS_ALL)
+hcy_add_package(runtime libhcyclient1 libs
+"client for functions deployed on a Halcyon compute server
+A program builds arrays of the VORTEN language, evaluates a function that is
+named by its URL, and gets arrays back, or a structured account of what went
+wrong. One evaluation is one HTTP request.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
+hcy_add_package(development libhcyclient-dev libdevel
+"client for functions of a Halcyon compute server - development files
+Headers for C and C++, the configurations for CMake and pkg-config, guides and
+examples for programs that use libhcyclient."
+  "libhcyclient1 (= ${package_version})")
+if(HCY_BUILD_SERVER)
+  hcy_add_package(tools hcyclient-tools devel
+"local Halcyon compute server to develop and test clients with
+hcy-local-server serves a handful of functions over HTTP and HTTPS, so that a
+client can be written, tested and measured without a network.")
+endif()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_PACKAGE_CONTACT "hcyclient maintainers <maintainers@hcyclient.example>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/finish_debian.cmake)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY >=)
+include(CPack)
