@@ -3,10 +3,11 @@
 """A small binding for Python, with nothing but ctypes. Usage: binding.py SERVER_URL"""
 import ctypes
 import sys
-from ctypes import POINTER, byref, c_char_p, c_double, c_int, c_int32, c_size_t
-from ctypes import c_uint32, c_void_p
+from ctypes import CFUNCTYPE, POINTER, PYFUNCTYPE, byref, c_char_p, c_double, c_int, c_int32
+from ctypes import c_size_t, c_uint32, c_void_p, sizeof
 
-library = ctypes.CDLL('build/release/src/libhcyclient.so.1')
+# Functions of a PyDLL keep the interpreter's lock while they run, and those of a CDLL do not.
+library = ctypes.PyDLL('build/release/src/libhcyclient.so.1')
 
 
 def function(name, result, *arguments):
@@ -15,32 +16,72 @@ def function(name, result, *arguments):
     return found
 
 
-create_matrix = function('hcyCreateDoubleMatrix', c_void_p, c_size_t, c_size_t, c_int32)
-destroy_array = function('hcyDestroyArray', None, c_void_p)
-get_real = function('hcyGetPr', POINTER(c_double), c_void_p)
+def method(function):
+    """Makes the interpreter call the function with the object, and no code of Python between."""
+    make = ctypes.pythonapi.PyInstanceMethod_New
+    make.restype, make.argtypes = ctypes.py_object, [ctypes.py_object]
+    return make(function)
+
+
+class Array(c_void_p):
+    """A handle: a pointer that is an object, whose finalizer is a function of the library."""
+    __del__ = method(function('hcyDestroyArray', None, c_void_p))
+
+
+create_matrix = function('hcyCreateDoubleMatrix', Array, c_size_t, c_size_t, c_int32)
+set_dimensions = function('hcySetDimensions', c_int, c_void_p, POINTER(c_size_t), c_size_t)
+get_dimensions = function('hcyGetDimensions', POINTER(c_size_t), c_void_p)
+get_dimension_count = function('hcyGetNumberOfDimensions', c_size_t, c_void_p)
 get_count = function('hcyGetNumberOfElements', c_size_t, c_void_p)
+get_real = function('hcyGetPr', c_void_p, c_void_p)
 initialize = function('hcyInitializeEx', c_void_p, c_int)
 init_message = function('hcyGetInitializationErrorMessage', c_char_p)
 terminate = function('hcyTerminate', None)
 
-slot = ctypes.CFUNCTYPE
+LARGEST_REPLY = 64 << 20
+
+
+def array_of(values):
+    """A column."""
+    array = create_matrix(1, 1, 0)
+    if set_dimensions(array, (c_size_t * 2)(len(values), 1), 2):
+        raise MemoryError
+    ctypes.memmove(get_real(array), (c_double * len(values))(*values), 8 * len(values))
+    return array
+
+
+def view_of(array):
+    """The elements of an array of a reply, in place."""
+    count = get_count(array)
+    if count > LARGEST_REPLY:
+        raise CallFailed('the reply holds an array that is larger than it may be itself')
+    # There may be fewer elements than the dimensions say.
+    shape = get_dimensions(array)[:get_dimension_count(array)] if count else []
+    if count and set_dimensions(array, (c_size_t * len(shape))(*shape), len(shape)):
+        raise MemoryError
+    address = get_real(array)  # null for another class, and when there are none
+    if not address:
+        return []
+    elements = (c_double * count).from_address(address)
+    elements.array = array  # which lives as long as the view
+    return elements
 
 
 class Runtime(ctypes.Structure):
     """The slots of version 1.0, in the order of the header; those of 1.1 follow."""
     _fields_ = [
-        ('create_config', slot(c_int, POINTER(c_void_p))),
-        ('destroy_config', slot(None, c_void_p)),
-        ('set_time_out', slot(None, c_void_p, c_uint32)),
-        ('get_time_out', slot(c_uint32, c_void_p)),
-        ('set_response_size_limit', slot(None, c_void_p, c_uint32)),
-        ('get_response_size_limit', slot(c_uint32, c_void_p)),
-        ('create_context', slot(c_int, POINTER(c_void_p), c_void_p)),
-        ('destroy_context', slot(None, c_void_p)),
-        ('get_last_error_info', slot(None, c_void_p, c_void_p)),
-        ('destroy_last_error_info', slot(None, c_void_p)),
-        ('feval', slot(c_int, c_void_p, c_char_p, c_int32, POINTER(c_void_p), c_int32,
-                       POINTER(c_void_p))),
+        ('create_config', PYFUNCTYPE(c_int, POINTER(c_void_p))),
+        ('destroy_config', PYFUNCTYPE(None, c_void_p)),
+        ('set_time_out', PYFUNCTYPE(None, c_void_p, c_uint32)),
+        ('get_time_out', PYFUNCTYPE(c_uint32, c_void_p)),
+        ('set_response_size_limit', PYFUNCTYPE(None, c_void_p, c_uint32)),
+        ('get_response_size_limit', PYFUNCTYPE(c_uint32, c_void_p)),
+        ('create_context', PYFUNCTYPE(c_int, POINTER(c_void_p), c_void_p)),
+        ('destroy_context', CFUNCTYPE(None, c_void_p)),
+        ('get_last_error_info', PYFUNCTYPE(None, c_void_p, c_void_p)),
+        ('destroy_last_error_info', PYFUNCTYPE(None, c_void_p)),
+        # Waits for the network: it releases the interpreter's lock.
+        ('feval', CFUNCTYPE(c_int, c_void_p, c_char_p, c_int32, c_void_p, c_int32, c_void_p)),
     ]
 
 
@@ -61,38 +102,23 @@ class ErrorInfo(ctypes.Structure):
     _fields_ = [('kind', c_int32), ('message', c_char_p), ('details', Details)]
 
 
-class Array:
-    """Owns a handle, which the collector of garbage returns."""
-
-    def __init__(self, handle):
-        self.handle = handle
-
-    def __del__(self):
-        destroy_array(self.handle)
-
-    @classmethod
-    def of(cls, values):
-        array = cls(create_matrix(len(values), 1, 0))
-        ctypes.memmove(get_real(array.handle), (c_double * len(values))(*values), 8 * len(values))
-        return array
-
-    def values(self):
-        elements = get_real(self.handle)  # null for another class, and when there are none
-        return elements[:get_count(self.handle)] if elements else []
-
-
 class CallFailed(Exception):
     pass
+
+
+def text(found):
+    """Texts are the server's, byte for byte."""
+    return found.decode(errors='backslashreplace')
 
 
 class Client:
     def __init__(self):
         table = initialize(0x10000)
         if not table:
-            raise RuntimeError(init_message().decode())
+            raise CallFailed(text(init_message()))
         self.runtime = Runtime.from_address(table)
         config, self.context = c_void_p(), c_void_p()
-        if self.runtime.create_config(byref(config)) != 0:
+        if self.runtime.create_config(byref(config)):
             raise MemoryError
         failed = self.runtime.create_context(byref(self.context), config)
         self.runtime.destroy_config(config)
@@ -104,31 +130,34 @@ class Client:
         terminate()
 
     def call(self, url, inputs, nargout=1):
-        outputs = (c_void_p * nargout)()
-        handles = (c_void_p * len(inputs))(*(array.handle for array in inputs))
-        failed = self.runtime.feval(self.context, url.encode(), nargout, outputs, len(inputs),
-                                    handles)
-        arrays = [Array(handle) for handle in outputs]  # those of a failed call go at once
-        if failed:
+        room = (c_void_p * nargout)()  # null
+        outputs = [Array.from_buffer(room, i * sizeof(c_void_p)) for i in range(nargout)]
+        handles = (c_void_p * len(inputs))(*(array.value for array in inputs))
+        if self.runtime.feval(self.context, url.encode(), nargout, room, len(inputs), handles):
             raise self.failure()
-        return arrays
+        return outputs
 
     def failure(self):
         info = ErrorInfo()
-        self.runtime.get_last_error_info(self.context, byref(info))
-        if info.kind == 0:
-            text = f'{info.details.http.status} {info.details.http.reason.decode().strip()}'
-        elif info.kind == 1:
-            text = f'{info.details.vorten.identifier.decode()} {info.details.vorten.message.decode()}'
-        else:
-            text = info.details.generic.decode()
-        self.runtime.destroy_last_error_info(byref(info))
-        return CallFailed(text)
+        try:
+            self.runtime.get_last_error_info(self.context, byref(info))
+            if info.kind == 0:
+                http = info.details.http
+                return CallFailed(f'{http.status} {text(http.reason).strip()}')
+            if info.kind == 1:
+                vorten = info.details.vorten
+                return CallFailed(f'{text(vorten.identifier)} {text(vorten.message)}')
+            return CallFailed(text(info.details.generic))
+        finally:
+            self.runtime.destroy_last_error_info(byref(info))
 
 
 client = Client()
 server = sys.argv[1]
-print(client.call(server + '/math/plus', [Array.of([1.0, 2.0]), Array.of([10.0])])[0].values())
+[total] = client.call(server + '/math/plus', [array_of([1.0, 2.0]), array_of([10.0])])
+elements = view_of(total)
+del total
+print(list(elements))
 for name in ['math/minus', 'math/plus']:
     try:
         client.call(f'{server}/{name}', [])

@@ -89,34 +89,32 @@ def _sequence(value: Sequence[Any]) -> Handle:
     if isinstance(first, Mapping) and all(
             isinstance(element, Mapping) and element.keys() == first.keys() for element in value):
         names = list(first)
-        return _structs((1, len(value)), names, range(len(value)),
+        return _structs((1, len(value)), names, ((i,) for i in range(len(value))),
                         ([element[name] for name in names] for element in value))
     return _cell(value)
 
 
 def _mapping(value: Mapping[Any, Any]) -> Handle:
-    return _structs((1, 1), list(value), (), [value.values()])
+    return _structs((1, 1), list(value), [()], [value.values()])
 
 
 def _structured_array(value: NDArray) -> Handle:
     names = list(value.dtype.names or ())
     elements = value.reshape(-1, order='F')
-    return _structs(matrix_shape(value.shape), names, _indices(value),
+    return _structs(matrix_shape(value.shape), names, ((index,) for index in _indices(value)),
                     ([element[name] for name in names] for element in elements))
 
 
-def _structs(shape: Sequence[int], names: list[Any], places: Iterable[object],
+def _structs(shape: Sequence[int], names: list[Any], places: Iterable[tuple[object, ...]],
              elements: Iterable[Iterable[Any]]) -> Handle:
-    """A struct array of these elements, whose values come in the order of the names. A single one
-    has no place of its own."""
+    """A struct array of these elements, whose values come in the order of the names."""
     handle = sized(library.create_struct(1, 1, len(names), (c_char_p * len(names))(
         *map(_field_name, names))), shape)
     if not names:
         return handle
-    steps: Iterable[tuple[object, ...]] = ((place,) for place in places) if places != () else [()]
-    for index, (step, values) in enumerate(zip(steps, elements)):
+    for index, (place, values) in enumerate(zip(places, elements)):
         for number, value in enumerate(values):
-            library.set_field(handle, index, number, _element(value, *step, names[number]))
+            library.set_field(handle, index, number, _element(value, *place, names[number]))
     return handle
 
 

@@ -59,14 +59,15 @@ def result(*outputs):
 
 
 @contextlib.contextmanager
-def answering(body, status=200, reason=None):
-    """The URL of a server that answers so."""
+def answering(body, status=200, reason=None, meanwhile=lambda: None):
+    """The URL of a server that answers so, and does something before each answer."""
 
     class Handler(http.server.BaseHTTPRequestHandler):
         protocol_version = 'HTTP/1.1'
 
         def do_POST(self):
             self.rfile.read(int(self.headers['Content-Length']))
+            meanwhile()
             self.send_response(status, reason)
             self.send_header('Content-Length', str(len(body)))
             self.end_headers()

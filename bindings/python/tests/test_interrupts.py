@@ -7,34 +7,25 @@ import threading
 import time
 
 import pytest
-
-import hcyclient
-
-
-def interrupt_after(seconds):
-    main = threading.main_thread().ident
-    timer = threading.Timer(seconds, signal.pthread_kill, (main, signal.SIGINT))
-    timer.start()
-    return timer
+import replies
 
 
-def test_it_is_delivered_after_the_call(server, client):
-    timer = interrupt_after(0.2)
-    start = time.monotonic()
-    with pytest.raises(KeyboardInterrupt):
-        client.feval(server + '/demo/sleep', 0.8)
-    assert 0.75 < time.monotonic() - start < 5
-    timer.join()
-    assert client.feval(server + '/echo', 'next') == 'next'
+@pytest.mark.parametrize('status', [200, 500])
+def test_it_is_delivered_after_the_call(client, status):
+    answered = []
 
+    def interrupt():
+        signal.pthread_kill(threading.main_thread().ident, signal.SIGINT)
+        time.sleep(0.2)
+        answered.append(True)
 
-def test_it_is_delivered_after_a_call_that_fails(server):
-    with hcyclient.Client(timeout=1) as client:
-        timer = interrupt_after(0.2)
+    body = replies.result(replies.double_array([1, 1], 5))
+    with replies.answering(body, status, meanwhile=interrupt) as url:
         with pytest.raises(KeyboardInterrupt):
-            client.feval(server + '/demo/sleep', 30)
-        timer.join()
-        assert client.feval(server + '/echo', 'next') == 'next'
+            client.feval(url)
+        assert answered
+    with replies.answering(body) as url:
+        assert client.feval(url).item() == 5
 
 
 # Interrupts at any moment of calls, each with a mebibyte in and two out. One that was lost on the

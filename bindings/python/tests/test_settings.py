@@ -67,7 +67,7 @@ def test_timeout(server):
     with hcyclient.Client(timeout=1) as client:
         with pytest.raises(hcyclient.TransportError, match='Timeout was reached'):
             client.feval(server + '/demo/sleep', 30)
-    assert 0.9 < time.monotonic() - start < 10
+    assert 0.9 < time.monotonic() - start < 29
     assert call(server, timeout=None) == 'x'
 
 
