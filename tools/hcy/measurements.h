@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What a benchmark has measured.
+
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace hcy::tools {
+
+struct Measurements {
+  std::vector<double> latencies;                   // seconds, of the calls that succeeded
+  std::uint64_t bytesSent = 0, bytesReceived = 0;  // elements of arrays, of the same calls
+  std::map<std::string, std::uint64_t> failures;   // by kind
+  int firstFailure = 0;                            // its exit status
+
+  std::uint64_t failed() const;
+  std::uint64_t calls() const { return latencies.size() + failed(); }
+
+  // Counts a failure. A server that invents kinds does not fill the memory with them.
+  void fail(const std::string& kind, int status);
+
+  // Adds what another thread has measured.
+  void add(const Measurements& other);
+};
+
+// The smallest of the sorted latencies, which are not none, that `fraction` of them do not exceed.
+double percentile(const std::vector<double>& sorted, double fraction);
+
+// For a person, `seconds` being the time that all of it took.
+std::string summary(Measurements measurements, unsigned threads, double seconds);
+
+}  // namespace hcy::tools

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The command line.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace hcy::tools {
+
+// The settings of a connection; what is absent stays as the library has it.
+struct Settings {
+  std::optional<std::uint32_t> timeout;       // seconds
+  std::optional<std::uint32_t> largestReply;  // bytes
+  std::string certificateFile, keyFile, authorityFile, revocationListFile;
+  std::string passPhraseFile;
+  bool asksPassPhrase = false;
+  bool verifiesHost = true;
+  bool verifiesPeer = true;
+};
+
+enum class Command { kCall, kBench, kShow };
+enum class Body { kDetected, kRequest, kReply };
+
+struct Options {
+  Command command = Command::kCall;
+
+  // call and bench
+  std::string url;
+  std::vector<std::string> arguments;
+  int nargout = 1;
+  Settings settings;
+
+  // call
+  bool asJson = false;
+  std::optional<std::size_t> width;
+
+  // bench
+  std::uint64_t calls = 1000;
+  unsigned threads = 1;
+
+  // show
+  std::string file;
+  Body body = Body::kDetected;
+};
+
+struct CommandLine {
+  // Absent if there is nothing to do: help or version was asked for, or an option is wrong.
+  std::optional<Options> options;
+  int exitStatus = 0;
+};
+
+CommandLine parseCommandLine(int argc, char** argv);
+
+}  // namespace hcy::tools

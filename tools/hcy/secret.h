@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Pass phrases, which leave no trace behind.
+
+#pragma once
+
+#include <string.h>  // NOLINT: explicit_bzero is not in <cstring>
+
+#include <string>
+#include <utility>
+
+namespace hcy::tools {
+
+// A text whose memory is wiped when it goes.
+class Secret {
+ public:
+  // Room for all that is read, so that growing leaves no copies.
+  static constexpr std::size_t kLongest = 1023;
+
+  Secret() { text_.reserve(kLongest); }
+  Secret(Secret&& other) noexcept : text_(std::move(other.text_)) {}
+  Secret& operator=(Secret&&) = delete;
+  ~Secret() { ::explicit_bzero(text_.data(), text_.capacity()); }
+
+  // Appends a character; false when it is too long.
+  bool append(char c) {
+    if (text_.size() == kLongest) return false;
+    text_ += c;
+    return true;
+  }
+  void removeLast() {
+    if (!text_.empty()) text_.pop_back();
+  }
+  const std::string& text() const { return text_; }
+
+ private:
+  std::string text_;
+};
+
+}  // namespace hcy::tools

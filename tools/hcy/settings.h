@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <hcy/hcyclient.hpp>
+
+#include "options.h"
+
+namespace hcy::tools {
+
+// A configuration with these settings; asks for the pass phrase if it is to be asked for. Throws
+// BadInput.
+hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& settings);
+
+// The largest reply that contexts with these settings accept, in bytes.
+std::uint32_t largestReplyOf(const hcyclient::Config& config);
+
+}  // namespace hcy::tools
