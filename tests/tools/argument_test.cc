@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What an argument means, shown as the JSON that says it all.
+
+#include "argument.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "array_json.h"
+#include "source_text.h"
+#include "support/pki.h"
+
+namespace hcy::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::string meaningOf(const std::string& argument) {
+  const auto arrays = tools::arraysFrom({argument});
+  return std::string(arrays[0].className()) + " " + tools::toJson(arrays[0]);
+}
+
+std::string refusalOf(const std::string& argument) {
+  try {
+    return "taken as " + meaningOf(argument);
+  } catch (const tools::BadInput& problem) {
+    return problem.what();
+  }
+}
+
+TEST(Argument, plainJsonHasTheClassThatItLooksLike) {
+  EXPECT_EQ(meaningOf("5"), "double 5");
+  EXPECT_EQ(meaningOf("-0"), "double -0.0");
+  EXPECT_EQ(meaningOf("1e-400"), "double 0");
+  EXPECT_EQ(meaningOf("[1,2,3]"), "double [1,2,3]");
+  EXPECT_EQ(meaningOf("[[1],[2]]"), "double [[1],[2]]");
+  EXPECT_EQ(meaningOf("[[1,2],[3,4]]"), "double [[1,2],[3,4]]");
+  EXPECT_EQ(meaningOf("[]"), "double []");
+  EXPECT_EQ(meaningOf("[[],[]]"), "double [[],[]]");
+  EXPECT_EQ(meaningOf("null"), "double []");
+  EXPECT_EQ(meaningOf("true"), "logical true");
+  EXPECT_EQ(meaningOf("[true,false]"), "logical [true,false]");
+  EXPECT_EQ(meaningOf(R"("h\u00e9\u0000")"), R"(char "hé\u0000")");
+  EXPECT_EQ(meaningOf(R"("")"), R"(char "")");
+  EXPECT_EQ(meaningOf(" {} "), "struct {}");
+  EXPECT_EQ(meaningOf(R"({"a":1,"int16":"x"})"), R"(struct {"a":1,"int16":"x"})");
+  EXPECT_EQ(meaningOf(R"([{"a":1,"b":2},{"b":3,"a":4}])"),
+            R"(struct [{"a":1,"b":2},{"a":4,"b":3}])");
+}
+
+TEST(Argument, theOutermostListCountsTheRows) {
+  const auto arrays = tools::arraysFrom({"[[1,2,3],[4,5,6]]", "[[[1,2]],[[3,4]],[[5,6]]]"});
+  EXPECT_EQ(arrays[0].shape(), (hcyclient::Shape{2, 3}));
+  EXPECT_EQ(arrays[0].toVector<double>(), (std::vector<double>{1, 4, 2, 5, 3, 6}));
+  EXPECT_EQ(arrays[1].shape(), (hcyclient::Shape{3, 1, 2}));
+  EXPECT_EQ(arrays[1].toVector<double>(), (std::vector<double>{1, 3, 5, 2, 4, 6}));
+}
+
+TEST(Argument, whatIsMixedIsACell) {
+  EXPECT_EQ(meaningOf(R"([1,"a"])"), R"(cell [1,"a"])");
+  EXPECT_EQ(meaningOf(R"(["a","b"])"), R"(cell ["a","b"])");
+  EXPECT_EQ(meaningOf("[1,true]"), "cell [1,true]");
+  EXPECT_EQ(meaningOf("[1,[2,3]]"), "cell [1,[2,3]]");
+  EXPECT_EQ(meaningOf("[null,null]"), R"(cell {"$cell":[[],[]]})");
+  EXPECT_EQ(meaningOf("[[1,2],[true]]"), "cell [[1,2],true]");
+  EXPECT_EQ(meaningOf(R"([{"a":1},{"b":2}])"), R"(cell {"$cell":[{"a":1},{"b":2}]})");
+  EXPECT_EQ(meaningOf(R"([{"$int8":1},{"$int8":2}])"), R"(cell [{"$int8":1},{"$int8":2}])");
+}
+
+TEST(Argument, aClassBeforeItFixesTheClass) {
+  EXPECT_EQ(meaningOf("int16:[1,2]"), R"(int16 {"$int16":[1,2]})");
+  EXPECT_EQ(meaningOf("single:3"), R"(single {"$single":3})");
+  EXPECT_EQ(meaningOf("single:16777217"), R"(single {"$single":16777216})");
+  EXPECT_EQ(meaningOf("single:1e-60"), R"(single {"$single":0})");
+  EXPECT_EQ(meaningOf("int8:1.5e1"), R"(int8 {"$int8":15})");
+  EXPECT_EQ(meaningOf("uint8:-0"), R"(uint8 {"$uint8":0})");
+  EXPECT_EQ(meaningOf("int64:-9223372036854775808"), R"(int64 {"$int64":-9223372036854775808})");
+  EXPECT_EQ(meaningOf("uint64:18446744073709551615"), R"(uint64 {"$uint64":18446744073709551615})");
+  EXPECT_EQ(meaningOf("logical:[1,0,true]"), "logical [true,false,true]");
+  EXPECT_EQ(meaningOf("char:[104,105]"), R"(char "hi")");
+  EXPECT_EQ(meaningOf("char:[55296]"), R"(char {"$char":55296})");
+  EXPECT_EQ(meaningOf(R"(char:["ab","cd"])"), R"(char {"$char":["ab","cd"]})");
+  EXPECT_EQ(meaningOf("cell:[1,2]"), R"(cell {"$cell":[1,2]})");
+  EXPECT_EQ(meaningOf(R"(struct:[{"$a":1}])"), R"(struct {"$struct":[{"$a":1}]})");
+  EXPECT_EQ(meaningOf(R"(double:["NaN","-Infinity",1])"),
+            R"(double {"$double":["NaN","-Infinity",1]})");
+  EXPECT_EQ(meaningOf(R"({"$double":[],"$shape":[0,3]})"),
+            R"(double {"$double":[],"$shape":[0,3]})");
+  EXPECT_EQ(meaningOf(R"({"$struct":[],"$shape":[0,1],"$fields":["x","y"]})"),
+            R"(struct {"$struct":[],"$fields":["x","y"],"$shape":[0,1]})");
+}
+
+TEST(Argument, complexAndSparse) {
+  EXPECT_EQ(meaningOf(R"(complex:{"re":[1,2],"im":[3,"NaN"]})"),
+            R"(double {"$complex":{"re":[1,2],"im":[3,"NaN"]}})");
+  EXPECT_EQ(meaningOf(R"(single:complex:{"re":1,"im":2})"),
+            R"(single {"$single":{"$complex":{"re":1,"im":2}}})");
+  EXPECT_EQ(meaningOf(R"(sparse:{"rows":3,"cols":2,"entries":[[2,1,5],[0,0,1]]})"),
+            R"(double {"$sparse":{"rows":3,"cols":2,"entries":[[0,0,1],[2,1,5]]}})");
+  EXPECT_EQ(meaningOf(R"(sparse:{"rows":3,"cols":2,"entries":[[2,1,5,-1]]})"),
+            R"(double {"$sparse":{"rows":3,"cols":2,"entries":[[2,1,5,-1]]}})");
+  EXPECT_EQ(meaningOf(R"(sparse:{"rows":3,"cols":2,"entries":[[2,1,true]]})"),
+            R"(logical {"$sparse":{"rows":3,"cols":2,"entries":[[2,1,true]]}})");
+  EXPECT_EQ(meaningOf(R"(logical:sparse:{"rows":3,"cols":2,"entries":[]})"),
+            R"(logical {"$logical":{"$sparse":{"rows":3,"cols":2,"entries":[]}}})");
+}
+
+TEST(Argument, filesOfJsonAndOfCommaSeparatedValues) {
+  const TestDirectory directory;
+  EXPECT_EQ(meaningOf("@" + directory.write("a.json", "[1,\n2]\n")), "double [1,2]");
+  EXPECT_EQ(meaningOf("int8:@" + directory.write("b.json", "[1,2]")), R"(int8 {"$int8":[1,2]})");
+  EXPECT_EQ(meaningOf("@" + directory.write("c.csv", "1,2\n3,4\n")), "double [[1,2],[3,4]]");
+  EXPECT_EQ(meaningOf("single:@" + directory.write("d.CSV", "x\n1\n")), R"(single {"$single":1})");
+  EXPECT_EQ(meaningOf("@" + directory.write("e.csv", "a,1\n")), R"(cell ["a",1])");
+  EXPECT_EQ(refusalOf("@" + directory.file("none")),
+            directory.file("none") + ": No such file or directory");
+  EXPECT_EQ(refusalOf("@" + directory.path()), directory.path() + ": Is a directory");
+  EXPECT_EQ(refusalOf("@" + directory.write("f.json", "[1,\n 2 3]")),
+            directory.file("f.json") +
+                ", line 2, column 4: bad JSON: unexpected number literal; expected ']'\n"
+                "   2 3]\n"
+                "     ^");
+  EXPECT_EQ(refusalOf("int8:@" + directory.write("g.csv", "1,2\n3,x\n")),
+            directory.file("g.csv") +
+                ", line 1, column 1: a class can only stand before numbers\n"
+                "  1,2\n  ^");
+}
+
+TEST(Argument, badJsonSaysWhere) {
+  EXPECT_EQ(refusalOf("[1,2"),
+            "argument 1, line 1, column 5: bad JSON: unexpected end of input; expected ']'\n"
+            "  [1,2\n"
+            "      ^");
+  EXPECT_THAT(refusalOf("[1 2]"), HasSubstr("column 4: "));
+  EXPECT_THAT(refusalOf(R"(["é" "b"])"), HasSubstr("column 6: "));
+  EXPECT_THAT(refusalOf("int8:[1,200]"),
+              StartsWith("argument 1, line 1, column 9: the number is not between -128 and 127\n"
+                         "  int8:[1,200]\n"
+                         "          ^"));
+  EXPECT_THAT(refusalOf("hello"), HasSubstr("stands in quotes"));
+  EXPECT_THAT(refusalOf("foo:1"), HasSubstr("column 1: there is no class foo"));
+  EXPECT_THAT(refusalOf(R"({"a":1,"b":2,"a":3})"), HasSubstr("column 14: the same name"));
+  EXPECT_THAT(refusalOf("[[1,2],[3]]"), HasSubstr("column 8: the lists differ in length: 1"));
+  EXPECT_THAT(refusalOf("[[1],[[2]]]"), HasSubstr("column 7: a list where the others"));
+  EXPECT_THAT(refusalOf(""), HasSubstr("unexpected end of input"));
+  EXPECT_THAT(refusalOf(std::string("[1,\xFF]")), HasSubstr("column 4: bad JSON"));
+}
+
+TEST(Argument, valuesThatDoNotFitAreRefused) {
+  EXPECT_THAT(refusalOf("1e999"), HasSubstr("too large for a double"));
+  EXPECT_THAT(refusalOf("single:1e39"), HasSubstr("too large for a single"));
+  EXPECT_THAT(refusalOf("int8:1.5"), HasSubstr("is not whole"));
+  EXPECT_THAT(refusalOf("int64:9223372036854775808"), HasSubstr("is not between"));
+  EXPECT_THAT(refusalOf("int64:9007199254740993.0"), HasSubstr("without point"));
+  EXPECT_THAT(refusalOf("uint64:1e400"), HasSubstr("too large"));
+  EXPECT_THAT(refusalOf("uint8:-1"), HasSubstr("is not between 0 and 255"));
+  EXPECT_THAT(refusalOf("logical:2"), HasSubstr("neither true nor false"));
+  EXPECT_THAT(refusalOf("char:65536"), HasSubstr("is not between 0 and 65535"));
+  EXPECT_THAT(refusalOf("int8:true"), HasSubstr("not a number"));
+  EXPECT_THAT(refusalOf(R"(double:"nan")"), HasSubstr(R"("NaN")"));
+  EXPECT_THAT(refusalOf(R"({"a\u0000":1})"), HasSubstr("cannot hold a NUL"));
+}
+
+TEST(Argument, typedValuesThatContradictThemselvesAreRefused) {
+  EXPECT_THAT(refusalOf(R"({"$int8":1,"b":2})"), HasSubstr("no field beside a class"));
+  EXPECT_THAT(refusalOf(R"({"$int7":1})"), HasSubstr("no class has this name"));
+  EXPECT_THAT(refusalOf(R"({"$int8":1,"$int16":1})"), HasSubstr("a second class"));
+  EXPECT_THAT(refusalOf(R"({"$shape":[1,1]})"), HasSubstr("without a class"));
+  EXPECT_THAT(refusalOf(R"({"$int8":[1],"$fields":[]})"), HasSubstr("only a struct has fields"));
+  EXPECT_THAT(refusalOf(R"({"$int8":[1,2],"$shape":[1,3]})"), HasSubstr("3 elements, here are 2"));
+  EXPECT_THAT(refusalOf(R"({"$int8":[],"$shape":[2147483647,2147483647]})"), HasSubstr("larger"));
+  EXPECT_THAT(refusalOf(R"({"$int8":[],"$shape":[3]})"), HasSubstr("two dimensions"));
+  EXPECT_THAT(refusalOf(R"(complex:{"re":[1,2],"im":[1]})"), HasSubstr("another shape"));
+  EXPECT_THAT(refusalOf(R"(complex:{"re":1})"), HasSubstr("a complex value is"));
+  EXPECT_THAT(refusalOf(R"(logical:complex:{"re":1,"im":1})"), HasSubstr("only numbers"));
+  EXPECT_THAT(refusalOf(R"(int8:{"$int8":1})"), HasSubstr("only complex and sparse"));
+  EXPECT_THAT(refusalOf(R"(int8:sparse:{"rows":1,"cols":1,"entries":[]})"), HasSubstr("sparse"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1})"), HasSubstr("a sparse value is"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[1,0,1]]})"), HasSubstr("outside"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,0,1],[0,0,2]]})"),
+              HasSubstr("two entries are in one place"));
+  EXPECT_THAT(refusalOf(R"(struct:[{"a":1},{"b":1}])"), HasSubstr("the same fields"));
+  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["a","a"]})"), HasSubstr("twice"));
+  EXPECT_THAT(refusalOf(R"(char:["ab","c"])"), HasSubstr("of one length"));
+}
+
+}  // namespace
+}  // namespace hcy::test

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "csv.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "array_json.h"
+#include "json_array.h"
+#include "source_text.h"
+
+namespace hcy::test {
+namespace {
+
+std::string meaningOf(const std::string& csv) {
+  const tools::CsvTable table = tools::tableFrom(csv);
+  if (!table.isOfNumbers) return tools::toJson(tools::cellOf(table));
+  std::string text;
+  for (const auto& line : table.lines) {
+    for (const auto& field : line) {
+      text += (field.number.empty() ? "NaN" : std::string(field.number)) + " ";
+    }
+    text += "| ";
+  }
+  return text;
+}
+
+std::string refusalOf(const std::string& csv) {
+  try {
+    return meaningOf(csv);
+  } catch (const tools::BadText& problem) {
+    return std::to_string(problem.offset) + " " + problem.what();
+  }
+}
+
+TEST(Csv, numbers) {
+  EXPECT_EQ(meaningOf("1,2\n3,4\n"), "1 2 | 3 4 | ");
+  EXPECT_EQ(meaningOf("1, -2.5e3 \r\n+3,NaN"), "1 -2.5e3 | 3 NaN | ");
+  EXPECT_EQ(meaningOf("1,\n,2\n"), "1 NaN | NaN 2 | ");
+  EXPECT_EQ(meaningOf(""), "");
+}
+
+TEST(Csv, aHeaderAndCommentsAreLeftOut) {
+  EXPECT_EQ(meaningOf("\xEF\xBB\xBFx,y\n1,2\n"), "1 2 | ");
+  EXPECT_EQ(meaningOf("# note, with a comma\n\"x\",\"1\"\n\n1,2\n"), "1 2 | ");
+  EXPECT_EQ(meaningOf("x,y\n"), R"(["x","y"])");
+  EXPECT_EQ(meaningOf("x,1\n1,2\n"), R"({"$cell":["x",1,1,2],"$shape":[2,2]})");
+}
+
+TEST(Csv, textsAndNumbersMakeACell) {
+  EXPECT_EQ(meaningOf("name,size\nbox,2\n\"a \"\"b\"\",\nc\",\n"),
+            R"({"$cell":["name","box","a \"b\",\nc","size",2,""],"$shape":[3,2]})");
+  EXPECT_EQ(meaningOf("\"1\",2\n3,4\n"), R"({"$cell":["1",3,2,4],"$shape":[2,2]})");
+}
+
+TEST(Csv, whatIsNoTableIsRefused) {
+  EXPECT_EQ(refusalOf("1,2\n3\n"), "4 a line of 1 fields among lines of 2");
+  EXPECT_EQ(refusalOf("1,\"2\n3\n"), "2 the quote is not closed");
+  EXPECT_EQ(refusalOf("\"1\"2\n"), "3 neither a comma nor the end of the line");
+  EXPECT_EQ(refusalOf("a,\xFF\n"), "2 the field is not UTF-8");
+}
+
+}  // namespace
+}  // namespace hcy::test

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "display.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "argument.h"
+#include "progress_bar.h"
+#include "text.h"
+
+namespace hcy::test {
+namespace {
+
+std::string shown(const std::string& argument, std::size_t width = 0) {
+  return "\n" + tools::display("ans", tools::arraysFrom({argument})[0], width);
+}
+
+TEST(Display, singleValuesStandBehindTheirShape) {
+  EXPECT_EQ(shown("5"), "\nans: double 1-by-1 = 5\n");
+  EXPECT_EQ(shown("1234567"), "\nans: double 1-by-1 = 1234567\n");
+  EXPECT_EQ(shown("0.1234567"), "\nans: double 1-by-1 = 0.123457\n");
+  EXPECT_EQ(shown("double:\"-Infinity\""), "\nans: double 1-by-1 = -Inf\n");
+  EXPECT_EQ(shown("uint8:200"), "\nans: uint8 1-by-1 = 200\n");
+  EXPECT_EQ(shown("true"), "\nans: logical 1-by-1 = true\n");
+  EXPECT_EQ(shown("complex:{\"re\":1,\"im\":-2}"), "\nans: complex double 1-by-1 = 1 - 2i\n");
+  EXPECT_EQ(shown(R"("text")"), "\nans: char 1-by-4 = \"text\"\n");
+  EXPECT_EQ(shown(R"({"$double":[],"$shape":[0,3]})"), "\nans: double 0-by-3\n");
+}
+
+TEST(Display, columnsAreAligned) {
+  EXPECT_EQ(shown("[[1,-20],[300.5,4]]"), R"(
+ans: double 2-by-2
+      1  -20
+  300.5    4
+)");
+  EXPECT_EQ(shown(R"({"$int8":[1,2,3,4,5,6,7,8],"$shape":[1,2,2,2]})"), R"(
+ans: int8 1-by-2-by-2-by-2
+  (:, :, 0, 0)
+  1  2
+  (:, :, 1, 0)
+  3  4
+  (:, :, 0, 1)
+  5  6
+  (:, :, 1, 1)
+  7  8
+)");
+  EXPECT_EQ(shown(R"(sparse:{"rows":30,"cols":9,"entries":[[0,0,1],[12,8,-2.5]]})"), R"(
+ans: sparse double 30-by-9, 2 stored
+   (0, 0)     1
+  (12, 8)  -2.5
+)");
+  EXPECT_EQ(shown(R"(char:["ab","cd"])"), R"(
+ans: char 2-by-2
+  "ab"
+  "cd"
+)");
+}
+
+TEST(Display, structsAndCellsAreIndented) {
+  EXPECT_EQ(shown(R"({"a":[1,"x"],"b":[{"c":1},{"c":[2,3]}]})"), R"(
+ans: struct 1-by-1
+  a: cell 1-by-2
+    (0, 0): double 1-by-1 = 1
+    (0, 1): char 1-by-1 = "x"
+  b: struct 1-by-2
+    (0, 0):
+      c: double 1-by-1 = 1
+    (0, 1):
+      c: double 1-by-2
+        2  3
+)");
+  EXPECT_EQ(shown(R"({"$struct":[],"$fields":["a","b"]})"),
+            "\nans: struct 0-by-0 with fields a, b\n");
+}
+
+TEST(Display, linesAreCutToTheWidth) {
+  EXPECT_EQ(shown("[[10,20,30,40],[50,60,70,80]]", 14), R"(
+ans: double 2…
+  10  20  30
+  50  60  70
+  … 1 more co…
+)");
+  EXPECT_EQ(shown(R"("ééééééééé")", 26), "\nans: char 1-by-9 = \"ééééé…\n");
+  EXPECT_EQ(shown(R"("中中中中")", 26), "\nans: char 1-by-4 = \"中中…\n");
+  EXPECT_EQ(shown("[1,2]", 1), "\n…\n…\n…\n");
+}
+
+TEST(Display, nothingReachesTheTerminalAsACommand) {
+  EXPECT_EQ(shown(R"("\u001b[2J\u009b\u202e\n")"),
+            "\nans: char 1-by-7 = \"\\u001b[2J\\u009b\\u202e\\n\"\n");
+  EXPECT_EQ(shown(R"({"\u001b[2J":1})"), "\nans: struct 1-by-1\n  \\u001b[2J: double 1-by-1 = 1\n");
+  EXPECT_EQ(shown("char:[55357,65]"), "\nans: char 1-by-2 = \"\\ud83dA\"\n");
+  EXPECT_EQ(tools::printable("a\x1b]0;\x07\xff\xc3\xa9"), "a\\u001b]0;\\u0007\uFFFDé");
+}
+
+TEST(ProgressBar, fitsTheWidth) {
+  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 80),
+            "[####################....................] 50/100  25 calls/s");
+  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 32), "[#####.....] 50/100  25 calls/s");
+  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 10), "50/100  25 calls/s");
+  EXPECT_EQ(tools::progressLine(0, 100, 0.0, 80),
+            "[........................................] 0/100  0 calls/s");
+}
+
+}  // namespace
+}  // namespace hcy::test

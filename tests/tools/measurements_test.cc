@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "measurements.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "argument.h"
+#include "reply_size.h"
+
+namespace hcy::test {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(Percentile, isTheSmallestThatSoManyDoNotExceed) {
+  std::vector<double> sorted;
+  for (int i = 1; i <= 200; ++i) sorted.push_back(i);
+  EXPECT_EQ(tools::percentile(sorted, 0.5), 100);
+  EXPECT_EQ(tools::percentile(sorted, 0.9), 180);
+  EXPECT_EQ(tools::percentile(sorted, 0.99), 198);
+  EXPECT_EQ(tools::percentile(sorted, 0.999), 200);
+  EXPECT_EQ(tools::percentile({7}, 0.5), 7);
+  EXPECT_EQ(tools::percentile({1, 2, 3}, 0.5), 2);
+}
+
+TEST(Summary, tellsWhatWasMeasured) {
+  tools::Measurements measured;
+  for (int i = 1; i <= 10; ++i) measured.latencies.push_back(0.001 * (11 - i));
+  measured.bytesSent = 3000000;
+  measured.bytesReceived = 500;
+  tools::Measurements other;
+  other.fail("HTTP status 404 Not Found", 2);
+  other.fail("Timeout was reached", 3);
+  other.fail("HTTP status 404 Not Found", 2);
+  measured.add(other);
+  EXPECT_EQ(measured.calls(), 13U);
+  EXPECT_EQ(measured.firstFailure, 2);
+  EXPECT_EQ("\n" + tools::summary(measured, 2, 2.0), R"(
+calls     13 on 2 threads in 2.000 s
+rate      6.50 calls/s
+data      1.50 MB/s sent, 250 B/s received
+latency   min 1.00  p50 5.00  p90 9.00  p99 10.0  p99.9 10.0  max 10.0  ms
+failures  3
+  2  HTTP status 404 Not Found
+  1  Timeout was reached
+)");
+}
+
+TEST(Summary, saysThatNothingSucceeded) {
+  EXPECT_THAT(tools::summary({}, 1, 0.0), HasSubstr("latency   no call succeeded\n"));
+}
+
+TEST(Measurements, kindsThatAServerInventsAreCountedTogether) {
+  tools::Measurements measured;
+  for (int i = 0; i < 1000; ++i) measured.fail("kind " + std::to_string(i), 1);
+  EXPECT_EQ(measured.failures.size(), 21U);
+  EXPECT_EQ(measured.failures.at("other failures"), 980U);
+  EXPECT_EQ(measured.failed(), 1000U);
+}
+
+std::uint64_t bytesOf(const std::string& argument) {
+  return tools::elementBytes(tools::arraysFrom({argument})[0]);
+}
+
+TEST(ElementBytes, ofEveryKindOfArray) {
+  EXPECT_EQ(bytesOf("[1,2,3]"), 24U);
+  EXPECT_EQ(bytesOf("complex:{\"re\":1,\"im\":2}"), 16U);
+  EXPECT_EQ(bytesOf("int16:[1,2,3]"), 6U);
+  EXPECT_EQ(bytesOf("\"text\""), 8U);
+  EXPECT_EQ(bytesOf(R"([1,"text",{"a":true,"b":[1,2]}])"), 8U + 8 + 1 + 16);
+  EXPECT_EQ(bytesOf(R"(sparse:{"rows":3,"cols":2,"entries":[[0,0,1],[1,1,1]]})"), 2 * 16U + 3 * 8);
+  EXPECT_EQ(bytesOf("[{},{}]"), 0U);
+}
+
+}  // namespace
+}  // namespace hcy::test

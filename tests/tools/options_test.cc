@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Each option reaches what it is for.
+
+#include "options.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "exit_status.h"
+#include "pass_phrase.h"
+#include "settings.h"
+#include "source_text.h"
+#include "support/pki.h"
+
+namespace hcy::test {
+namespace {
+
+tools::CommandLine parse(std::vector<std::string> words) {
+  words.insert(words.begin(), "hcy");
+  std::vector<char*> argv;
+  for (std::string& word : words) argv.push_back(word.data());
+  return tools::parseCommandLine(static_cast<int>(argv.size()), argv.data());
+}
+
+TEST(Options, argumentsMayLookLikeListsAndNegativeNumbersAndStandAnywhere) {
+  const auto parsed =
+      parse({"call", "--json", "url", "[1,2]", "-5", "-n", "2", "-", "--", "-1e3", "--width=9"});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->url, "url");
+  EXPECT_EQ(parsed.options->arguments, (std::vector<std::string>{"[1,2]", "-5", "-", "-1e3"}));
+  EXPECT_EQ(parsed.options->nargout, 2);
+  EXPECT_EQ(parsed.options->width, 9U);
+  EXPECT_TRUE(parsed.options->asJson);
+}
+
+TEST(Options, allNineSettingsReachTheConfiguration) {
+  const TestDirectory files;
+  const std::string pass = files.write("pass", "four words\r\nnot this\n");
+  std::vector<std::string> words = {"bench",
+                                    "url",
+                                    "--timeout",
+                                    "7",
+                                    "--max-reply",
+                                    "8",
+                                    "--key-pass-file",
+                                    pass,
+                                    "--no-verify-host",
+                                    "--no-verify-peer"};
+  for (const std::string name : {"cert", "key", "ca", "crl"}) {
+    words.push_back("--" + name);
+    words.push_back(files.write(name, ""));
+  }
+  const auto parsed = parse(words);
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->command, tools::Command::kBench);
+
+  const hcyclient::Library library;
+  const auto config = tools::configFrom(library, parsed.options->settings);
+  const hcyClientRuntime& runtime = *library.runtime();
+  EXPECT_EQ(runtime.getTimeOut(config.get()), 7U);
+  EXPECT_EQ(runtime.getResponseSizeLimit(config.get()), 8U);
+  EXPECT_EQ(runtime.getClientCertFile(config.get()), files.file("cert"));
+  EXPECT_EQ(runtime.getClientPrivateKeyFile(config.get()), files.file("key"));
+  EXPECT_STREQ(runtime.getPrivateKeyPasswd(config.get()), "four words");
+  EXPECT_EQ(runtime.getCAFile(config.get()), files.file("ca"));
+  EXPECT_EQ(runtime.getRevocationListFile(config.get()), files.file("crl"));
+  EXPECT_FALSE(runtime.getHostnameVerification(config.get()));
+  EXPECT_FALSE(runtime.getPeerVerification(config.get()));
+}
+
+TEST(Options, whatIsNotSaidStaysAsTheLibraryHasIt) {
+  const auto parsed = parse({"call", "url"});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->nargout, 1);
+  const hcyclient::Library library;
+  const auto config = tools::configFrom(library, parsed.options->settings);
+  EXPECT_EQ(library.runtime()->getTimeOut(config.get()), 120U);
+  EXPECT_EQ(library.runtime()->getResponseSizeLimit(config.get()), 67108864U);
+  EXPECT_TRUE(library.runtime()->getHostnameVerification(config.get()));
+  EXPECT_TRUE(library.runtime()->getPeerVerification(config.get()));
+}
+
+TEST(Options, mistakesAreMistakesOfUsage) {
+  const TestDirectory files;
+  const std::string key = files.write("key", "");
+  const std::vector<std::vector<std::string>> mistakes = {
+      {},
+      {"cal", "url"},
+      {"call"},
+      {"call", "url", "--jsn"},
+      {"call", "url", "-x"},
+      {"call", "url", "--nargout", "-1"},
+      {"call", "url", "--nargout", "2147483647"},
+      {"call", "url", "--timeout", "4294967296"},
+      {"call", "url", "--timeout", "-1"},
+      {"call", "url", "--timeout", "1s"},
+      {"call", "url", "--ca", files.file("none")},
+      {"call", "url", "--ask-key-pass"},
+      {"call", "url", "--key-pass", "secret"},
+      {"call", "url", "--key", key, "--key-pass-file", key, "--ask-key-pass"},
+      {"bench", "url", "--calls", "0"},
+      {"bench", "url", "--threads", "1025"},
+      {"show"},
+      {"show", "a", "b"},
+      {"show", "a", "--request", "--reply"}};
+  for (const auto& words : mistakes) {
+    testing::internal::CaptureStderr();
+    const auto parsed = parse(words);
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_FALSE(parsed.options) << testing::PrintToString(words);
+    EXPECT_EQ(parsed.exitStatus, tools::kUsage);
+    EXPECT_TRUE(said.starts_with("hcy: ")) << said;
+  }
+}
+
+TEST(PassPhrase, isTheFirstLineOfAFile) {
+  const TestDirectory files;
+  EXPECT_EQ(tools::passPhraseOfFile(files.write("a", "one")).text(), "one");
+  EXPECT_EQ(tools::passPhraseOfFile(files.write("b", " two words \n3")).text(), " two words ");
+  EXPECT_THROW(tools::passPhraseOfFile(files.write("c", "\nx")), tools::BadInput);
+  EXPECT_THROW(tools::passPhraseOfFile(files.write("d", std::string("a\0b", 3))), tools::BadInput);
+  EXPECT_THROW(tools::passPhraseOfFile(files.write("e", std::string(2000, 'x'))), tools::BadInput);
+  EXPECT_THROW(tools::passPhraseOfFile(files.file("none")), tools::BadInput);
+  EXPECT_THROW(tools::passPhraseOfFile(files.path()), tools::BadInput);
+}
+
+}  // namespace
+}  // namespace hcy::test

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Files that are no bodies, or nearly so, are shown or refused.
+
+#include "show.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <string>
+
+#include "source_text.h"
+#include "support/pki.h"
+#include "support/wire_bytes.h"
+
+namespace hcy::test {
+namespace {
+
+using testing::HasSubstr;
+
+// Whether it is shown; what is shown is JSON.
+bool isShown(const std::string& bytes) {
+  try {
+    const std::string shown = tools::jsonOfBody(bytes, tools::Body::kDetected);
+    EXPECT_TRUE(nlohmann::json::accept(shown)) << shown;
+    return true;
+  } catch (const tools::BadInput&) {
+    return false;
+  }
+}
+
+TEST(Show, bodiesOfEveryKindAndWhatIsLeftOfThem) {
+  std::mt19937 random(5);
+  int shown = 0;
+  int refused = 0;
+  for (const auto& file : std::filesystem::directory_iterator(HCY_GOLDEN_FILES)) {
+    if (file.path().extension() != ".bin") continue;
+    const std::string body = contentsOf(file.path());
+    EXPECT_TRUE(isShown(body)) << file.path();
+    for (int i = 0; i < 40; ++i) {
+      std::string changed = body.substr(0, random() % (body.size() + 1));
+      for (std::size_t j = random() % 3; j > 0 && !changed.empty(); --j) {
+        changed[random() % changed.size()] = static_cast<char>(random());
+      }
+      (isShown(changed) ? shown : refused) += 1;
+    }
+  }
+  EXPECT_GT(shown, 100);
+  EXPECT_GT(refused, 100);
+}
+
+TEST(Show, nestedDeeperThanTheStackWouldBear) {
+  std::string array;
+  for (int i = 0; i < 40; ++i) array = bytesField(28, bytesField(1, array));
+  EXPECT_TRUE(isShown(resultOf({array})));
+  for (int i = 0; i < 1000; ++i) array = bytesField(28, bytesField(1, array));
+  EXPECT_FALSE(isShown(resultOf({array})));
+  EXPECT_FALSE(isShown(std::string(1000000, '\x0B')));  // groups
+}
+
+TEST(Show, aTypeWithoutANameIsANumber) {
+  EXPECT_THAT(tools::jsonOfBody(resultOf({numberField(1, 99)}), tools::Body::kDetected),
+              HasSubstr(R"("type": 99)"));
+}
+
+}  // namespace
+}  // namespace hcy::test
