@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Finds Protocol Buffers: protobuf::libprotobuf and protobuf::protoc. With HCY_STATIC_PROTOBUF the
-# library is a static one, which has to be position-independent; CMAKE_PREFIX_PATH names another
+# library is a static one, which has to be position-independent; Protobuf_LIBRARY names another
 # than the system's.
 
 set(Protobuf_USE_STATIC_LIBS ${HCY_STATIC_PROTOBUF})
@@ -14,14 +14,21 @@ elseif(Protobuf_VERSION VERSION_LESS 3.21)
 endif()
 
 if(HCY_STATIC_PROTOBUF)
+  set(trial ${PROJECT_BINARY_DIR}/static_protobuf.so)
   try_compile(static_protobuf_links ${PROJECT_BINARY_DIR}/static_protobuf
     ${CMAKE_CURRENT_LIST_DIR}/static_protobuf.cc
     LINK_OPTIONS -shared
     LINK_LIBRARIES protobuf::libprotobuf
-    COPY_FILE ${PROJECT_BINARY_DIR}/static_protobuf.so
+    COPY_FILE ${trial}
     OUTPUT_VARIABLE output)
   if(NOT static_protobuf_links)
     message(FATAL_ERROR "No shared library can hold this static Protocol Buffers; "
-      "CMAKE_PREFIX_PATH may name one that was built with -fPIC:\n${output}")
+      "Protobuf_LIBRARY may name one that was built with -fPIC:\n${output}")
+  endif()
+  # One that an earlier configuration found stays in the cache.
+  execute_process(COMMAND ${CMAKE_READELF} -d ${trial} OUTPUT_VARIABLE output)
+  if(output MATCHES "NEEDED[^\n]*protobuf")
+    message(FATAL_ERROR "Protocol Buffers is a shared library, and HCY_STATIC_PROTOBUF wants an "
+      "archive: name it by Protobuf_LIBRARY")
   endif()
 endif()

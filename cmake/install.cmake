@@ -17,7 +17,7 @@ install(DIRECTORY include/hcy DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT 
 install(FILES README.md DESTINATION ${documents} COMPONENT development)
 install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT development
   USE_SOURCE_PERMISSIONS
-  PATTERN CMakeLists.txt EXCLUDE
+  REGEX "docs/CMakeLists\\.txt$" EXCLUDE
   PATTERN Doxyfile EXCLUDE
   PATTERN check_blocks EXCLUDE
   PATTERN run_code EXCLUDE)
