@@ -138,10 +138,7 @@ def _struct(handle: Handle, index: int, names: dict[str, int], limit: int) -> di
 
 
 def _field_names(handle: Handle) -> dict[str, int]:
-    """With their numbers. Of several fields with one name, which a server may send, the library
-    knows the first."""
-    names: dict[str, int] = {}
-    for number in range(library.get_field_count(handle)):
-        names.setdefault(library.get_field_name(handle, number).decode(
-            errors='surrogateescape'), number)
-    return names
+    """With their numbers. A server may send several fields with one name, of which the library
+    gives the first."""
+    return {library.get_field_name(handle, number).decode(errors='surrogateescape'): number
+            for number in range(library.get_field_count(handle))}

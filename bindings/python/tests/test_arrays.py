@@ -128,6 +128,12 @@ def test_complex_integers(echo, name):
     np.testing.assert_array_equal(back, sent)
 
 
+@pytest.mark.parametrize('name', ['float64', 'bool', 'U1'])
+def test_only_integers_have_such_a_dtype(name):
+    with pytest.raises(TypeError, match='is no dtype of integers'):
+        complex_dtype(name)
+
+
 @pytest.mark.parametrize('shape', [(0, 0), (0, 3), (3, 0), (2, 0, 4)])
 @pytest.mark.parametrize('name', NUMERIC)
 def test_empty_arrays_keep_class_and_shape(echo, name, shape):

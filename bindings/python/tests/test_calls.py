@@ -244,7 +244,8 @@ def test_after_a_fork_only_the_parent_uses_the_client(server, client):
     assert client.feval(server + '/echo', 'before') == 'before'
 
     def use():
-        client.close()  # leaves the connection to the parent
+        client.close()
+        assert client._connection.context  # is left to the parent
         try:
             client.feval(server + '/echo', 1)
         except RuntimeError as error:
@@ -257,12 +258,26 @@ def test_after_a_fork_only_the_parent_uses_the_client(server, client):
 
 
 def test_an_interpreter_ends_while_a_thread_calls(server):
-    """Neither does it crash nor wait for the thread."""
+    """It does not wait for the thread, nor end the library under it."""
     outcome = subprocess.run([sys.executable, '-c', '''
-import sys, threading, time, hcyclient
+import os, sys, threading, time, hcyclient
+from hcyclient import _library
+_library.terminate = lambda: os._exit(3)
 client = hcyclient.Client()
 threading.Thread(target=client.feval, args=(sys.argv[1] + '/demo/sleep', 900), daemon=True).start()
-time.sleep(0.3)
-view = hcyclient.Client().feval(sys.argv[1] + '/echo', 1)
+while not client._connection.turns:
+    time.sleep(0.01)
 ''', server], timeout=300)
     assert outcome.returncode == 0
+
+
+def test_a_client_that_cannot_be_made_leaves_nothing(client, monkeypatch):
+    from hcyclient import _runtime
+    users = _runtime._users
+    runtime = client._connection.runtime
+    for name, text in [('create_config', 'configuration'), ('create_context', 'context')]:
+        with monkeypatch.context() as patch:
+            patch.setattr(runtime, name, lambda *_: 1)
+            with pytest.raises(Error, match=f'for a {text} cannot be had'):
+                hcyclient.Client()
+    assert _runtime._users == users

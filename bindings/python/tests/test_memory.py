@@ -46,7 +46,7 @@ def test_calls_leave_nothing_behind(server, client):
                 echo(1.5)
             echo(mixed, structs, nargout=2)
             echo(matrix)
-            fail(functions['/demo/fail'], 'a:b', 'c', 3)
+            fail(functions['/demo/fail'], 'a:b', 'c', 100)
             fail(functions['/no'], numbers)
             refuse(echo, [numbers, {1}])
             if i % 10 == 0:
