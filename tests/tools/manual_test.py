@@ -1,0 +1,108 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""The manual page and the completion of hcy know the options that the program has."""
+import os
+import pathlib
+import re
+import subprocess
+import tempfile
+import unittest
+
+from pseudo_terminal import PseudoTerminal
+
+HCY = os.environ['HCY_PROGRAM']
+FOLDER = pathlib.Path(__file__).resolve().parents[2] / 'tools/hcy'
+COMMANDS = ('call', 'bench', 'show')
+
+SHOWN_IN_A_SHELL = {
+    'hcy ca\t': 'hcy call ',
+    'hcy call u --no-verify-p\t': 'hcy call u --no-verify-peer ',
+    'hcy call u @da\t': 'hcy call u @data.json ',
+    'hcy call u int8:@da\t': 'hcy call u int8:@data.json ',
+    'hcy call u @tw\t': r'hcy call u @two\ words.json ',
+    'hcy call u int1\t': 'hcy call u int16:',
+    'hcy call u --ca da\t': 'hcy call u --ca data.json ',
+    'hcy show da\t': 'hcy show data.json '}
+
+
+def output_of(*arguments, **more):
+    return subprocess.run(arguments, capture_output=True, text=True, check=True, **more).stdout
+
+
+def options_of(*command):
+    """The options in the help: long ones, and short ones too."""
+    lines = re.findall(r'^  (-\S+)', output_of(HCY, *command, '--help'), re.M)
+    return {option for line in lines for option in line.split(',')}
+
+
+class Manual(unittest.TestCase):
+    def test_it_is_formatted_without_a_warning(self):
+        done = subprocess.run(['groff', '-t', '-ww', '-man', '-z', '-Tutf8', FOLDER / 'hcy.1'],
+                              capture_output=True, text=True, check=False)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, '', ''))
+
+    def test_it_names_every_option_and_no_other(self):
+        page = output_of('groff', '-t', '-man', '-Tascii', '-P-cbou', FOLDER / 'hcy.1')
+        named = set(re.findall(r'(?<![\w-])--?[a-z][a-z-]*', page.replace('-\n', '-')))
+        options = set().union(options_of(), *(options_of(command) for command in COMMANDS))
+        self.assertGreater(len(options), 20)
+        self.assertEqual(named, options)
+
+    def test_it_is_of_this_version(self):
+        version = output_of(HCY, '--version').split()[1]
+        self.assertIn(f'"hcyclient {version}"', (FOLDER / 'hcy.1').read_text())
+
+
+class Completion(unittest.TestCase):
+    def completed(self, *words):
+        """What is offered for the last word."""
+        script = f'''source {FOLDER}/hcy.bash
+            COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); COMP_LINE="$*"; COMP_POINT=${{#COMP_LINE}}
+            _hcy hcy "${{@: -1}}"; printf '%s\\n' "${{COMPREPLY[@]}}"'''
+        return set(output_of('bash', '-c', script, 'bash', *words).split('\n')[:-1])
+
+    def test_every_option_is_offered(self):
+        for command in COMMANDS:
+            long = {option for option in options_of(command) if option.startswith('--')}
+            self.assertEqual(self.completed('hcy', command, 'x', '--'), long)
+        self.assertEqual(self.completed('hcy', ''), {*COMMANDS, '--help', '--version'})
+
+    def test_every_class_is_offered(self):
+        for name in ('double', 'single', 'int8', 'int16', 'int32', 'int64', 'uint8', 'uint16',
+                     'uint32', 'uint64', 'logical', 'char', 'struct', 'cell', 'complex', 'sparse'):
+            self.assertEqual(self.completed('hcy', 'call', 'x', name), {name + ':'})
+            self.assertIn(f'there is no class {name}x', subprocess.run(
+                [HCY, 'call', 'x', name + 'x:1'], capture_output=True, text=True).stderr)
+
+    def test_numbers_are_not_guessed(self):
+        self.assertEqual(self.completed('hcy', 'call', 'x', '--timeout', ''), {''})
+
+    def test_in_a_shell(self):
+        environment = {'PS1': '> ', 'INPUTRC': '/dev/null', 'TERM': 'dumb'}
+        os.environ.update(environment)
+        with tempfile.TemporaryDirectory() as directory:
+            for name in ('data.json', 'two words.json'):
+                pathlib.Path(directory, name).touch()
+            with PseudoTerminal(['bash', '--norc', '--noprofile', '-i']) as shell:
+                shell.type(f'cd {directory}; source {FOLDER}/hcy.bash; echo re""ady\n')
+                shell.read_until('ready\r\n> ')
+                for typed, shown in SHOWN_IN_A_SHELL.items():
+                    shell.output = ''
+                    shell.type(typed + '#')
+                    shell.read_until('#')
+                    self.assertEqual(self.line(shell.output), shown + '#')
+                    shell.output = ''
+                    shell.type('\x03')
+                    shell.read_until('> ')
+
+    @staticmethod
+    def line(output):
+        """The line as it stands, where backspaces went over what was there."""
+        line = ''
+        for character in output:
+            line = line[:-1] if character == '\b' else line + character
+        return line.replace('\a', '')
+
+
+if __name__ == '__main__':
+    unittest.main()

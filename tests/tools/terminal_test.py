@@ -1,0 +1,170 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""hcy on a terminal: how wide it shows things, its progress bar, the pass phrase, Ctrl-C."""
+import os
+import re
+import signal
+import subprocess
+import tempfile
+import time
+import unittest
+
+from local_server import LocalServer
+from pseudo_terminal import PseudoTerminal
+
+HCY = os.environ['HCY_PROGRAM']
+
+
+class OnATerminal(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.server = LocalServer()
+        cls.url = cls.server.url
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.server.__exit__()
+
+    def shown(self, *arguments, columns=80):
+        with PseudoTerminal([HCY, *arguments], columns) as terminal:
+            return terminal.finish()
+
+    def test_outputs_are_cut_to_the_width(self):
+        shown, status = self.shown('call', self.url + '/echo', '[[10,20,30],[40,50,60]]',
+                                   columns=12)
+        self.assertEqual(status, 0)
+        self.assertEqual(shown, 'ans: double…\n  10  20  30\n  40  50  60\n')
+        shown, _ = self.shown('call', self.url + '/echo', '[[10,20,30],[40,50,60]]', columns=11)
+        self.assertEqual(shown, 'ans: doubl…\n  10  20\n  40  50\n  … 1 more…\n')
+        long_text = '"' + 'x' * 100 + '"'
+        shown, _ = self.shown('call', self.url + '/echo', long_text)
+        self.assertEqual(len(shown), 81)
+
+    def test_json_and_what_is_no_terminal_are_not_cut(self):
+        numbers = list(range(100))
+        shown, _ = self.shown('call', self.url + '/echo', str(numbers), '--json')
+        self.assertEqual(shown, str(numbers).replace(' ', '') + '\n')
+        piped = subprocess.run([HCY, 'call', self.url + '/echo', str(numbers)],
+                               capture_output=True, text=True, check=True).stdout
+        self.assertEqual(piped.split()[-100:], [str(number) for number in numbers])
+
+    def test_a_benchmark_shows_how_far_it_is_and_takes_that_away(self):
+        arguments = [HCY, 'bench', self.url + '/demo/sleep', '0.1', '--calls', '8']
+        with PseudoTerminal(arguments, 60, stdout=subprocess.PIPE) as terminal:
+            shown, status = terminal.finish()
+            summary = terminal.process.stdout.read().decode()
+        self.assertEqual(status, 0)
+        self.assertRegex(shown, r'^(\r\[#*\.*\] \d/8  \d+ calls/s\x1b\[K)+\r\x1b\[K$')
+        self.assertTrue(all(len(line) < 60 for line in re.split(r'\r|\x1b\[K', shown)), shown)
+        self.assertRegex(summary, r'^calls     8 on 1 thread in \d+\.\d+ s\nrate')
+
+    def test_no_progress_is_shown_where_standard_error_is_no_terminal(self):
+        arguments = [HCY, 'bench', self.url + '/demo/sleep', '0.1', '--calls', '4']
+        with PseudoTerminal(arguments, stderr=subprocess.PIPE) as terminal:
+            shown, _ = terminal.finish()
+            self.assertEqual(terminal.process.stderr.read(), b'')
+        self.assertTrue(shown.startswith('calls     4 on 1 thread'), shown)
+
+    def test_ctrl_c_ends_a_benchmark_with_what_was_measured(self):
+        with PseudoTerminal([HCY, 'bench', self.url + '/demo/sleep', '0.05', '--calls', '100000',
+                             '--threads', '2']) as terminal:
+            terminal.read_until(r'\] ([4-9]|\d\d+)/')
+            terminal.type('\x03')
+            shown, status = terminal.finish()
+        self.assertEqual(status, 0)
+        calls = re.search(r'calls     (\d+) on 2 threads in (\d\.\d+) s', shown)
+        self.assertTrue(calls, shown)
+        self.assertGreaterEqual(int(calls[1]), 4)
+        self.assertRegex(shown, r'latency   min \d+\.\d+  p50 [\d.]+  p90')
+
+    def test_ctrl_c_does_not_wait_for_calls_that_are_under_way(self):
+        start = time.monotonic()
+        with PseudoTerminal([HCY, 'bench', self.url + '/demo/sleep', '60',
+                             '--calls', '2']) as terminal:
+            terminal.read_until('0/2')
+            terminal.type('\x03')
+            shown, status = terminal.finish()
+        self.assertEqual(status, 0)
+        self.assertIn('no call succeeded', shown)
+        self.assertLess(time.monotonic() - start, 30)
+
+
+class PassPhrase(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.directory = tempfile.TemporaryDirectory()
+        make_certificates(cls.directory.name)
+        cls.server = LocalServer('--cert', cls.file('server.pem'), '--key', cls.file('server.key'),
+                                 '--client-ca', cls.file('ca.pem'))
+        cls.command = [HCY, 'call', cls.server.url + '/math/plus', '2', '3',
+                       '--ca', cls.file('ca.pem'), '--cert', cls.file('client.pem'),
+                       '--key', cls.file('client.key')]
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.server.__exit__()
+        cls.directory.cleanup()
+
+    @classmethod
+    def file(cls, name):
+        return os.path.join(cls.directory.name, name)
+
+    def answered(self, typed, columns=80):
+        with PseudoTerminal([*self.command, '--ask-key-pass'], columns) as terminal:
+            terminal.read_until('Pass phrase of the private key: ')
+            self.assertFalse(terminal.echoes())
+            terminal.type(typed)
+            shown, status = terminal.finish()
+            return shown, status, terminal.echoes()
+
+    def test_it_is_asked_for_and_not_shown(self):
+        shown, status, echoes = self.answered('four words\n')
+        self.assertEqual(shown, 'Pass phrase of the private key: \nans: double 1-by-1 = 5\n')
+        self.assertEqual(status, 0)
+        self.assertTrue(echoes)
+
+    def test_typing_can_be_mended(self):
+        self.assertEqual(self.answered('four wordz\x7fs\n')[1], 0)
+
+    def test_a_wrong_one_is_a_failure_of_transport(self):
+        shown, status, _ = self.answered('three words\n')
+        self.assertIn('hcy: Problem with the local SSL certificate\n', shown)
+        self.assertEqual(status, 3)
+
+    def test_none_is_a_mistake_of_usage(self):
+        for typed in ('\n', '\x04'):
+            shown, status, _ = self.answered(typed)
+            self.assertIn('hcy: no pass phrase was given\n', shown)
+            self.assertEqual(status, 64)
+
+    def test_ctrl_c_leaves_the_terminal_as_it_was(self):
+        _, status, echoes = self.answered('fou\x03')
+        self.assertEqual(status, -signal.SIGINT)
+        self.assertTrue(echoes)
+
+    def test_it_comes_from_a_file(self):
+        with open(self.file('pass'), 'w', encoding='utf-8') as file:
+            file.write('four words\n')
+        done = subprocess.run([*self.command, '--key-pass-file', self.file('pass')],
+                              capture_output=True, text=True, check=False)
+        self.assertEqual((done.stdout, done.stderr, done.returncode),
+                         ('ans: double 1-by-1 = 5\n', '', 0))
+
+
+def make_certificates(directory):
+    """An authority, a server, and a client whose key has the pass phrase `four words`."""
+    key = '-newkey ec -pkeyopt ec_paramgen_curve:P-256'
+    subprocess.run(['bash', '-euc', f'''
+        openssl req -x509 -days 2 -subj '/CN=Authority' -nodes {key} -keyout ca.key -out ca.pem
+        openssl req -new -subj '/CN=server' -nodes -addext subjectAltName=IP:127.0.0.1 {key} \
+            -keyout server.key -out server.csr
+        openssl req -new -subj '/CN=client' -passout 'pass:four words' {key} \
+            -keyout client.key -out client.csr
+        for name in server client; do
+            openssl x509 -req -days 2 -copy_extensions copy -in $name.csr -out $name.pem \
+                -CA ca.pem -CAkey ca.key -CAcreateserial
+        done'''], cwd=directory, check=True, capture_output=True)
+
+
+if __name__ == '__main__':
+    unittest.main()
