@@ -83,6 +83,12 @@ TEST(StructCreationLimit, CountsFieldsTimesElements) {
   expectPositiveOverflow([&] { Array(hcyCreateStructArray(2, dims, fieldCount, fieldNames)); });
 }
 
+TEST(StructCreationLimit, RefusesAProductThatWouldWrapTo0) {
+  const char* const names[] = {"a", "b", "c", "d"};
+  const std::size_t dims[] = {std::size_t{1} << 30, std::size_t{1} << 30, 4};
+  expectPositiveOverflow([&] { Array(hcyCreateStructArray(3, dims, 4, names)); });
+}
+
 TEST(StructCreationLimit, DoesNotHoldForElementsWithoutFields) {
   const Array array = hcyCreateStructMatrix(65536, 65536, 0, nullptr);
   EXPECT_EQ(hcyGetNumberOfElements(array), std::size_t{1} << 32);

@@ -119,16 +119,20 @@ TEST(FieldElement, ThatWasNeverSetIsTheSameElementOnceItWasRead) {
 TEST(FieldElement, OfAnUnknownFieldIsNullAndNotSet) {
   const Array array = numberedStruct(1, 2);
   const Array value = hcyCreateDoubleScalar(99.0);
-  for (const char* const name : {static_cast<const char*>(nullptr), "First", "", "third"}) {
-    EXPECT_FALSE(Array(hcyGetField(array, 0, name)));
-    hcySetField(array, 0, name, value);
+  for (const std::size_t index : {0U, 1U}) {
+    for (const char* const name : {static_cast<const char*>(nullptr), "First", "", "third"}) {
+      EXPECT_FALSE(Array(hcyGetField(array, index, name)));
+      hcySetField(array, index, name, value);
+    }
+    for (const int n : {-1, 2, INT_MIN, INT_MAX}) {
+      EXPECT_FALSE(Array(hcyGetFieldByNumber(array, index, n))) << n;
+      hcySetFieldByNumber(array, index, n, value);
+    }
   }
-  for (const int n : {-1, 2, INT_MIN, INT_MAX}) {
-    EXPECT_FALSE(Array(hcyGetFieldByNumber(array, 0, n))) << n;
-    hcySetFieldByNumber(array, 0, n, value);
+  for (const std::size_t index : {0U, 1U}) {
+    EXPECT_EQ(fieldAt(array, index, "first"), 10.0 * static_cast<double>(index));
+    EXPECT_EQ(fieldAt(array, index, "second"), 10.0 * static_cast<double>(index) + 1);
   }
-  EXPECT_EQ(fieldAt(array, 0, "first"), 0.0);
-  EXPECT_EQ(fieldAt(array, 0, "second"), 1.0);
 }
 
 TEST(FieldElement, BeyondTheElementsIsNullAndNotSet) {
