@@ -19,7 +19,6 @@ class VORTENCharArrayProxy : public VORTENArrayProxy {
   void resize(std::int32_t count) override;
   std::size_t getElementSize() const override { return sizeof(char16_t); }
   void* getData() override;
-  void* getImagData() override { return nullptr; }
   double getScalar() override;
   void commit() override;
 

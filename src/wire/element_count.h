@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <span>
@@ -20,7 +19,7 @@ inline std::uint64_t saturatingProduct(std::uint64_t a, std::uint64_t b) {
 
 // The product of the dimensions; 0 when there are none.
 inline std::uint64_t elementCount(std::span<const std::uint64_t> dimensions) {
-  if (dimensions.empty() || std::ranges::count(dimensions, 0U) != 0) return 0;
+  if (dimensions.empty()) return 0;
   std::uint64_t product = 1;
   for (const std::uint64_t dimension : dimensions) product = saturatingProduct(product, dimension);
   return product;

@@ -70,6 +70,19 @@ TEST(ProxyBuilder, RefusesTypesThatAreNotServed) {
   }
 }
 
+TEST(CharProxy, HasNoImaginaryData) {
+  EXPECT_EQ(created(VORTEN_Array::CHAR, {1, 2}, false, 2)->getImagData(), nullptr);
+}
+
+TEST(ContainerProxy, HasNoDataWithoutSlots) {
+  for (const int type : {VORTEN_Array::STRUCT, VORTEN_Array::CELL}) {
+    const auto proxy = created(type, {1, 2}, false, 2);
+    EXPECT_NE(proxy->getData(), nullptr);
+    proxy->resize(0);
+    EXPECT_EQ(proxy->getData(), nullptr);
+  }
+}
+
 TEST(NewProxy, HasTypeDimensionsAndStorage) {
   const auto proxy = created(VORTEN_Array::SINGLE, {2, 3, 1}, true, 6);
   const VORTEN_Array& message = proxy->message();
