@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "support/mapped_memory.h"
 #include "support/wrapped_arrays.h"
 
 namespace hcy {
@@ -96,6 +97,34 @@ TEST(OutputMemory, HoldsBlocksOfEverySize) {
     double* const data = hcyGetPr(output.get());
     for (std::uint64_t i = 0; i <= bytes / 8; ++i) ASSERT_EQ(data[i], 1.5);
   }
+}
+
+TEST(OutputMemory, HoldsASmallArrayInItsFirstBlock) {
+  const Output output(test::rowOf<DOUBLE_class>({1, 2, 3}));
+  EXPECT_LE(messageOf(output.get()).GetArena()->SpaceAllocated(), sizeof(OutputMemory));
+}
+
+TEST(OutputMemory, GivesLargeBlocksBack) {
+  constexpr std::size_t bytes = std::size_t{64} << 20;
+  const std::size_t before = test::mappedBytes();
+  for (int i = 0; i < 8; ++i) {
+    const auto message = OutputMemory::createMessage();
+    message->set_type(VORTEN_Array::DOUBLE);
+    message->mutable_qxdouble()->mutable_elements()->Reserve(bytes / sizeof(double));
+  }
+  EXPECT_LT(test::mappedBytes(), before + 4 * bytes);
+}
+
+TEST(OutputMemory, HasNoDimensionsToPointTo) {
+  const Output output(test::arrayOf(VORTEN_Array::DOUBLE, {}));
+  EXPECT_EQ(hcyGetNumberOfDimensions(output.get()), 0U);
+  EXPECT_EQ(hcyGetDimensions(output.get()), nullptr);
+}
+
+TEST(OutputMemory, NoLongerListsTheElementsOfAContainerThatTookThemOver) {
+  const Output output(test::cellOf({1, 2}, {7, 8}));
+  EXPECT_TRUE(messageOf(output.get()).cell().elements().empty());
+  EXPECT_EQ(hcyGetScalar(owned(hcyGetCell(output.get(), 1)).get()), 8.0);
 }
 
 // Memory that takes nothing back must not be what a loop takes from.

@@ -9,11 +9,12 @@
 #include <string>
 
 #include "http/http_response.h"
+#include "support/mapped_memory.h"
 
 namespace hcy {
 namespace {
 
-constexpr std::size_t kMostKept = SpareBlock::kMostKept;
+constexpr std::size_t kMostKept = std::size_t{4} << 20;
 
 // Every size is filled to its end, so that a sanitizer or the kernel sees a block that is smaller.
 void fill(BodyBlock& block, std::size_t from, std::size_t to, char value) {
@@ -61,6 +62,13 @@ TEST(BodyBlock, thatIsLargeDoesNotMoveForEachStep) {
   ASSERT_TRUE(block.reserve(10 * kMostKept));
   ASSERT_TRUE(block.reserve(block.capacity() + 1));
   EXPECT_GE(block.capacity(), 12 * kMostKept);
+}
+
+TEST(BodyBlock, thatIsLargeGivesItsMemoryBack) {
+  constexpr std::size_t size = 16 * kMostKept;
+  const std::size_t before = test::mappedBytes();
+  for (int i = 0; i < 8; ++i) ASSERT_TRUE(BodyBlock().reserve(size));
+  EXPECT_LT(test::mappedBytes(), before + 4 * size);
 }
 
 TEST(BodyBlock, thatCannotGrowStaysAsItIs) {
@@ -125,6 +133,14 @@ TEST(HttpResponse, makesRoomForTheDeclaredLengthAtOnce) {
     EXPECT_TRUE(response.appendBody("a", 1));
   }
   EXPECT_EQ(spare->take().capacity(), 90U);
+}
+
+TEST(HttpResponse, makesRoomForNoMoreThan64MiBOfTheDeclaredLength) {
+  HttpResponse response(UINT32_MAX);
+  response.addHeaderLine("Content-Length: 4294967295\r\n");
+  const std::size_t before = test::mappedBytes();
+  EXPECT_TRUE(response.appendBody("a", 1));
+  EXPECT_LT(test::mappedBytes(), before + (std::size_t{65} << 20));
 }
 
 TEST(HttpResponse, takesMoreThanTheDeclaredLength) {

@@ -124,6 +124,7 @@ TEST(HttpResponseDeclaredLength, withAnythingButDigitsIsNoNumber) {
   }
   expectNoNumber(std::string("Content-Length: 4\0\r\n", 20));
   expectNoNumber("Content-Length: 4\n2\r\n");
+  expectNoNumber("Content-Length: 4\r2\r\n");
 }
 
 // Digits in groups of three, with commas between them.
