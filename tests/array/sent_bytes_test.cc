@@ -79,6 +79,13 @@ TYPED_TEST(SentBytes, OfNoElementsAreAnEmptyByteStringOnceTheirPointerWasRead) {
   EXPECT_EQ(sent(array), this->type + "12 02 00 00 " + this->part + "02 0A 00");
 }
 
+TYPED_TEST(SentBytes, OfARealArrayStayOneByteStringWhenItsImaginaryPartsWereAskedFor) {
+  const auto array = this->create(2, hcyREAL);
+  const std::string before = sent(array);
+  EXPECT_EQ(hcyGetImagData(array.get()), nullptr);
+  EXPECT_EQ(sent(array), before);
+}
+
 TEST(SentDouble, OfNoElementsIsItsTypeAndTwoZeros) {
   const auto array = owned(hcyCreateDoubleMatrix(0, 0, hcyREAL));
   EXPECT_EQ(sent(array), "08 09 12 02 00 00");
