@@ -5,6 +5,7 @@
 #include "runtime/reply_reader.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <string>
 
@@ -73,9 +74,10 @@ std::vector<std::string> replies() {
   error.mutable_error()->add_stack()->set_line(7);
   *error.add_lhs() = test::rowOf<UINT64_class>({1, 2});
   VORTEN_Result more;
-  more.mutable_error()->set_message("n");
+  more.mutable_error()->set_identifier("a:b");
   more.mutable_error()->add_stack()->set_line(8);
   return {result.SerializeAsString(), error.SerializeAsString(),
+          // Two accounts of one error, which belong together.
           error.SerializeAsString() + more.SerializeAsString(),
           // Fields that the schema does not know: a varint, 64 bits, text, a group, 32 bits.
           "\x18\x05\x21" + std::string(8, 'x') + "\x2A\x02hi\x33\x08\x01\x34\x3D" +
@@ -102,12 +104,51 @@ TEST(Reply, IsReadAsTheMessageLibraryReadsItCutAnywhere) {
   }
 }
 
+TEST(Reply, EndsWhereAByteOf0StandsForATag) {
+  const std::string zero(1, '\0');
+  const Read read = readByUs(replies()[0] + zero + replies()[1]);
+  EXPECT_EQ(read.count, 3U);
+  EXPECT_FALSE(read.hasError);
+  expectTheSame(replies()[0] + zero + replies()[1]);
+}
+
+TEST(Reply, EndsWithAnEmptyOutputWhereALengthIsTooLarge) {
+  const std::string output = "\x0A";
+  const std::string length = "\x80\x80\x80\x80\x10";  // 2 to the 32nd
+  const Read content =
+      readByUs(output + length + test::rowOf<INT32_class>({1}).SerializeAsString());
+  EXPECT_EQ(content.count, 1U);
+  EXPECT_EQ(content.outputs, std::vector<std::string>{""});
+  const Read behind = readByUs(output + length + replies()[1]);
+  EXPECT_EQ(behind.count, 1U);
+  EXPECT_FALSE(behind.hasError);
+}
+
 TEST(Reply, GivesNoMemoryToOutputsThatNobodyWants) {
   const std::string body = replies()[0];
   const Reply reply = readReply(bytesOf(body), 2);
   EXPECT_EQ(reply.outputCount, 3U);
   ASSERT_EQ(reply.outputs.size(), 2U);
   EXPECT_NE(reply.outputs[0]->GetArena(), reply.outputs[1]->GetArena());
+}
+
+std::size_t mostResidentKilobytes() {
+  rusage usage{};
+  ::getrusage(RUSAGE_SELF, &usage);
+  return static_cast<std::size_t>(usage.ru_maxrss);
+}
+
+TEST(Reply, TakesTheMemoryOfOneForAllOutputsThatNobodyWants) {
+  VORTEN_Array cell = test::arrayOf(VORTEN_Array::CELL, {10000, 1});
+  for (int i = 0; i < 10000; ++i) cell.mutable_cell()->add_elements();
+  VORTEN_Result result;
+  *result.add_lhs() = cell;
+  const std::string one = result.SerializeAsString();
+  std::string body;
+  for (int i = 0; i < 100; ++i) body += one;
+  const std::size_t before = mostResidentKilobytes();
+  EXPECT_EQ(readReply(bytesOf(body), 0).outputCount, 100U);
+  EXPECT_LT(mostResidentKilobytes(), before + 100'000);
 }
 
 // The lists have the room that the dimensions ask for.

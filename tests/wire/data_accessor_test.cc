@@ -130,6 +130,16 @@ TEST(DataOfProxies, IsLeftAlone) {
   }
 }
 
+TEST(DataOfProxies, IsNothingOfItsOwn) {
+  for (const auto type : {VORTEN_Array::CHAR, VORTEN_Array::STRUCT, VORTEN_Array::CELL}) {
+    VORTEN_Array array = arrayOf(type, {1, 1});
+    const DataAccessor accessor = accessData(array, true);
+    EXPECT_EQ(accessor.realData, nullptr);
+    EXPECT_EQ(accessor.imagData, nullptr);
+    EXPECT_EQ(accessor.scalar, 0.0);
+  }
+}
+
 TEST(SparseData, OfDoublesHasBothPartsWhicheverAreWanted) {
   VORTEN_Array array = sparseOf(VORTEN_Array::Sparse::DOUBLE);
   VORTEN_Array::Double& values = *array.mutable_sparse()->mutable_qxsparsedouble();

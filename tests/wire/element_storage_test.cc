@@ -125,6 +125,17 @@ TEST(NewStorage, OfContainersAndSparseArraysIsLeftAlone) {
   }
 }
 
+TEST(EmptyDouble, IsWhatAnyArrayCanBeMade) {
+  VORTEN_Array fresh;
+  makeEmptyDouble(fresh);
+  EXPECT_EQ(fresh.type(), VORTEN_Array::DOUBLE);
+  EXPECT_EQ(numbers(fresh.dimension()), (Numbers{0, 0}));
+  EXPECT_FALSE(hasTypedPart(fresh));
+  VORTEN_Array filled = test::rowOf<INT32_class>({1, 2, 3});
+  makeEmptyDouble(filled);
+  EXPECT_EQ(filled.SerializeAsString(), fresh.SerializeAsString());
+}
+
 VORTEN_Array sparseWithValues(std::initializer_list<std::uint64_t> dimensions) {
   VORTEN_Array array = test::sparseOf(VORTEN_Array::Sparse::DOUBLE, dimensions, {2, 1}, {0, 2});
   test::assign(array.mutable_sparse()->mutable_qxsparsedouble()->mutable_elements(), {5, 6});

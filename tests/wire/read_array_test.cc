@@ -135,5 +135,29 @@ TYPED_TEST(ReadArray, ReadsWhatTheMessageLibraryReadsAroundAZero) {
   }
 }
 
+TYPED_TEST(ReadArray, GrowsAListThatTheDimensionsMadeTooSmall) {
+  constexpr std::size_t count = 5008;
+  for (std::size_t declared = count - 8; declared <= count; ++declared) {
+    const std::string bytes =
+        "\x08" + varint(static_cast<std::uint64_t>(TypeParam::type)) + field(2, varint(declared)) +
+        field(16 + static_cast<int>(TypeParam::type), field(1, std::string(count, '\1')));
+    expectTheSame(bytes);
+    VORTEN_Array array;
+    readArray(array, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+    const auto& list = TypeParam::read(array).elements();
+    EXPECT_LE(list.size(), list.Capacity());
+  }
+}
+
+// What stands behind the list would make up the varint.
+TYPED_TEST(ReadArray, EndsAListWhereItsLengthSays) {
+  for (std::size_t length = 1; length < 10; ++length) {
+    const std::string cut = std::string(5000, '\1') + std::string(length, '\x80');
+    const std::string part = field(1, cut) + field(100, "unknown") + field(2, "\1");
+    expectTheSame("\x08" + varint(static_cast<std::uint64_t>(TypeParam::type)) +
+                  field(16 + static_cast<int>(TypeParam::type), part));
+  }
+}
+
 }  // namespace
 }  // namespace hcy
