@@ -526,10 +526,10 @@ HCY_API const size_t* hcyGetDimensions(const hcyArray* array);
 /** Sets the first dimension and gives the array that many elements. Elements keep their linear
  *  index, so the rows of a matrix of several columns move; new elements are zero or never set. A
  *  sparse array gets new column starts for a larger number of columns, and keeps its stored
- *  elements. Throws positive overflow when the number of elements (of slots, for a struct; of
- *  columns plus one, for a sparse array) is over 2147483647: the dimension stays set, and the
- *  storage is as before. Throws std::bad_alloc: shape and contents are as before, but read data
- *  pointers again. Ignored for an array without dimensions. */
+ *  elements. Throws positive overflow when the number of elements (also that of slots, for a
+ *  struct; of columns plus one, for a sparse array) is over 2147483647: the dimension stays set,
+ *  and the storage is as before. Throws std::bad_alloc: shape and contents are as before, but read
+ *  data pointers again. Ignored for an array without dimensions. */
 HCY_API void hcySetM(hcyArray* array, size_t m);
 
 /** Sets the second dimension; all else as hcySetM(). Ignored for an array with fewer than two

@@ -1020,10 +1020,13 @@ inline void Array::resize(const Shape& shape) {
   std::uint64_t count = isStruct() ? static_cast<std::uint64_t>(hcyGetNumberOfFields(handle())) : 1;
   for (const std::size_t dimension : shape) {
     if (dimension > detail::largestSize) throw UsageError("a dimension is too large");
-    count = isSparse() ? dimension : count * dimension;
+    count *= dimension;
     if (count > detail::largestSize) throw UsageError("there would be too many elements");
   }
   if (shape.empty()) throw UsageError("there is no dimension");
+  if (isSparse() && shape.size() > 1 && shape[1] == detail::largestSize) {
+    throw UsageError("there would be too many column starts");
+  }
   if (hcySetDimensions(handle(), shape.data(), shape.size()) != 0) throw std::bad_alloc();
 }
 

@@ -185,11 +185,20 @@ TEST(CppArrayShape, staysWhenTheNewOneCannotBe) {
   EXPECT_THROW(array.resize({65536, 32768}), UsageError);
   EXPECT_THROW(array.resize({std::size_t{1} << 32, 0}), UsageError);
   EXPECT_THROW(structure.resize({1 << 30, 1}), UsageError);
+  EXPECT_THROW(array.resize({2, std::size_t{1} << 63}), UsageError);
   EXPECT_THROW(sparse.resize({1, std::size_t{1} << 31}), UsageError);
+  EXPECT_THROW(sparse.resize({65536, 32768}), UsageError);
+  EXPECT_THROW(sparse.resize({0, 2147483647}), UsageError);
   EXPECT_EQ(array.shape(), (Shape{2, 1}));
   EXPECT_EQ(structure.shape(), (Shape{1, 1}));
   EXPECT_EQ(sparse.shape(), (Shape{2, 2}));
   EXPECT_THROW(Array::zeros<double>(std::size_t{1} << 31, 1), std::bad_cast);
+}
+
+TEST(CppArrayShape, mayHaveAsManyElementsAsFit) {
+  Array sparse = Array::sparse<double>(2, 2, 1);
+  sparse.resize({2147483647, 1});
+  EXPECT_EQ(sparse.shape(), (Shape{2147483647, 1}));
 }
 
 TEST(CppArrayShape, leadsToTheIndexOfAnElement) {
@@ -199,6 +208,9 @@ TEST(CppArrayShape, leadsToTheIndexOfAnElement) {
   EXPECT_THROW(array.index({2, 0, 0}), UsageError);
   EXPECT_THROW(array.index({0, 0, 4}), UsageError);
   EXPECT_THROW(array.index({0, 0}), UsageError);
+  Shape shortened = {0, 0, 0};
+  shortened.pop_back();
+  EXPECT_THROW(array.index(shortened), UsageError);
   EXPECT_THROW(array.index({0, 0, 0, 0}), UsageError);
 }
 
