@@ -71,6 +71,7 @@ TEST(CppArraySparse, refusesEntriesThatDoNotFit) {
   EXPECT_THROW(Array::sparse<double>(2, 2, {{2, 0, 1.0}}), UsageError);
   EXPECT_THROW(Array::sparse<double>(2, 2, {{0, 2, 1.0}}), UsageError);
   EXPECT_THROW(Array::sparse<double>(2, 2, {{1, 0, 1.0}, {0, 0, 3.0}, {1, 0, 2.0}}), UsageError);
+  EXPECT_THROW(Array::sparse<double>(2, 2, {{1, 0, 1.0}, {1, 0, 2.0}}), UsageError);
 }
 
 TEST(CppArraySparse, isNotReadBeyondItsStorage) {

@@ -7,6 +7,7 @@
 #include <hcy/hcyclient.hpp>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace hcyclient {
@@ -73,6 +74,8 @@ TEST(CppArrayText, combinesStraySurrogatesAsInC) {
 TEST(CppArrayText, isNotMadeFromWhatIsNotUtf8) {
   for (const char* text : {"\x80",
                            "\xBF",
+                           "\xA2\x80",
+                           "\xBF\xBF",
                            "\xC0\x80",
                            "\xC1\xBF",
                            "\xC2",
@@ -92,6 +95,8 @@ TEST(CppArrayText, isNotMadeFromWhatIsNotUtf8) {
                            "\xF4\x90\x80\x80",
                            "\xF5\x80\x80\x80",
                            "\xF8\x88\x80\x80\x80",
+                           "\xF8\x90\x80\x80",
+                           "\xFF\x90\x80\x80",
                            "\xFE",
                            "\xFF",
                            "ab\xFF"}) {
@@ -100,6 +105,13 @@ TEST(CppArrayText, isNotMadeFromWhatIsNotUtf8) {
   for (const char* text : {"\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80",
                            "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
     EXPECT_EQ(Array(text).toString(), text);
+  }
+}
+
+TEST(CppArrayText, isNotMadeFromBytesBehindItsEnd) {
+  const std::string text = u8"\u00e9\u20ac\U0001F642";
+  for (const auto& [begin, size] : {std::pair(0, 1), std::pair(2, 2), std::pair(5, 3)}) {
+    EXPECT_THROW(Array(std::string_view(text).substr(begin, size)), UsageError) << begin;
   }
 }
 

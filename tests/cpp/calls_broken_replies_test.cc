@@ -87,6 +87,9 @@ TEST(CppBrokenReply, hasSparseListsOfOneLength) {
   EXPECT_THROW(receivedSparse({6, 1}, std::string("\0\3", 2), kTwo).entries<double>(), UsageError);
   EXPECT_THROW(receivedSparse({5, 1}, std::string("\0\2", 2), kTwo).entries<double>(), UsageError);
   EXPECT_EQ(receivedSparse({6, 1}, std::string("\0\2", 2), kTwo).entries<double>().size(), 2U);
+  const Array full = receivedSparse({1, 1}, std::string("\0\1", 2), kTwo);
+  EXPECT_EQ(full.rowIndices().size(), 1U);
+  EXPECT_EQ(full.toVector<double>(), (std::vector<double>{2}));
   const Array flat = receivedSparse({0, 5}, "", "");
   EXPECT_EQ(flat.columnStarts().size(), 6U);
   const Array shapeless = receivedSparse({}, "", "");

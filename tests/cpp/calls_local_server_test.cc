@@ -44,6 +44,16 @@ TEST_F(CppCalls, takeValuesAndGiveArrays) {
   EXPECT_EQ(sums[0].toVector<double>(), (std::vector<double>{3, 4}));
 }
 
+TEST_F(CppCalls, takeAndGiveAnyNumberOfArrays) {
+  for (const int count : {0, 1, 7, 8, 9, 16, 17}) {
+    std::vector<Array> inputs;
+    for (int i = 0; i < count; ++i) inputs.emplace_back(static_cast<double>(i));
+    const auto outputs = context.feval(server.url("/echo"), inputs, count);
+    ASSERT_EQ(outputs.size(), inputs.size());
+    for (int i = 0; i < count; ++i) EXPECT_EQ(outputs.at(static_cast<std::size_t>(i)).scalar(), i);
+  }
+}
+
 TEST_F(CppCalls, takeArraysThatStayTheCallers) {
   const Array a{1.0, 2.0};
   std::vector<Array> inputs;

@@ -122,6 +122,16 @@ TEST(CppLeaks, areNotMadeByCalls) {
   });
 }
 
+// The library itself would only leave the setting as it was.
+TEST(CppSettings, areNotForgottenForLackOfMemory) {
+  const Library library;
+  Config config(library);
+  const std::string file = kLong;
+  const FailingAllocation failing(0);
+  EXPECT_THROW(config.setAuthorityFile(file), std::bad_alloc);
+  EXPECT_TRUE(failing.hasFailed());
+}
+
 TEST(CppLeaks, areNotMadeBySettings) {
   const Library library;
   failEachAllocation([&] {
