@@ -91,9 +91,8 @@ class Completion(unittest.TestCase):
                     shell.type(typed + '#')
                     shell.read_until('#')
                     self.assertEqual(self.line(shell.output), shown + '#')
-                    shell.output = ''
-                    shell.type('\x03')
-                    shell.read_until('> ')
+                    shell.type('\x15echo ne""xt\n')  # in place of the line
+                    shell.read_until('next\r\n> ')
 
     @staticmethod
     def line(output):
