@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # What `cmake --install` lays out, in three components: `runtime` is what a program needs to run,
-# `development` what it needs to be built, `tools` the programs. No file knows the prefix, so the
-# tree may be moved. The build tree serves other projects too: it holds the same CMake package and
-# pkg-config module.
+# `development` what it needs to be built, `tools` the programs; `python` only where it is asked for.
+# No file knows the prefix, so the tree may be moved. The build tree serves other projects too: it
+# holds the same CMake package and pkg-config module.
 include(CMakePackageConfigHelpers)
 
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/hcyclient)
@@ -28,6 +28,29 @@ if(HCY_BUILD_SERVER)
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES server/README.md DESTINATION ${documents}/server COMPONENT tools)
 endif()
+
+if(HCY_BUILD_TOOLS)
+  # The library is found beside it, wherever the tree is; where the system's loader looks, without.
+  if(NOT CMAKE_INSTALL_LIBDIR STREQUAL "lib/${CMAKE_LIBRARY_ARCHITECTURE}")
+    cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR
+      BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR} OUTPUT_VARIABLE from_programs)
+    set_target_properties(hcy PROPERTIES INSTALL_RPATH "$ORIGIN/${from_programs}")
+  endif()
+  install(TARGETS hcy RUNTIME COMPONENT tools)
+  install(FILES tools/hcy/hcy.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES tools/hcy/hcy.bash RENAME hcy
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+endif()
+
+# Debian's interpreter finds it there, for the prefix /usr; anywhere else pip is who installs it.
+set(dist_packages lib/python3/dist-packages)
+configure_file(cmake/METADATA.in ${PROJECT_BINARY_DIR}/python/METADATA @ONLY)
+install(DIRECTORY bindings/python/hcyclient DESTINATION ${dist_packages}
+  COMPONENT python EXCLUDE_FROM_ALL
+  PATTERN __pycache__ EXCLUDE)
+install(FILES ${PROJECT_BINARY_DIR}/python/METADATA
+  DESTINATION ${dist_packages}/hcyclient-${PROJECT_VERSION}.dist-info
+  COMPONENT python EXCLUDE_FROM_ALL)
 
 # The CMake package.
 configure_package_config_file(cmake/hcyclientConfig.cmake.in

@@ -33,12 +33,28 @@ hcy_add_package(development libhcyclient-dev libdevel
 Headers for C and C++, the configurations for CMake and pkg-config, guides and
 examples for programs that use libhcyclient."
   "libhcyclient1 (= ${package_version})")
-if(HCY_BUILD_SERVER)
+if(HCY_BUILD_SERVER OR HCY_BUILD_TOOLS)
   hcy_add_package(tools hcyclient-tools devel
-"local Halcyon compute server to develop and test clients with
-hcy-local-server serves a handful of functions over HTTP and HTTPS, so that a
-client can be written, tested and measured without a network.")
+"call functions of a Halcyon compute server from the shell, and serve some
+hcy calls functions by their URLs, with arguments in JSON or from files, shows
+their outputs, and measures how long calls take. hcy-local-server serves a
+handful of functions over HTTP and HTTPS, so that a client can be written,
+tested and measured without a network."
+  "libhcyclient1 (>= ${PROJECT_VERSION})")
 endif()
+
+hcy_add_package(python python3-hcyclient python
+"client for functions of a Halcyon compute server - Python 3
+Calls functions that are deployed on a Halcyon compute server. They take and
+give NumPy arrays, texts, lists and dictionaries; large arrays are views on the
+storage of libhcyclient."
+  "python3:any (>= 3.9)" python3-numpy "libhcyclient1 (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-scipy)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  ${PROJECT_SOURCE_DIR}/packaging/debian/python/postinst
+  ${PROJECT_SOURCE_DIR}/packaging/debian/python/prerm)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
