@@ -110,7 +110,8 @@ TEST(CppArrayText, isNotMadeFromWhatIsNotUtf8) {
 
 TEST(CppArrayText, isNotMadeFromBytesBehindItsEnd) {
   const std::string text = u8"\u00e9\u20ac\U0001F642";
-  for (const auto& [begin, size] : {std::pair(0, 1), std::pair(2, 2), std::pair(5, 3)}) {
+  using Part = std::pair<std::size_t, std::size_t>;
+  for (const auto& [begin, size] : {Part(0, 1), Part(2, 2), Part(5, 3)}) {
     EXPECT_THROW(Array(std::string_view(text).substr(begin, size)), UsageError) << begin;
   }
 }
