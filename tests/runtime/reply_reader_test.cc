@@ -5,7 +5,6 @@
 #include "runtime/reply_reader.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <string>
 
@@ -130,25 +129,6 @@ TEST(Reply, GivesNoMemoryToOutputsThatNobodyWants) {
   EXPECT_EQ(reply.outputCount, 3U);
   ASSERT_EQ(reply.outputs.size(), 2U);
   EXPECT_NE(reply.outputs[0]->GetArena(), reply.outputs[1]->GetArena());
-}
-
-std::size_t mostResidentKilobytes() {
-  rusage usage{};
-  ::getrusage(RUSAGE_SELF, &usage);
-  return static_cast<std::size_t>(usage.ru_maxrss);
-}
-
-TEST(Reply, TakesTheMemoryOfOneForAllOutputsThatNobodyWants) {
-  VORTEN_Array cell = test::arrayOf(VORTEN_Array::CELL, {10000, 1});
-  for (int i = 0; i < 10000; ++i) cell.mutable_cell()->add_elements();
-  VORTEN_Result result;
-  *result.add_lhs() = cell;
-  const std::string one = result.SerializeAsString();
-  std::string body;
-  for (int i = 0; i < 100; ++i) body += one;
-  const std::size_t before = mostResidentKilobytes();
-  EXPECT_EQ(readReply(bytesOf(body), 0).outputCount, 100U);
-  EXPECT_LT(mostResidentKilobytes(), before + 100'000);
 }
 
 // The lists have the room that the dimensions ask for.

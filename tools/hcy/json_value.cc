@@ -50,6 +50,7 @@ std::size_t startOfNumber(std::string_view text, std::size_t end) {
 std::size_t startOfText(std::string_view text, std::size_t end) {
   for (std::size_t quote = end - 1; quote > 0;) {
     quote = text.rfind('"', quote - 1);
+    if (quote == std::string_view::npos) return 0;
     std::size_t first = quote;
     while (first > 0 && text[first - 1] == '\\') --first;
     if ((quote - first) % 2 == 0) return quote;
