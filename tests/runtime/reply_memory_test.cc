@@ -31,7 +31,9 @@ TEST(Reply, TakesTheMemoryOfOneForAllOutputsThatNobodyWants) {
   std::string body;
   for (int i = 0; i < 100; ++i) body += one;
   const std::size_t before = mostResidentKilobytes();
-  EXPECT_EQ(readReply({reinterpret_cast<const std::uint8_t*>(body.data()), body.size()}, 0).outputCount, 100U);
+  EXPECT_EQ(
+      readReply({reinterpret_cast<const std::uint8_t*>(body.data()), body.size()}, 0).outputCount,
+      100U);
   EXPECT_LT(mostResidentKilobytes(), before + 100'000);
 }
 
