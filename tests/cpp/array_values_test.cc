@@ -196,9 +196,11 @@ TEST(CppArrayShape, staysWhenTheNewOneCannotBe) {
 }
 
 TEST(CppArrayShape, mayHaveAsManyElementsAsFit) {
-  Array sparse = Array::sparse<double>(2, 2, 1);
-  sparse.resize({2147483647, 1});
-  EXPECT_EQ(sparse.shape(), (Shape{2147483647, 1}));
+  for (const Shape& shape : {Shape{2147483647, 1}, Shape{2147483647}}) {
+    Array sparse = Array::sparse<double>(2, 2, 1);
+    sparse.resize(shape);
+    EXPECT_EQ(sparse.shape(), (Shape{2147483647, 1}));
+  }
 }
 
 TEST(CppArrayShape, leadsToTheIndexOfAnElement) {
