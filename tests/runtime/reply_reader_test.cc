@@ -111,9 +111,10 @@ TEST(Reply, EndsWhereAByteOf0StandsForATag) {
   expectTheSame(replies()[0] + zero + replies()[1]);
 }
 
+// What stands there could be read as another field.
 TEST(Reply, EndsWithAnEmptyOutputWhereALengthIsTooLarge) {
   const std::string output = "\x0A";
-  const std::string length = "\x80\x80\x80\x80\x10";  // 2 to the 32nd
+  const std::string length = "\x80\x80\x80\x80\x08\x05";  // 2 to the 31st, or a field that is 5
   const Read content =
       readByUs(output + length + test::rowOf<INT32_class>({1}).SerializeAsString());
   EXPECT_EQ(content.count, 1U);
