@@ -48,7 +48,7 @@ class VORTENArrayProxy : public hcyArray {
   virtual void commit() {}
 
   // Brings all elements into the message for as long as it takes to read it: from beginReading(),
-  // which may throw and may be called again, to endReading().
+  // which may throw and may be called again, to endReading(), which may come without it.
   virtual void beginReading() { commit(); }
   virtual void endReading() {}
 

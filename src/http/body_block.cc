@@ -2,7 +2,6 @@
 
 #include "http/body_block.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -31,7 +30,7 @@ bool BodyBlock::reserve(std::size_t capacity) {
   if (isMapped(capacity_)) {
     // A body without a declared length takes many small steps, and each may move all of it. Room
     // that stays untouched takes no memory.
-    const std::size_t step = std::max(kHugePage, capacity_ / 4);
+    const std::size_t step = capacity_ / 4;
     if (capacity <= SIZE_MAX - step) capacity += step;
     grown = resizeLargeBlock(data_, capacity_, capacity);
   } else if (isMapped(capacity)) {

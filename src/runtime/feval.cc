@@ -32,15 +32,12 @@ class BorrowingParams {
   BorrowingParams& operator=(const BorrowingParams&) = delete;
   ~BorrowingParams() {
     while (!params_.rhs().empty()) params_.mutable_rhs()->UnsafeArenaReleaseLast();
-    for (const hcyArray* input : inputs_.first(begunReadings_)) proxyOf(input).endReading();
+    for (const hcyArray* input : inputs_) proxyOf(input).endReading();
   }
 
   const VORTEN_Params& borrow(std::int32_t nargout) {
     params_.set_nargout(nargout);
-    for (const hcyArray* input : inputs_) {
-      proxyOf(input).beginReading();
-      ++begunReadings_;
-    }
+    for (const hcyArray* input : inputs_) proxyOf(input).beginReading();
     auto& rhs = *params_.mutable_rhs();
     rhs.Reserve(checkedSize(inputs_.size()));
     for (const hcyArray* input : inputs_) rhs.UnsafeArenaAddAllocated(&messageOf(input));
@@ -49,7 +46,6 @@ class BorrowingParams {
 
  private:
   std::span<const hcyArray* const> inputs_;
-  std::size_t begunReadings_ = 0;
   VORTEN_Params params_;
 };
 
