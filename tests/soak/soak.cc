@@ -17,7 +17,7 @@
 #include "hcy/hcyclient.h"
 #include "soak/figures.h"
 #include "support/local_server.h"
-#include "support/script_server.h"
+#include "support/loopback.h"
 
 namespace hcy::soak {
 namespace {
@@ -125,12 +125,8 @@ class Soak {
       case 2:
         expectFailure(HCY_GENERIC_ERROR, "Couldn't connect to server", nobody_.url(), inputs);
         break;
-      default: {
-        const std::string whole = test::httpReply(200, "OK", "whole");
-        const test::ScriptServer cutting({test::Connection{
-            test::readRequest(), test::send(whole.substr(0, whole.size() - 1)), test::close()}});
-        expectFailure(HCY_GENERIC_ERROR, "Transferred a partial file", cutting.url(), inputs);
-      }
+      default:
+        expectFailure(HCY_GENERIC_ERROR, "Transferred a partial file", cutting_.url("/"), inputs);
     }
     hcyDestroyArray(text);
   }
@@ -151,6 +147,7 @@ class Soak {
 
   const Options options_;
   const test::LocalServer server_;
+  const test::ServerProcess cutting_{HCY_CUTTING_SERVER, {}};
   const test::UnlistenedPort nobody_;
   const hcyClientRuntime* const runtime_ = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
   hcyClientContext* context_ = nullptr;
