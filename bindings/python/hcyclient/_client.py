@@ -9,6 +9,7 @@ from operator import index
 from types import TracebackType
 from typing import Any, Literal, Optional, Union, overload
 
+from ._budget import Budget
 from ._connection import Connection
 from ._inputs import handles_of
 from ._library import LARGEST_SIZE, Handle
@@ -132,9 +133,10 @@ class Client:
         del inputs
         if failed:
             raise last_failure(connection.runtime, connection.context)
+        budget = Budget(self._limit)
         if nargout == 1:
-            return value_of(output, self._limit)
-        return tuple([value_of(output, self._limit) for output in outputs]) if nargout else None
+            return value_of(output, budget)
+        return tuple([value_of(output, budget) for output in outputs]) if nargout else None
 
 
 class Function:

@@ -2,8 +2,7 @@
 """Makes values of Python from arrays that a call returned.
 
 What a server sent may be out of step: storage with fewer elements than the dimensions say, or
-dimensions that no reply could fill. An element takes a byte of the reply at least, so that the limit
-for the size of replies bounds the number of elements, too.
+dimensions that no reply could fill.
 """
 from __future__ import annotations
 
@@ -13,6 +12,7 @@ from typing import Any, Tuple
 import numpy as np
 
 from . import _library as library
+from ._budget import Budget
 from ._dense_inputs import UTF16
 from ._library import Handle
 from ._malformed import malformed
@@ -23,19 +23,20 @@ from ._values import Cell, complex_dtype
 Shape = Tuple[int, ...]
 _COMPLEX_DTYPES = [complex_dtype(dtype) for dtype in DTYPES[:library.SINGLE]] + [
     np.dtype(np.complex64), np.dtype(np.complex128)]
+_MOST_DIMENSIONS: int = getattr(np, 'MAXDIMS', 64)  # NumPy 2 does not name them any more
 
 
-def value_of(handle: Handle, limit: int) -> Any:
+def value_of(handle: Handle, budget: Budget) -> Any:
     number = library.get_class(handle)
     shape = _shape(handle)
     if number in (library.DOUBLE, library.LOGICAL) and library.is_sparse(handle):
-        return sparse_value(handle, shape, limit)
+        return sparse_value(handle, shape, budget)
     count = element_count(shape)
-    _require_in_limit(count, shape, limit)
     if number == library.STRUCT:
-        return _structs(handle, shape, count, limit)
+        return _structs(handle, shape, count, budget)
+    budget.take(count, shape)
     if number == library.CELL:
-        return _cells(handle, shape, count, limit)
+        return _cells(handle, shape, count, budget)
     if count and not resize(handle, shape):
         raise MemoryError
     if number == library.CHAR:
@@ -43,14 +44,11 @@ def value_of(handle: Handle, limit: int) -> Any:
     return _numbers(handle, number, shape, count)
 
 
-def _require_in_limit(count: int, shape: Shape, limit: int) -> None:
-    if count > limit:
-        raise malformed(f'an array of shape {shape}, which is larger than a reply may be')
-
-
 def _shape(handle: Handle) -> Shape:
     """Of two dimensions at least."""
     count = library.get_dimension_count(handle)
+    if count > _MOST_DIMENSIONS:
+        raise malformed(f'an array of {count} dimensions; NumPy takes {_MOST_DIMENSIONS}')
     shape = tuple(library.get_dimensions(handle)[:count]) if count else (0, 0)
     return shape if count != 1 else (shape[0], 1)
 
@@ -99,41 +97,41 @@ def _text(handle: Handle, shape: Shape, count: int) -> Any:
     return points.view('U1')
 
 
-def _element(element: Handle, limit: int) -> Any:
+def _element(element: Handle, budget: Budget) -> Any:
     if not element:
         raise malformed('a container without one of its elements')
-    return value_of(element, limit)
+    return value_of(element, budget)
 
 
-def _cells(handle: Handle, shape: Shape, count: int, limit: int) -> Any:
+def _cells(handle: Handle, shape: Shape, count: int, budget: Budget) -> Any:
     """A row, and what is 0-by-0, is a list; anything else an array of objects."""
     get = library.get_cell
     if len(shape) == 2 and (shape[0] == 1 or shape == (0, 0)):
-        return Cell([_element(get(handle, i), limit) for i in range(count)])
+        return Cell([_element(get(handle, i), budget) for i in range(count)])
     cells = _empty((count,), object) if count else _empty(shape, object)
     for i in range(count):
-        cells[i] = _element(get(handle, i), limit)
+        cells[i] = _element(get(handle, i), budget)
     return cells.reshape(shape, order='F')
 
 
-def _structs(handle: Handle, shape: Shape, count: int, limit: int) -> Any:
+def _structs(handle: Handle, shape: Shape, count: int, budget: Budget) -> Any:
     """One is a dictionary, several in a row are a list of dictionaries; anything else, and what
     has no fields, is a structured array."""
     names = _field_names(handle)
-    _require_in_limit(count * len(names), shape, limit)
+    budget.take(count * max(len(names), 1), shape)
     if shape == (1, 1):
-        return _struct(handle, 0, names, limit)
+        return _struct(handle, 0, names, budget)
     if len(shape) == 2 and shape[0] == 1 and count and names:
-        return [_struct(handle, i, names, limit) for i in range(count)]
+        return [_struct(handle, i, names, budget) for i in range(count)]
     dtype = np.dtype({'names': list(names), 'formats': [object] * len(names)})
     structs = _empty((count,), dtype) if count else _empty(shape, dtype)
     for i in range(count if names else 0):
-        structs[i] = tuple(_struct(handle, i, names, limit).values())
+        structs[i] = tuple(_struct(handle, i, names, budget).values())
     return structs.reshape(shape, order='F')
 
 
-def _struct(handle: Handle, index: int, names: dict[str, int], limit: int) -> dict[str, Any]:
-    return {name: _element(library.get_field(handle, index, number), limit)
+def _struct(handle: Handle, index: int, names: dict[str, int], budget: Budget) -> dict[str, Any]:
+    return {name: _element(library.get_field(handle, index, number), budget)
             for name, number in names.items()}
 
 

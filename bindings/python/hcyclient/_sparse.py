@@ -3,11 +3,13 @@
 from __future__ import annotations
 
 import sys
+from operator import index
 from typing import Any
 
 import numpy as np
 
 from . import _library as library
+from ._budget import Budget
 from ._library import COMPLEX, LARGEST_SIZE, REAL, Handle
 from ._malformed import malformed
 from ._refusal import CannotCarry
@@ -33,13 +35,17 @@ def scipy_sparse(value: Any) -> Handle:
 
 
 def compressed_columns(value: CompressedColumns) -> Handle:
+    rows, columns = _rows_and_columns(value.shape)
     data, indices, indptr = map(np.asarray, value[:3])
-    rows, columns = value.shape
     if data.dtype.char not in '?dD':
         raise CannotCarry(f'sparse matrix of dtype {data.dtype}: only float64, complex128 and bool '
                           'are carried')
+    if data.ndim != 1 or not _are_indices(indices) or not _are_indices(indptr):
+        raise CannotCarry('sparse matrix whose parts are not lists of values, rows and columns')
     stored = int(indptr[-1]) if indptr.size else 0
-    _require_in_step(rows, columns, data, indices, indptr, stored)
+    if stored > min(len(data), len(indices), LARGEST_SIZE) or not _make_sense(
+            rows, columns, indices[:stored], indptr):
+        raise CannotCarry('sparse matrix whose rows and columns make no sense')
     require_memory(columns + 1 + 3 * stored)
     if data.dtype == _LOGICAL:
         handle: Handle = library.create_sparse_logical(rows, columns, stored)
@@ -55,13 +61,20 @@ def compressed_columns(value: CompressedColumns) -> Handle:
     return handle
 
 
-def _require_in_step(rows: int, columns: int, data: NDArray, indices: NDArray, indptr: NDArray,
-                     stored: int) -> None:
-    if max(rows, columns + 1, stored) > LARGEST_SIZE:
+def _rows_and_columns(shape: Any) -> tuple[int, int]:
+    try:
+        rows, columns = map(index, shape)
+    except (TypeError, ValueError):
+        raise CannotCarry('sparse matrix whose shape is not two whole numbers') from None
+    if min(rows, columns) < 0:
+        raise CannotCarry(f'sparse matrix of shape {(rows, columns)}')
+    if max(rows, columns + 1) > LARGEST_SIZE:
         raise CannotCarry(f'sparse matrix of shape {(rows, columns)}: it is too large')
-    if len(data) < stored or len(indices) < stored or not _make_sense(
-            rows, columns, indices[:stored], indptr):
-        raise CannotCarry('sparse matrix whose rows and columns make no sense')
+    return rows, columns
+
+
+def _are_indices(part: NDArray) -> bool:
+    return part.ndim == 1 and (part.dtype.kind in 'iu' or part.size == 0)
 
 
 def _make_sense(rows: int, columns: int, indices: NDArray, indptr: NDArray) -> bool:
@@ -81,11 +94,12 @@ def _write(address: int, dtype: np.dtype[Any], values: NDArray) -> None:
         np.copyto(view(None, address, values.shape, dtype), values, casting='unsafe')
 
 
-def sparse_value(handle: Handle, shape: tuple[int, ...], limit: int) -> Any:
+def sparse_value(handle: Handle, shape: tuple[int, ...], budget: Budget) -> Any:
     """SciPy's csc_matrix, whose values are a view, or our own type."""
-    if len(shape) != 2 or max(shape) > LARGEST_SIZE or shape[1] + 1 > limit:
+    if len(shape) != 2 or max(shape) > LARGEST_SIZE:
         raise malformed(f'a sparse array of shape {shape}')
     row_count, column_count = shape
+    budget.take(column_count + 1, shape)
     # One row gives it columns + 1 starts, whatever came. Rows times columns may be over what has
     # storage, for which the second one fails; the shape is set nevertheless.
     if not resize(handle, (1, column_count)):
@@ -93,7 +107,7 @@ def sparse_value(handle: Handle, shape: tuple[int, ...], limit: int) -> Any:
     resize(handle, shape)
     starts = view(handle, library.get_column_starts(handle), (column_count + 1,), SIZE).copy()
     stored = int(starts[-1])
-    if stored > min(library.get_room(handle), limit):
+    if stored > library.get_room(handle):
         raise malformed('a sparse array with fewer elements than its columns take')
     require_memory(3 * stored)
     if stored:

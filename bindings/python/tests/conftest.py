@@ -4,6 +4,7 @@ import contextlib
 import os
 import subprocess
 
+import hypothesis
 import pytest
 
 # libcurl would send calls to a server on this machine through a proxy.
@@ -12,6 +13,9 @@ for _name in list(os.environ):
         del os.environ[_name]
 
 import hcyclient  # noqa: E402
+
+hypothesis.settings.register_profile('server', deadline=None, database=None, print_blob=True)
+hypothesis.settings.load_profile('server')
 
 
 @contextlib.contextmanager

@@ -59,19 +59,22 @@ def result(*outputs):
 
 
 @contextlib.contextmanager
-def answering(body, status=200, reason=None, meanwhile=lambda: None):
-    """The URL of a server that answers so, and does something before each answer."""
+def answering(body, status=200, reason=None, meanwhile=lambda: None, heard=lambda request: None):
+    """The URL of a server that answers so (or with what the body returns, if it is a function),
+    hears the bodies of requests, and does something before each answer."""
 
     class Handler(http.server.BaseHTTPRequestHandler):
         protocol_version = 'HTTP/1.1'
+        disable_nagle_algorithm = True
 
         def do_POST(self):
-            self.rfile.read(int(self.headers['Content-Length']))
+            heard(self.rfile.read(int(self.headers['Content-Length'])))
             meanwhile()
+            reply = body() if callable(body) else body
             self.send_response(status, reason)
-            self.send_header('Content-Length', str(len(body)))
+            self.send_header('Content-Length', str(len(reply)))
             self.end_headers()
-            self.wfile.write(body)
+            self.wfile.write(reply)
 
         def log_message(self, *_):
             pass

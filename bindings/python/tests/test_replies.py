@@ -54,6 +54,30 @@ def test_dimensions_that_no_reply_fills_take_no_memory(client, message):
         answer(client, message)
 
 
+HALF_A_REPLY = array(UINT8, [1 << 25, 1])  # of the 64 MiB that one may have
+
+
+@pytest.mark.parametrize('outputs', [
+    [HALF_A_REPLY] * 3,
+    [cell_array([1, 3], *[HALF_A_REPLY] * 3)],
+    [cell_array([3, 1], *[HALF_A_REPLY] * 3)],
+    [struct_array([1, 1], [b'a', b'b', b'c'], *[HALF_A_REPLY] * 3)],
+    [cell_array([1, 3], *[sparse_array([2, 1 << 25], [], [], [])] * 3)],
+], ids=['outputs', 'list', 'cells', 'fields', 'sparse'])
+def test_nor_do_arrays_together_that_no_reply_fills(client, outputs):
+    with pytest.raises(hcyclient.TransportError, match='is more than a reply can hold'):
+        answer(client, *outputs)
+
+
+@pytest.mark.parametrize('message', [
+    double_array([1] * 100, 1), double_array([0] * 100), cell_array([1] * 100, HALF_A_REPLY),
+    struct_array([1] * 100, [b'a'], HALF_A_REPLY), array(CHAR, [1] * 100), array(LOGICAL, [1] * 100)
+], ids=['double', 'empty', 'cell', 'struct', 'char', 'logical'])
+def test_more_dimensions_than_numpy_has(client, message):
+    with pytest.raises(hcyclient.TransportError, match='holds an array of 100 dimensions'):
+        answer(client, message)
+
+
 @pytest.mark.parametrize('message', [
     cell_array([1, 2], double_array([1, 1], 1)),
     cell_array([2, 2], double_array([1, 1], 1)),

@@ -2,15 +2,12 @@
 """Whatever can be carried comes back as the guide's table says."""
 import numpy as np
 import scipy.sparse
-from hypothesis import given, settings
+from hypothesis import given
 from hypothesis import strategies as st
 from hypothesis.extra import numpy as hnp
 
 import hcyclient
 from hcyclient import Cell, complex_dtype
-
-settings.register_profile('server', deadline=None, database=None, print_blob=True)
-settings.load_profile('server')
 
 INTEGERS = ['uint8', 'int8', 'uint16', 'int16', 'uint32', 'int32', 'uint64', 'int64']
 REALS = [*INTEGERS, 'float32', 'float64', 'bool']
