@@ -136,9 +136,13 @@ def text(value: str) -> Handle:
     return handle
 
 
+def _code_points(value: NDArray) -> NDArray:
+    return np.ascontiguousarray(value, value.dtype.newbyteorder('=')).view(np.uint32)
+
+
 def _code_units(value: NDArray) -> NDArray:
     """The code units of an array of single characters."""
-    points = np.ascontiguousarray(value.astype(np.dtype('U1'))).view(np.uint32)
+    points = _code_points(value)
     if points.size and points.max() > np.iinfo(CHAR_UNIT).max:
         raise CannotCarry('array of characters with one that takes two code units')
     return points.astype(CHAR_UNIT)
@@ -156,6 +160,8 @@ def _rows_of_units(value: NDArray) -> NDArray:
 
 def text_array(value: NDArray) -> Handle:
     """From an array of texts in one dimension, a row each, or of characters in more."""
+    if value.size and value.dtype.itemsize and _code_points(value).max() > sys.maxunicode:
+        raise CannotCarry('array of texts with a number that is no character')
     if value.ndim == 0:
         return text(value.item())
     if value.ndim == 1:

@@ -44,9 +44,14 @@ def _element(value: Any, *place: object) -> Handle:
         return _handle_of(value)
     except CannotCarry as refusal:
         for step in reversed(place):
-            refusal.inside(f'[{step!r}]' if not isinstance(step, tuple)
-                           else f'[{", ".join(map(str, step))}]')
+            refusal.inside(_subscript(step))
         raise
+
+
+def _subscript(step: object) -> str:
+    if isinstance(step, tuple):  # of an array; one without dimensions has none
+        return f'[{", ".join(map(str, step))}]' if step else ''
+    return f'[{step!r}]'
 
 
 def _array(value: NDArray) -> Handle:
@@ -120,7 +125,7 @@ def _structs(shape: Sequence[int], names: list[Any], places: Iterable[tuple[obje
 
 def _field_name(name: Any) -> bytes:
     if not isinstance(name, str):
-        raise CannotCarry(f'key {name!r}: the name of a field is a str')
+        raise CannotCarry(f'key of type {type(name).__name__}: the name of a field is a str')
     try:
         encoded = name.encode(errors='surrogateescape')
     except UnicodeEncodeError:
@@ -134,13 +139,13 @@ def _conversion_of(value: Any) -> Callable[[Any], Handle]:
     """For types that are derived from those of the table, and for sparse matrices."""
     if isinstance(value, np.ma.MaskedArray):
         raise object_of(value)
-    if isinstance(value, np.generic) and not isinstance(value, str):
-        return lambda number: _array(np.asarray(number))
+    if isinstance(value, (np.ndarray, np.generic)) and not isinstance(value, str):
+        return lambda derived: _array(np.asarray(derived))  # not of a class with ways of its own
+    if is_scipy_sparse(value):  # first, as one kind of them is derived from dict
+        return scipy_sparse
     for base, convert in _DERIVED:
         if isinstance(value, base):
             return convert
-    if is_scipy_sparse(value):
-        return scipy_sparse
     raise object_of(value)
 
 
@@ -159,6 +164,6 @@ _CONVERSIONS: dict[type, Callable[[Any], Handle]] = {
     type(None): nothing,
 }
 _DERIVED: list[tuple[type, Callable[[Any], Handle]]] = [
-    (np.ndarray, _array), (float, real_scalar), (int, integer_scalar), (complex, scalar),
+    (float, real_scalar), (int, integer_scalar), (complex, scalar),
     (str, text), (Mapping, _mapping), (Cell, _cell), (CompressedColumns, compressed_columns),
     (list, _sequence), (tuple, _sequence)]

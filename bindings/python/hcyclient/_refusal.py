@@ -18,8 +18,9 @@ class CannotCarry(Exception):
         return self
 
     def as_type_error(self, argument: int) -> TypeError:
-        place = ''.join(self.place) + ': ' if self.place else ''
-        return TypeError(f'argument {argument}: {place}cannot carry {self.what}')
+        place = ''.join(self.place)
+        separator = ': ' if place else ''
+        return TypeError(f'argument {argument}: {place}{separator}cannot carry {self.what}')
 
 
 def object_of(value: Any) -> CannotCarry:

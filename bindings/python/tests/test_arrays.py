@@ -17,7 +17,7 @@ def base_of(array):
     return array.base
 
 
-@pytest.mark.parametrize('name', NUMERIC)
+@pytest.mark.parametrize('name', [*NUMERIC, 'longlong', 'ulonglong'])
 def test_each_dtype_comes_back_as_it_was(echo, name):
     dtype = np.dtype(name)
     ends = [False, True] if name == 'bool' else [np.finfo(dtype).min, np.finfo(dtype).max] \
@@ -128,6 +128,13 @@ def test_complex_integers(echo, name):
     np.testing.assert_array_equal(back, sent)
 
 
+@pytest.mark.parametrize('real, imaginary', [('f8', 'f8'), ('i2', 'i4'), ('?', '?')])
+def test_other_fields_of_these_names_are_a_struct(echo, real, imaginary):
+    back = echo(np.ones((2, 1), [('real', real), ('imag', imaginary)]))
+    assert back.dtype.names == ('real', 'imag')
+    assert back[1, 0]['imag'].dtype == imaginary and back[1, 0]['imag'].item() == 1
+
+
 @pytest.mark.parametrize('name', ['float64', 'bool', 'U1'])
 def test_only_integers_have_such_a_dtype(name):
     with pytest.raises(TypeError, match='is no dtype of integers'):
@@ -223,11 +230,22 @@ def test_a_structured_array_is_a_struct_array_of_its_shape(echo):
     assert echo(np.empty((2, 3), [])).shape == (2, 3)
 
 
+@pytest.mark.filterwarnings('ignore:the matrix subclass')
+def test_classes_of_numpy_that_have_ways_of_their_own(echo):
+    np.testing.assert_array_equal(echo(np.matrix([[1, 2], [3, 4]])), [[1, 2], [3, 4]])
+    assert echo(np.matrix([['a', None], [1, 'b']], object))[1, 1] == 'b'
+    characters = np.char.array([['a', 'b'], ['c', 'd']])
+    np.testing.assert_array_equal(echo(characters), np.asarray(characters))
+    assert echo(np.char.array('a ')) == 'a '
+
+
 def test_types_derived_from_those_that_are_carried(echo):
     import collections
     import enum
+    import types
     assert echo(enum.IntEnum('E', 'a b').b).item() == 2
     assert echo(collections.OrderedDict(a='b')) == {'a': 'b'}
+    assert echo(types.MappingProxyType({'a': 'b'})) == {'a': 'b'}
     assert echo(np.str_('text')) == 'text'
     assert echo(np.rec.array([(1, 2)], names='a,b'))['b'].item() == 2
     assert echo(collections.namedtuple('Pair', 'a b')('x', 'y')) == ['x', 'y']

@@ -23,6 +23,14 @@ def test_values_are_a_view(echo):
     assert not values.flags.owndata
 
 
+@pytest.mark.parametrize('form', ['csr', 'coo', 'dok', 'lil', 'dia', 'bsr'])
+def test_every_form_of_them_is_carried(echo, form):
+    sent = scipy.sparse.csc_matrix(np.array([[0, 2.0], [1, 0]])).asformat(form)
+    back = echo(sent)
+    assert type(back) is scipy.sparse.csc_matrix
+    np.testing.assert_array_equal(back.toarray(), sent.toarray())
+
+
 def test_duplicates_are_summed_and_rows_sorted(echo):
     sent = scipy.sparse.csc_matrix((np.array([1.0, 2, 3]), np.array([2, 0, 2]), np.array([0, 3])),
                                    (3, 1))
