@@ -9,6 +9,8 @@ from operator import index
 from types import TracebackType
 from typing import Any, Literal, Optional, Union, overload
 
+import numpy as np
+
 from ._budget import Budget
 from ._connection import Connection
 from ._inputs import handles_of
@@ -47,11 +49,11 @@ class Client:
             'size_limit': self._limit,
             'cert_file': _file('client_cert_file', client_cert_file),
             'key_file': _file('client_key_file', client_key_file),
-            'passphrase': _c_text('client_key_passphrase', client_key_passphrase or b''),
+            'passphrase': _passphrase(client_key_passphrase),
             'ca_file': _file('ca_file', ca_file),
             'revocation_file': _file('revocation_list_file', revocation_list_file),
-            'verify_hostname': bool(verify_hostname),
-            'verify_peer': bool(verify_peer),
+            'verify_hostname': _switch('verify_hostname', verify_hostname),
+            'verify_peer': _switch('verify_peer', verify_peer),
         })
         self._feval = self._connection.runtime.feval
         weakref.finalize(self, self._connection.end)
@@ -83,10 +85,13 @@ class Client:
 
     def close(self) -> None:
         """Closes the connection. Closing again does nothing."""
-        turns, turn = self._connection.turns, object()
+        connection, turn = self._connection, object()
+        if connection.process != os.getpid():
+            return
+        turns = connection.turns
         try:
-            self._begin(turns, turn)
-            self._connection.end(turn)
+            _begin(connection, turn)
+            connection.end(turn)
         finally:
             if None in turns and turns[None] is turn:
                 del turns[None]
@@ -99,34 +104,29 @@ class Client:
         self.close()
 
     def _evaluate(self, url: bytes, arguments: tuple[Any, ...], nargout: int) -> Any:
-        turns, turn = self._connection.turns, object()
+        connection, turn = self._connection, object()
+        turns = connection.turns
         try:
-            self._begin(turns, turn)
+            _begin(connection, turn)
             return self._call(url, arguments, nargout)
         finally:
             # No function is called here, and no interrupt delivered: the turn ends for certain.
             if None in turns and turns[None] is turn:
                 del turns[None]
 
-    @staticmethod
-    def _begin(turns: dict[None, object], turn: object) -> None:
-        if turns.setdefault(None, turn) is not turn:
-            raise RuntimeError('this client is in use by another call: each thread needs a client '
-                               'of its own')
-
     def _call(self, url: bytes, arguments: tuple[Any, ...], nargout: int) -> Any:
         connection = self._connection
         if not connection.context or connection.process != os.getpid():
             raise _unusable(connection)
+        nargout = _number('nargout', nargout, 0, LARGEST_SIZE)
         inputs = handles_of(arguments)
         count = len(inputs)
         pointers = (c_void_p * count)(*[handle.value for handle in inputs])
         if nargout == 1:
             output = Handle()
             failed = self._feval(connection.context, url, 1, byref(output), count, pointers)
-            outputs = [output]
         else:
-            room = (c_void_p * _number('nargout', nargout, 0, LARGEST_SIZE))()
+            room = (c_void_p * nargout)()
             # They own what the call will write, from the moment that it does.
             outputs = [Handle.from_buffer(room, i * sizeof(c_void_p)) for i in range(nargout)]
             failed = self._feval(connection.context, url, nargout, room, count, pointers)
@@ -166,10 +166,18 @@ class Function:
         return f'<function {self.url}>'
 
 
+def _begin(connection: Connection, turn: object) -> None:
+    if connection.turns.setdefault(None, turn) is not turn:
+        raise _unusable(connection)
+
+
 def _unusable(connection: Connection) -> RuntimeError:
     if connection.process != os.getpid():
         return RuntimeError('this client was made before the process forked: make one in the child')
-    return RuntimeError('this client is closed')
+    if not connection.context:
+        return RuntimeError('this client is closed')
+    return RuntimeError('this client is in use by another call: each thread needs a client of its '
+                        'own')
 
 
 def _encoded(url: str) -> bytes:
@@ -179,7 +187,7 @@ def _encoded(url: str) -> bytes:
 
 
 def _c_text(name: str, text: Union[str, bytes]) -> bytes:
-    encoded = text.encode() if isinstance(text, str) else bytes(text)
+    encoded = text.encode() if isinstance(text, str) else text
     if b'\0' in encoded:
         raise ValueError(f'{name} has a NUL inside')
     return encoded
@@ -187,6 +195,19 @@ def _c_text(name: str, text: Union[str, bytes]) -> bytes:
 
 def _file(name: str, path: Optional[Path]) -> bytes:
     return b'' if path is None else _c_text(name, os.fsencode(path))
+
+
+def _passphrase(phrase: Union[str, bytes, None]) -> bytes:
+    if not isinstance(phrase, (str, bytes, type(None))):
+        raise TypeError(f'client_key_passphrase is a str or bytes, not {type(phrase).__name__}')
+    return _c_text('client_key_passphrase', phrase or b'')
+
+
+def _switch(name: str, value: bool) -> bool:
+    """Nothing else: who gives None for what he does not care for would turn it off."""
+    if not isinstance(value, (bool, np.bool_)):
+        raise TypeError(f'{name} is True or False, not {type(value).__name__}')
+    return bool(value)
 
 
 def _number(name: str, value: int, least: int, most: int) -> int:

@@ -40,7 +40,8 @@ def test_a_function_is_called_like_one_of_python(server, client):
 
 
 @pytest.mark.parametrize('nargout, kind', [(-1, ValueError), (2**31, ValueError), ('2', TypeError),
-                                           (1.5, TypeError)])
+                                           (1.5, TypeError), (1.0, TypeError),
+                                           (None, TypeError)])
 def test_a_bad_number_of_outputs(server, client, nargout, kind):
     with pytest.raises(kind, match='nargout is '):
         client.feval(server + '/echo', 1, nargout=nargout)
@@ -169,6 +170,14 @@ def test_a_library_that_is_not_there_is_an_import_error(tmp_path):
     assert 'HCYCLIENT_LIBRARY' in outcome.stderr
 
 
+def test_another_library_is_an_import_error():
+    import ctypes.util
+    outcome = subprocess.run(
+        [sys.executable, '-c', 'import hcyclient'], stderr=subprocess.PIPE, text=True,
+        env={**os.environ, 'HCYCLIENT_LIBRARY': ctypes.util.find_library('c')})
+    assert 'ImportError: this is not a library of hcyclient, or an older one' in outcome.stderr
+
+
 def test_the_loader_of_the_system_finds_the_library_too(server):
     environment = dict(os.environ)
     library = environment.pop('HCYCLIENT_LIBRARY')
@@ -193,7 +202,7 @@ def test_two_threads_at_once_are_told(client):
         thread = threading.Thread(target=lambda: outcome.append(client.feval(url).item()))
         thread.start()
         asked.wait()
-        for use in (lambda: client.feval(url), client.close):
+        for use in (lambda: client.feval(url), client.close, lambda: client.feval(url)):
             with pytest.raises(RuntimeError, match='in use by another call: each thread needs a c'):
                 use()
         told.set()
@@ -257,6 +266,29 @@ def test_after_a_fork_only_the_parent_uses_the_client(server, client):
     assert client.feval(server + '/echo', 'after') == 'after'
 
 
+def test_a_fork_during_a_call_of_another_thread(client):
+    asked, told = threading.Event(), threading.Event()
+
+    def hold():
+        asked.set()
+        told.wait()
+
+    def use():
+        client.close()
+        try:
+            client.feval('http://127.0.0.1')
+        except RuntimeError as error:
+            return 7 if 'before the process forked' in str(error) else 1
+
+    with replies.answering(replies.result(), meanwhile=hold) as url:
+        thread = threading.Thread(target=client.feval, args=(url,), kwargs={'nargout': 0})
+        thread.start()
+        asked.wait()
+        assert in_child(use) == 7
+        told.set()
+        thread.join()
+
+
 def test_an_interpreter_ends_while_a_thread_calls(server):
     """It does not wait for the thread, nor end the library under it."""
     outcome = subprocess.run([sys.executable, '-c', '''
@@ -271,13 +303,48 @@ while not client._connection.turns:
     assert outcome.returncode == 0
 
 
+def run_in_time(function):
+    thread = threading.Thread(target=function, daemon=True)
+    thread.start()
+    thread.join(60)
+    assert not thread.is_alive()
+
+
+def test_the_collector_may_give_a_client_back_while_one_is_made():
+    from hcyclient import _runtime
+
+    def make():
+        with _runtime._lock:  # as it is then
+            hcyclient.Client().close()
+
+    run_in_time(make)
+
+
+def test_a_fork_while_another_thread_makes_a_client():
+    from hcyclient import _runtime
+
+    def make():
+        run_in_time(lambda: hcyclient.Client().close())
+        return 7
+
+    with _runtime._lock:
+        outcome = []
+        thread = threading.Thread(target=lambda: outcome.append(in_child(make)))
+        thread.start()
+        thread.join()
+    assert outcome == [7]
+
+
 def test_a_client_that_cannot_be_made_leaves_nothing(client, monkeypatch):
     from hcyclient import _runtime
     users = _runtime._users
     runtime = client._connection.runtime
+    configs, destroy = [], runtime.destroy_config
+    monkeypatch.setattr(runtime, 'destroy_config', lambda config: configs.append(destroy(config)))
     for name, text in [('create_config', 'configuration'), ('create_context', 'context')]:
         with monkeypatch.context() as patch:
             patch.setattr(runtime, name, lambda *_: 1)
             with pytest.raises(Error, match=f'for a {text} cannot be had'):
                 hcyclient.Client()
-    assert _runtime._users == users
+    hcyclient.Client().close()
+    assert _runtime._users == users and len(configs) == 2  # of the second client and of the third

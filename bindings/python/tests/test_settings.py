@@ -71,6 +71,16 @@ def test_timeout(server):
     assert call(server, timeout=None) == 'x'
 
 
+@pytest.mark.parametrize('settings, expected', [({}, 120), ({'timeout': 2147483}, 2147483),
+                                                ({'timeout': None}, 0)])
+def test_timeout_as_the_library_takes_it(settings, expected, monkeypatch):
+    with hcyclient.Client() as client:
+        runtime, seen = client._connection.runtime, []
+        monkeypatch.setattr(runtime, 'set_timeout', lambda _, seconds: seen.append(seconds))
+        hcyclient.Client(**settings).close()
+        assert seen == [expected]
+
+
 def test_response_size_limit(server):
     with hcyclient.Client(response_size_limit=1000) as client:
         assert client.feval(server + '/echo', np.ones(100)).size == 100
@@ -123,6 +133,8 @@ def test_verify_peer(tls_server, files):
     ({'timeout': 1.5}, TypeError), ({'response_size_limit': -1}, ValueError),
     ({'response_size_limit': 2**32}, ValueError), ({'ca_file': 'a\0b'}, ValueError),
     ({'ca_file': 3}, TypeError), ({'client_key_passphrase': 'a\0b'}, ValueError),
+    ({'client_key_passphrase': 5}, TypeError), ({'client_key_passphrase': [65]}, TypeError),
+    ({'verify_peer': None}, TypeError), ({'verify_hostname': 0}, TypeError),
     ({'tls': True}, TypeError)])
 def test_settings_that_make_no_sense(settings, kind):
     with pytest.raises(kind):
