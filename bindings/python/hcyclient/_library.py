@@ -32,10 +32,12 @@ _locking, _unlocking = _load()
 
 
 def _function(name: str, result: Any, *arguments: Any, unlocks: bool = False) -> Any:
-    found = getattr(_unlocking if unlocks else _locking, name)
+    try:
+        found = getattr(_unlocking if unlocks else _locking, name)
+    except AttributeError as error:
+        raise ImportError(f'this is not a library of hcyclient, or an older one: {error}') from None
     found.restype, found.argtypes = result, arguments
     return found
-
 
 
 def _method(function: Any) -> Any:

@@ -4,13 +4,16 @@ from __future__ import annotations
 
 import math
 from ctypes import c_size_t
-from typing import Any, Sequence
+from typing import TYPE_CHECKING, Any, Sequence
 
 import numpy as np
 
 from . import _library as library
 
-NDArray = np.ndarray[Any, Any]
+if TYPE_CHECKING:
+    NDArray = np.ndarray[Any, Any]
+else:
+    NDArray = np.ndarray  # which NumPy before 1.22 cannot subscript
 Shape = Sequence[int]
 
 # In the order of the classes' numbers, up to logical.

@@ -56,6 +56,15 @@ def test_the_version_is_that_of_the_library():
     assert f'version = "{hcyclient.__version__}"' in (FOLDER / 'pyproject.toml').read_text()
 
 
+def test_a_numpy_whose_arrays_cannot_be_subscripted():
+    """Before 1.22."""
+    subprocess.run([sys.executable, '-c', '''
+import numpy
+numpy.ndarray = type('ndarray', (numpy.ndarray,), {'__class_getitem__': None})
+import hcyclient
+'''], check=True)
+
+
 def test_it_is_written_for_the_oldest_python_that_it_names():
     """The syntax, at least; mypy checks what of the standard library is there."""
     import ast
