@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """What goes out and comes back, value by value."""
 import gc
+import subprocess
+import sys
+import tracemalloc
 import weakref
 
 import numpy as np
@@ -63,6 +66,38 @@ def test_a_view_outlives_its_client(server):
         back = client.feval(server + '/echo', np.arange(3.0))
     del client
     np.testing.assert_array_equal(back, [[0], [1], [2]])
+
+
+def test_a_view_outlives_the_library(server):
+    subprocess.run([sys.executable, '-c', '''
+import sys, hcyclient, numpy as np
+from hcyclient import _runtime
+with hcyclient.Client() as client:
+    view, [cell, text] = client.feval(sys.argv[1] + '/echo', np.arange(1e5), [np.arange(3.0), 'x'],
+                                      nargout=2)
+assert _runtime._runtime is None
+assert view.sum() == sum(range(100_000)) and cell.sum() == 3
+view[:] = 1
+del view, cell
+''', server], check=True)
+
+
+ONES = np.ones((500, 400))
+
+
+@pytest.mark.parametrize('array', [
+    np.asfortranarray(ONES), ONES, np.ones((1000, 400))[::2], ONES.astype('>f8'), ONES * 1j,
+    ONES.astype('i2'), ONES > 0,
+], ids=['columns', 'rows', 'strides', 'byte_order', 'complex', 'int16', 'bool'])
+def test_arrays_are_written_once(array):
+    from hcyclient._inputs import handles_of
+    tracemalloc.start()  # NumPy tells it of its arrays
+    try:
+        handles = handles_of([array])
+        _, most = tracemalloc.get_traced_memory()
+    finally:
+        tracemalloc.stop()
+    assert len(handles) == 1 and most < 20_000
 
 
 def test_an_output_can_be_written_and_sent_again(echo):

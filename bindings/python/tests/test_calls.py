@@ -202,11 +202,13 @@ def test_two_threads_at_once_are_told(client):
         thread = threading.Thread(target=lambda: outcome.append(client.feval(url).item()))
         thread.start()
         asked.wait()
-        for use in (lambda: client.feval(url), client.close, lambda: client.feval(url)):
-            with pytest.raises(RuntimeError, match='in use by another call: each thread needs a c'):
-                use()
-        told.set()
-        thread.join()
+        try:
+            for use in (lambda: client.feval(url), client.close, lambda: client.feval(url)):
+                with pytest.raises(RuntimeError, match='in use by another call: each thread needs'):
+                    use()
+        finally:
+            told.set()
+            thread.join()
         assert outcome == [5]
         assert client.feval(url).item() == 5
 
@@ -284,9 +286,10 @@ def test_a_fork_during_a_call_of_another_thread(client):
         thread = threading.Thread(target=client.feval, args=(url,), kwargs={'nargout': 0})
         thread.start()
         asked.wait()
-        assert in_child(use) == 7
+        outcome = in_child(use)
         told.set()
         thread.join()
+    assert outcome == 7
 
 
 def test_an_interpreter_ends_while_a_thread_calls(server):
