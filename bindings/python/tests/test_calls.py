@@ -118,6 +118,14 @@ def test_a_closed_client_says_so(server):
             call(1)
 
 
+def test_a_closed_client_has_no_connection(server):
+    with hcyclient.Client() as client:
+        before = len(os.listdir('/proc/self/fd'))
+        client.feval(server + '/echo', 1)
+        assert len(os.listdir('/proc/self/fd')) > before
+    assert len(os.listdir('/proc/self/fd')) <= before
+
+
 def test_a_client_that_nobody_holds_is_closed(server):
     client = hcyclient.Client()
     client.feval(server + '/echo', 1)
@@ -256,6 +264,7 @@ def test_after_a_fork_only_the_parent_uses_the_client(server, client):
 
     def use():
         client.close()
+        client._connection.end()  # as if nobody held it any more
         assert client._connection.context  # is left to the parent
         try:
             client.feval(server + '/echo', 1)

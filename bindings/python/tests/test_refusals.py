@@ -95,6 +95,11 @@ def test_its_place_is_named(echo, value, place):
     assert str(raised.value) == f'argument 2: {place}: cannot carry object of type set'
 
 
+def test_the_argument_that_holds_itself_is_named(echo):
+    with pytest.raises(TypeError, match='^argument 3: cannot carry what is nested too deeply'):
+        echo(1, 2, HOLDS_ITSELF)
+
+
 def test_a_refusal_leaves_the_client_usable(echo):
     with pytest.raises(TypeError):
         echo([1, {2}])

@@ -28,6 +28,7 @@ def requested(client, *arguments, nargout=0):
     (np.empty((0, 0), object), CELL, [0, 0]),
     ({}, STRUCT, [1, 1]),
     ([{'a': 1}, {'a': 2}], STRUCT, [1, 2]),
+    (np.empty((2**15, 2**15), []), STRUCT, [2**15, 2**15]),  # none of which is looked at
 ], ids=repr)
 def test_class_and_shape(client, value, kind, shape):
     assert array(kind, shape) in requested(client, value)
