@@ -83,8 +83,7 @@ def _complex_array(value: NDArray) -> Handle:
     else:
         raise CannotCarry(f'array of dtype {dtype}')
     shape = matrix_shape(value.shape)
-    # An array without elements is real.
-    handle = _created(shape, library.create_numeric, number, COMPLEX if value.size else REAL)
+    handle = _created(shape, library.create_numeric, number, COMPLEX)
     if value.size:
         _write(handle, library.get_data(handle), shape, DTYPES[number], real)
         _write(handle, library.get_imaginary(handle), shape, DTYPES[number], imaginary)

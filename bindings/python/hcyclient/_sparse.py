@@ -51,7 +51,7 @@ def compressed_columns(value: CompressedColumns) -> Handle:
         handle: Handle = library.create_sparse_logical(rows, columns, stored)
         _write(library.get_logicals(handle), _LOGICAL, data[:stored])
     else:
-        is_complex = stored != 0 and data.dtype.kind == 'c'
+        is_complex = data.dtype.kind == 'c'
         handle = library.create_sparse(rows, columns, stored, COMPLEX if is_complex else REAL)
         _write(library.get_data(handle), _DOUBLE, np.real(data)[:stored])
         if is_complex:

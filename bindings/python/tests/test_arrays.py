@@ -269,6 +269,7 @@ def test_a_structured_array_is_a_struct_array_of_its_shape(echo):
     assert echo(sent[0, 1])['x'].item() == 0.5
     assert echo(np.empty((0, 2), sent.dtype)).dtype.names == ('x', 'n')
     assert echo(np.empty((2, 3), [])).shape == (2, 3)
+    assert echo([{}, {}]).shape == (1, 2) and echo([{}, {}]).dtype.names == ()
 
 
 @pytest.mark.filterwarnings('ignore:the matrix subclass')

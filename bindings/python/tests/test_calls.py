@@ -59,6 +59,7 @@ def test_an_http_error(server, client):
         client.feval(server + '/no/such/function')
     assert (raised.value.status, raised.value.reason) == (404, 'Not Found')
     assert str(raised.value) == 'HTTP status 404 Not Found'
+    assert str(HttpError(404, '')) == 'HTTP status 404'
 
 
 def test_a_reason_in_any_bytes(client):
@@ -159,15 +160,28 @@ assert ended == [1, 1]
 def test_a_library_that_other_code_started_for_1_0_is_refused():
     subprocess.run([sys.executable, '-c', '''
 import hcyclient
-from hcyclient import _library
+from hcyclient import _library, _runtime
 _library.initialize(0x10000)
 try:
     hcyclient.Client()
 except hcyclient.Error as error:
-    assert 'version 1.0' in str(error), error
+    assert 'version 1.0' in str(error) and _runtime._users == 0, error
     raise SystemExit(0)
 raise SystemExit('no error')
 '''], check=True)
+
+
+def test_a_library_that_does_not_start_says_why():
+    outcome = subprocess.run([sys.executable, '-c', '''
+import hcyclient
+from hcyclient import _library
+_library.VERSION_1_1 = 0x7F0000
+try:
+    hcyclient.Client()
+except hcyclient.Error as error:
+    print(error)
+'''], stdout=subprocess.PIPE, text=True, check=True)
+    assert 'version' in outcome.stdout
 
 
 def test_a_library_that_is_not_there_is_an_import_error(tmp_path):

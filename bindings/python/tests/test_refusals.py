@@ -66,7 +66,7 @@ def test_it_is_named(echo, value, what):
     (1.0, [0], [0, 1], (3, 1), 'whose parts are not lists of values, rows and columns'),
     ([], [], [0], (-1, 0), 'of shape (-1, 0)'),
     ([], [], [], (0, -1), 'of shape (0, -1)'),
-    ([], [], [0], (0, 2**31), 'of shape (0, 2147483648): it is too large'),
+    ([], [], [0], (0, 2**31 - 1), 'of shape (0, 2147483647): it is too large'),
     ([], [], [0, 0], (1.0, 1), 'whose shape is not two whole numbers'),
     ([], [], [0, 0], (1, 1, 1), 'whose shape is not two whole numbers'),
     ([], [], [0, 0], None, 'whose shape is not two whole numbers'),

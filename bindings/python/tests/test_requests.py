@@ -3,6 +3,7 @@
 import numpy as np
 import pytest
 import replies
+import scipy.sparse
 from replies import CELL, CHAR, DOUBLE, LOGICAL, STRUCT, array, double_array, field, result
 
 
@@ -32,6 +33,13 @@ def requested(client, *arguments, nargout=0):
 ], ids=repr)
 def test_class_and_shape(client, value, kind, shape):
     assert array(kind, shape) in requested(client, value)
+
+
+def test_complex_arrays_without_elements_are_real(client):
+    for shape in (0, 0), (0, 3), (2, 0, 3):
+        assert requested(client, np.empty(shape, 'c16')) == requested(client, np.empty(shape))
+    empty = scipy.sparse.csc_matrix((2, 3))
+    assert requested(client, empty.astype('c16')) == requested(client, empty)
 
 
 @pytest.mark.parametrize('nargout', [0, 1, 2])
