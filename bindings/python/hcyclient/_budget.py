@@ -17,5 +17,5 @@ class Budget:
 
     def take(self, count: int, shape: Shape) -> None:
         if count > self._left:
-            raise malformed(f'an array of shape {tuple(shape)}, which is more than a reply can hold')
+            raise malformed(f'an array of shape {tuple(shape)}, more than a reply can hold')
         self._left -= count

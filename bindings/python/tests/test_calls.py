@@ -185,8 +185,9 @@ except hcyclient.Error as error:
 
 
 def test_a_library_that_is_not_there_is_an_import_error(tmp_path):
-    outcome = subprocess.run([sys.executable, '-c', 'import hcyclient'], stderr=subprocess.PIPE,
-                             text=True, env={**os.environ, 'HCYCLIENT_LIBRARY': str(tmp_path / 'x')})
+    outcome = subprocess.run(
+        [sys.executable, '-c', 'import hcyclient'], stderr=subprocess.PIPE, text=True,
+        env={**os.environ, 'HCYCLIENT_LIBRARY': str(tmp_path / 'x')})
     assert outcome.returncode == 1
     assert 'ImportError: the library of hcyclient cannot be loaded' in outcome.stderr
     assert 'HCYCLIENT_LIBRARY' in outcome.stderr

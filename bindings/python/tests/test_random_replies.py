@@ -11,7 +11,8 @@ from replies import CELL, DOUBLE, LOGICAL, SPARSE, STRUCT, array, doubles, field
 import hcyclient
 
 CONTENT_FIELDS = {CELL: 28, STRUCT: 29, SPARSE: 30, LOGICAL: 26, DOUBLE: 25}
-SIZES = st.one_of(st.integers(0, 3), st.sampled_from([7, 2**16, 2**31, 2**32 + 1, 2**63, 2**64 - 1]))
+SIZES = st.one_of(st.integers(0, 3),
+                  st.sampled_from([7, 2**16, 2**31, 2**32 + 1, 2**63, 2**64 - 1]))
 SHAPES = st.one_of(st.lists(SIZES, max_size=4), st.lists(st.just(1), max_size=70))
 NUMBERS = st.lists(st.integers(0, 4), max_size=5)
 VALUES = st.lists(st.floats(), max_size=5).map(lambda numbers: doubles(*numbers))
