@@ -68,6 +68,7 @@ class SilentTerminal {
 
   char interruptKey() const { return static_cast<char>(before_.c_cc[VINTR]); }
   char eraseKey() const { return static_cast<char>(before_.c_cc[VERASE]); }
+  char killKey() const { return static_cast<char>(before_.c_cc[VKILL]); }
   char endKey() const { return static_cast<char>(before_.c_cc[VEOF]); }
 
  private:
@@ -90,6 +91,8 @@ Ended readLine(const Descriptor& terminal, const SilentTerminal& silent, Secret&
     if (byte == silent.endKey()) break;
     if (byte == silent.eraseKey() || byte == '\b') {
       secret.removeLast();
+    } else if (byte == silent.killKey()) {
+      secret.clear();
     } else {
       append(secret, byte);
     }

@@ -28,9 +28,15 @@ class Secret {
     text_ += c;
     return true;
   }
+  // Takes the last character away, which in UTF-8 may be several bytes.
   void removeLast() {
+    const auto isContinued = [this] {
+      return !text_.empty() && (static_cast<unsigned char>(text_.back()) & 0xC0U) == 0x80;
+    };
+    while (isContinued()) text_.pop_back();
     if (!text_.empty()) text_.pop_back();
   }
+  void clear() { text_.clear(); }
   const std::string& text() const { return text_; }
 
  private:
