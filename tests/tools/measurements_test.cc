@@ -54,6 +54,13 @@ TEST(Summary, saysThatNothingSucceeded) {
   EXPECT_THAT(tools::summary({}, 1, 0.0), HasSubstr("latency   no call succeeded\n"));
 }
 
+TEST(Summary, aKindOfSeveralLinesStaysTogether) {
+  tools::Measurements measured;
+  measured.fail("Failed writing\nIt may be\x1B[2J too large.", 3);
+  EXPECT_THAT(tools::summary(measured, 1, 1.0),
+              HasSubstr("\n  1  Failed writing\n     It may be\\u001b[2J too large.\n"));
+}
+
 TEST(Measurements, kindsThatAServerInventsAreCountedTogether) {
   tools::Measurements measured;
   for (int i = 0; i < 1000; ++i) measured.fail("kind " + std::to_string(i), 1);

@@ -36,6 +36,9 @@ class OnATerminal(unittest.TestCase):
         self.assertEqual(shown, 'ans: double…\n  10  20  30\n  40  50  60\n')
         shown, _ = self.shown('call', self.url + '/echo', '[[10,20,30],[40,50,60]]', columns=11)
         self.assertEqual(shown, 'ans: doubl…\n  10  20\n  40  50\n  … 1 more…\n')
+        # A terminal that does not tell its width.
+        numbers = ['call', self.url + '/echo', str(list(range(100)))]
+        self.assertEqual(self.shown(*numbers, columns=0), self.shown(*numbers, columns=80))
         long_text = '"' + 'x' * 100 + '"'
         shown, _ = self.shown('call', self.url + '/echo', long_text)
         self.assertEqual(len(shown), 81)
@@ -89,6 +92,27 @@ class OnATerminal(unittest.TestCase):
         self.assertLess(time.monotonic() - start, 30)
 
 
+    def test_ctrl_c_does_not_wait_where_nothing_can_be_shown(self):
+        with open('/dev/full', 'wb') as full, PseudoTerminal(
+                [HCY, 'bench', self.url + '/demo/sleep', '60'], stdout=full) as terminal:
+            terminal.read_until('0/1000')
+            start = time.monotonic()
+            terminal.type('\x03')
+            shown, status = terminal.finish()
+        self.assertEqual(status, 3)
+        self.assertIn('hcy: standard output: No space left on device\n', shown)
+        self.assertLess(time.monotonic() - start, 30)
+
+    def test_threads_call_at_once(self):
+        shown, status = self.shown('bench', self.url + '/demo/sleep', '1', '--calls', '4',
+                                   '--threads', '4')
+        self.assertEqual(status, 0)
+        calls = re.search(r'calls     4 on 4 threads in (\d\.\d+) s\nrate +([\d.]+) calls/s', shown)
+        self.assertTrue(calls, shown)
+        self.assertTrue(1 <= float(calls[1]) < 3, shown)
+        self.assertAlmostEqual(float(calls[1]) * float(calls[2]), 4, delta=0.1)
+
+
 class PassPhrase(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -124,7 +148,8 @@ class PassPhrase(unittest.TestCase):
         self.assertTrue(echoes)
 
     def test_typing_can_be_mended(self):
-        self.assertEqual(self.answered('four wordz\x7fs\n')[1], 0)
+        for typed in ('four wordé\x7fs\n', 'three words\x15four words\n'):
+            self.assertEqual(self.answered(typed)[1], 0)
 
     def test_a_wrong_one_is_a_failure_of_transport(self):
         shown, status, _ = self.answered('three words\n')

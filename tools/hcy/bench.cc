@@ -6,14 +6,17 @@
 
 #include <chrono>
 #include <csignal>
+#include <iostream>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "argument.h"
 #include "bench_caller.h"
+#include "exit_status.h"
 #include "measurements.h"
 #include "progress_bar.h"
 #include "settings.h"
@@ -88,6 +91,17 @@ double awaitEnd(const Callers& callers, std::uint64_t calls, const sigset_t& int
   return callers.seconds();
 }
 
+// Shows the summary; returns the exit status.
+int report(const Measurements& measured, unsigned threads, double seconds) {
+  try {
+    print(summary(measured, threads, seconds));
+    return measured.firstFailure;
+  } catch (const std::system_error& error) {
+    std::cerr << "hcy: " << error.what() << '\n';
+    return kTransportError;
+  }
+}
+
 }  // namespace
 
 int bench(const Options& options) {
@@ -106,11 +120,10 @@ int bench(const Options& options) {
   callers.start();
   const double seconds = awaitEnd(callers, options.calls, interrupt);
   callers.stop();
-  const Measurements measured = callers.measured();
-  print(summary(measured, options.threads, seconds));
+  const int status = report(callers.measured(), options.threads, seconds);
   // A call that is under way may take long, and nobody waits for its end.
-  if (!callers.areFinished()) ::_exit(measured.firstFailure);
-  return measured.firstFailure;
+  if (!callers.areFinished()) ::_exit(status);
+  return status;
 }
 
 }  // namespace hcy::tools

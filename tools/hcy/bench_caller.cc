@@ -26,7 +26,8 @@ void Caller::run() {
     } catch (const hcyclient::HttpError& error) {
       fail(error.what(), kHttpError);
     } catch (const hcyclient::FunctionError& error) {
-      fail("function error " + error.identifier(), kFunctionError);
+      const std::string& identifier = error.identifier();
+      fail("function error" + (identifier.empty() ? "" : " " + identifier), kFunctionError);
     } catch (const std::exception& error) {
       fail(error.what(), kTransportError);
     }

@@ -90,7 +90,8 @@ std::string summary(Measurements measurements, unsigned threads, double seconds)
   text += line("failures",
                measurements.failures.empty() ? "none" : std::to_string(measurements.failed()));
   for (const auto& [kind, count] : measurements.failures) {
-    text += "  " + std::to_string(count) + "  " + printable(kind) + "\n";
+    const std::string start = "  " + std::to_string(count) + "  ";
+    text += start + printableLines(kind, start.size()) + "\n";
   }
   return text;
 }

@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "terminal.h"
+#include "text.h"
 
 namespace hcy::tools {
 
@@ -19,7 +20,7 @@ std::string progressLine(std::uint64_t done, std::uint64_t all, double seconds, 
   constexpr std::size_t longest = 40;
   const std::size_t room = width > numbers.size() + 3 ? width - numbers.size() - 3 : 0;
   const std::size_t length = std::min(room, longest);
-  if (length == 0) return numbers.substr(1);
+  if (length == 0) return cutToWidth(numbers.substr(1), std::max<std::size_t>(width, 1));
   const auto filled = static_cast<std::size_t>(
       static_cast<double>(length) * static_cast<double>(done) / static_cast<double>(all));
   return "[" + std::string(filled, '#') + std::string(length - filled, '.') + "]" + numbers;

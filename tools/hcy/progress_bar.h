@@ -10,7 +10,7 @@
 
 namespace hcy::tools {
 
-// No longer than `width` columns, where there is room for the numbers at all.
+// No longer than `width` columns, of which one is taken at the least.
 std::string progressLine(std::uint64_t done, std::uint64_t all, double seconds, std::size_t width);
 
 // On standard error, when that is a terminal.

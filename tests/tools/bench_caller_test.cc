@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bench_caller.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "argument.h"
+#include "exit_status.h"
+#include "support/local_server.h"
+
+namespace hcy::test {
+namespace {
+
+using testing::AllOf;
+using testing::Each;
+using testing::Ge;
+using testing::Lt;
+using testing::SizeIs;
+
+// Calls functions of a server of its own.
+class CallerTest : public testing::Test {
+ protected:
+  std::shared_ptr<tools::Work> work(const std::string& function, std::uint64_t calls) const {
+    tools::Options options;
+    options.url = server_.url(function);
+    options.calls = calls;
+    options.nargout = nargout_;
+    return std::make_shared<tools::Work>(options);
+  }
+
+  tools::Measurements measured(const std::shared_ptr<tools::Work>& work,
+                               const std::vector<std::string>& arguments) const {
+    tools::Caller caller(work, hcyclient::Context(hcyclient::Config(library_)),
+                         tools::arraysFrom(arguments));
+    caller.run();
+    return caller.measured();
+  }
+
+  const LocalServer server_;
+  const hcyclient::Library library_;
+  int nargout_ = 1;
+};
+
+TEST_F(CallerTest, latenciesAreSecondsOfOneCall) {
+  const auto found = measured(work("/demo/sleep", 3), {"0.05"});
+  EXPECT_THAT(found.latencies, AllOf(SizeIs(3), Each(AllOf(Ge(0.05), Lt(10.0)))));
+  EXPECT_EQ(found.failed(), 0U);
+}
+
+TEST_F(CallerTest, bytesAreThoseOfAllInputsAndOutputs) {
+  nargout_ = 3;
+  const auto found = measured(work("/linalg/svd", 4), {"[[3,0],[0,4],[1,1]]"});
+  EXPECT_EQ(found.bytesSent, 4U * 6 * 8);
+  EXPECT_EQ(found.bytesReceived, 4U * (6 + 4 + 4) * 8);
+}
+
+TEST_F(CallerTest, failuresAreNoLatenciesAndNoBytes) {
+  const auto http = measured(work("/no/such/function", 2), {"1"});
+  EXPECT_EQ(http.failures.at("HTTP status 404 Not Found"), 2U);
+  EXPECT_EQ(http.firstFailure, tools::kHttpError);
+  EXPECT_THAT(http.latencies, SizeIs(0));
+  EXPECT_EQ(http.bytesSent + http.bytesReceived, 0U);
+
+  const auto function = measured(work("/demo/fail", 2), {"\"a:b\"", "\"message\""});
+  EXPECT_EQ(function.failures.at("function error a:b"), 2U);
+  EXPECT_EQ(function.firstFailure, tools::kFunctionError);
+  const auto nameless = measured(work("/demo/fail", 1), {"\"\"", "\"message\""});
+  EXPECT_EQ(nameless.failures.at("function error"), 1U);
+}
+
+TEST_F(CallerTest, callersShareTheCallsAndSayWhenTheyAreDone) {
+  const auto shared = work("/echo", 5);
+  EXPECT_THAT(measured(shared, {"1"}).latencies, SizeIs(5));
+  EXPECT_EQ(shared->finished, 1U);
+  EXPECT_THAT(measured(shared, {"1"}).latencies, SizeIs(0));
+  EXPECT_EQ(shared->finished, 2U);
+  EXPECT_EQ(shared->done, 5U);
+}
+
+TEST_F(CallerTest, nothingIsCalledWhenTheWorkIsStopped) {
+  const auto stopped = work("/echo", 5);
+  stopped->isStopped = true;
+  EXPECT_EQ(measured(stopped, {"1"}).calls(), 0U);
+}
+
+}  // namespace
+}  // namespace hcy::test
