@@ -43,7 +43,10 @@ TEST(Csv, numbers) {
 
 TEST(Csv, aHeaderAndCommentsAreLeftOut) {
   EXPECT_EQ(meaningOf("\xEF\xBB\xBFx,y\n1,2\n"), "1 2 | ");
-  EXPECT_EQ(meaningOf("# note, with a comma\n\"x\",\"1\"\n\n1,2\n"), "1 2 | ");
+  EXPECT_EQ(meaningOf("# note, with a comma\n\"x\",\"1\"\n\n1,2\n \t\r\n"), "1 2 | ");
+  EXPECT_EQ(meaningOf(",x\n1,2\n"), "1 2 | ");
+  EXPECT_EQ(meaningOf(",\n1,2\n"), "NaN NaN | 1 2 | ");
+  EXPECT_EQ(meaningOf("1e999\n1\n"), "1e999 | 1 | ");
   EXPECT_EQ(meaningOf("x,y\n"), R"(["x","y"])");
   EXPECT_EQ(meaningOf("x,1\n1,2\n"), R"({"$cell":["x",1,1,2],"$shape":[2,2]})");
 }
@@ -52,10 +55,13 @@ TEST(Csv, textsAndNumbersMakeACell) {
   EXPECT_EQ(meaningOf("name,size\nbox,2\n\"a \"\"b\"\",\nc\",\n"),
             R"({"$cell":["name","box","a \"b\",\nc","size",2,""],"$shape":[3,2]})");
   EXPECT_EQ(meaningOf("\"1\",2\n3,4\n"), R"({"$cell":["1",3,2,4],"$shape":[2,2]})");
+  EXPECT_EQ(meaningOf("a,1e999\n"), R"(["a","1e999"])");
+  EXPECT_EQ(meaningOf("+-3,++3\n"), R"(["+-3","++3"])");
 }
 
 TEST(Csv, whatIsNoTableIsRefused) {
-  EXPECT_EQ(refusalOf("1,2\n3\n"), "4 a line of 1 fields among lines of 2");
+  EXPECT_EQ(refusalOf("1,2\n3\n"), "4 a line of 1 field among lines of 2");
+  EXPECT_EQ(refusalOf("1\n2,3\n"), "2 a line of 2 fields among lines of 1");
   EXPECT_EQ(refusalOf("1,\"2\n3\n"), "2 the quote is not closed");
   EXPECT_EQ(refusalOf("\"1\"2\n"), "3 neither a comma nor the end of the line");
   EXPECT_EQ(refusalOf("a,\xFF\n"), "2 the field is not UTF-8");

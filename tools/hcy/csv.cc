@@ -25,7 +25,8 @@ void findNumber(CsvField& field, std::string_view text) {
   const char* const end = text.data() + text.size();
   const auto read = std::from_chars(text.data(), end, number);
   field.number = text;
-  field.isNumber = text.empty() || (read.ec == std::errc() && read.ptr == end);
+  // One that a double cannot hold is a number all the same.
+  field.isNumber = text.empty() || (read.ec != std::errc::invalid_argument && read.ptr == end);
 }
 
 void requireUtf8(const CsvField& field) {
@@ -47,9 +48,10 @@ class Splitter {
       if (skipsLine()) continue;
       all.push_back(line());
       if (all.back().size() != all.front().size()) {
-        throw BadText(all.back().front().offset, "a line of " + std::to_string(all.back().size()) +
-                                                     " fields among lines of " +
-                                                     std::to_string(all.front().size()));
+        const std::size_t count = all.back().size();
+        throw BadText(all.back().front().offset,
+                      "a line of " + std::to_string(count) + (count == 1 ? " field" : " fields") +
+                          " among lines of " + std::to_string(all.front().size()));
       }
     }
     return all;
@@ -59,7 +61,7 @@ class Splitter {
   bool skipsLine() {
     const std::size_t end = std::min(text_.find('\n', position_), text_.size());
     const std::string_view line = text_.substr(position_, end - position_);
-    if (!line.empty() && line != "\r" && line.front() != '#') return false;
+    if (!line.starts_with('#') && line.find_first_not_of(" \t\r") != line.npos) return false;
     position_ = std::min(end + 1, text_.size());
     return true;
   }
@@ -108,9 +110,17 @@ class Splitter {
   std::size_t position_ = 0;
 };
 
-bool isNumber(const CsvField& field) { return field.isNumber; }
+bool isOfNumbers(const Line& line) {
+  return std::all_of(line.begin(), line.end(),
+                     [](const CsvField& field) { return field.isNumber; });
+}
 
-bool isOfNumbers(const Line& line) { return std::all_of(line.begin(), line.end(), isNumber); }
+// Names, of which some may be empty.
+bool isHeader(const Line& line) {
+  return !isOfNumbers(line) && std::all_of(line.begin(), line.end(), [](const CsvField& field) {
+    return field.number.empty() || !field.isNumber;
+  });
+}
 
 }  // namespace
 
@@ -119,10 +129,7 @@ CsvTable tableFrom(std::string_view csv) {
   std::vector<Line>& lines = table.lines;
   if (lines.empty()) return table;
   table.isOfNumbers = std::all_of(std::next(lines.begin()), lines.end(), isOfNumbers);
-  const Line& first = lines.front();
-  if (lines.size() > 1 && table.isOfNumbers && std::none_of(first.begin(), first.end(), isNumber)) {
-    lines.erase(lines.begin());
-  }
+  if (lines.size() > 1 && table.isOfNumbers && isHeader(lines.front())) lines.erase(lines.begin());
   table.isOfNumbers = table.isOfNumbers && isOfNumbers(lines.front());
   return table;
 }
@@ -153,8 +160,9 @@ hcyclient::Array cellOf(const CsvTable& table) {
     for (std::size_t j = 0; j < columns; ++j) {
       const CsvField& field = table.lines[i][j];
       double number = 0;
-      std::from_chars(field.number.data(), field.number.data() + field.number.size(), number);
-      const bool isText = !field.isNumber || field.number.empty();
+      const char* const end = field.number.data() + field.number.size();
+      const auto read = std::from_chars(field.number.data(), end, number);
+      const bool isText = !field.isNumber || read.ec != std::errc();
       cell[i + j * rows] = isText ? Array(field.text) : Array(number);
     }
   }

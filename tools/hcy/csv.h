@@ -28,8 +28,8 @@ struct CsvTable {
   bool isOfNumbers = true;
 };
 
-// Leaves out empty lines, lines that begin with #, and a first line without a number above lines of
-// nothing but numbers. Throws BadText. The table must not outlive the text.
+// Leaves out lines of nothing but blanks, lines that begin with #, and a first line without a
+// number above lines of nothing but numbers. Throws BadText. The table must not outlive the text.
 CsvTable tableFrom(std::string_view csv);
 
 // A list for each line of a table of numbers; an empty field is "NaN".

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <concepts>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <system_error>
@@ -54,16 +55,14 @@ template <std::floating_point T>
 T numberFrom(const JsonValue& value, std::string_view token) {
   T number = 0;
   const auto read = std::from_chars(token.data(), token.data() + token.size(), number);
-  if (read.ec != std::errc()) {
-    // Too close to zero, or too far from it.
-    double wide = 0;
-    const auto again = std::from_chars(token.data(), token.data() + token.size(), wide);
-    if (again.ec == std::errc() && std::abs(wide) > 1) {
-      throw BadText(value.offset, "the number is too large for a single");
-    }
-    number = static_cast<T>(token.front() == '-' ? -0.0 : 0.0);
+  if (read.ec == std::errc()) return number;
+  // Too close to zero, or too far from it.
+  const double wide = std::strtod(std::string(token).c_str(), nullptr);
+  if (std::abs(wide) > 1) {
+    const char* const name = std::is_same_v<T, float> ? "single" : "double";
+    throw BadText(value.offset, std::string("the number is too large for a ") + name);
   }
-  return number;
+  return static_cast<T>(wide);
 }
 
 template <std::integral T>
