@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <exception>
 #include <hcy/hcyclient.hpp>
 #include <iostream>
@@ -17,6 +20,16 @@ namespace {
 
 using namespace hcy::tools;
 
+// Where standard input, output or error is closed, a connection would take its place, and what is
+// printed would go to the server. What stands in for it fails as the closed one would.
+void occupyStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(descriptor, F_GETFD) != -1) continue;
+    // The lowest that is free, which is this one.
+    static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+  }
+}
+
 int run(const Options& options) {
   switch (options.command) {
     case Command::kCall:
@@ -32,6 +45,7 @@ int run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  occupyStandardDescriptors();
   try {
     const CommandLine commandLine = parseCommandLine(argc, argv);
     return commandLine.options ? run(*commandLine.options) : commandLine.exitStatus;
