@@ -117,6 +117,10 @@ TEST(Argument, filesOfJsonAndOfCommaSeparatedValues) {
   EXPECT_EQ(meaningOf("@" + directory.write("c.csv", "1,2\n3,4\n")), "double [[1,2],[3,4]]");
   EXPECT_EQ(meaningOf("single:@" + directory.write("d.CSV", "x\n1\n")), R"(single {"$single":1})");
   EXPECT_EQ(meaningOf("@" + directory.write("e.csv", "a,1\n")), R"(cell ["a",1])");
+  EXPECT_EQ(meaningOf("@" + directory.write("h.csv", "1e-400,-1e-400\n")), "double [0,-0.0]");
+  EXPECT_THAT(refusalOf("@" + directory.write("i.csv", "1\n1e999\n")),
+              HasSubstr("line 2, column 1: the number is too large for a double"));
+  EXPECT_EQ(meaningOf("@" + directory.write("j.json", "\xEF\xBB\xBF[1,2]")), "double [1,2]");
   EXPECT_EQ(refusalOf("@" + directory.file("none")),
             directory.file("none") + ": No such file or directory");
   EXPECT_EQ(refusalOf("@" + directory.path()), directory.path() + ": Is a directory");
@@ -138,17 +142,49 @@ TEST(Argument, badJsonSaysWhere) {
             "      ^");
   EXPECT_THAT(refusalOf("[1 2]"), HasSubstr("column 4: "));
   EXPECT_THAT(refusalOf(R"(["é" "b"])"), HasSubstr("column 6: "));
+  EXPECT_THAT(refusalOf(R"(["x" "p\"q\\"])"), HasSubstr("column 6: "));
   EXPECT_THAT(refusalOf("int8:[1,200]"),
               StartsWith("argument 1, line 1, column 9: the number is not between -128 and 127\n"
                          "  int8:[1,200]\n"
                          "          ^"));
   EXPECT_THAT(refusalOf("hello"), HasSubstr("stands in quotes"));
+  EXPECT_EQ(refusalOf("@"),
+            "argument 1, line 1, column 2: the name of a file is missing\n"
+            "  @\n"
+            "   ^");
   EXPECT_THAT(refusalOf("foo:1"), HasSubstr("column 1: there is no class foo"));
   EXPECT_THAT(refusalOf(R"({"a":1,"b":2,"a":3})"), HasSubstr("column 14: the same name"));
   EXPECT_THAT(refusalOf("[[1,2],[3]]"), HasSubstr("column 8: the lists differ in length: 1"));
   EXPECT_THAT(refusalOf("[[1],[[2]]]"), HasSubstr("column 7: a list where the others"));
   EXPECT_THAT(refusalOf(""), HasSubstr("unexpected end of input"));
   EXPECT_THAT(refusalOf(std::string("[1,\xFF]")), HasSubstr("column 4: bad JSON"));
+}
+
+TEST(Argument, ofALongLineThePlaceAndWhatIsAroundItIsShown) {
+  const std::string before = "[\"" + std::string(50, 'a') + "\",";
+  EXPECT_EQ(refusalOf(before + "x," + std::string(50, '1') + "]"),
+            "argument 1, line 1, column 55: bad JSON: invalid literal\n"
+            "  …" +
+                std::string(34, 'a') + "\",x," + std::string(34, '1') + "…\n" +
+                std::string(39, ' ') + "^");
+  // Not cut inside a character, and as many columns to the mark as a terminal needs.
+  EXPECT_THAT(
+      refusalOf("[\"" + std::string(34, 'a') + "é中\",x]"),
+      HasSubstr("\n  …" + std::string(29, 'a') + "é中\",x]\n" + std::string(37, ' ') + "^"));
+}
+
+TEST(Argument, numbersThatJsonDoesNotHaveAreRefusedWithWhatToWrite) {
+  EXPECT_EQ(
+      refusalOf("[1,NaN]"),
+      "argument 1, line 1, column 4: bad JSON: such a number is written {\"$double\":\"NaN\"}\n"
+      "  [1,NaN]\n"
+      "     ^");
+  EXPECT_THAT(refusalOf("[ -Infinity]"), HasSubstr(R"(column 3: bad JSON: such a number is )"
+                                                   R"(written {"$double":"-Infinity"})"));
+  EXPECT_THAT(refusalOf("Infinity"), HasSubstr(R"({"$double":"Infinity"})"));
+  EXPECT_THAT(refusalOf("-NaN"), HasSubstr("column 2: bad JSON: invalid number"));
+  EXPECT_THAT(refusalOf("NaN"), testing::Not(HasSubstr("stands in quotes")));
+  EXPECT_THAT(refusalOf("Infinity"), testing::Not(HasSubstr("stands in quotes")));
 }
 
 TEST(Argument, valuesThatDoNotFitAreRefused) {
@@ -187,6 +223,25 @@ TEST(Argument, typedValuesThatContradictThemselvesAreRefused) {
   EXPECT_THAT(refusalOf(R"(struct:[{"a":1},{"b":1}])"), HasSubstr("the same fields"));
   EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["a","a"]})"), HasSubstr("twice"));
   EXPECT_THAT(refusalOf(R"(char:["ab","c"])"), HasSubstr("of one length"));
+}
+
+TEST(Argument, partsOfTypedValuesThatAreNotWhatTheyShouldBeAreRefused) {
+  EXPECT_THAT(refusalOf(R"({"$int8":1,"$shape":[1,1]})"), HasSubstr("beside a shape stands"));
+  EXPECT_THAT(
+      refusalOf(R"({"$single":{"$complex":{"re":1,"im":1},"$shape":[1,1]},"$shape":[1,1]})"),
+      HasSubstr("a second shape"));
+  EXPECT_THAT(refusalOf(R"({"$sparse":{"rows":1,"cols":1,"entries":[]},"$shape":[1,1]})"),
+              HasSubstr("rows and cols say the shape"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,1,1]]})"), HasSubstr("outside"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,0]]})"),
+              HasSubstr("an entry is"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[1]})"), HasSubstr("an entry is"));
+  EXPECT_THAT(refusalOf("cell:1"), HasSubstr("a cell is a list"));
+  EXPECT_THAT(refusalOf("struct:1"), HasSubstr("a struct is a list"));
+  EXPECT_THAT(refusalOf("struct:[1]"), HasSubstr("an element of a struct is an object"));
+  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":"a"})"), HasSubstr("a list of names"));
+  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":[1]})"), HasSubstr("not a name"));
+  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["\u0000"]})"), HasSubstr("cannot hold a NUL"));
 }
 
 }  // namespace

@@ -85,18 +85,23 @@ Array arrayOfFile(const Prefix& prefix, const std::string& file) {
 
 // Words without quotes are the slip to expect.
 std::string hintFor(std::string_view argument) {
-  const bool isWord =
-      !argument.empty() && ((argument[0] | 0x20) >= 'a' && (argument[0] | 0x20) <= 'z');
+  const bool isWord = !argument.empty() &&
+                      ((argument[0] | 0x20) >= 'a' && (argument[0] | 0x20) <= 'z') &&
+                      argument != "NaN" && argument != "Infinity";
   return isWord ? "\n  (a text stands in quotes of JSON: '\"text\"')" : "";
 }
 
-Array arrayFromArgument(const std::string& argument, const std::string& name) {
+Array arrayFromArgument(const std::string& argument, const std::string& name, bool& isInputRead) {
   Prefix prefix;
   try {
     prefix = prefixOf(argument);
     const std::string_view rest = std::string_view(argument).substr(prefix.length);
-    if (rest == "-") return arrayOfFile(prefix, "-");
-    if (rest.starts_with('@')) return arrayOfFile(prefix, std::string(rest.substr(1)));
+    if (rest == "@") throw BadText(1, "the name of a file is missing");
+    const std::string_view file = rest.starts_with('@') ? rest.substr(1) : rest;
+    if (file == "-" && std::exchange(isInputRead, true)) {
+      throw BadInput(name + ": the standard input has been read already");
+    }
+    if (file == "-" || rest.starts_with('@')) return arrayOfFile(prefix, std::string(file));
     return arrayOfText(prefix, rest);
   } catch (const BadText& problem) {
     const bool isInPrefix = prefix.length == 0;
@@ -112,12 +117,8 @@ std::vector<hcyclient::Array> arraysFrom(const std::vector<std::string>& argumen
   bool isInputRead = false;
   for (const std::string& argument : arguments) {
     const std::string name = "argument " + std::to_string(arrays.size() + 1);
-    const bool readsInput = argument == "-" || argument.ends_with(":-");
-    if (readsInput && std::exchange(isInputRead, true)) {
-      throw BadInput(name + ": the standard input has been read already");
-    }
     try {
-      arrays.push_back(arrayFromArgument(argument, name));
+      arrays.push_back(arrayFromArgument(argument, name, isInputRead));
     } catch (const std::bad_alloc&) {
       throw BadInput(name + ": there is not enough memory for it");
     }

@@ -76,6 +76,14 @@ std::string problemOf(const std::string& what) {
   return "bad JSON: " + problem;
 }
 
+// The number that begins here and that JSON does not have; empty for anything else.
+std::string_view missingNumber(std::string_view text) {
+  for (const std::string_view name : {"NaN", "Infinity", "-Infinity"}) {
+    if (text.starts_with(name)) return name;
+  }
+  return {};
+}
+
 // Builds the tree from what the parser meets.
 class Builder : public nlohmann::json_sax<nlohmann::json> {
  public:
@@ -127,6 +135,12 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
     if (belongsToNumber(text_[end - 1])) throw BadText(startOfNumber(text_, end), what);
     if (what.find("string literal") != std::string::npos) {
       throw BadText(startOfText(text_, end), what);
+    }
+    const bool isNegative = end > 1 && text_[end - 2] == '-';
+    const std::size_t start = end - (isNegative ? 2 : 1);
+    const std::string number(missingNumber(text_.substr(start)));
+    if (!number.empty()) {
+      throw BadText(start, "bad JSON: such a number is written {\"$double\":\"" + number + "\"}");
     }
     throw BadText(end - 1, what);
   }
