@@ -20,6 +20,9 @@ std::string shown(const std::string& argument, std::size_t width = 0) {
 TEST(Display, singleValuesStandBehindTheirShape) {
   EXPECT_EQ(shown("5"), "\nans: double 1-by-1 = 5\n");
   EXPECT_EQ(shown("1234567"), "\nans: double 1-by-1 = 1234567\n");
+  EXPECT_EQ(shown("-9007199254740991"), "\nans: double 1-by-1 = -9007199254740991\n");
+  EXPECT_EQ(shown("9007199254740992"), "\nans: double 1-by-1 = 9.0072e+15\n");
+  EXPECT_EQ(shown("int64:-9223372036854775808"), "\nans: int64 1-by-1 = -9223372036854775808\n");
   EXPECT_EQ(shown("0.1234567"), "\nans: double 1-by-1 = 0.123457\n");
   EXPECT_EQ(shown("double:\"-Infinity\""), "\nans: double 1-by-1 = -Inf\n");
   EXPECT_EQ(shown("uint8:200"), "\nans: uint8 1-by-1 = 200\n");
@@ -51,9 +54,24 @@ ans: sparse double 30-by-9, 2 stored
    (0, 0)     1
   (12, 8)  -2.5
 )");
+  EXPECT_EQ(shown(R"(sparse:{"rows":2,"cols":2,"entries":[[0,1,1,-2]]})"), R"(
+ans: sparse complex double 2-by-2, 1 stored
+  (0, 1)  1 - 2i
+)");
+  EXPECT_EQ(shown(R"(sparse:{"rows":2,"cols":2,"entries":[[1,0,true]]})"), R"(
+ans: sparse logical 2-by-2, 1 stored
+  (1, 0)  true
+)");
   EXPECT_EQ(shown(R"(char:["ab","cd"])"), R"(
 ans: char 2-by-2
   "ab"
+  "cd"
+)");
+  EXPECT_EQ(shown(R"({"$char":"abcd","$shape":[1,2,2]})"), R"(
+ans: char 1-by-2-by-2
+  (:, :, 0)
+  "ab"
+  (:, :, 1)
   "cd"
 )");
 }
@@ -95,11 +113,28 @@ TEST(Display, nothingReachesTheTerminalAsACommand) {
   EXPECT_EQ(tools::printable("a\x1b]0;\x07\xff\xc3\xa9"), "a\\u001b]0;\\u0007\uFFFDé");
 }
 
+TEST(Text, whatIsNoUtf8IsReplacedByteByByte) {
+  EXPECT_EQ(tools::printable("\xC0\x80"), "\uFFFD\uFFFD");                      // too long
+  EXPECT_EQ(tools::printable("\xE0\x9F\xBF"), "\uFFFD\uFFFD\uFFFD");            // the same
+  EXPECT_EQ(tools::printable("\xF0\x8F\xBF\xBF"), "\uFFFD\uFFFD\uFFFD\uFFFD");  // the same
+  EXPECT_EQ(tools::printable("\xED\xA0\x80"), "\uFFFD\uFFFD\uFFFD");            // a surrogate
+  EXPECT_EQ(tools::printable("\xF4\x90\x80\x80"), "\uFFFD\uFFFD\uFFFD\uFFFD");  // too large
+  EXPECT_EQ(tools::printable("\xE4\xB8"), "\uFFFD\uFFFD");                      // cut short
+  EXPECT_EQ(tools::printable("\xF4\x8F\xBF\xBF\xED\x9F\xBF"), "\xF4\x8F\xBF\xBF\xED\x9F\xBF");
+}
+
+TEST(Text, charactersTakeNoColumnOrTwo) {
+  EXPECT_EQ(tools::displayWidth("e\u0301\u200D"), 1U);
+  EXPECT_EQ(tools::displayWidth("中😀é"), 5U);
+}
+
 TEST(ProgressBar, fitsTheWidth) {
   EXPECT_EQ(tools::progressLine(50, 100, 2.0, 80),
             "[####################....................] 50/100  25 calls/s");
   EXPECT_EQ(tools::progressLine(50, 100, 2.0, 32), "[#####.....] 50/100  25 calls/s");
-  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 10), "50/100  25 calls/s");
+  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 18), "50/100  25 calls/s");
+  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 10), "50/100  2…");
+  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 0), "…");
   EXPECT_EQ(tools::progressLine(0, 100, 0.0, 80),
             "[........................................] 0/100  0 calls/s");
 }

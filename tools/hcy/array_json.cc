@@ -62,7 +62,7 @@ void appendNested(std::string& out, Span<const T> elements, const Shape& shape) 
 template <class T>
 void appendData(std::string& out, Span<const T> elements, const Array& array) {
   const Shape shape = shapeOf(array);
-  if (elements.size() != array.size()) throw hcyclient::UsageError("an element did not come");
+  requireElements(elements.size(), array);
   if (isNested(shape)) return appendNested(out, elements, shape);
   out += '[';
   for (std::size_t i = 0; i < elements.size(); ++i) {
@@ -136,7 +136,7 @@ std::optional<std::string> quotedRows(Span<const char16_t> units, const Shape& s
 void appendChar(std::string& out, const Array& array) {
   const Shape shape = shapeOf(array);
   const Span<const char16_t> units = array.span<char16_t>();
-  if (units.size() != array.size()) throw hcyclient::UsageError("an element did not come");
+  requireElements(units.size(), array);
   const bool isMatrix = isNested(shape) && !isRow(shape);
   const auto text =
       isMatrix ? quotedRows(units, shape) : quoted(std::u16string_view(units.data(), units.size()));

@@ -10,7 +10,7 @@
 namespace hcy::tools {
 
 // On one line. Throws hcyclient::UsageError for what a reply holds and no array can: fewer elements
-// than its dimensions say, two fields of one name, a name that is not UTF-8.
+// of a cell than its dimensions say, two fields of one name, a name that is not UTF-8.
 std::string toJson(const hcyclient::Array& array);
 
 }  // namespace hcy::tools

@@ -83,6 +83,7 @@ class Display {
   void showText(const std::string& header, const Array& array, const Shape& shape,
                 std::size_t indent) {
     const Span<const char16_t> units = array.span<char16_t>();
+    requireElements(units.size(), array);
     if (units.size() == 0) return line(header);
     if (shape.size() == 2 && shape[0] == 1) {
       return line(header + " = " + quotedForDisplay({units.data(), units.size()}));
@@ -102,6 +103,7 @@ class Display {
   void showNumbers(const std::string& header, const Array& array, const Shape& shape,
                    std::size_t indent) {
     const Span<const T> real = array.span<T>();
+    requireElements(real.size(), array);
     Span<const T> imaginary;
     if constexpr (isNumber<T>) imaginary = array.imaginary<T>();
     const auto text = [&](std::size_t i) {

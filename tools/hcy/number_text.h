@@ -12,11 +12,12 @@
 
 namespace hcy::tools {
 
-// Six significant digits, or all of a whole number.
+// Six significant digits, or all of a whole number below 2^53.
 inline std::string textOf(double number) {
   if (std::isnan(number)) return "NaN";
   if (std::isinf(number)) return number < 0 ? "-Inf" : "Inf";
-  const bool isWhole = number == std::trunc(number) && std::abs(number) < 1e15;
+  constexpr double firstRounded = 9007199254740992;
+  const bool isWhole = number == std::trunc(number) && std::abs(number) < firstRounded;
   std::array<char, 32> digits{};
   const int length = std::snprintf(digits.data(), digits.size(), isWhole ? "%.0f" : "%.6g", number);
   return {digits.data(), static_cast<std::size_t>(length)};
