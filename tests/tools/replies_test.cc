@@ -41,12 +41,15 @@ const std::string kStruct =
     numberField(1, 12) + dimensions({1U << 31U, 1U << 31U}) + bytesField(29, "");
 const std::string kSparse = numberField(1, 14) + dimensions({2, 2000000000}) + bytesField(30, "");
 
+const std::string kLargerThanReply =
+    "hcy: an output says that it is larger than a reply of 67108864 bytes (--max-reply) can be\n";
+
 TEST(BrokenReply, anArrayThatIsLargerThanTheReplyIsRefused) {
   for (const std::string& array : {kDouble, kStruct, kSparse}) {
     for (const std::string options : {"", "--json"}) {
       const Outcome outcome = called(resultOf({array}), options);
       EXPECT_EQ(outcome.status, tools::kTransportError);
-      EXPECT_EQ(outcome.output, "hcy: an output says that it is larger than the reply\n");
+      EXPECT_EQ(outcome.output, kLargerThanReply);
     }
   }
   EXPECT_THAT(called(resultOf({kCell})).output, HasSubstr("did not come"));
@@ -58,7 +61,7 @@ TEST(BrokenReply, manyArraysThatTogetherAreLargerThanTheReplyAreRefused) {
   for (int i = 0; i < 1000; ++i) cells += bytesField(1, large);
   const std::string cell = numberField(1, 13) + dimensions({1, 1000}) + bytesField(28, cells);
   const Outcome outcome = called(resultOf({cell}));
-  EXPECT_EQ(outcome.output, "hcy: an output says that it is larger than the reply\n");
+  EXPECT_EQ(outcome.output, kLargerThanReply);
 }
 
 TEST(BrokenReply, fewerElementsThanTheDimensionsSayAreMadeUpWithZeros) {

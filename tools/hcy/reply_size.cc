@@ -75,7 +75,8 @@ void requireNoMoreThanCame(const std::vector<hcyclient::Array>& arrays, std::uin
     bytes = sum(bytes, total(array, {leastOnWire, 1, 1}, replyBytes));
   }
   if (bytes > replyBytes) {
-    throw hcyclient::UsageError("an output says that it is larger than the reply");
+    throw hcyclient::UsageError("an output says that it is larger than a reply of " +
+                                std::to_string(replyBytes) + " bytes (--max-reply) can be");
   }
 }
 
