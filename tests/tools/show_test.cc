@@ -66,5 +66,14 @@ TEST(Show, aTypeWithoutANameIsANumber) {
               HasSubstr(R"("type": 99)"));
 }
 
+TEST(Show, codeUnitsThatAreNoTextAreNumbers) {
+  const auto shown = [](const std::string& units) {
+    return tools::jsonOfBody(resultOf({numberField(1, 11) + bytesField(27, bytesField(1, units))}),
+                             tools::Body::kDetected);
+  };
+  EXPECT_THAT(shown(varint('a') + varint(0x10000)), HasSubstr(R"("elements": [97, 65536])"));
+  EXPECT_THAT(shown(varint('a') + varint(0xD800)), HasSubstr(R"("elements": [97, 55296])"));
+}
+
 }  // namespace
 }  // namespace hcy::test
