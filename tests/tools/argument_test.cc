@@ -69,6 +69,8 @@ TEST(Argument, whatIsMixedIsACell) {
   EXPECT_EQ(meaningOf("[null,null]"), R"(cell {"$cell":[[],[]]})");
   EXPECT_EQ(meaningOf("[[1,2],[true]]"), "cell [[1,2],true]");
   EXPECT_EQ(meaningOf(R"([{"a":1},{"b":2}])"), R"(cell {"$cell":[{"a":1},{"b":2}]})");
+  EXPECT_EQ(meaningOf(R"([{"a":1},{"a":2,"b":3}])"), R"(cell {"$cell":[{"a":1},{"a":2,"b":3}]})");
+  EXPECT_EQ(meaningOf(R"([{"a":2,"b":3},{"a":1}])"), R"(cell {"$cell":[{"a":2,"b":3},{"a":1}]})");
   EXPECT_EQ(meaningOf(R"([{"$int8":1},{"$int8":2}])"), R"(cell [{"$int8":1},{"$int8":2}])");
 }
 
@@ -147,6 +149,7 @@ TEST(Argument, badJsonSaysWhere) {
               StartsWith("argument 1, line 1, column 9: the number is not between -128 and 127\n"
                          "  int8:[1,200]\n"
                          "          ^"));
+  EXPECT_THAT(refusalOf("int8:[1,false]"), HasSubstr("column 9: not a number"));
   EXPECT_THAT(refusalOf("hello"), HasSubstr("stands in quotes"));
   EXPECT_EQ(refusalOf("@"),
             "argument 1, line 1, column 2: the name of a file is missing\n"
@@ -157,6 +160,8 @@ TEST(Argument, badJsonSaysWhere) {
   EXPECT_THAT(refusalOf("[[1,2],[3]]"), HasSubstr("column 8: the lists differ in length: 1"));
   EXPECT_THAT(refusalOf("[[1],[[2]]]"), HasSubstr("column 7: a list where the others"));
   EXPECT_THAT(refusalOf(""), HasSubstr("unexpected end of input"));
+  EXPECT_THAT(refusalOf("@" + TestDirectory().write("a.json", std::string("1\0", 2))),
+              HasSubstr("column 2: bad JSON: a NUL"));
   EXPECT_THAT(refusalOf(std::string("[1,\xFF]")), HasSubstr("column 4: bad JSON"));
 }
 
@@ -168,9 +173,14 @@ TEST(Argument, ofALongLineThePlaceAndWhatIsAroundItIsShown) {
                 std::string(34, 'a') + "\",x," + std::string(34, '1') + "…\n" +
                 std::string(39, ' ') + "^");
   // Not cut inside a character, and as many columns to the mark as a terminal needs.
-  EXPECT_THAT(
-      refusalOf("[\"" + std::string(34, 'a') + "é中\",x]"),
-      HasSubstr("\n  …" + std::string(29, 'a') + "é中\",x]\n" + std::string(37, ' ') + "^"));
+  std::string wide;
+  for (int i = 0; i < 20; ++i) wide += "é";
+  EXPECT_EQ(refusalOf("[\"" + wide + "\", x" + wide + "]"),
+            "argument 1, line 1, column 26: bad JSON: invalid literal\n"
+            "  …" +
+                wide.substr(0, 32) + "\", x" + wide.substr(0, 36) + "…\n" + std::string(22, ' ') +
+                "^");
+  EXPECT_THAT(refusalOf("[\"中\",x]"), HasSubstr("\n  [\"中\",x]\n        ^"));
 }
 
 TEST(Argument, numbersThatJsonDoesNotHaveAreRefusedWithWhatToWrite) {
@@ -212,12 +222,14 @@ TEST(Argument, typedValuesThatContradictThemselvesAreRefused) {
   EXPECT_THAT(refusalOf(R"({"$int8":[],"$shape":[2147483647,2147483647]})"), HasSubstr("larger"));
   EXPECT_THAT(refusalOf(R"({"$int8":[],"$shape":[3]})"), HasSubstr("two dimensions"));
   EXPECT_THAT(refusalOf(R"(complex:{"re":[1,2],"im":[1]})"), HasSubstr("another shape"));
+  EXPECT_THAT(refusalOf(R"(complex:{"re":[1,2],"im":[[1],[2]]})"), HasSubstr("another shape"));
   EXPECT_THAT(refusalOf(R"(complex:{"re":1})"), HasSubstr("a complex value is"));
   EXPECT_THAT(refusalOf(R"(logical:complex:{"re":1,"im":1})"), HasSubstr("only numbers"));
   EXPECT_THAT(refusalOf(R"(int8:{"$int8":1})"), HasSubstr("only complex and sparse"));
   EXPECT_THAT(refusalOf(R"(int8:sparse:{"rows":1,"cols":1,"entries":[]})"), HasSubstr("sparse"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1})"), HasSubstr("a sparse value is"));
-  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[1,0,1]]})"), HasSubstr("outside"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[1,0,1]]})"),
+              HasSubstr("count from 0"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,0,1],[0,0,2]]})"),
               HasSubstr("two entries are in one place"));
   EXPECT_THAT(refusalOf(R"(struct:[{"a":1},{"b":1}])"), HasSubstr("the same fields"));
@@ -232,10 +244,13 @@ TEST(Argument, partsOfTypedValuesThatAreNotWhatTheyShouldBeAreRefused) {
       HasSubstr("a second shape"));
   EXPECT_THAT(refusalOf(R"({"$sparse":{"rows":1,"cols":1,"entries":[]},"$shape":[1,1]})"),
               HasSubstr("rows and cols say the shape"));
-  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,1,1]]})"), HasSubstr("outside"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,1,1]]})"),
+              HasSubstr("count from 0"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,0]]})"),
               HasSubstr("an entry is"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[1]})"), HasSubstr("an entry is"));
+  EXPECT_THAT(refusalOf(R"(int8:single:complex:{"re":1,"im":1})"),
+              HasSubstr("column 13: a class too many"));
   EXPECT_THAT(refusalOf("cell:1"), HasSubstr("a cell is a list"));
   EXPECT_THAT(refusalOf("struct:1"), HasSubstr("a struct is a list"));
   EXPECT_THAT(refusalOf("struct:[1]"), HasSubstr("an element of a struct is an object"));

@@ -100,6 +100,11 @@ ans: double 2…
   50  60  70
   … 1 more co…
 )");
+  EXPECT_EQ(shown("[10,20,30]", 20), "\nans: double 1-by-3\n  10  20  30\n");
+  EXPECT_EQ(shown("[100000,200000,300000]", 20),
+            "\nans: double 1-by-3\n  100000  200000\n  … 1 more column\n");
+  EXPECT_EQ(shown("[10000000,20000000,30000000]", 19),
+            "\nans: double 1-by-3\n  10000000\n  … 2 more columns\n");
   EXPECT_EQ(shown(R"("ééééééééé")", 26), "\nans: char 1-by-9 = \"ééééé…\n");
   EXPECT_EQ(shown(R"("中中中中")", 26), "\nans: char 1-by-4 = \"中中…\n");
   EXPECT_EQ(shown("[1,2]", 1), "\n…\n…\n…\n");
@@ -110,6 +115,8 @@ TEST(Display, nothingReachesTheTerminalAsACommand) {
             "\nans: char 1-by-7 = \"\\u001b[2J\\u009b\\u202e\\n\"\n");
   EXPECT_EQ(shown(R"({"\u001b[2J":1})"), "\nans: struct 1-by-1\n  \\u001b[2J: double 1-by-1 = 1\n");
   EXPECT_EQ(shown("char:[55357,65]"), "\nans: char 1-by-2 = \"\\ud83dA\"\n");
+  EXPECT_EQ(tools::printable("\u2066\u2069\u200e\u061c\u2028"),
+            "\\u2066\\u2069\\u200e\\u061c\\u2028");
   EXPECT_EQ(tools::printable("a\x1b]0;\x07\xff\xc3\xa9"), "a\\u001b]0;\\u0007\uFFFDé");
 }
 

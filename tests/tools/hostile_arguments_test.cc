@@ -58,6 +58,7 @@ TEST(HostileArgument, sizesThatNothingCouldHold) {
               HasSubstr("larger than an array can be"));
   EXPECT_THAT(refusalOf(R"({"$struct":[],"$shape":[1000000000,1]})"), HasSubstr("elements, here"));
   EXPECT_EQ(refusalOf(R"({"$double":[],"$shape":[0,2147483647,2147483647]})"), "");
+  EXPECT_EQ(refusalOf(R"({"$double":[],"$shape":[2147483647,2147483647,0]})"), "");
   EXPECT_EQ(refusalOf(R"(sparse:{"rows":2147483647,"cols":1,"entries":[[2147483646,0,1]]})"), "");
 }
 

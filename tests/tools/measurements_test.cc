@@ -67,6 +67,8 @@ TEST(Measurements, kindsThatAServerInventsAreCountedTogether) {
   EXPECT_EQ(measured.failures.size(), 21U);
   EXPECT_EQ(measured.failures.at("other failures"), 980U);
   EXPECT_EQ(measured.failed(), 1000U);
+  measured.fail("kind 0", 1);
+  EXPECT_EQ(measured.failures.at("kind 0"), 2U);
 }
 
 std::uint64_t bytesOf(const std::string& argument) {

@@ -36,6 +36,8 @@ std::string dimensions(std::initializer_list<std::uint64_t> sizes) {
 
 // Arrays that say they have many elements, and have none.
 const std::string kDouble = numberField(1, 9) + dimensions({2147483647, 1}) + bytesField(25, "");
+const std::string kTooLargeToCount =
+    numberField(1, 9) + dimensions({1U << 31U, 1U << 31U}) + bytesField(25, "");
 const std::string kCell = numberField(1, 13) + dimensions({1, 1000000}) + bytesField(28, "");
 const std::string kStruct =
     numberField(1, 12) + dimensions({1U << 31U, 1U << 31U}) + bytesField(29, "");
@@ -45,7 +47,7 @@ const std::string kLargerThanReply =
     "hcy: an output says that it is larger than a reply of 67108864 bytes (--max-reply) can be\n";
 
 TEST(BrokenReply, anArrayThatIsLargerThanTheReplyIsRefused) {
-  for (const std::string& array : {kDouble, kStruct, kSparse}) {
+  for (const std::string& array : {kDouble, kTooLargeToCount, kStruct, kSparse}) {
     for (const std::string options : {"", "--json"}) {
       const Outcome outcome = called(resultOf({array}), options);
       EXPECT_EQ(outcome.status, tools::kTransportError);

@@ -66,6 +66,28 @@ TEST(Show, aTypeWithoutANameIsANumber) {
               HasSubstr(R"("type": 99)"));
 }
 
+TEST(Show, unknownFieldsInsideOfAllMessagesTellRequestsFromReplies) {
+  // As much is unknown in two inputs as in an error.
+  const std::string body = bytesField(2, numberField(99, 1)) + bytesField(2, "");
+  EXPECT_THAT(tools::jsonOfBody(body, tools::Body::kDetected), HasSubstr(R"({"reply": )"));
+}
+
+TEST(Show, bytesOfIntegersAreNumbers) {
+  const auto shown = [](unsigned classId, unsigned field) {
+    return tools::jsonOfBody(
+        resultOf({numberField(1, classId) + bytesField(field, bytesField(1, "\x01\xFF"))}),
+        tools::Body::kDetected);
+  };
+  EXPECT_THAT(shown(0, 16), HasSubstr(R"("elements": [1, 255])"));
+  EXPECT_THAT(shown(1, 17), HasSubstr(R"("elements": [1, -1])"));
+}
+
+TEST(Show, textsThatAreNotUtf8AreShownWhereverTheyAre) {
+  const std::string name = bytesField(29, bytesField(1, "\xFF"));
+  EXPECT_THAT(tools::jsonOfBody(resultOf({numberField(1, 12) + name}), tools::Body::kDetected),
+              HasSubstr(R"("hexadecimal": "ff")"));
+}
+
 TEST(Show, codeUnitsThatAreNoTextAreNumbers) {
   const auto shown = [](const std::string& units) {
     return tools::jsonOfBody(resultOf({numberField(1, 11) + bytesField(27, bytesField(1, units))}),

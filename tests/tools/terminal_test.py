@@ -53,12 +53,12 @@ class OnATerminal(unittest.TestCase):
 
     def test_a_benchmark_shows_how_far_it_is_and_takes_that_away(self):
         arguments = [HCY, 'bench', self.url + '/demo/sleep', '0.1', '--calls', '8']
-        with PseudoTerminal(arguments, 60, stdout=subprocess.PIPE) as terminal:
+        with PseudoTerminal(arguments, 30, stdout=subprocess.PIPE) as terminal:
             shown, status = terminal.finish()
             summary = terminal.process.stdout.read().decode()
         self.assertEqual(status, 0)
         self.assertRegex(shown, r'^(\r\[#*\.*\] \d/8  \d+ calls/s\x1b\[K)+\r\x1b\[K$')
-        self.assertTrue(all(len(line) < 60 for line in re.split(r'\r|\x1b\[K', shown)), shown)
+        self.assertTrue(all(len(line) < 30 for line in re.split(r'\r|\x1b\[K', shown)), shown)
         self.assertRegex(summary, r'^calls     8 on 1 thread in \d+\.\d+ s\nrate')
 
     def test_no_progress_is_shown_where_standard_error_is_no_terminal(self):

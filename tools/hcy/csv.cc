@@ -61,7 +61,8 @@ class Splitter {
   bool skipsLine() {
     const std::size_t end = std::min(text_.find('\n', position_), text_.size());
     const std::string_view line = text_.substr(position_, end - position_);
-    if (!line.starts_with('#') && line.find_first_not_of(" \t\r") != line.npos) return false;
+    if (!line.starts_with('#') && line.find_first_not_of(" \t\r") != std::string_view::npos)
+      return false;
     position_ = std::min(end + 1, text_.size());
     return true;
   }

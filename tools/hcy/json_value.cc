@@ -140,7 +140,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
     const std::size_t start = end - (isNegative ? 2 : 1);
     const std::string number(missingNumber(text_.substr(start)));
     if (!number.empty()) {
-      throw BadText(start, "bad JSON: such a number is written {\"$double\":\"" + number + "\"}");
+      throw BadText(start, R"(bad JSON: such a number is written {"$double":")" + number + "\"}");
     }
     throw BadText(end - 1, what);
   }
