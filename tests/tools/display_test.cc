@@ -138,7 +138,9 @@ TEST(Text, charactersTakeNoColumnOrTwo) {
 TEST(ProgressBar, fitsTheWidth) {
   EXPECT_EQ(tools::progressLine(50, 100, 2.0, 80),
             "[####################....................] 50/100  25 calls/s");
-  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 32), "[#####.....] 50/100  25 calls/s");
+  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 31), "[#####.....] 50/100  25 calls/s");
+  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 22), "[.] 50/100  25 calls/s");
+  EXPECT_EQ(tools::progressLine(50, 100, 2.0, 21), "50/100  25 calls/s");
   EXPECT_EQ(tools::progressLine(50, 100, 2.0, 18), "50/100  25 calls/s");
   EXPECT_EQ(tools::progressLine(50, 100, 2.0, 10), "50/100  2…");
   EXPECT_EQ(tools::progressLine(50, 100, 2.0, 0), "…");

@@ -18,7 +18,7 @@ std::string progressLine(std::uint64_t done, std::uint64_t all, double seconds, 
   const std::string numbers = " " + std::to_string(done) + "/" + std::to_string(all) + "  " +
                               std::to_string(perSecond) + " calls/s";
   constexpr std::size_t longest = 40;
-  const std::size_t room = width > numbers.size() + 3 ? width - numbers.size() - 3 : 0;
+  const std::size_t room = width > numbers.size() + 2 ? width - numbers.size() - 2 : 0;
   const std::size_t length = std::min(room, longest);
   if (length == 0) return cutToWidth(numbers.substr(1), std::max<std::size_t>(width, 1));
   const auto filled = static_cast<std::size_t>(
