@@ -87,6 +87,8 @@ TEST(Argument, aClassBeforeItFixesTheClass) {
   EXPECT_EQ(meaningOf("char:[104,105]"), R"(char "hi")");
   EXPECT_EQ(meaningOf("char:[55296]"), R"(char {"$char":55296})");
   EXPECT_EQ(meaningOf(R"(char:["ab","cd"])"), R"(char {"$char":["ab","cd"]})");
+  EXPECT_EQ(meaningOf(R"({"$char":"","$shape":[2,0,3]})"), R"(char {"$char":"","$shape":[2,0,3]})");
+  EXPECT_EQ(meaningOf(R"({"$char":"abc","$shape":[3,1]})"), R"(char {"$char":["a","b","c"]})");
   EXPECT_EQ(meaningOf("cell:[1,2]"), R"(cell {"$cell":[1,2]})");
   EXPECT_EQ(meaningOf(R"(struct:[{"$a":1}])"), R"(struct {"$struct":[{"$a":1}]})");
   EXPECT_EQ(meaningOf(R"(double:["NaN","-Infinity",1])"),

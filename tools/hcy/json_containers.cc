@@ -108,7 +108,6 @@ Array charArray(const JsonValue& data, const JsonValue* shape) {
     if (shape != nullptr) {
       const Shape wanted = shapeFrom(*shape);
       requireCount(data, array.size(), wanted);
-      if (array.size() == 0) return Array::zeros<char16_t>(wanted);
       array.resize(wanted);
     }
     return array;
