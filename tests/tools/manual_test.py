@@ -23,6 +23,7 @@ SHOWN_IN_A_SHELL = {
     'hcy call u @da\t': 'hcy call u @data.json ',
     'hcy call u int8:@da\t': 'hcy call u int8:@data.json ',
     'hcy call u @tw\t': r'hcy call u @two\ words.json ',
+    'hcy call u @fo\t': 'hcy call u @folder/',
     'hcy call u int1\t': 'hcy call u int16:',
     'hcy call u --ca da\t': 'hcy call u --ca data.json ',
     'hcy show da\t': 'hcy show data.json '}
@@ -95,6 +96,7 @@ class Completion(unittest.TestCase):
         with tempfile.TemporaryDirectory() as directory:
             for name in ('data.json', 'two words.json'):
                 pathlib.Path(directory, name).touch()
+            pathlib.Path(directory, 'folder').mkdir()
             with PseudoTerminal(['bash', '--norc', '--noprofile', '-i']) as shell:
                 shell.type(f'cd {directory}; source {FOLDER}/hcy.bash; echo re""ady\n')
                 shell.read_until('ready\r\n> ')
