@@ -13,6 +13,10 @@ static void columnMajor() {
   std::cout << "element (1, 2) is " << elements[matrix.index({1, 2})] << '\n';
   elements[0] = 5.0;
   std::cout << "the first is " << matrix.toVector<double>()[0] << '\n';  // a copy
+
+  Array same = Array::fromRows<double>({{5, 1, 2},  //
+                                        {10, 11, 12}});
+  std::cout << (same.toVector<double>() == matrix.toVector<double>()) << '\n';
 }
 
 static void checked() {

@@ -30,6 +30,10 @@
 #ifndef HCY_HCYCLIENT_HPP
 #define HCY_HCYCLIENT_HPP
 
+#if __cplusplus < 201703L
+#error "hcyclient.hpp needs C++17; hcyclient.h is for C99 and C++11"
+#endif
+
 #include <hcy/hcyclient.h>
 
 #include <algorithm>
@@ -530,6 +534,24 @@ class Array {
       return adopt(
           hcyCreateNumericArray(shape.size(), shape.data(), classOf<T>(), complexityOf<T>()));
     }
+  }
+
+  /** A matrix by its rows: `fromRows<double>({{2, 1}, {1, 3}})`. Throws UsageError for rows that
+   *  differ in length. */
+  template <class T, detail::IfValue<T> = 0>
+  static Array fromRows(std::initializer_list<std::initializer_list<T>> rows) {
+    const std::size_t columns = rows.size() == 0 ? 0 : rows.begin()->size();
+    std::vector<T> values(rows.size() * columns);
+    std::size_t i = 0;
+    for (const std::initializer_list<T>& row : rows) {
+      if (row.size() != columns) throw UsageError("the rows differ in length");
+      std::size_t at = i++;
+      for (const T& value : row) {
+        values[at] = value;
+        at += rows.size();
+      }
+    }
+    return Array(values, {rows.size(), columns});
   }
 
   /** A cell array whose elements were never set. */

@@ -166,6 +166,19 @@ TEST(CppArrayOf, otherIntegerTypesIsOfTheClassOfTheirWidth) {
             (std::vector<std::uint64_t>{1, UINT64_MAX}));
 }
 
+TEST(CppArrayShape, isThatOfRows) {
+  const Array matrix = Array::fromRows<double>({{1, 2, 3}, {4, 5, 6}});
+  EXPECT_EQ(matrix.shape(), (Shape{2, 3}));
+  EXPECT_EQ(matrix.toVector<double>(), (std::vector<double>{1, 4, 2, 5, 3, 6}));
+  const Array flags = Array::fromRows({{true}, {false}});
+  EXPECT_EQ(flags.className(), "logical");
+  EXPECT_EQ(flags.toVector<bool>(), (std::vector<bool>{true, false}));
+  EXPECT_EQ(Array::fromRows<float>({}).shape(), (Shape{0, 0}));
+  EXPECT_EQ(Array::fromRows<float>({{}, {}}).shape(), (Shape{2, 0}));
+  EXPECT_THROW(Array::fromRows<double>({{1, 2}, {3}}), UsageError);
+  EXPECT_THROW(Array::fromRows<double>({{1}, {2, 3}}), UsageError);
+}
+
 TEST(CppArrayShape, mayChange) {
   Array array({1.0, 2.0, 3.0, 4.0, 5.0, 6.0}, {2, 3});
   EXPECT_EQ(array.rows(), 2U);

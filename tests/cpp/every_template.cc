@@ -17,6 +17,7 @@ void useElement(Array& array, const Array& seen) {
   array = Array({T{}, T{}}, {1, 2});
   array = Array(std::vector<T>(4), {2, 2});
   array = Array::zeros<T>(2, 2);
+  array = Array::fromRows<T>({{T{}, T{}}, {T{}, T{}}});
   array = Array::zeros<T>({2, 2});
   array.toVector<T>();
   if constexpr (!detail::Parts<T>::areTwo) {
