@@ -44,7 +44,11 @@ void linalgSolve(Call& call) {
   MatrixView a = matrixArgument(call.inputs[0], "A");
   const MatrixView b = matrixArgument(call.inputs[1], "B");
   if (a.rows() != a.cols()) throw FunctionError(kArgumentSize, "A is not square.");
-  if (a.rows() != b.rows()) throw FunctionError(kArgumentSize, "A and B differ in rows.");
+  if (a.rows() != b.rows()) {
+    throw FunctionError(kArgumentSize, "A is " + describeShape(shapeOf(call.inputs[0], "A")) +
+                                           ", but B is " +
+                                           describeShape(shapeOf(call.inputs[1], "B")) + ".");
+  }
   requireFinite(a, "A");
   MatrixView x = makeMatrix(*call.outputs.Add(), b.rows(), b.cols());
   if (x.size() == 0) return;

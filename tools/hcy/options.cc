@@ -18,7 +18,8 @@ namespace {
 constexpr int kMostOutputs = 100000;
 
 constexpr const char* kArgumentHelp = R"(An ARG is one of
-  5  [1,2]  [[1,2],[3,4]]  true  '"text"'  '{"a":1}'   JSON
+  5  true  '"text"'  '{"a":1}'                         JSON
+  [1,2]  [[1],[2]]  [[1,2],[3,4]]                      a row, a column, rows
   int16:[1,2]                                          JSON with a class before it
   @data.json  @data.csv  -                             a file, the standard input
 hcy(1) tells more.
