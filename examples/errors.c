@@ -8,34 +8,10 @@
 #include <hcy/hcyclient.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
+
+#include "print_failure.h"
 
 enum { URL_LENGTH = 512 };
-
-/* Prints what the account of the last failed call says. */
-static void printFailure(const hcyClientRuntime* runtime, const hcyClientContext* context) {
-  hcyErrorInfo info;
-  runtime->getLastErrorInfo(context, &info);
-  switch (info.kind) {
-    case HCY_HTTP_ERROR: {
-      const char* reason = info.details.http.statusMessage; /* with its line end */
-      printf("HTTP status %u %.*s\n", (unsigned)info.details.http.statusCode,
-             (int)strcspn(reason, "\r\n"), reason);
-      break;
-    }
-    case HCY_VORTEN_ERROR:
-      printf("%s: %s\n", info.details.vorten.identifier, info.details.vorten.message);
-      for (size_t i = 0; info.details.vorten.stack != NULL && i < info.details.vorten.stackDepth;
-           ++i) {
-        const hcyErrorStackFrame* frame = &info.details.vorten.stack[i];
-        printf("  in %s, %s, line %d\n", frame->name, frame->file, (int)frame->line);
-      }
-      break;
-    default:
-      printf("%s\n", info.details.generic.details);
-  }
-  runtime->destroyLastErrorInfo(&info);
-}
 
 /* Evaluates SERVER/function for one output and prints it or the failure. */
 static void evaluate(const hcyClientRuntime* runtime, hcyClientContext* context, const char* server,

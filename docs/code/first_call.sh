@@ -13,5 +13,14 @@ url=$(cut -d ' ' -f 3 listening)
 ./first_cpp "$url/math/plus"
 ./first_cpp "$url/math/minus" || true # there is no such function
 
+cc -std=c99 -Iinclude examples/solve.c -o solve \
+  -Lbuild/release/src -lhcyclient -Wl,-rpath,"$PWD/build/release/src"
+c++ -std=c++17 -Iinclude examples/solve.cc -o solve_cpp \
+  -Lbuild/release/src -lhcyclient -Wl,-rpath,"$PWD/build/release/src"
+
+./solve "$url/linalg/solve"
+./solve_cpp "$url/linalg/solve"
+./solve "$url/linalg/resolve" || true # there is no such function
+
 kill "$server"
 wait "$server"

@@ -2,7 +2,8 @@
 #
 # Installs what was built, compiles programs of one's own against it, and runs them.
 
-cmake --install build/release --prefix "$HOME/hcyclient" > install.log
+exec 3>&1 > install.log
+cmake --install build/release --prefix "$HOME/hcyclient"
 
 mkdir "$HOME/project"
 cp examples/project/CMakeLists.txt examples/first.c examples/first.cc "$HOME/project"
@@ -15,8 +16,9 @@ cc -std=c99 first.c -o first \
 c++ -std=c++17 first.cc -o first_cpp \
   $(pkg-config --cflags --libs hcyclient) -Wl,-rpath,"$libdir"
 
-cmake -S . -B build -D CMAKE_PREFIX_PATH="$HOME/hcyclient" > cmake.log
-cmake --build build >> cmake.log
+cmake -S . -B build -D CMAKE_PREFIX_PATH="$HOME/hcyclient"
+cmake --build build
+exec >&3
 
 "$HOME/hcyclient/bin/hcy-local-server" --port 0 > listening &
 server=$!

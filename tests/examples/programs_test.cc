@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <tuple>
 
@@ -43,7 +44,10 @@ TEST_P(Example, printsWhatItShould) {
   }
   const LocalServer server;
   const UnlistenedPort unlistened;
-  expectGoldenOutput(server.url(name() == "first" ? "/math/plus" : "") +
+  const std::map<std::string, std::string> functions = {{"first", "/math/plus"},
+                                                        {"solve", "/linalg/solve"}};
+  const auto function = functions.find(name());
+  expectGoldenOutput(server.url(function == functions.end() ? "" : function->second) +
                      (name() == "errors" ? " " + unlistened.url("") : ""));
 }
 

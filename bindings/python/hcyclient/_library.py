@@ -24,8 +24,9 @@ def _load() -> tuple[ctypes.PyDLL, ctypes.CDLL]:
     try:
         return ctypes.PyDLL(name), ctypes.CDLL(name)
     except OSError as error:
-        raise ImportError(f'the library of hcyclient cannot be loaded: {error}; install it, or '
-                          'name its file in the environment variable HCYCLIENT_LIBRARY') from None
+        raise ImportError(f'the library of hcyclient cannot be loaded: {error}; install it '
+                          "where the system's loader looks, or name its file in the environment "
+                          'variable HCYCLIENT_LIBRARY') from None
 
 
 _locking, _unlocking = _load()
