@@ -31,5 +31,7 @@ url=$(cut -d ' ' -f 3 listening)
 build/first "$url/math/plus"
 build/first_cpp "$url/math/plus"
 
+"$HOME/hcyclient/bin/hcy" call "$url/math/plus" 2 3
+
 kill "$server"
 wait "$server"
