@@ -18,8 +18,14 @@ namespace {
 
 // Never destroyed: static objects of the host may use the library until the program has ended.
 hcyClientRuntime* runtimeTable = nullptr;
-// NOLINTNEXTLINE(cert-err58-cpp): a process without memory for it fails to load the library.
-std::string& initializationErrorMessage = *new std::string;
+// The same, and nothing is allocated for it while the library is loaded, which cannot fail in
+// order.
+union NeverDestroyed {
+  constexpr NeverDestroyed() : text() {}
+  ~NeverDestroyed() {}
+  std::string text;
+};
+constinit NeverDestroyed initializationErrorMessage;
 
 std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
   if (version != HCY_CLIENT_RUNTIME_1_0 && version != HCY_CLIENT_RUNTIME_1_1) {
@@ -44,7 +50,7 @@ hcyClientRuntime* hcyInitializeEx(int version) {
   try {
     runtimeTable = makeRuntime(version).release();
   } catch (const std::exception& exception) {
-    hcy::storeText(exception, initializationErrorMessage);
+    hcy::storeText(exception, initializationErrorMessage.text);
   }
   return runtimeTable;
 }
@@ -54,7 +60,9 @@ void hcyTerminate(void) {
   delete runtimeTable;
   runtimeTable = nullptr;
   curl_global_cleanup();
-  initializationErrorMessage.clear();
+  initializationErrorMessage.text.clear();
 }
 
-const char* hcyGetInitializationErrorMessage(void) { return initializationErrorMessage.c_str(); }
+const char* hcyGetInitializationErrorMessage(void) {
+  return initializationErrorMessage.text.c_str();
+}
