@@ -83,6 +83,7 @@ std::vector<Hostile> hostileBodies() {
                                      field(1, array(VORTEN_Array::CELL, cell, emptyElement)))},
       {"small integers", packed(VORTEN_Array::UINT64, VORTEN_Array::kUint64FieldNumber)},
       {"logicals", packed(VORTEN_Array::LOGICAL, VORTEN_Array::kLogicalFieldNumber)},
+      {"doubles", packed(VORTEN_Array::DOUBLE, VORTEN_Array::kQxdoubleFieldNumber)},
       {"chars", packed(VORTEN_Array::CHAR, VORTEN_Array::kQxcharFieldNumber)},
       {"dimensions", field(1, field(2, many))},
       {"unknown fields", field(1, repeated("\xF8\x07\x01"))},
@@ -91,21 +92,35 @@ std::vector<Hostile> hostileBodies() {
   };
 }
 
+// What the outputs that are wanted take, and what else the reply holds.
+double bytesTakenBy(const std::string& body, std::size_t wanted) {
+  ::malloc_trim(0);
+  const std::size_t before = residentBytes();
+  Reply reply =
+      readReply({reinterpret_cast<const std::uint8_t*>(body.data()), body.size()}, wanted);
+  std::vector<std::unique_ptr<VORTENArrayProxy>> arrays;
+  for (auto& output : reply.outputs) {
+    arrays.push_back(ArrayProxyBuilder::over(std::move(output)));
+  }
+  EXPECT_TRUE(arrays.size() == wanted || reply.error);
+  return static_cast<double>(residentBytes()) - static_cast<double>(before);
+}
+
 TEST(HostileMemory, IsAtMost200BytesForEachByteOfAReply) {
   for (const Hostile& hostile : hostileBodies()) {
-    ::malloc_trim(0);
-    const std::size_t before = residentBytes();
-    Reply reply = readReply(
-        {reinterpret_cast<const std::uint8_t*>(hostile.body.data()), hostile.body.size()}, 1);
-    std::vector<std::unique_ptr<VORTENArrayProxy>> arrays;
-    for (auto& output : reply.outputs) {
-      arrays.push_back(ArrayProxyBuilder::over(std::move(output)));
-    }
-    const double taken = static_cast<double>(residentBytes()) - static_cast<double>(before);
-    const double each = taken / static_cast<double>(hostile.body.size());
+    const double each = bytesTakenBy(hostile.body, 1) / static_cast<double>(hostile.body.size());
     EXPECT_LE(each, 200.0) << hostile.name;
     std::printf("%5.1f bytes a byte: %s\n", each, hostile.name);
   }
+}
+
+TEST(HostileMemory, IsAtMost2KibibytesMoreForEachOutput) {
+  constexpr std::size_t wanted = 30'000;
+  std::string body;
+  for (std::size_t i = 0; i < wanted; ++i) body += field(1, "");
+  const double each = bytesTakenBy(body, wanted) / wanted;
+  EXPECT_LE(each, 2048.0 + 2 * 200.0);
+  std::printf("%5.1f bytes an output\n", each);
 }
 
 }  // namespace

@@ -36,6 +36,11 @@ std::vector<Operation> containerOperations() {
          hcySetCell(w.cell, 0, w.cell);
          return Answer();
        }},
+      {"hcySetCell", "ofTheArray", Throws,
+       [](World& w) {
+         hcySetCell(w.array, 0, w.structure);
+         return Answer();
+       }},
       {"hcyGetNumberOfFields", "", NotAtAll,
        [](World& w) -> Answer { return hcyGetNumberOfFields(w.array); }},
       {"hcyGetFieldNameByNumber", "", NotAtAll,
@@ -58,10 +63,17 @@ std::vector<Operation> containerOperations() {
          hcySetField(w.structure, 1, fieldNames[1], w.structure);
          return Answer();
        }},
+      {"hcySetField", "ofTheArray", Throws,
+       [](World& w) {
+         hcySetField(w.array, 0, fieldNames[1], w.cell);
+         return Answer();
+       }},
       {"hcyGetFieldByNumber", "", Throws,
        [](World& w) -> Answer { return hcyGetFieldByNumber(w.structure, 0, 0); }},
       {"hcyGetFieldByNumber", "neverSet", Throws,
        [](World& w) -> Answer { return hcyGetFieldByNumber(w.structure, 0, 1); }},
+      {"hcyGetFieldByNumber", "ofTheArray", Throws,
+       [](World& w) -> Answer { return hcyGetFieldByNumber(w.array, 0, 1); }},
       {"hcySetFieldByNumber", "", Throws,
        [](World& w) {
          hcySetFieldByNumber(w.structure, 0, 0, w.array);
@@ -70,6 +82,11 @@ std::vector<Operation> containerOperations() {
       {"hcySetFieldByNumber", "aCell", Throws,
        [](World& w) {
          hcySetFieldByNumber(w.structure, 1, 0, w.cell);
+         return Answer();
+       }},
+      {"hcySetFieldByNumber", "ofTheArray", Throws,
+       [](World& w) {
+         hcySetFieldByNumber(w.array, 0, 1, w.cell);
          return Answer();
        }},
       {"hcyAddField", "", Answers,

@@ -42,7 +42,8 @@ std::size_t failEachAllocation(Attempt attempt) {
   constexpr std::size_t tooMany = 100'000;
   std::size_t failures = 0;
   for (const auto exhaustion : {test::Exhaustion::OneAllocation, test::Exhaustion::FromThenOn}) {
-    for (std::size_t working = 0; working < tooMany; ++working) {
+    for (std::size_t working = 0;; ++working) {
+      if (working == tooMany) ADD_FAILURE() << "it never succeeds";
       const Shortage shortage{working, exhaustion};
       SCOPED_TRACE(described(shortage));
       // What is set up once and kept is there by then.

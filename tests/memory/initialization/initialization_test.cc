@@ -49,43 +49,57 @@ void expectReady(const hcyClientRuntime* runtime) {
   runtime->destroyConfig(config);
 }
 
-// Whether an allocation failed.
+hcyClientRuntime* initializeFor11() { return hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1); }
+
+// Whether an allocation failed. Terminating works without any memory.
+template <auto Start>
 bool initialize(const Shortage& shortage) {
   hcyClientRuntime* runtime = nullptr;
   bool failed = false;
   {
     const FailingAllocation failing(shortage.working, shortage.exhaustion);
-    runtime = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
+    runtime = Start();
     failed = failing.hasFailed();
   }
   if (runtime == nullptr) {
     EXPECT_TRUE(failed);
+    const FailingAllocation failing(0, Exhaustion::FromThenOn);
     EXPECT_STRNE(hcyGetInitializationErrorMessage(), "");
-    runtime = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
   }
+  if (runtime == nullptr) runtime = Start();
   expectReady(runtime);
+  const FailingAllocation failing(0, Exhaustion::FromThenOn);
   hcyTerminate();
   EXPECT_STREQ(hcyGetInitializationErrorMessage(), "");
   return failed;
 }
 
-TEST(ExhaustedMemoryInInitialization, leavesItPossibleLater) {
+template <auto Start>
+void expectThatItIsPossibleLater() {
   for (const auto exhaustion : {Exhaustion::OneAllocation, Exhaustion::FromThenOn}) {
     std::size_t working = 0;
     Outcome outcome = Failed;
     for (; outcome == Failed; ++working) {
-      outcome = inOwnProcess([&] { return initialize({working, exhaustion}); });
+      outcome = inOwnProcess([&] { return initialize<Start>({working, exhaustion}); });
     }
     EXPECT_EQ(outcome, Succeeded) << abi::described({working - 1, exhaustion});
     EXPECT_GT(working, 10U);
   }
 }
 
+TEST(ExhaustedMemoryInInitialization, leavesItPossibleLater) {
+  expectThatItIsPossibleLater<initializeFor11>();
+}
+
+TEST(ExhaustedMemoryInInitialization, leavesItPossibleLaterForVersion10) {
+  expectThatItIsPossibleLater<hcyInitialize>();
+}
+
 // What libcurl and its TLS library keep for the life of the process they have by then.
 TEST(ExhaustedMemoryInInitialization, losesNothingWhereItIsNotTheFirst) {
   const Outcome outcome = inOwnProcess([] {
-    initialize({SIZE_MAX, Exhaustion::OneAllocation});
-    EXPECT_GT(abi::failEachAllocation(initialize), 0U);
+    initialize<initializeFor11>({SIZE_MAX, Exhaustion::OneAllocation});
+    EXPECT_GT(abi::failEachAllocation(initialize<initializeFor11>), 0U);
     return false;
   });
   EXPECT_EQ(outcome, Succeeded);
