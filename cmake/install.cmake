@@ -30,12 +30,10 @@ if(HCY_BUILD_SERVER)
 endif()
 
 if(HCY_BUILD_TOOLS)
-  # The library is found beside it, wherever the tree is; where the system's loader looks, without.
-  if(NOT CMAKE_INSTALL_LIBDIR STREQUAL "lib/${CMAKE_LIBRARY_ARCHITECTURE}")
-    cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR
-      BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR} OUTPUT_VARIABLE from_programs)
-    set_target_properties(hcy PROPERTIES INSTALL_RPATH "$ORIGIN/${from_programs}")
-  endif()
+  # The library is found beside it, wherever the tree is.
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR
+    BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR} OUTPUT_VARIABLE from_programs)
+  set_target_properties(hcy PROPERTIES INSTALL_RPATH "$ORIGIN/${from_programs}")
   install(TARGETS hcy RUNTIME COMPONENT tools)
   install(FILES tools/hcy/hcy.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES tools/hcy/hcy.bash RENAME hcy
