@@ -14,7 +14,7 @@ install(TARGETS hcyclient EXPORT hcyclientTargets
 install(FILES LICENSE DESTINATION ${documents} COMPONENT runtime)
 
 install(DIRECTORY include/hcy DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-install(FILES README.md DESTINATION ${documents} COMPONENT development)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${documents} COMPONENT development)
 install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT development
   USE_SOURCE_PERMISSIONS
   REGEX "docs/CMakeLists\\.txt$" EXCLUDE

@@ -4,6 +4,7 @@
 
 #include <curl/curl.h>
 
+#include <cstddef>
 #include <exception>
 #include <memory>
 #include <new>
@@ -18,14 +19,9 @@ namespace {
 
 // Never destroyed: static objects of the host may use the library until the program has ended.
 hcyClientRuntime* runtimeTable = nullptr;
-// The same, and nothing is allocated for it while the library is loaded, which cannot fail in
-// order.
-union NeverDestroyed {
-  constexpr NeverDestroyed() : text() {}
-  ~NeverDestroyed() {}
-  std::string text;
-};
-constinit NeverDestroyed initializationErrorMessage;
+// The same; nothing is allocated for it while the library is loaded, which cannot fail in order.
+alignas(std::string) std::byte messageStorage[sizeof(std::string)];
+std::string& initializationErrorMessage = *new (messageStorage) std::string;
 
 std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
   if (version != HCY_CLIENT_RUNTIME_1_0 && version != HCY_CLIENT_RUNTIME_1_1) {
@@ -50,7 +46,7 @@ hcyClientRuntime* hcyInitializeEx(int version) {
   try {
     runtimeTable = makeRuntime(version).release();
   } catch (const std::exception& exception) {
-    hcy::storeText(exception, initializationErrorMessage.text);
+    hcy::storeText(exception, initializationErrorMessage);
   }
   return runtimeTable;
 }
@@ -60,9 +56,7 @@ void hcyTerminate(void) {
   delete runtimeTable;
   runtimeTable = nullptr;
   curl_global_cleanup();
-  initializationErrorMessage.text.clear();
+  initializationErrorMessage.clear();
 }
 
-const char* hcyGetInitializationErrorMessage(void) {
-  return initializationErrorMessage.text.c_str();
-}
+const char* hcyGetInitializationErrorMessage(void) { return initializationErrorMessage.c_str(); }
