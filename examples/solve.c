@@ -27,8 +27,10 @@ static int solve(const hcyClientRuntime* runtime, hcyClientContext* context, con
   int failed = runtime->feval(context, url, 1, &x, 2, inputs);
   if (failed)
     printFailure(runtime, context);
-  else if (hcyIsDouble(x) && hcyGetNumberOfElements(x) == 3)
+  else if (hcyIsDouble(x) && !hcyIsSparse(x) && hcyGetNumberOfElements(x) == 3) {
+    hcySetM(x, hcyGetM(x)); /* elements that a broken reply lacks are 0 from here on */
     for (size_t i = 0; i < 3; ++i) printf("x%d = %g\n", (int)i + 1, hcyGetPr(x)[i]);
+  }
 
   hcyDestroyArray(A), hcyDestroyArray(b), hcyDestroyArray(x);
   return failed;

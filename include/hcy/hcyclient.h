@@ -204,10 +204,9 @@ typedef struct hcyClientRuntime {
   /** Creates a context from a copy of the settings of `config`, stores it in `*context` and
    *  returns 0; release it with destroyContext. It opens no connection yet. Between calls it keeps
    *  its connection, the account of the last failure, and up to 4 MiB each of memory for the next
-   *  request and reply. Returns 1 when
-   *  memory or a transfer handle cannot be had, or for a configuration that createConfig failed to
-   *  make; set `*context` to null before the call, and when it is not null after a failure,
-   *  destroy it. */
+   *  request and reply. Returns 1 when memory or a transfer handle cannot be had, or for a
+   *  configuration that createConfig failed to make; set `*context` to null before the call, and
+   *  when it is not null after a failure, destroy it. */
   int (*createContext)(hcyClientContext** context, const hcyClientConfig* config);
 
   /** Closes the connection of a context and destroys it, with all texts of its error records.

@@ -116,5 +116,16 @@ TEST_F(PassPhrase, isWipedWhenItIsReplacedAndWhenItsConfigurationIsDestroyed) {
   EXPECT_EQ(occurrences(2), 0);
 }
 
+TEST_F(PassPhrase, isWipedWithTheContextThatHasACopy) {
+  ASSERT_EQ(library->createConfig(&config), 0);
+  set(3);
+  hcyClientContext* context = nullptr;
+  ASSERT_EQ(library->createContext(&context, config), 0);
+  library->destroyConfig(config);
+  EXPECT_EQ(occurrences(3), 2);
+  library->destroyContext(context);
+  EXPECT_LE(occurrences(3), 1);  // libcurl's, which it has freed
+}
+
 }  // namespace
 }  // namespace hcy::abi

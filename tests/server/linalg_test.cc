@@ -66,6 +66,13 @@ TEST(Solve, SolvesNothing) {
   EXPECT_EQ(dimensionsOf(x), (Dimensions{0, 2}));
 }
 
+TEST(Solve, NamesTheShapesThatDoNotFit) {
+  const LocalServer server;
+  const auto result =
+      call(server, "/linalg/solve", 1, {doubles({2, 2}, {1, 0, 0, 1}), doubles({1, 2}, {1, 1})});
+  EXPECT_EQ(result.error().message(), "A is 2-by-2, but B is 1-by-2.");
+}
+
 TEST(Solve, RefusesWrongArguments) {
   const LocalServer server;
   const auto error = [&server](const VORTEN_Array& a, const VORTEN_Array& b) {

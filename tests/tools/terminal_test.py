@@ -91,7 +91,6 @@ class OnATerminal(unittest.TestCase):
         self.assertIn('no call succeeded', shown)
         self.assertLess(time.monotonic() - start, 30)
 
-
     def test_ctrl_c_does_not_wait_where_nothing_can_be_shown(self):
         with open('/dev/full', 'wb') as full, PseudoTerminal(
                 [HCY, 'bench', self.url + '/demo/sleep', '60'], stdout=full) as terminal:
