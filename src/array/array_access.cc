@@ -37,11 +37,15 @@ void resizeStoredElements(VORTEN_Array::Sparse& sparse, int nzmax) {
   }
   VORTEN_Array::Double& values = hcy::sparseDoubles(sparse);
   // A list of imaginary parts that has held any belongs to a complex array.
-  if (values.imag_elements().Capacity() != 0) {
+  if (!values.imag_elements().empty()) {
     resizeTogether(nzmax, rows, *values.mutable_elements(), *values.mutable_imag_elements());
   } else {
     resizeTogether(nzmax, rows, *values.mutable_elements());
   }
+}
+
+bool hasIndices(const hcyArray* array) {
+  return hcyIsSparse(array) && proxyOf(array).hasIndices();
 }
 
 VORTEN_Array::Sparse& sparsePart(const hcyArray* array) {
@@ -77,19 +81,20 @@ uint16_t* hcyGetChars(const hcyArray* array) {
 double hcyGetScalar(const hcyArray* array) { return proxyOf(array).getScalar(); }
 
 size_t* hcyGetIr(const hcyArray* array) {
-  return hcyIsSparse(array) ? firstIndex(*sparsePart(array).mutable_ir()) : nullptr;
+  return hasIndices(array) ? firstIndex(*sparsePart(array).mutable_ir()) : nullptr;
 }
 
 size_t* hcyGetJc(const hcyArray* array) {
-  return hcyIsSparse(array) ? firstIndex(*sparsePart(array).mutable_jc()) : nullptr;
+  return hasIndices(array) ? firstIndex(*sparsePart(array).mutable_jc()) : nullptr;
 }
 
 size_t hcyGetNzmax(const hcyArray* array) {
   if (!hcyIsSparse(array)) return SIZE_MAX;
-  return static_cast<std::size_t>(messageOf(array).sparse().ir_size());
+  return hasIndices(array) ? static_cast<std::size_t>(messageOf(array).sparse().ir_size()) : 0;
 }
 
 void hcySetNzmax(hcyArray* array, size_t nzmax) {
   if (!hcyIsSparse(array) || nzmax > hcyGetNumberOfElements(array)) return;
   resizeStoredElements(sparsePart(array), hcy::checkedSize(std::max<std::size_t>(nzmax, 1)));
+  proxyOf(array).recheckIndices();
 }

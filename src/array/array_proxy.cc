@@ -9,7 +9,9 @@
 #include "wire/array_attributes.h"
 #include "wire/checked_size.h"
 #include "wire/data_accessor.h"
+#include "wire/element_count.h"
 #include "wire/element_storage.h"
+#include "wire/sparse_storage.h"
 
 namespace hcy {
 namespace {
@@ -40,17 +42,39 @@ VORTENArrayProxy::VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensi
 }
 
 VORTENArrayProxy::VORTENArrayProxy(std::shared_ptr<VORTEN_Array> message)
-    : message_(std::move(message)), complex_(attributesOf(*message_).isComplex) {}
+    : message_(std::move(message)),
+      complex_(attributesOf(*message_).isComplex),
+      isChecked_(message_->type() == VORTEN_Array::SPARSE) {
+  if (isChecked_) hasIndices_ = describedElements(*message_).has_value();
+}
+
+void VORTENArrayProxy::recheckIndices() {
+  if (!hasIndices_) hasIndices_ = describedElements(*message_).has_value();
+}
+
+std::size_t VORTENArrayProxy::requiredElements() const {
+  if (message_->type() != VORTEN_Array::SPARSE) return elementCount(*message_);
+  if (!isChecked_) return 0;
+  const VORTEN_Array& array = *message_;
+  return hasIndices_ ? array.sparse().jc(static_cast<int>(array.dimension(1))) : SIZE_MAX;
+}
 
 void VORTENArrayProxy::resize(std::int32_t count) {
   resizeElementStorage(*message_, static_cast<std::uint32_t>(count));
+  recheckIndices();
 }
 
 std::size_t VORTENArrayProxy::getElementSize() const { return attributesOf(*message_).elementSize; }
 
-void* VORTENArrayProxy::getData() { return accessData(*message_, complex_).realData; }
+void* VORTENArrayProxy::getData() {
+  const DataAccessor access = accessData(*message_, complex_);
+  return access.realCount >= requiredElements() ? access.realData : nullptr;
+}
 
-void* VORTENArrayProxy::getImagData() { return accessData(*message_, complex_).imagData; }
+void* VORTENArrayProxy::getImagData() {
+  const DataAccessor access = accessData(*message_, complex_);
+  return access.imagCount >= requiredElements() ? access.imagData : nullptr;
+}
 
 double VORTENArrayProxy::getScalar() { return accessData(*message_, complex_).scalar; }
 

@@ -40,6 +40,7 @@ class VORTENArrayProxy : public hcyArray {
 
   virtual void resize(std::int32_t count);
   virtual std::size_t getElementSize() const;
+  // Null where the storage holds fewer elements than the dimensions say, and when there are none.
   virtual void* getData();
   virtual void* getImagData();
   virtual double getScalar();
@@ -59,9 +60,22 @@ class VORTENArrayProxy : public hcyArray {
   VORTEN_Array& message() const { return *message_; }
   bool isComplex() const { return complex_; }
 
+  // Whether the index arrays of a sparse array are handed out: those of a reply only where they
+  // describe a matrix of the array's dimensions.
+  bool hasIndices() const { return hasIndices_; }
+
+  // Looks again at index arrays that were not handed out, once they have changed.
+  void recheckIndices();
+
+ protected:
+  // How many elements the storage must hold to be handed out.
+  std::size_t requiredElements() const;
+
  private:
   std::shared_ptr<VORTEN_Array> message_;
   bool complex_;
+  bool isChecked_ = false;  // a sparse array of a reply
+  bool hasIndices_ = true;
 };
 
 }  // namespace hcy

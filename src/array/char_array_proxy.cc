@@ -23,7 +23,7 @@ void VORTENCharArrayProxy::resize(std::int32_t count) {
   codeUnits_.resize(size);
 }
 
-void* VORTENCharArrayProxy::getData() { return firstOrNull(codeUnits_); }
+void* VORTENCharArrayProxy::getData() { return firstOrNull(codeUnits_, requiredElements()); }
 
 double VORTENCharArrayProxy::getScalar() { return firstAsDouble(codeUnits_); }
 

@@ -36,12 +36,12 @@ void VORTEN16BitIntegerArrayProxy<Class>::resize(std::int32_t count) {
 
 template <WidenedClass Class>
 void* VORTEN16BitIntegerArrayProxy<Class>::getData() {
-  return firstOrNull(real_);
+  return firstOrNull(real_, requiredElements());
 }
 
 template <WidenedClass Class>
 void* VORTEN16BitIntegerArrayProxy<Class>::getImagData() {
-  return firstOrNull(imaginary_);
+  return firstOrNull(imaginary_, requiredElements());
 }
 
 template <WidenedClass Class>

@@ -30,9 +30,10 @@ void widen(const std::vector<Element>& buffer,
   std::ranges::copy(buffer, field.mutable_data());
 }
 
+// Null also for fewer elements than are required.
 template <class Element>
-Element* firstOrNull(std::vector<Element>& buffer) {
-  return buffer.empty() ? nullptr : buffer.data();
+Element* firstOrNull(std::vector<Element>& buffer, std::size_t required) {
+  return buffer.empty() || buffer.size() < required ? nullptr : buffer.data();
 }
 
 template <class Element>

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "wire/dispatch_on_QXType.h"
@@ -18,9 +19,11 @@ struct DataAccessor {
   VORTEN_Array& array;
   bool complex = false;  // whether the imaginary part of a full array is wanted
 
-  void* realData = nullptr;  // null when there are no elements
-  void* imagData = nullptr;  // the same
-  double scalar = 0.0;       // the first real element
+  void* realData = nullptr;   // null when there are no elements
+  void* imagData = nullptr;   // the same
+  double scalar = 0.0;        // the first real element
+  std::size_t realCount = 0;  // how many elements lie behind realData
+  std::size_t imagCount = 0;  // the same for imagData
 
   template <ByteClass Class>
   void operator()(Class) {
@@ -62,7 +65,10 @@ struct DataAccessor {
     // Both byte classes read the first element as a signed byte: 200 is -56.
     scalar = elements.empty() ? 0.0 : static_cast<double>(static_cast<signed char>(elements[0]));
     realData = firstOf(elements);
-    if (complex) imagData = firstOf(*message.mutable_imag_elements());
+    realCount = elements.size();
+    if (!complex) return;
+    imagData = firstOf(*message.mutable_imag_elements());
+    imagCount = message.imag_elements().size();
   }
 
   template <class Message>
@@ -70,8 +76,11 @@ struct DataAccessor {
     auto& elements = *message.mutable_elements();
     scalar = elements.empty() ? 0.0 : static_cast<double>(elements[0]);
     realData = firstOf(elements);
+    realCount = static_cast<std::size_t>(elements.size());
     if constexpr (requires { message.mutable_imag_elements(); }) {
-      if (imaginaryWanted) imagData = firstOf(*message.mutable_imag_elements());
+      if (!imaginaryWanted) return;
+      imagData = firstOf(*message.mutable_imag_elements());
+      imagCount = static_cast<std::size_t>(message.imag_elements().size());
     }
   }
 };
