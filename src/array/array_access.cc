@@ -18,8 +18,11 @@ namespace {
 // Index arrays are handed out in the message's own storage.
 static_assert(sizeof(std::size_t) == sizeof(std::uint64_t));
 
-std::size_t* firstIndex(google::protobuf::RepeatedField<std::uint64_t>& indices) {
-  return indices.empty() ? nullptr : reinterpret_cast<std::size_t*>(indices.mutable_data());
+// The caller may write what it gets.
+std::size_t* firstIndex(const google::protobuf::RepeatedField<std::uint64_t>& indices) {
+  if (indices.empty()) return nullptr;
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
+  return reinterpret_cast<std::size_t*>(const_cast<std::uint64_t*>(indices.data()));
 }
 
 // Room for all lists is had before any changes: they stay of one length whatever fails.
@@ -48,9 +51,6 @@ bool hasIndices(const hcyArray* array) {
   return hcyIsSparse(array) && proxyOf(array).hasIndices();
 }
 
-VORTEN_Array::Sparse& sparsePart(const hcyArray* array) {
-  return hcy::SPARSE_class::write(messageOf(array));
-}
 
 }  // namespace
 
@@ -81,11 +81,11 @@ uint16_t* hcyGetChars(const hcyArray* array) {
 double hcyGetScalar(const hcyArray* array) { return proxyOf(array).getScalar(); }
 
 size_t* hcyGetIr(const hcyArray* array) {
-  return hasIndices(array) ? firstIndex(*sparsePart(array).mutable_ir()) : nullptr;
+  return hasIndices(array) ? firstIndex(messageOf(array).sparse().ir()) : nullptr;
 }
 
 size_t* hcyGetJc(const hcyArray* array) {
-  return hasIndices(array) ? firstIndex(*sparsePart(array).mutable_jc()) : nullptr;
+  return hasIndices(array) ? firstIndex(messageOf(array).sparse().jc()) : nullptr;
 }
 
 size_t hcyGetNzmax(const hcyArray* array) {
@@ -95,6 +95,7 @@ size_t hcyGetNzmax(const hcyArray* array) {
 
 void hcySetNzmax(hcyArray* array, size_t nzmax) {
   if (!hcyIsSparse(array) || nzmax > hcyGetNumberOfElements(array)) return;
-  resizeStoredElements(sparsePart(array), hcy::checkedSize(std::max<std::size_t>(nzmax, 1)));
-  proxyOf(array).recheckIndices();
+  resizeStoredElements(hcy::SPARSE_class::write(messageOf(array)),
+                       hcy::checkedSize(std::max<std::size_t>(nzmax, 1)));
+  proxyOf(array).storageChanged();
 }

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "array/array_proxy_builder.h"
-#include "array/message_copy.h"
+#include "array/array_to_send.h"
 #include "wire/array_attributes.h"
 #include "wire/checked_size.h"
 #include "wire/data_accessor.h"
@@ -14,73 +14,91 @@
 #include "wire/sparse_storage.h"
 
 namespace hcy {
-namespace {
 
-// All elements are in the message while it lives.
-class MessageReading {
- public:
-  explicit MessageReading(VORTENArrayProxy& array) : array_(array) { array.beginReading(); }
-  MessageReading(const MessageReading&) = delete;
-  MessageReading& operator=(const MessageReading&) = delete;
-  ~MessageReading() { array_.endReading(); }
-
- private:
-  VORTENArrayProxy& array_;
-};
-
-}  // namespace
+VORTENArrayProxy::VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex)
+    : content_(new ArrayContent), complex_(complex) {
+  VORTEN_Array& array = message();
+  array.set_type(type);
+  array.mutable_dimension()->Reserve(checkedSize(dimensions.size()));
+  for (const std::uint64_t dimension : dimensions) {
+    array.add_dimension(static_cast<std::uint64_t>(checkedSize(dimension)));
+  }
+}
 
 VORTENArrayProxy::VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
                                    std::uint64_t count)
-    : message_(std::make_shared<VORTEN_Array>()), complex_(complex && count != 0) {
-  message_->set_type(type);
-  message_->mutable_dimension()->Reserve(checkedSize(dimensions.size()));
-  for (const std::uint64_t dimension : dimensions) {
-    message_->add_dimension(static_cast<std::uint64_t>(checkedSize(dimension)));
-  }
-  if (count != 0) sizeInitialStorage(*message_, count, complex_);
+    : VORTENArrayProxy(type, dimensions, complex && count != 0) {
+  if (count != 0) sizeInitialStorage(message(), count, complex_);
 }
 
-VORTENArrayProxy::VORTENArrayProxy(std::shared_ptr<VORTEN_Array> message)
-    : message_(std::move(message)),
-      complex_(attributesOf(*message_).isComplex),
-      isChecked_(message_->type() == VORTEN_Array::SPARSE) {
-  if (isChecked_) hasIndices_ = describedElements(*message_).has_value();
+VORTENArrayProxy::VORTENArrayProxy(ContentPtr content, bool complex)
+    : content_(std::move(content)), complex_(complex) {}
+
+VORTENArrayProxy::VORTENArrayProxy(ContentPtr content)
+    : VORTENArrayProxy(content, attributesOf(content->message()).isComplex) {
+  if (content_->isReceived) checkIndices();
 }
 
-void VORTENArrayProxy::recheckIndices() {
-  if (!hasIndices_) hasIndices_ = describedElements(*message_).has_value();
+void VORTENArrayProxy::checkIndices() {
+  if (message().type() != VORTEN_Array::SPARSE) return;
+  const auto described = describedElements(message());
+  hasIndices_ = described.has_value();
+  requiredValues_ = described.value_or(SIZE_MAX);
+}
+
+// What the program has made of an array is its own affair, as long as no index that came with it
+// leads outside.
+void VORTENArrayProxy::storageChanged() {
+  if (!hasIndices_) checkIndices();
+  if (hasIndices_) requiredValues_ = 0;
 }
 
 std::size_t VORTENArrayProxy::requiredElements() const {
-  if (message_->type() != VORTEN_Array::SPARSE) return elementCount(*message_);
-  if (!isChecked_) return 0;
-  const VORTEN_Array& array = *message_;
-  return hasIndices_ ? array.sparse().jc(static_cast<int>(array.dimension(1))) : SIZE_MAX;
+  if (!content_->isReceived) return 0;
+  return message().type() == VORTEN_Array::SPARSE ? requiredValues_ : elementCount(message());
 }
 
 void VORTENArrayProxy::resize(std::int32_t count) {
-  resizeElementStorage(*message_, static_cast<std::uint32_t>(count));
-  recheckIndices();
+  resizeElementStorage(message(), static_cast<std::uint32_t>(count));
+  storageChanged();
 }
 
-std::size_t VORTENArrayProxy::getElementSize() const { return attributesOf(*message_).elementSize; }
+std::size_t VORTENArrayProxy::getElementSize() const { return attributesOf(message()).elementSize; }
 
-void* VORTENArrayProxy::getData() {
-  const DataAccessor access = accessData(*message_, complex_);
-  return access.realCount >= requiredElements() ? access.realData : nullptr;
+void* VORTENArrayProxy::getData() const {
+  const DataAccessor access = accessData(message(), complex_);
+  if (access.realCount < requiredElements()) return nullptr;
+  if (!access.isPresent) content_->showPart();
+  return access.realData;
 }
 
-void* VORTENArrayProxy::getImagData() {
-  const DataAccessor access = accessData(*message_, complex_);
-  return access.imagCount >= requiredElements() ? access.imagData : nullptr;
+void* VORTENArrayProxy::getImagData() const {
+  const DataAccessor access = accessData(message(), complex_);
+  if (access.imagCount < requiredElements()) return nullptr;
+  if (!access.isPresent) content_->showPart();
+  return access.imagData;
 }
 
-double VORTENArrayProxy::getScalar() { return accessData(*message_, complex_).scalar; }
+double VORTENArrayProxy::getScalar() const {
+  const DataAccessor access = accessData(message(), complex_);
+  if (!access.isPresent && requiredElements() == 0) content_->showPart();
+  return access.scalar;
+}
 
 std::unique_ptr<VORTENArrayProxy> VORTENArrayProxy::clone() {
-  const MessageReading reading(*this);
-  return ArrayProxyBuilder::over(copyOf(*message_));
+  // Whoever shares the content is to see what is copied.
+  if (content_->use_count() > 1) commit();
+  return copied();
+}
+
+std::unique_ptr<VORTENArrayProxy> VORTENArrayProxy::copied() const {
+  ContentPtr copy = copyOf(*content_);
+  commitTo(*copy);
+  return ArrayProxyBuilder::over(std::move(copy));
+}
+
+ArrayToSend VORTENArrayProxy::toSend(const SendingOrder& /*order*/) const {
+  return {content_, nullptr};
 }
 
 }  // namespace hcy

@@ -6,9 +6,8 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <utility>
 
-#include "wire/array_class_traits.h"
+#include "array/array_content.h"
 
 // What the caller's handles point to.
 struct hcyArray {
@@ -17,22 +16,25 @@ struct hcyArray {
 
 namespace hcy {
 
+class SendingOrder;
+struct ArrayToSend;
+
 // The dimensions of an array, two or more.
 using Dimensions = std::span<const std::uint64_t>;
 
-// An array behind a handle: shared ownership of its message, and the operations that differ from
+// An array behind a handle: shared ownership of its content, and the operations that differ from
 // class to class. This class serves those whose elements lie in the message in the caller's own
-// form; the classes derived from it keep elements of their own, which reach the message by
-// commit().
+// form; the classes derived from it keep elements of their own, which reach the content by
+// commit(). Any number of threads may call the const functions of one array at once.
 class VORTENArrayProxy : public hcyArray {
  public:
   // A new array of zeros. Throws positive overflow when a dimension is over 2147483647.
   VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
                    std::uint64_t count);
 
-  // An array over a message that it shares. Throws std::invalid_argument when the type of the
-  // message is not served.
-  explicit VORTENArrayProxy(std::shared_ptr<VORTEN_Array> message);
+  // An array over content that it shares. Throws std::invalid_argument if the library does not
+  // serve the type.
+  explicit VORTENArrayProxy(ContentPtr content);
 
   VORTENArrayProxy(const VORTENArrayProxy&) = delete;
   VORTENArrayProxy& operator=(const VORTENArrayProxy&) = delete;
@@ -40,42 +42,50 @@ class VORTENArrayProxy : public hcyArray {
 
   virtual void resize(std::int32_t count);
   virtual std::size_t getElementSize() const;
-  // Null where the storage holds fewer elements than the dimensions say, and when there are none.
-  virtual void* getData();
-  virtual void* getImagData();
-  virtual double getScalar();
+  // Null if the storage holds fewer elements than the dimensions say, and if there are none.
+  virtual void* getData() const;
+  virtual void* getImagData() const;
+  virtual double getScalar() const;
 
-  // Writes elements that are kept outside the message into it.
-  virtual void commit() {}
+  // Writes elements that are kept outside the content into it.
+  void commit() { commitTo(*content_); }
 
-  // Brings all elements into the message for as long as it takes to read it: from beginReading(),
-  // which may throw and may be called again, to endReading(), which may come without it.
-  virtual void beginReading() { commit(); }
-  virtual void endReading() {}
+  // A deep copy, with content of its own.
+  std::unique_ptr<VORTENArrayProxy> clone();
 
-  // A deep copy, with a message of its own.
-  virtual std::unique_ptr<VORTENArrayProxy> clone();
+  // What is sent of the array when its turn comes; changes nothing.
+  virtual ArrayToSend toSend(const SendingOrder& order) const;
 
-  const std::shared_ptr<VORTEN_Array>& sharedMessage() const { return message_; }
-  VORTEN_Array& message() const { return *message_; }
+  const ContentPtr& content() const { return content_; }
+  VORTEN_Array& message() const { return content_->message(); }
   bool isComplex() const { return complex_; }
 
-  // Whether the index arrays of a sparse array are handed out: those of a reply only where they
+  // Whether the index arrays of a sparse array are handed out: those of a reply only if they
   // describe a matrix of the array's dimensions.
   bool hasIndices() const { return hasIndices_; }
 
-  // Looks again at index arrays that were not handed out, once they have changed.
-  void recheckIndices();
+  // To be called when the program has changed the storage of a sparse array.
+  void storageChanged();
 
  protected:
-  // How many elements the storage must hold to be handed out.
+  VORTENArrayProxy(ContentPtr content, bool complex);
+  // A new array without storage.
+  VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex);
+
+  virtual void commitTo(ArrayContent& /*content*/) const {}
+  virtual std::unique_ptr<VORTENArrayProxy> copied() const;
+
+  // How many elements the storage must hold to be handed out; what the program has made is its own
+  // affair.
   std::size_t requiredElements() const;
 
  private:
-  std::shared_ptr<VORTEN_Array> message_;
+  void checkIndices();
+
+  ContentPtr content_;
   bool complex_;
-  bool isChecked_ = false;  // a sparse array of a reply
   bool hasIndices_ = true;
+  std::size_t requiredValues_ = 0;  // of a sparse array
 };
 
 }  // namespace hcy

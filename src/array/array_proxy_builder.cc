@@ -4,8 +4,7 @@
 
 #include <utility>
 
-#include "array/char_array_proxy.h"
-#include "array/integer16_array_proxy.h"
+#include "array/narrow_array_proxy.h"
 #include "array/struct_cell_array_proxy.h"
 #include "wire/dispatch_on_QXType.h"
 
@@ -18,11 +17,7 @@ struct ProxyOf {
 };
 template <WidenedClass Class>
 struct ProxyOf<Class> {
-  using type = VORTEN16BitIntegerArrayProxy<Class>;
-};
-template <>
-struct ProxyOf<CHAR_class> {
-  using type = VORTENCharArrayProxy;
+  using type = NarrowArrayProxy<Class>;
 };
 template <ContainerClass Class>
 struct ProxyOf<Class> {
@@ -39,15 +34,34 @@ std::unique_ptr<VORTENArrayProxy> makeProxy(VORTEN_Array::QXType type, Arguments
 
 }  // namespace
 
-std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::over(std::shared_ptr<VORTEN_Array> message) {
-  const VORTEN_Array::QXType type = message->type();
-  return makeProxy(type, std::move(message));
+std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::over(ContentPtr content) {
+  const VORTEN_Array::QXType type = content->message().type();
+  return makeProxy(type, std::move(content));
+}
+
+std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::over(ReceivedArray&& array) {
+  const VORTEN_Array::QXType type = array.content->message().type();
+  return dispatch_on_QXType(type, [&]<class Class>(Class) -> std::unique_ptr<VORTENArrayProxy> {
+    using Proxy = typename ProxyOf<Class>::type;
+    if constexpr (WidenedClass<Class>) {
+      return std::make_unique<Proxy>(std::move(array.content), std::move(array.narrow));
+    } else {
+      return std::make_unique<Proxy>(std::move(array.content));
+    }
+  });
 }
 
 std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::create(VORTEN_Array::QXType type,
                                                             Dimensions dimensions, bool complex,
                                                             std::uint64_t count) {
   return makeProxy(type, type, dimensions, complex, count);
+}
+
+bool readReceived(ReceivedArray& array, Bytes bytes) {
+  array.content = new ArrayContent(bytes.size());
+  array.content->isReceived = true;
+  array.content->isCommitted = false;
+  return readArray({array.content->message(), array.content->arrays, &array.narrow}, bytes);
 }
 
 }  // namespace hcy

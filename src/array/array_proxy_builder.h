@@ -5,19 +5,32 @@
 #include <memory>
 
 #include "array/array_proxy.h"
+#include "wire/read_array.h"
 
 namespace hcy {
+
+// An array of a reply, on its way to a handle.
+struct ReceivedArray {
+  ContentPtr content;
+  NarrowElements narrow;  // of a 16-bit class
+};
 
 // Builds the proxy class that serves a class of arrays; throws std::invalid_argument
 // "dispatch_on_QXType" for a type that is not served.
 class ArrayProxyBuilder {
  public:
-  // Over a message that the proxy shares.
-  static std::unique_ptr<VORTENArrayProxy> over(std::shared_ptr<VORTEN_Array> message);
+  // Over content that the proxy shares.
+  static std::unique_ptr<VORTENArrayProxy> over(ContentPtr content);
 
-  // Over a new message: `count` zeros, or never-set slots.
+  // Over an array of a reply.
+  static std::unique_ptr<VORTENArrayProxy> over(ReceivedArray&& array);
+
+  // Over new content: `count` zeros, or never-set slots.
   static std::unique_ptr<VORTENArrayProxy> create(VORTEN_Array::QXType type, Dimensions dimensions,
                                                   bool complex, std::uint64_t count);
 };
+
+// Reads an array of a reply as far as it arrived and is well-formed; false if that is not all.
+bool readReceived(ReceivedArray& array, Bytes bytes);
 
 }  // namespace hcy

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "array/array_handle.h"
-#include "array/char_array_proxy.h"
+#include "array/narrow_array_proxy.h"
 #include "wire/utf16.h"
 
 namespace {

@@ -16,7 +16,6 @@
 
 using hcy::messageOf;
 using hcy::proxyOf;
-using hcy::client::VORTEN_Array;
 
 namespace {
 
@@ -47,8 +46,8 @@ std::optional<size_t> slotOfField(const hcyArray* array, size_t index, const cha
 }
 
 // A new handle over an element; null where there is none, or none that the library serves.
-hcyArray* handleOver(std::shared_ptr<VORTEN_Array> element) {
-  if (!element || !hcy::isServedQXType(element->type())) return nullptr;
+hcyArray* handleOver(hcy::ContentPtr element) {
+  if (!element || !hcy::isServedQXType(element->message().type())) return nullptr;
   return hcy::ArrayProxyBuilder::over(std::move(element)).release();
 }
 
@@ -74,9 +73,7 @@ const char* hcyGetFieldNameByNumber(const hcyArray* array, int n) {
 
 int hcyGetFieldNumber(const hcyArray* array, const char* name) {
   if (!hcyIsStruct(array) || name == nullptr) return -1;
-  const auto& names = messageOf(array).struct_().field_names();
-  const auto found = std::ranges::find(names, name);
-  return found == names.end() ? -1 : static_cast<int>(found - names.begin());
+  return proxyOf(array).content()->fields().find(messageOf(array).struct_(), name);
 }
 
 hcyArray* hcyGetField(const hcyArray* array, size_t index, const char* name) {
@@ -102,13 +99,17 @@ int hcyAddField(hcyArray* array, const char* name) {
   try {
     const int existing = hcyGetFieldNumber(array, name);
     if (existing >= 0) return existing;
-    structProxy(array).addField(name);
-    return hcyGetNumberOfFields(array) - 1;
+    return structProxy(array).addField(name) ? hcyGetNumberOfFields(array) - 1 : -1;
   } catch (const std::exception&) {
     return -1;
   }
 }
 
 void hcyRemoveField(hcyArray* array, int n) {
-  if (hasField(array, n)) structProxy(array).removeField(static_cast<size_t>(n));
+  if (!hasField(array, n)) return;
+  try {
+    structProxy(array).removeField(static_cast<size_t>(n));
+  } catch (const std::exception&) {
+    return;  // the array is as it was
+  }
 }

@@ -2,6 +2,8 @@
 
 #include "http/http_request.h"
 
+#include <sys/socket.h>
+
 #include <boost/numeric/conversion/cast.hpp>
 #include <exception>
 #include <iterator>
@@ -25,13 +27,39 @@ curl_slist* headerList() {
 // What the callbacks of one transfer fill. An exception must not unwind through libcurl: it is
 // kept here, the callback refuses, and perform() throws it again.
 struct Reception {
+  CURL* handle;
   HttpResponse& response;
-  std::exception_ptr failure;
+  std::size_t headerSize = 0;
+  std::exception_ptr failure = nullptr;
 };
+
+// Header lines and trailers of an exchange may come without end; this is more than any has.
+constexpr std::size_t kMostHeaders = std::size_t{1} << 20;
+
+// Only the body of a 200 is read.
+constexpr std::size_t kMostKeptOfOthers = 4096;
+
+std::uint32_t statusCodeOf(CURL* handle) {
+  long code = 0;
+  curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
+  return boost::numeric_cast<std::uint32_t>(code);
+}
+
+// What lies unread on the connection that was kept is not the answer to the next request. libcurl
+// takes a connection that is shut down for dead, and makes another.
+void dropUnreadConnection(CURL* handle) {
+  curl_socket_t connection = CURL_SOCKET_BAD;
+  curl_easy_getinfo(handle, CURLINFO_ACTIVESOCKET, &connection);
+  if (connection == CURL_SOCKET_BAD) return;
+  char byte = 0;
+  if (::recv(connection, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0) ::shutdown(connection, SHUT_RDWR);
+}
 
 std::size_t onHeaderLine(char* data, std::size_t size, std::size_t count, void* user) {
   auto& reception = *static_cast<Reception*>(user);
   const std::size_t n = size * count;
+  reception.headerSize += n;
+  if (reception.headerSize > kMostHeaders) return 0;
   try {
     reception.response.addHeaderLine({data, n});
     return n;
@@ -44,7 +72,11 @@ std::size_t onHeaderLine(char* data, std::size_t size, std::size_t count, void* 
 std::size_t onBodyData(char* data, std::size_t size, std::size_t count, void* user) {
   auto& reception = *static_cast<Reception*>(user);
   const std::size_t n = size * count;
-  return reception.response.appendBody(data, n) ? n : 0;
+  HttpResponse& response = reception.response;
+  if (response.bodySize() == 0 && statusCodeOf(reception.handle) != 200) {
+    response.keepAtMost(kMostKeptOfOthers);
+  }
+  return response.appendBody(data, n) ? n : 0;
 }
 
 std::string failureText(CURLcode code) {
@@ -54,12 +86,6 @@ std::string failureText(CURLcode code) {
     text += "\nYou can increase response size limit using setResponseSizeLimit method.";
   }
   return text;
-}
-
-std::uint32_t statusCodeOf(CURL* handle) {
-  long code = 0;
-  curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
-  return boost::numeric_cast<std::uint32_t>(code);
 }
 
 }  // namespace
@@ -79,7 +105,8 @@ void HttpRequest::setBody(const void* data, std::uint64_t size) {
 std::unique_ptr<Response> HttpRequest::perform() {
   CURL* const handle = handle_.get();
   auto response = std::make_unique<HttpResponse>(responseSizeLimit_, spareReply_);
-  Reception reception{*response, nullptr};
+  Reception reception{handle, *response};
+  dropUnreadConnection(handle);
   setTextOption(handle, CURLOPT_URL, url_.c_str());
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headerList());
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeaderLine);

@@ -2,6 +2,7 @@
 
 #include "http/http_response.h"
 
+#include <algorithm>
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
 #include <boost/throw_exception.hpp>
 #include <charconv>
@@ -62,17 +63,23 @@ std::uint64_t declaredLengthOf(std::string_view line) {
 }  // namespace
 
 HttpResponse::HttpResponse(std::uint32_t responseSizeLimit, std::shared_ptr<SpareBlock> spare)
-    : spare_(std::move(spare)), body_(spare_->take()), responseSizeLimit_(responseSizeLimit) {
+    : spare_(std::move(spare)),
+      body_(spare_->take()),
+      mostKept_(responseSizeLimit),
+      responseSizeLimit_(responseSizeLimit) {
   if (!body_.reserve(1)) throw std::bad_alloc();
 }
 
 bool HttpResponse::appendBody(const char* bytes, std::size_t count) {
   if (declaredLength_ > responseSizeLimit_) return false;
-  if (count == 0) return true;
-  // A declared length is room in advance: within the limit, and no memory until it is touched.
-  if (bodyLength_ == 0) static_cast<void>(body_.reserve(declaredLength_));
-  if (!body_.reserve(bodyLength_ + count)) return false;
-  std::memcpy(body_.data() + bodyLength_, bytes, count);
+  const std::uint64_t room = bodyLength_ < mostKept_ ? mostKept_ - bodyLength_ : 0;
+  const std::size_t kept = std::min<std::uint64_t>(count, room);
+  if (kept != 0) {
+    // A declared length is room in advance: within the limit, and no memory until it is touched.
+    if (bodyLength_ == 0) static_cast<void>(body_.reserve(std::min(declaredLength_, mostKept_)));
+    if (!body_.reserve(bodyLength_ + kept)) return false;
+    std::memcpy(body_.data() + bodyLength_, bytes, kept);
+  }
   bodyLength_ += count;
   return true;
 }

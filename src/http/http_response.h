@@ -26,9 +26,12 @@ class HttpResponse : public Response {
   std::uint32_t statusCode() const override { return statusCode_; }
   std::string statusMessage() const override { return statusMessage_; }
 
-  // Returns false, and keeps nothing of the piece, when the declared length is over the limit or
-  // memory cannot be had. The length received so far is not limited.
+  // Counts the bytes, and keeps those within the limit: nothing behind it is ever read. Returns
+  // false, and has done nothing, if the declared length is over the limit or there is no memory.
   bool appendBody(const char* bytes, std::size_t count);
+
+  // Keeps no more than that from now on.
+  void keepAtMost(std::size_t size) { mostKept_ = size; }
 
   // Takes one line as it arrived, line end included. Throws boost::bad_lexical_cast for a
   // Content-Length that is no number.
@@ -44,6 +47,7 @@ class HttpResponse : public Response {
   std::shared_ptr<SpareBlock> spare_;
   BodyBlock body_;
   std::uint64_t bodyLength_ = 0;
+  std::uint64_t mostKept_;
   std::uint64_t declaredLength_ = 0;
   std::uint32_t responseSizeLimit_;
 };

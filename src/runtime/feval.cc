@@ -3,50 +3,59 @@
 #include "runtime/feval.h"
 
 #include <algorithm>
+#include <deque>
 #include <memory>
 #include <new>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "array/array_handle.h"
 #include "array/array_proxy_builder.h"
+#include "array/array_to_send.h"
 #include "hcy.client.VORTENParams.pb.h"
 #include "runtime/client_context.h"
 #include "runtime/reply_reader.h"
 #include "wire/checked_size.h"
+#include "wire/varint.h"
+#include "wire/wire_fields.h"
 
 namespace hcy {
 namespace {
 
-using client::VORTEN_Params;
-
-// The parameters of a call, over the very messages of its inputs. These are borrowed: they are
-// taken out again before the parameters are destroyed.
-class BorrowingParams {
+// The parameters of a call, a VORTEN_Params, in wire form. The inputs are only read.
+class WrittenParams {
  public:
-  explicit BorrowingParams(std::span<const hcyArray* const> inputs) : inputs_(inputs) {}
-  BorrowingParams(const BorrowingParams&) = delete;
-  BorrowingParams& operator=(const BorrowingParams&) = delete;
-  ~BorrowingParams() {
-    while (!params_.rhs().empty()) params_.mutable_rhs()->UnsafeArenaReleaseLast();
-    for (const hcyArray* input : inputs_) proxyOf(input).endReading();
+  WrittenParams(std::int32_t nargout, std::span<const hcyArray* const> inputs) {
+    client::VORTEN_Params params;
+    params.set_nargout(nargout);
+    params.SerializeToString(&nargout_);
+    const SentInputs sent(inputs);
+    size_ = nargout_.size();
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+      const std::size_t size = inputs_.emplace_back(sent.input(i)).size();
+      size_ += sizeof kInputTag + varintSize(size) + size;
+    }
   }
 
-  const VORTEN_Params& borrow(std::int32_t nargout) {
-    params_.set_nargout(nargout);
-    for (const hcyArray* input : inputs_) proxyOf(input).beginReading();
-    auto& rhs = *params_.mutable_rhs();
-    rhs.Reserve(checkedSize(inputs_.size()));
-    for (const hcyArray* input : inputs_) rhs.UnsafeArenaAddAllocated(&messageOf(input));
-    return params_;
+  std::size_t size() const { return size_; }
+
+  void write(std::uint8_t* out) const {
+    out = std::copy(nargout_.begin(), nargout_.end(), out);
+    for (const SentArray& input : inputs_) {
+      *out++ = kInputTag;
+      out = writeVarint(input.size(), out);
+      out = input.write(out);
+    }
   }
 
  private:
-  std::span<const hcyArray* const> inputs_;
-  VORTEN_Params params_;
+  static constexpr std::uint8_t kInputTag =
+      lengthDelimitedTag(client::VORTEN_Params::kRhsFieldNumber);
+
+  std::string nargout_;
+  std::deque<SentArray> inputs_;
+  std::size_t size_ = 0;
 };
 
 // The bytes of a request, in memory that comes from the context's spare block and goes back there.
@@ -54,12 +63,11 @@ class RequestBody {
  public:
   RequestBody(SpareBlock& spare, std::int32_t nargout, std::span<const hcyArray* const> inputs)
       : spare_(spare), block_(spare.take()) {
-    BorrowingParams borrowing(inputs);
-    const VORTEN_Params& params = borrowing.borrow(nargout);
-    // The message library holds sizes in signed 32 bits.
-    size_ = static_cast<std::size_t>(checkedSize(params.ByteSizeLong()));
+    const WrittenParams params(nargout, inputs);
+    // The message library of the server holds sizes in signed 32 bits.
+    size_ = static_cast<std::size_t>(checkedSize(params.size()));
     if (!block_.reserve(size_)) throw std::bad_alloc();
-    params.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(block_.data()));
+    params.write(reinterpret_cast<std::uint8_t*>(block_.data()));
   }
   RequestBody(const RequestBody&) = delete;
   RequestBody& operator=(const RequestBody&) = delete;

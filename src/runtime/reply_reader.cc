@@ -7,7 +7,6 @@
 
 #include <algorithm>
 
-#include "array/output_memory.h"
 #include "hcy.client.VORTENResult.pb.h"
 #include "wire/read_array.h"
 
@@ -71,11 +70,10 @@ class ReplyReader {
   bool readOutput(Bytes bytes) {
     ++reply_.outputCount;
     if (reply_.outputs.size() == wantedOutputs_) {
-      VORTEN_Array unwanted;
-      return mergePart(unwanted, bytes);
+      ReceivedArray unwanted;
+      return readReceived(unwanted, bytes);
     }
-    VORTEN_Array& output = *reply_.outputs.emplace_back(OutputMemory::createMessage());
-    return readArray(output, bytes);
+    return readReceived(reply_.outputs.emplace_back(), bytes);
   }
 
   Bytes body_;

@@ -3,20 +3,19 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <optional>
 #include <vector>
 
+#include "array/array_proxy_builder.h"
 #include "hcy.client.VORTENError.pb.h"
-#include "wire/read_array.h"
 
 namespace hcy {
 
 // The body of a reply, a VORTEN_Result.
 struct Reply {
   std::optional<client::VORTEN_Error> error;
-  std::size_t outputCount = 0;                         // all that there are
-  std::vector<std::shared_ptr<VORTEN_Array>> outputs;  // the first ones
+  std::size_t outputCount = 0;         // all that there are
+  std::vector<ReceivedArray> outputs;  // the first ones
 };
 
 // Reads a body as far as it can be read. Each output gets memory of its own; those beyond the

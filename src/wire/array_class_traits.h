@@ -16,10 +16,10 @@ namespace hcy {
 
 using client::VORTEN_Array;
 
-// read() gives the typed sub-message, the schema's empty one where it is absent; write() makes it
-// present. It allocates before it touches the message: the generated mutable accessor would mark a
-// sub-message present that it then fails to allocate. replace() takes over a sub-message from the
-// heap.
+// read() gives the typed sub-message, the schema's empty one if it is absent. present() makes it
+// present, in the memory of the message. write() does so on the heap, and allocates before it touches
+// the message: the generated accessor would mark a sub-message present that it then fails to
+// allocate.
 #define HCY_ARRAY_CLASS_TRAITS(type_, name_, storage_, field, Message_, Element_, is_numeric_) \
   struct type_##_class {                                                                       \
     using Message = VORTEN_Array::Message_;                                                    \
@@ -29,20 +29,18 @@ using client::VORTEN_Array;
     static constexpr ElementStorage storage = ElementStorage::storage_;                        \
     static constexpr bool is_numeric = is_numeric_;                                            \
     static const Message& read(const VORTEN_Array& array) { return array.field(); }            \
+    static bool isPresent(const VORTEN_Array& array) { return array.has_##field(); }           \
+    static Message& present(VORTEN_Array& array) { return *array.mutable_##field(); }          \
     static Message& write(VORTEN_Array& array) {                                               \
-      if (!array.has_##field()) replace(array, std::make_unique<Message>());                   \
+      if (!array.has_##field()) array.set_allocated_##field(new Message());                    \
       return *array.mutable_##field();                                                         \
-    }                                                                                          \
-    static void replace(VORTEN_Array& array, std::unique_ptr<Message> message) {               \
-      array.set_allocated_##field(message.get());                                              \
-      static_cast<void>(message.release());                                                    \
     }                                                                                          \
   };
 HCY_ARRAY_CLASSES(HCY_ARRAY_CLASS_TRAITS)
 #undef HCY_ARRAY_CLASS_TRAITS
 
 template <class Class>
-concept ByteClass = Class::storage == ElementStorage::Bytes;
+concept ByteClass = Class::storage == ElementStorage::String;
 template <class Class>
 concept PackedClass = Class::storage == ElementStorage::Packed;
 template <class Class>

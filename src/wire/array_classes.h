@@ -19,8 +19,8 @@
 //   is_numeric  whether the class is a numeric one; numeric classes may be complex
 // clang-format off
 #define HCY_ARRAY_CLASSES(row)                                              \
-  row(UINT8,   "uint8",   Bytes,   uint8,    Uint8,   std::uint8_t,  true)  \
-  row(INT8,    "int8",    Bytes,   int8,     Int8,    std::int8_t,   true)  \
+  row(UINT8,   "uint8",   String,  uint8,    Uint8,   std::uint8_t,  true)  \
+  row(INT8,    "int8",    String,  int8,     Int8,    std::int8_t,   true)  \
   row(UINT16,  "uint16",  Widened, uint16,   Uint16,  std::uint16_t, true)  \
   row(INT16,   "int16",   Widened, int16,    Int16,   std::int16_t,  true)  \
   row(UINT32,  "uint32",  Packed,  uint32,   Uint32,  std::uint32_t, true)  \
@@ -40,7 +40,7 @@ namespace hcy {
 
 // How the elements of a class lie in its typed sub-message.
 enum class ElementStorage {
-  Bytes,    // a byte string
+  String,   // a byte string
   Packed,   // a repeated field of the caller's own element type
   Widened,  // a repeated field of 32-bit values that hold the caller's 16-bit elements
   Arrays,   // a repeated field of arrays

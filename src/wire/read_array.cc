@@ -2,214 +2,317 @@
 
 #include "wire/read_array.h"
 
-#include <google/protobuf/wire_format_lite.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <optional>
-#include <type_traits>
+#include <string>
+#include <utility>
 
+#include "wire/canonical_array.h"
 #include "wire/dispatch_on_QXType.h"
 #include "wire/element_count.h"
+#include "wire/packed_arrays_builder.h"
+#include "wire/varint.h"
+#include "wire/wire_fields.h"
+#include "wire/wire_parts.h"
 
 namespace hcy {
 namespace {
 
 using google::protobuf::RepeatedField;
-using google::protobuf::internal::WireFormatLite;
-using google::protobuf::io::CodedInputStream;
 
-// The typed sub-messages are numbered as their types are.
-constexpr int kFirstPart = VORTEN_Array::kUint8FieldNumber;
-static_assert(VORTEN_Array::kSparseFieldNumber == kFirstPart + VORTEN_Array::SPARSE);
-
-// A length-delimited field: its number, its content, and where it lies, tag and length included.
-struct Part {
-  int number;
-  Bytes content;
-  std::size_t begin;
-  std::size_t end;
-};
-
-// Calls use(part) for the length-delimited fields of a message, until one gives false. False also
-// when the message is cut or broken.
-template <class Use>
-bool forEachPart(Bytes message, Use use) {
-  CodedInputStream input(message.data(), static_cast<int>(message.size()));
-  const auto position = [&input] { return static_cast<std::size_t>(input.CurrentPosition()); };
-  for (std::size_t begin = 0; begin < message.size(); begin = position()) {
-    const std::uint32_t tag = input.ReadTag();
-    if (WireFormatLite::GetTagWireType(tag) != WireFormatLite::WIRETYPE_LENGTH_DELIMITED) {
-      if (tag == 0 || !WireFormatLite::SkipField(&input, tag)) return false;
-      continue;
-    }
-    int length = 0;
-    if (!input.ReadVarintSizeAsInt(&length)) return false;
-    const std::size_t content = position();
-    if (!input.Skip(length)) return false;
-    const Bytes bytes = message.subspan(content, static_cast<std::size_t>(length));
-    if (!use(Part{WireFormatLite::GetTagFieldNumber(tag), bytes, begin, position()})) return false;
-  }
-  return true;
-}
-
-// The product of the dimensions, which stand before the elements.
-std::uint64_t productOf(Bytes packedDimensions) {
-  CodedInputStream input(packedDimensions.data(), static_cast<int>(packedDimensions.size()));
-  std::uint64_t product = 1;
-  std::uint64_t dimension = 0;
-  while (input.ReadVarint64(&dimension)) product = saturatingProduct(product, dimension);
-  return product;
-}
-
-// The low 32 bits of the varint at `position`, which is moved behind it; ten bytes are the most
-// that there may be. Where there is none before the end, `position` becomes null.
-std::uint32_t readVarint(const std::uint8_t*& position, const std::uint8_t* end) {
-  std::uint32_t value = 0;
-  for (unsigned shift = 0; position != end && shift < 70; shift += 7) {
-    const std::uint32_t byte = *position++;
-    if (shift < 32) value |= (byte & 0x7FU) << shift;
-    if (byte < 0x80) return value;
-  }
-  position = nullptr;
-  return 0;
-}
-
-constexpr std::uint64_t kContinued = 0x8080808080808080U;
-
-// The same where ten bytes can be read, of which these are the first eight; without a branch for
-// each length, since these follow one another at random.
-inline std::uint32_t readVarintOfTen(std::uint64_t eight, const std::uint8_t*& position,
-                                     const std::uint8_t* end) {
-  static constexpr std::uint32_t masks[] = {0,   0x7F, 0x3FFF, 0x1FFFFF, 0xFFFFFFF, ~0U,
-                                            ~0U, ~0U,  ~0U,    ~0U,      ~0U};
-  const std::uint64_t last = ~eight & kContinued;
-  const bool isLong = last == 0;
-  // Numbers below zero have ten bytes; nine are nobody's.
-  if (isLong & ((position[8] < 0x80) | (position[9] >= 0x80))) return readVarint(position, end);
-  const int length = isLong ? 10 : std::countr_zero(last) / 8 + 1;
-  position += length;
-  const auto bits = [eight](int byte) {
-    return static_cast<std::uint32_t>(eight >> byte & std::uint64_t{0x7F} << 7 * byte);
-  };
-  return (bits(0) | bits(1) | bits(2) | bits(3) | bits(4)) & masks[length];
-}
-
-// Reads as many packed varints as fit, and gives their number; up to ten bytes are left over. Null
-// for `position` when they are broken.
-template <class Element>
-int readVarints(const std::uint8_t*& position, const std::uint8_t* end, Element* elements,
-                int room) {
-  static_assert(std::endian::native == std::endian::little);
-  int read = 0;
-  while (read < room && position != nullptr && end - position >= 10) {
-    std::uint64_t eight = 0;
-    std::memcpy(&eight, position, sizeof eight);
-    if ((eight & kContinued) == 0 && room - read >= 8) {
-      std::copy_n(position, 8, elements + read);
-      position += 8;
-      read += 8;
-    } else {
-      elements[read++] = static_cast<Element>(readVarintOfTen(eight, position, end));
-    }
-  }
-  return read;
-}
-
-// Adds packed varints to a list that has room for most of them; false when they are broken.
-template <class Element>
-bool addVarints(Bytes packed, RepeatedField<Element>& list) {
-  const std::uint8_t* position = packed.data();
-  const std::uint8_t* const end = position + packed.size();
-  const int size = list.size();
-  const int room = list.Capacity() - size;
-  const int read = readVarints(position, end, list.AddNAlreadyReserved(room), room);
-  list.Truncate(size + read);
-  while (position != nullptr && position != end) {
-    list.Add(static_cast<Element>(readVarint(position, end)));
-  }
-  return position != nullptr;
-}
-
-// Merges the bytes into the message but for the fields that take(part) reads itself: it gives
-// whether it could, or nothing for a field that is not its own.
-template <class Message, class Take>
-bool mergeTaking(Message& message, Bytes bytes, Take take) {
+// Reads the fields that reader.wants(field) by reader.read(field), and merges the others into the
+// message, in their order. A field that is cut and that nobody wants is left out.
+template <class Message, class Reader>
+bool readFields(Message& message, Bytes bytes, Reader&& reader, int nesting) {
   std::size_t merged = 0;
-  const bool isWhole = forEachPart(bytes, [&](const Part& part) {
-    const std::optional<bool> isTaken = take(part);
-    if (!isTaken) return true;
-    const Bytes before = bytes.subspan(merged, part.begin - merged);
-    merged = part.end;
-    return *isTaken && mergePart(message, before);
+  std::size_t whole = 0;
+  const auto mergeUpTo = [&](std::size_t end) {
+    const Bytes others = bytes.subspan(merged, end - merged);
+    merged = end;
+    return others.empty() || mergePart(message, others, nesting);
+  };
+  const bool isWhole = forEachField(bytes, [&](const WireField& field) {
+    if (!reader.wants(field)) {
+      if (field.isWhole) whole = field.end;
+      return true;
+    }
+    const bool areOthersRead = mergeUpTo(field.begin);
+    merged = field.end;
+    whole = field.end;
+    return areOthersRead && reader.read(field);
   });
-  return isWhole && mergePart(message, bytes.subspan(merged));
+  return mergeUpTo(whole) && isWhole;
 }
 
-// Reads the part of a class, of as many elements as the dimensions say.
-struct PartReader {
-  VORTEN_Array& array;
-  Bytes part;
-  std::uint64_t count;
+// Elements of fixed width: those that are there whole.
+template <class Element>
+bool readFixed(Bytes packed, RepeatedField<Element>& list) {
+  static_assert(std::endian::native == std::endian::little);
+  const auto count = static_cast<int>(packed.size() / sizeof(Element));
+  list.Reserve(list.size() + count);
+  if (count != 0) {
+    const auto size = static_cast<std::size_t>(count) * sizeof(Element);
+    std::memcpy(list.AddNAlreadyReserved(count), packed.data(), size);
+  }
+  return packed.size() % sizeof(Element) == 0;
+}
 
-  template <class Class>
-  std::optional<bool> operator()(Class) {
-    return std::nullopt;
+// Reads the part of a class, with as many elements as the dimensions say, into its message.
+template <class Class>
+class PartReader {
+ public:
+  PartReader(typename Class::Message& message, std::uint64_t count)
+      : message_(message), count_(count) {}
+
+  static bool wants(const WireField& field) {
+    return field.is(1) || (NumericClass<Class> && field.is(2));
   }
 
-  template <RepeatedClass Class>
-  requires std::is_integral_v<WireElement<Class>> std::optional<bool>
-  operator()(Class) {
-    auto& message = Class::write(array);
-    const auto take = [this, &message](const Part& field) -> std::optional<bool> {
-      if (field.number == Class::Message::kElementsFieldNumber) {
-        return readElements<Class>(field.content, *message.mutable_elements());
-      }
-      if constexpr (NumericClass<Class>) {
-        if (field.number == Class::Message::kImagElementsFieldNumber) {
-          return readElements<Class>(field.content, *message.mutable_imag_elements());
-        }
-      }
-      return std::nullopt;
-    };
-    return mergeTaking(message, part, take);
+  bool read(const WireField& field) {
+    if constexpr (NumericClass<Class>) {
+      if (field.number() == 2) return add(field.content, *message_.mutable_imag_elements());
+    }
+    return add(field.content, *message_.mutable_elements());
   }
 
  private:
-  // The number of varints cannot be told from their length; without room in advance the list would
-  // grow again and again. An element takes one byte at least.
-  template <class Class>
-  std::optional<bool> readElements(Bytes packed, RepeatedField<WireElement<Class>>& list) {
-    list.Reserve(static_cast<int>(std::min<std::uint64_t>(count, packed.size())));
-    if constexpr (WidenedClass<Class>) {
-      return addVarints(packed, list);
+  bool add(Bytes content, std::string& bytes) {
+    bytes.assign(reinterpret_cast<const char*>(content.data()), content.size());
+    return true;
+  }
+  template <class Element>
+  bool add(Bytes content, RepeatedField<Element>& list) {
+    if constexpr (isVarint<Class>) {
+      return readPacked(content, count_, list);
     } else {
-      return std::nullopt;
+      return readFixed(content, list);
     }
+  }
+
+  typename Class::Message& message_;
+  std::uint64_t count_;
+};
+
+// Reads the elements of a 16-bit class in the caller's own form.
+template <class Class>
+class NarrowReader {
+ public:
+  NarrowReader(NarrowElements& elements, std::uint64_t count)
+      : elements_(elements), count_(count) {}
+
+  static bool wants(const WireField& field) { return PartReader<Class>::wants(field); }
+  bool read(const WireField& field) {
+    return readPacked(field.content, count_,
+                      field.number() == 1 ? elements_.real : elements_.imaginary);
+  }
+
+ private:
+  NarrowElements& elements_;
+  std::uint64_t count_;
+};
+
+// Collects the elements of a container.
+template <class Class>
+class ArraysReader {
+ public:
+  ArraysReader(PackedArraysBuilder& arrays, int nesting) : arrays_(arrays), nesting_(nesting) {}
+
+  static bool wants(const WireField& field) {
+    return field.is(Class::Message::kElementsFieldNumber);
+  }
+  bool read(const WireField& field) {
+    if (!field.isWhole || nesting_ <= 0) return false;
+    if (isCanonical(field.content, nesting_ - 1)) {
+      arrays_.add(field.content);
+      return true;
+    }
+    VORTEN_Array array;
+    if (!mergePart(array, field.content, nesting_ - 1)) return false;
+    const std::string written = array.SerializeAsString();
+    arrays_.add({reinterpret_cast<const std::uint8_t*>(written.data()), written.size()});
+    return true;
+  }
+
+ private:
+  PackedArraysBuilder& arrays_;
+  int nesting_;
+};
+
+// Finds where the elements of a container that is kept as it is lie.
+template <class Class>
+class ArraysFinder {
+ public:
+  explicit ArraysFinder(Bytes part) : part_(part) {}
+
+  static bool wants(const WireField& field) { return ArraysReader<Class>::wants(field); }
+  bool read(const WireField& field) {
+    if (end_ == 0) begin_ = field.begin;
+    end_ = field.end;
+    return true;
+  }
+  Bytes fields() const { return part_.subspan(begin_, end_ - begin_); }
+
+ private:
+  Bytes part_;
+  std::size_t begin_ = 0;
+  std::size_t end_ = 0;
+};
+
+struct SparseReader {
+  using Sparse = VORTEN_Array::Sparse;
+
+  Sparse& sparse;
+  int nesting;
+
+  static bool wants(const WireField& field) {
+    return field.is(Sparse::kIrFieldNumber) || field.is(Sparse::kJcFieldNumber) ||
+           field.is(Sparse::kQxsparsedoubleFieldNumber) || field.is(Sparse::kLogicalFieldNumber) ||
+           field.is(Sparse::kQxsparsesingleFieldNumber);
+  }
+
+  bool read(const WireField& field) {
+    const Bytes content = field.content;
+    switch (field.number()) {
+      case Sparse::kIrFieldNumber:
+        return readPacked(content, content.size(), *sparse.mutable_ir());
+      case Sparse::kJcFieldNumber:
+        return readPacked(content, content.size(), *sparse.mutable_jc());
+      case Sparse::kQxsparsedoubleFieldNumber:
+        return readValues<DOUBLE_class>(*sparse.mutable_qxsparsedouble(), content);
+      case Sparse::kLogicalFieldNumber:
+        return readValues<LOGICAL_class>(*sparse.mutable_logical(), content);
+      default:
+        return readValues<SINGLE_class>(*sparse.mutable_qxsparsesingle(), content);
+    }
+  }
+
+ private:
+  template <class Class>
+  bool readValues(typename Class::Message& values, Bytes content) const {
+    return readFields(values, content, PartReader<Class>(values, content.size()), nesting - 1);
   }
 };
 
-bool readArrayByParts(VORTEN_Array& array, Bytes bytes) {
+// What the bytes say of the class and the number of elements, wherever it stands.
+struct Head {
+  VORTEN_Array::QXType type = VORTEN_Array::UINT8;
   std::uint64_t count = 0;
-  return mergeTaking(array, bytes, [&](const Part& part) -> std::optional<bool> {
-    if (part.number == VORTEN_Array::kDimensionFieldNumber) count = productOf(part.content);
-    const auto type = static_cast<VORTEN_Array::QXType>(part.number - kFirstPart);
-    if (!isServedQXType(type)) return std::nullopt;
-    return dispatch_on_QXType(type, PartReader{array, part.content, count});
-  });
+};
+
+constexpr std::uint32_t kTypeTag = VORTEN_Array::kTypeFieldNumber << 3;
+
+// The value of a field that is a varint.
+std::uint64_t varintOf(Bytes message, const WireField& field) {
+  const std::uint8_t* position = message.data() + field.begin;
+  const std::uint8_t* const end = message.data() + field.end;
+  readVarint(position, end);  // the tag
+  return readVarint(position, end);
 }
+
+Head headOf(Bytes bytes) {
+  Head head;
+  forEachField(bytes, [&](const WireField& field) {
+    if (field.tag == kTypeTag) {
+      head.type = static_cast<VORTEN_Array::QXType>(varintOf(bytes, field));
+    } else if (field.is(VORTEN_Array::kDimensionFieldNumber)) {
+      head.count = 1;
+      const std::uint8_t* value = field.content.data();
+      const std::uint8_t* const end = value + field.content.size();
+      while (value != nullptr && value != end) {
+        head.count = saturatingProduct(head.count, readVarint(value, end));
+      }
+    }
+    return true;
+  });
+  return head;
+}
+
+class ArrayReader {
+ public:
+  // Without a source the bytes may be anything; with one they are canonical, and stay there.
+  ArrayReader(ArrayTarget target, Bytes bytes, const PackedArrays* source)
+      : target_(target), head_(headOf(bytes)), bytes_(bytes), source_(source) {}
+
+  bool read() {
+    const bool isWhole = readFields(target_.message, bytes_, *this, kNesting);
+    if (arrays_) target_.arrays = arrays_->build(true);
+    return isWhole;
+  }
+
+  bool wants(const WireField& field) const {
+    return field.tag == kTypeTag || field.is(VORTEN_Array::kDimensionFieldNumber) ||
+           (field.isLengthDelimited() && field.number() >= kFirstPart &&
+            field.number() <= kLastPart);
+  }
+
+  bool read(const WireField& field) {
+    if (field.tag == kTypeTag) {
+      target_.message.set_type(static_cast<VORTEN_Array::QXType>(varintOf(bytes_, field)));
+      return true;
+    }
+    if (field.is(VORTEN_Array::kDimensionFieldNumber)) {
+      return readPacked(field.content, field.content.size(), *target_.message.mutable_dimension());
+    }
+    return dispatch_on_QXType(typeOfPart(field.number()), [&]<class Class>(Class) {
+      // Names of fields come and go, which only the heap bears.
+      auto& part = ContainerClass<Class> ? Class::write(target_.message)
+                                         : Class::present(target_.message);
+      return readPart<Class>(field.content, part);
+    });
+  }
+
+ private:
+  static constexpr int kPartNesting = kNesting - 1;
+
+  template <class Class>
+  bool readPart(Bytes part, typename Class::Message& message) {
+    if constexpr (SparseClass<Class>) {
+      return readFields(message, part, SparseReader{message, kPartNesting}, kPartNesting);
+    } else if constexpr (ContainerClass<Class>) {
+      if (head_.type == Class::type) return readArrays<Class>(part, message);
+      return mergePart(message, part, kPartNesting);
+    } else {
+      if constexpr (WidenedClass<Class>) {
+        if (head_.type == Class::type && target_.narrow != nullptr) {
+          return readFields(message, part, NarrowReader<Class>(*target_.narrow, head_.count),
+                            kPartNesting);
+        }
+      }
+      return readFields(message, part, PartReader<Class>(message, head_.count), kPartNesting);
+    }
+  }
+
+  template <class Class>
+  bool readArrays(Bytes part, typename Class::Message& message) {
+    if (source_ != nullptr) {
+      ArraysFinder<Class> finder(part);
+      readFields(message, part, finder, kPartNesting);
+      target_.arrays = std::make_shared<PackedArrays>(source_->owner(), finder.fields(),
+                                                      source_->isReceived());
+      return true;
+    }
+    // A second part goes on behind the first.
+    if (!arrays_) arrays_.emplace(Class::Message::kElementsFieldNumber, part.size());
+    return readFields(message, part, ArraysReader<Class>(*arrays_, kPartNesting), kPartNesting);
+  }
+
+  ArrayTarget target_;
+  Head head_;
+  Bytes bytes_;
+  const PackedArrays* source_;
+  std::optional<PackedArraysBuilder> arrays_;
+};
 
 }  // namespace
 
-bool readArray(VORTEN_Array& array, Bytes bytes) {
-  // What is small is not worth it; what is broken is the message library's to judge.
-  constexpr std::size_t small = 4096;
-  if (bytes.size() > small) {
-    if (readArrayByParts(array, bytes)) return true;
-    array.Clear();
-  }
-  return mergePart(array, bytes);
+bool readArray(ArrayTarget target, Bytes bytes) {
+  return ArrayReader(target, bytes, nullptr).read();
+}
+
+void readPackedArray(ArrayTarget target, const PackedArrays& arrays, std::size_t index) {
+  ArrayReader(target, arrays.array(index), &arrays).read();
 }
 
 }  // namespace hcy

@@ -6,11 +6,11 @@
 #include <typeindex>
 #include <typeinfo>
 
-#include "array/char_array_proxy.h"
-#include "array/integer16_array_proxy.h"
+#include "array/narrow_array_proxy.h"
 #include "array/struct_cell_array_proxy.h"
 #include "support/array_messages.h"
 #include "support/exception_checks.h"
+#include "support/wrapped_arrays.h"
 
 namespace hcy {
 namespace {
@@ -41,8 +41,7 @@ std::unique_ptr<VORTENArrayProxy> created(int type, std::vector<std::uint64_t> d
 
 TEST(ProxyBuilder, PicksTheClassOfTheType) {
   for (int type = 0; type <= 14; ++type) {
-    const auto message = std::make_shared<VORTEN_Array>(test::arrayOf(type, {0, 0}));
-    const auto over = ArrayProxyBuilder::over(message);
+    const auto over = ArrayProxyBuilder::over(test::contentOf(test::arrayOf(type, {0, 0})));
     const auto fresh = created(type, {0, 0}, false, 0);
     const auto copy = over->clone();
     for (const VORTENArrayProxy* proxy : {over.get(), fresh.get(), copy.get()}) {
@@ -51,36 +50,28 @@ TEST(ProxyBuilder, PicksTheClassOfTheType) {
   }
 }
 
-TEST(ProxyBuilder, SharesTheMessageItIsGiven) {
+TEST(ProxyBuilder, SharesTheContentItIsGiven) {
   for (int type = 0; type <= 14; ++type) {
-    const auto message = std::make_shared<VORTEN_Array>(test::arrayOf(type, {0, 0}));
-    const auto proxy = ArrayProxyBuilder::over(message);
-    EXPECT_EQ(proxy->sharedMessage(), message);
-    EXPECT_EQ(message.use_count(), 2);
-    EXPECT_NE(proxy->clone()->sharedMessage(), message);
+    const ContentPtr content = test::contentOf(test::arrayOf(type, {0, 0}));
+    const auto proxy = ArrayProxyBuilder::over(content);
+    EXPECT_EQ(proxy->content(), content);
+    EXPECT_EQ(content->use_count(), 2U);
+    EXPECT_NE(proxy->clone()->content(), content);
   }
 }
 
 TEST(ProxyBuilder, RefusesTypesThatAreNotServed) {
   for (const int type : test::unservedTypes) {
-    const auto message = std::make_shared<VORTEN_Array>(test::arrayOf(type, {1, 1}));
-    expectUnserved([&] { ArrayProxyBuilder::over(message); });
+    const ContentPtr content = test::contentOf(test::arrayOf(type, {1, 1}));
+    expectUnserved([&] { ArrayProxyBuilder::over(content); });
+    expectUnserved([&] { test::wrapped(test::arrayOf(type, {1, 1})); });
     expectUnserved([&] { created(type, {1, 1}, false, 1); });
-    EXPECT_EQ(message.use_count(), 1);
+    EXPECT_EQ(content->use_count(), 1U);
   }
 }
 
 TEST(CharProxy, HasNoImaginaryData) {
   EXPECT_EQ(created(VORTEN_Array::CHAR, {1, 2}, false, 2)->getImagData(), nullptr);
-}
-
-TEST(ContainerProxy, HasNoDataWithoutSlots) {
-  for (const int type : {VORTEN_Array::STRUCT, VORTEN_Array::CELL}) {
-    const auto proxy = created(type, {1, 2}, false, 2);
-    EXPECT_NE(proxy->getData(), nullptr);
-    proxy->resize(0);
-    EXPECT_EQ(proxy->getData(), nullptr);
-  }
 }
 
 TEST(NewProxy, HasTypeDimensionsAndStorage) {
@@ -113,36 +104,25 @@ TEST(NewProxy, RefusesADimensionOverTheLimit) {
 }
 
 TEST(NewProxy, TakesItsComplexityFromTheMessageItShares) {
-  const auto complex = std::make_shared<VORTEN_Array>(test::complexRowOf<INT16_class>({1}, {2}));
-  EXPECT_TRUE(ArrayProxyBuilder::over(complex)->isComplex());
-  const auto real = std::make_shared<VORTEN_Array>(test::rowOf<INT16_class>({1}));
-  real->set_iscomplex(true);
-  EXPECT_FALSE(ArrayProxyBuilder::over(real)->isComplex());
+  const VORTEN_Array complex = test::complexRowOf<INT16_class>({1}, {2});
+  EXPECT_TRUE(ArrayProxyBuilder::over(test::contentOf(complex))->isComplex());
+  EXPECT_TRUE(test::wrapped(complex)->isComplex());
+  VORTEN_Array real = test::rowOf<INT16_class>({1});
+  real.set_iscomplex(true);
+  EXPECT_FALSE(ArrayProxyBuilder::over(test::contentOf(real))->isComplex());
+  EXPECT_FALSE(test::wrapped(real)->isComplex());
 }
 
 TEST(TextProxy, HasNoImaginaryParts) {
   EXPECT_EQ(created(VORTEN_Array::CHAR, {1, 2}, false, 2)->getImagData(), nullptr);
 }
 
-TEST(ContainerProxy, HasItsSlotsAsData) {
-  for (const int type : {VORTEN_Array::STRUCT, VORTEN_Array::CELL}) {
-    EXPECT_EQ(created(type, {0, 0}, false, 0)->getData(), nullptr);
-  }
-  VORTENStructCellArrayProxy<CELL_class> cell(VORTEN_Array::CELL, std::vector<std::uint64_t>{1, 2},
-                                              false, 2);
-  const auto* const slots = static_cast<std::shared_ptr<VORTEN_Array>*>(cell.getData());
-  const auto second = cell.slot(1);
-  EXPECT_EQ(slots[0], nullptr);
-  EXPECT_EQ(slots[1], second);
-}
-
 TEST(ContainerProxy, TakesNothingBehindItsSlots) {
   VORTENStructCellArrayProxy<CELL_class> cell(VORTEN_Array::CELL, std::vector<std::uint64_t>{1, 1},
                                               false, 1);
-  const auto value =
-      ArrayProxyBuilder::over(std::make_shared<VORTEN_Array>(test::rowOf<DOUBLE_class>({1})));
+  const auto value = test::wrapped(test::rowOf<DOUBLE_class>({1}));
   cell.setSlot(1, *value);
-  EXPECT_EQ(value->sharedMessage().use_count(), 1);
+  EXPECT_EQ(value->content()->use_count(), 1U);
   EXPECT_EQ(cell.slot(1), nullptr);
 }
 

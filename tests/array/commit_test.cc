@@ -31,7 +31,7 @@ using NarrowClasses = testing::Types<UINT16_class, INT16_class>;
 TYPED_TEST_SUITE(NarrowCommit, NarrowClasses, test::ClassNames);
 
 TYPED_TEST(NarrowCommit, WritesTheElementsIntoTheMessage) {
-  const auto array = wrapped(test::rowOf<TypeParam>({1, 2}));
+  const auto array = ArrayProxyBuilder::over(test::contentOf(test::rowOf<TypeParam>({1, 2})));
   this->real(array)[0] = 7;
   const auto& part = TypeParam::read(messageOf(array.get()));
   EXPECT_EQ(numbers(part.elements()), (Numbers{1, 2}));
@@ -44,7 +44,8 @@ TYPED_TEST(NarrowCommit, WritesBothPartsOfAComplexArray) {
   const auto array = wrapped(test::complexRowOf<TypeParam>({1, 2}, {3, 4}));
   this->real(array)[1] = 8;
   this->imaginary(array)[0] = 9;
-  const auto& part = TypeParam::read(committed(array));
+  const VORTEN_Array message = committed(array);
+  const auto& part = TypeParam::read(message);
   EXPECT_EQ(numbers(part.elements()), (Numbers{1, 8}));
   EXPECT_EQ(numbers(part.imag_elements()), (Numbers{9, 4}));
 }
@@ -74,7 +75,8 @@ TYPED_TEST(NarrowCommit, WritesTheBuffersWholeWhateverTheMessageHolds) {
 }
 
 TYPED_TEST(NarrowCommit, FindsTheMessageResizedWithTheArray) {
-  const auto array = wrapped(test::complexRowOf<TypeParam>({1, 2}, {3, 4}));
+  const auto array =
+      ArrayProxyBuilder::over(test::contentOf(test::complexRowOf<TypeParam>({1, 2}, {3, 4})));
   hcySetN(array.get(), 3);
   const auto& part = TypeParam::read(messageOf(array.get()));
   EXPECT_EQ(part.elements_size(), 3);
@@ -105,14 +107,11 @@ TEST(CharCommit, MarksTheTextPresentAndWritesItsCodeUnits) {
   EXPECT_TRUE(committed(empty).has_qxchar());
 
   const auto array = owned(hcyCreateString("\xFFz"));
-  const auto& units = messageOf(array.get()).qxchar().elements();
-  EXPECT_EQ(numbers(units), (Numbers{0, 0}));
-  committed(array);
-  EXPECT_EQ(numbers(units), (Numbers{65535, 'z'}));
+  EXPECT_EQ(numbers(committed(array).qxchar().elements()), (Numbers{65535, 'z'}));
 }
 
 TEST(CharCommit, FindsTheMessageResizedWithTheArray) {
-  const auto array = wrapped(test::rowOf<CHAR_class>({'a', 'b'}));
+  const auto array = ArrayProxyBuilder::over(test::contentOf(test::rowOf<CHAR_class>({'a', 'b'})));
   hcySetN(array.get(), 3);
   EXPECT_EQ(numbers(messageOf(array.get()).qxchar().elements()), (Numbers{'a', 'b', 0}));
 }
@@ -134,11 +133,8 @@ class NarrowElement : public testing::Test {
  protected:
   // What a call sends of the one element of a cell array.
   static Numbers sent(const ArrayHandle& cell) {
-    cell->beginReading();
-    const Numbers values =
-        numbers(Class::read(messageOf(cell.get()).cell().elements(0)).elements());
-    cell->endReading();
-    return values;
+    const VORTEN_Array message = test::sent(cell);
+    return numbers(Class::read(message.cell().elements(0)).elements());
   }
 };
 TYPED_TEST_SUITE(NarrowElement, test::WidenedClasses, test::ClassNames);
@@ -149,8 +145,8 @@ TYPED_TEST(NarrowElement, IsSentAsItWasUntilItIsStoredBack) {
   const auto cell = wrapped(message);
   const auto element = owned(hcyGetCell(cell.get(), 0));
   static_cast<typename TypeParam::Element*>(element->getData())[0] = 7;
-  const auto& committedElement = committed(cell).cell().elements(0);
-  EXPECT_EQ(numbers(TypeParam::read(committedElement).elements()), (Numbers{1, 2}));
+  const VORTEN_Array asCommitted = committed(cell);
+  EXPECT_EQ(numbers(TypeParam::read(asCommitted.cell().elements(0)).elements()), (Numbers{1, 2}));
   EXPECT_EQ(this->sent(cell), (Numbers{1, 2}));
   hcySetCell(cell.get(), 0, element.get());
   EXPECT_EQ(this->sent(cell), (Numbers{7, 2}));
@@ -169,8 +165,10 @@ class ContainerCommit : public testing::Test {
     hcySetCell(array.get(), index, element.get());
     hcySetField(array.get(), index, "x", element.get());
   }
-  static const auto& elements(const ArrayHandle& array) {
-    return Class::read(messageOf(array.get())).elements();
+  // As they were committed last.
+  static auto elements(const ArrayHandle& array) {
+    const VORTEN_Array message = test::parsed(SentArray(ArrayToSend::of(array->content())));
+    return Class::read(message).elements();
   }
 };
 TYPED_TEST_SUITE(ContainerCommit, test::ContainerClasses, test::ClassNames);
@@ -238,15 +236,12 @@ TEST(StructCommit, WritesFieldsElementByElement) {
     const auto value = wrapped(test::rowOf<INT32_class>({10 * (i / 2) + i % 2}));
     hcySetField(array.get(), static_cast<std::size_t>(i / 2), names[i % 2], value.get());
   }
-  const VORTEN_Array::Struct& part = committed(array).struct_();
-  EXPECT_EQ(scalarsOf(part.elements()), (Numbers{0, 1, 10, 11}));
+  EXPECT_EQ(scalarsOf(committed(array).struct_().elements()), (Numbers{0, 1, 10, 11}));
   hcyAddField(array.get(), "c");
-  committed(array);
-  EXPECT_EQ(scalarsOf(part.elements()), (Numbers{0, 1, 0, 10, 11, 0}));
+  EXPECT_EQ(scalarsOf(committed(array).struct_().elements()), (Numbers{0, 1, 0, 10, 11, 0}));
   hcyRemoveField(array.get(), 0);
-  committed(array);
-  EXPECT_EQ(scalarsOf(part.elements()), (Numbers{1, 0, 11, 0}));
-  EXPECT_EQ(part.field_names_size(), 2);
+  EXPECT_EQ(scalarsOf(committed(array).struct_().elements()), (Numbers{1, 0, 11, 0}));
+  EXPECT_EQ(committed(array).struct_().field_names_size(), 2);
 }
 
 TEST(Commit, OfPlainArraysChangesNothing) {

@@ -10,7 +10,18 @@ namespace {
 using test::owned;
 using test::wrapped;
 
-std::weak_ptr<VORTEN_Array> watched(const ArrayHandle& array) { return array->sharedMessage(); }
+// One more owner of the content, who sees when there is no other.
+class Watched {
+ public:
+  explicit Watched(const ArrayHandle& array) : content_(array->content()) {}
+  bool expired() const { return content_->use_count() == 1; }
+  const ArrayContent* get() const { return content_.get(); }
+
+ private:
+  ContentPtr content_;
+};
+
+Watched watched(const ArrayHandle& array) { return Watched(array); }
 
 TEST(Message, LivesAsLongAsItsHandle) {
   auto array = wrapped(test::rowOf<DOUBLE_class>({1}));
@@ -27,7 +38,7 @@ TEST(Message, OfAnElementLivesAsLongAsItsContainerOrAHandle) {
   value.reset();
   EXPECT_FALSE(message.expired());
   auto element = owned(hcyGetCell(cell.get(), 0));
-  EXPECT_EQ(watched(element).lock(), message.lock());
+  EXPECT_EQ(element->content().get(), message.get());
   cell.reset();
   EXPECT_FALSE(message.expired());
   element.reset();
@@ -63,7 +74,7 @@ TEST(Message, OfAContainerOfItselfIsReleased) {
   hcySetCell(cell.get(), 0, cell.get());
   const auto message = watched(cell);
   const auto snapshot = watched(owned(hcyGetCell(cell.get(), 0)));
-  EXPECT_NE(snapshot.lock(), message.lock());
+  EXPECT_NE(snapshot.get(), message.get());
   cell.reset();
   EXPECT_TRUE(message.expired());
   EXPECT_TRUE(snapshot.expired());
@@ -86,10 +97,10 @@ TEST(Message, OfContainersOfEachOtherIsReleased) {
 }
 
 TEST(Message, IsSharedByTheHandleThatWrapsIt) {
-  const auto message = std::make_shared<VORTEN_Array>(test::rowOf<DOUBLE_class>({1, 2}));
-  const auto array = ArrayProxyBuilder::over(message);
+  const ContentPtr content = test::contentOf(test::rowOf<DOUBLE_class>({1, 2}));
+  const auto array = ArrayProxyBuilder::over(content);
   hcyGetPr(array.get())[1] = 5.0;
-  EXPECT_EQ(test::numbers(message->qxdouble().elements()), (test::Numbers{1, 5}));
+  EXPECT_EQ(test::numbers(content->message().qxdouble().elements()), (test::Numbers{1, 5}));
 }
 
 // An array with everything that the library carries and does not interpret.

@@ -10,6 +10,7 @@
 #include "array/array_handle.h"
 #include "array/array_proxy_builder.h"
 #include "memory/sweep.h"
+#include "support/wrapped_arrays.h"
 
 namespace hcy::abi {
 namespace {
@@ -54,11 +55,10 @@ TEST_P(ExhaustedMemoryForAPart, leavesAMessageThatCanBeSent) {
     bare.mutable_sparse()->set_type(VORTEN_Array::Sparse::LOGICAL);
   }
   failEachAllocation([&](const Shortage& shortage) {
-    const auto message = std::make_shared<VORTEN_Array>(bare);
-    const Array array = ArrayProxyBuilder::over(message).release();
+    const Array array = test::wrapped(bare).release();
     const bool failed = hasFailed(shortage, [&] { dataOf(array); });
     VORTEN_Array left;
-    EXPECT_TRUE(left.ParseFromString(message->SerializeAsString()));
+    EXPECT_TRUE(left.ParseFromString(messageOf(array).SerializeAsString()));
     EXPECT_EQ(hcyGetNumberOfElements(array), 4U);
     return failed;
   });

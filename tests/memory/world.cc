@@ -6,7 +6,7 @@
 
 #include "array/array_handle.h"
 #include "array/array_proxy_builder.h"
-#include "array/output_memory.h"
+#include "array/array_to_send.h"
 #include "memory/description.h"
 
 namespace hcy::abi {
@@ -17,25 +17,35 @@ using client::VORTEN_Array;
 const char* const originNames[] = {"created",  "complex", "empty", "element",
                                    "received", "bare",    "roomy"};
 
-// The message that a reply would bring.
-std::shared_ptr<VORTEN_Array> receivedMessage(const ArrayKind& kind) {
-  const Array array = filledMatrix(kind, 3, 2);
-  proxyOf(array).commit();
-  auto message = OutputMemory::createMessage();
-  EXPECT_TRUE(message->ParseFromString(messageOf(array).SerializeAsString()));
-  return message;
+std::string sentBytes(const hcyArray* array) {
+  const SentArray sent(proxyOf(array).toSend(SendingOrder()));
+  std::string bytes(sent.size(), '\0');
+  sent.write(reinterpret_cast<std::uint8_t*>(bytes.data()));
+  return bytes;
 }
 
-std::shared_ptr<VORTEN_Array> bareMessage(const ArrayKind& kind) {
-  auto message = OutputMemory::createMessage();
-  message->set_type(kind.isSparse ? VORTEN_Array::SPARSE
-                                  : static_cast<VORTEN_Array::QXType>(kind.id));
+Array arrayOfReply(const std::string& bytes) {
+  ReceivedArray received;
+  EXPECT_TRUE(readReceived(
+      received, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+  return ArrayProxyBuilder::over(std::move(received)).release();
+}
+
+Array receivedArray(const ArrayKind& kind) {
+  const Array array = filledMatrix(kind, 3, 2);
+  return arrayOfReply(sentBytes(array));
+}
+
+Array bareArray(const ArrayKind& kind) {
+  VORTEN_Array message;
+  message.set_type(kind.isSparse ? VORTEN_Array::SPARSE
+                                 : static_cast<VORTEN_Array::QXType>(kind.id));
   if (kind.isSparse && kind.isNumeric()) {
-    message->mutable_sparse()->set_type(VORTEN_Array::Sparse::DOUBLE);
+    message.mutable_sparse()->set_type(VORTEN_Array::Sparse::DOUBLE);
   }
-  message->add_dimension(3);
-  message->add_dimension(2);
-  return message;
+  message.add_dimension(3);
+  message.add_dimension(2);
+  return arrayOfReply(message.SerializeAsString());
 }
 
 Array makeArray(const ArrayCase& arrayCase) {
@@ -46,9 +56,9 @@ Array makeArray(const ArrayCase& arrayCase) {
     case Origin::Empty:
       return createMatrix(kind, 0, 0);
     case Origin::Received:
-      return ArrayProxyBuilder::over(receivedMessage(kind)).release();
+      return receivedArray(kind);
     case Origin::Bare:
-      return ArrayProxyBuilder::over(bareMessage(kind)).release();
+      return bareArray(kind);
     case Origin::Roomy:
       return kind.isNumeric() ? hcyCreateSparse(30, 30, 2, hcyCOMPLEX)
                               : hcyCreateSparseLogicalMatrix(30, 30, 2);
@@ -62,8 +72,7 @@ Array makeArray(const ArrayCase& arrayCase) {
 std::string describeWhole(const hcyArray* array) {
   std::string description = describe(array);
   if (array == nullptr || hcyIsCell(array) || hcyIsStruct(array)) return description;
-  proxyOf(array).commit();
-  return description + ", sent as " + messageOf(array).SerializeAsString();
+  return description + ", sent as " + sentBytes(array);
 }
 
 }  // namespace

@@ -4,10 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "array/array_to_send.h"
 #include "runtime/reply_call.h"
 
 namespace hcy::abi {
@@ -16,8 +18,10 @@ namespace {
 using FevalInputs = ReplyCall;
 
 std::string bytesOf(const hcyArray* array) {
-  proxyOf(array).commit();
-  return messageOf(array).SerializeAsString();
+  const SentArray sent(proxyOf(array).toSend(SendingOrder()));
+  std::string bytes(sent.size(), '\0');
+  sent.write(reinterpret_cast<std::uint8_t*>(bytes.data()));
+  return bytes;
 }
 
 OwnedArray int16s() {
@@ -92,7 +96,7 @@ TEST_F(FevalInputs, areTheSameMessagesAndBytesAfterEveryOutcome) {
 
   const auto expectUnchanged = [&](const char* outcome) {
     EXPECT_EQ(&messageOf(a.get()), message) << outcome;
-    EXPECT_EQ(proxyOf(a.get()).sharedMessage().use_count(), 1) << outcome;
+    EXPECT_EQ(proxyOf(a.get()).content()->use_count(), 1U) << outcome;
     EXPECT_EQ(bytesOf(a.get()), before[0]) << outcome;
     EXPECT_EQ(bytesOf(b.get()), before[1]) << outcome;
   };
@@ -110,11 +114,13 @@ TEST_F(FevalInputs, areTheSameMessagesAndBytesAfterEveryOutcome) {
   expectUnchanged("status 404");
 }
 
-// An array whose elements cannot be written into its message.
+// An array whose elements cannot be written.
 class FailingProxy : public VORTENArrayProxy {
  public:
-  FailingProxy() : VORTENArrayProxy(std::make_shared<VORTEN_Array>(doubleArray(1))) {}
-  void commit() override { throw std::runtime_error("cannot be written"); }
+  FailingProxy() : VORTENArrayProxy(VORTEN_Array::DOUBLE, std::array<std::uint64_t, 2>{}, false, 0) {}
+  ArrayToSend toSend(const SendingOrder& /*order*/) const override {
+    throw std::runtime_error("cannot be written");
+  }
 };
 
 TEST_F(FevalInputs, oneThatFailsOnItsWayLeavesThoseBeforeItToTheCaller) {

@@ -4,17 +4,35 @@
 
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "array/array_handle.h"
 #include "array/array_proxy_builder.h"
+#include "array/array_to_send.h"
 #include "support/array_messages.h"
 
 namespace hcy::test {
 
-inline ArrayHandle wrapped(VORTEN_Array array) {
-  return ArrayProxyBuilder::over(std::make_shared<VORTEN_Array>(std::move(array)));
+inline Bytes bytesOf(const std::string& text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+// What a handle is over that shares it.
+inline ContentPtr contentOf(const VORTEN_Array& array) {
+  const ContentPtr content(new ArrayContent);
+  readArray({content->message(), content->arrays}, bytesOf(array.SerializeAsString()));
+  content->isReceived = true;
+  return content;
+}
+
+inline ArrayHandle wrapped(const VORTEN_Array& array) {
+  ReceivedArray received;
+  readReceived(received, bytesOf(array.SerializeAsString()));
+  return ArrayProxyBuilder::over(std::move(received));
 }
 
 // Takes over what an exported function returned.
@@ -22,10 +40,24 @@ inline ArrayHandle owned(hcyArray* array) {
   return ArrayHandle(static_cast<VORTENArrayProxy*>(array));
 }
 
-// What would be sent of the array.
-inline const VORTEN_Array& committed(const ArrayHandle& array) {
+inline VORTEN_Array parsed(const SentArray& array) {
+  std::string bytes(array.size(), '\0');
+  array.write(reinterpret_cast<std::uint8_t*>(bytes.data()));
+  VORTEN_Array message;
+  EXPECT_TRUE(message.ParseFromString(bytes));
+  EXPECT_EQ(message.SerializeAsString(), bytes) << "not what the message library would write";
+  return message;
+}
+
+// What is sent of the array.
+inline VORTEN_Array sent(const ArrayHandle& array) {
+  return parsed(SentArray(array->toSend(SendingOrder())));
+}
+
+// What the array shows of itself once its elements have been committed.
+inline VORTEN_Array committed(const ArrayHandle& array) {
   array->commit();
-  return messageOf(array.get());
+  return parsed(SentArray(ArrayToSend::of(array->content())));
 }
 
 // A cell array of the given shape with 1-by-1 int32 arrays for elements, or a struct array with

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "array/field_index.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+namespace hcy {
+namespace {
+
+// Up to here, comparing the names is as fast.
+constexpr int kFewFields = 16;
+
+}  // namespace
+
+int FieldIndex::find(const VORTEN_Array::Struct& names, std::string_view name) const {
+  const auto& all = names.field_names();
+  const Numbers* const numbers = all.size() > kFewFields ? numbersOf(names) : nullptr;
+  if (numbers == nullptr) {
+    const auto found = std::find(all.begin(), all.end(), name);
+    return found == all.end() ? -1 : static_cast<int>(found - all.begin());
+  }
+  const auto found = numbers->find(name);
+  return found == numbers->end() ? -1 : found->second;
+}
+
+// Null without memory for it.
+const FieldIndex::Numbers* FieldIndex::numbersOf(const VORTEN_Array::Struct& names) const {
+  if (const Numbers* const made = numbers_.load(std::memory_order_acquire)) return made;
+  try {
+    auto numbers = std::make_unique<Numbers>();
+    numbers->reserve(static_cast<std::size_t>(names.field_names_size()));
+    // The first field of a name counts.
+    for (int i = 0; i < names.field_names_size(); ++i) numbers->emplace(names.field_names(i), i);
+    const Numbers* expected = nullptr;
+    if (!numbers_.compare_exchange_strong(expected, numbers.get(), std::memory_order_acq_rel)) {
+      return expected;
+    }
+    return numbers.release();
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+void FieldIndex::reset() { delete numbers_.exchange(nullptr, std::memory_order_acq_rel); }
+
+}  // namespace hcy

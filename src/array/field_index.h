@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <atomic>
+#include <string_view>
+#include <unordered_map>
+
+#include "wire/array_class_traits.h"
+
+namespace hcy {
+
+// Finds the fields of a struct by their names. The index is made when it is first needed, by
+// whichever thread needs it, and only for a struct of many fields.
+class FieldIndex {
+ public:
+  FieldIndex() = default;
+  FieldIndex(const FieldIndex&) = delete;
+  FieldIndex& operator=(const FieldIndex&) = delete;
+  ~FieldIndex() { reset(); }
+
+  // The number of the first field of that name; -1 if there is none.
+  int find(const VORTEN_Array::Struct& names, std::string_view name) const;
+
+  // To be called before a name is added or removed.
+  void reset();
+
+ private:
+  using Numbers = std::unordered_map<std::string_view, int>;
+
+  const Numbers* numbersOf(const VORTEN_Array::Struct& names) const;
+
+  mutable std::atomic<const Numbers*> numbers_ = nullptr;
+};
+
+}  // namespace hcy
