@@ -7,6 +7,7 @@
 
 #include "array/array_handle.h"
 #include "wire/checked_size.h"
+#include "wire/element_storage.h"
 #include "wire/sparse_values.h"
 
 using hcy::messageOf;
@@ -25,7 +26,7 @@ std::size_t* firstIndex(const google::protobuf::RepeatedField<std::uint64_t>& in
   return reinterpret_cast<std::size_t*>(const_cast<std::uint64_t*>(indices.data()));
 }
 
-// Room for all lists is had before any changes: they stay of one length whatever fails.
+// All lists get their room before any changes: they stay of one length whatever fails.
 template <class... Lists>
 void resizeTogether(int nzmax, Lists&... lists) {
   (lists.Reserve(nzmax), ...);
@@ -47,10 +48,7 @@ void resizeStoredElements(VORTEN_Array::Sparse& sparse, int nzmax) {
   }
 }
 
-bool hasIndices(const hcyArray* array) {
-  return hcyIsSparse(array) && proxyOf(array).hasIndices();
-}
-
+bool hasIndices(const hcyArray* array) { return hcyIsSparse(array) && proxyOf(array).hasIndices(); }
 
 }  // namespace
 
@@ -90,12 +88,21 @@ size_t* hcyGetJc(const hcyArray* array) {
 
 size_t hcyGetNzmax(const hcyArray* array) {
   if (!hcyIsSparse(array)) return SIZE_MAX;
-  return hasIndices(array) ? static_cast<std::size_t>(messageOf(array).sparse().ir_size()) : 0;
+  return hasIndices(array) ? proxyOf(array).storedElements() : 0;
 }
 
 void hcySetNzmax(hcyArray* array, size_t nzmax) {
   if (!hcyIsSparse(array) || nzmax > hcyGetNumberOfElements(array)) return;
-  resizeStoredElements(hcy::SPARSE_class::write(messageOf(array)),
-                       hcy::checkedSize(std::max<std::size_t>(nzmax, 1)));
+  hcy::NewPart<hcy::SPARSE_class> sparse(messageOf(array));
+  const bool hadDoubles = sparse->has_qxsparsedouble();
+  const bool hadLogicals = sparse->has_logical();
+  try {
+    resizeStoredElements(*sparse, hcy::checkedSize(std::max<std::size_t>(nzmax, 1)));
+  } catch (...) {
+    if (!hadDoubles) sparse->clear_qxsparsedouble();
+    if (!hadLogicals) sparse->clear_logical();
+    throw;
+  }
+  sparse.keep();
   proxyOf(array).storageChanged();
 }

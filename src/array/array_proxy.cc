@@ -2,6 +2,7 @@
 
 #include "array/array_proxy.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "array/array_proxy_builder.h"
@@ -51,6 +52,13 @@ void VORTENArrayProxy::checkIndices() {
 void VORTENArrayProxy::storageChanged() {
   if (!hasIndices_) checkIndices();
   if (hasIndices_) requiredValues_ = 0;
+}
+
+std::size_t VORTENArrayProxy::storedElements() const {
+  const auto rows = static_cast<std::size_t>(message().sparse().ir_size());
+  const std::size_t values = accessData(message(), false).realCount;
+  const bool areHandedOut = content_->isReceived && values != 0 && values >= requiredValues_;
+  return areHandedOut ? std::min(rows, values) : rows;
 }
 
 std::size_t VORTENArrayProxy::requiredElements() const {

@@ -64,6 +64,9 @@ class VORTENArrayProxy : public hcyArray {
   // describe a matrix of the array's dimensions.
   bool hasIndices() const { return hasIndices_; }
 
+  // How many elements a sparse array has room for: in a reply, no more than there are values for.
+  std::size_t storedElements() const;
+
   // To be called when the program has changed the storage of a sparse array.
   void storageChanged();
 

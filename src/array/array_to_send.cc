@@ -13,20 +13,6 @@
 namespace hcy {
 namespace {
 
-// The elements of a container that nobody has taken out.
-class PackedFields : public ElementFields {
- public:
-  explicit PackedFields(std::shared_ptr<const PackedArrays> arrays) : arrays_(std::move(arrays)) {}
-
-  std::size_t size() const override { return arrays_->fields().size(); }
-  std::uint8_t* write(std::uint8_t* out) const override {
-    return std::copy(arrays_->fields().begin(), arrays_->fields().end(), out);
-  }
-
- private:
-  std::shared_ptr<const PackedArrays> arrays_;
-};
-
 // The classes whose handles keep elements outside the content.
 bool isCommitting(VORTEN_Array::QXType type) {
   return isServedQXType(type) && dispatch_on_QXType(type, []<class Class>(Class) {

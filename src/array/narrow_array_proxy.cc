@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "wire/checked_size.h"
+#include "wire/element_storage.h"
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
 
@@ -119,11 +120,17 @@ double NarrowArrayProxy<Class>::getScalar() const {
 
 template <WidenedClass Class>
 void NarrowArrayProxy<Class>::commitTo(ArrayContent& content) const {
-  typename Class::Message& part = Class::write(content.message());
-  widen<Class>(elements_.real, *part.mutable_elements());
+  NewPart<Class> part(content.message());
+  auto& elements = *part->mutable_elements();
+  // Room for both lists first: then nothing fails once one of them has changed.
+  elements.Reserve(checkedSize(elements_.real.size()));
   if constexpr (NumericClass<Class>) {
-    widen<Class>(elements_.imaginary, *part.mutable_imag_elements());
+    auto& imaginary = *part->mutable_imag_elements();
+    imaginary.Reserve(checkedSize(elements_.imaginary.size()));
+    widen<Class>(elements_.imaginary, imaginary);
   }
+  widen<Class>(elements_.real, elements);
+  part.keep();
   content.isCommitted = true;
 }
 

@@ -41,8 +41,8 @@ SlotFields::SlotFields(const SlotTable& slots, int number, const SendingOrder& o
     if (const ArrayContent* const content = slots.seen(i)) {
       elements_.push_back(elementOf(*content, order));
     } else {
-      elements_.emplace_back().size = i < slots.packedSize() ? slots.packed()->array(i).size()
-                                                             : emptyDoubleBytes().size();
+      elements_.emplace_back().size =
+          i < slots.packedSize() ? slots.packed()->array(i).size() : emptyDoubleBytes().size();
     }
     const std::size_t size = elements_.back().size;
     size_ += 1 + varintSize(size) + size;

@@ -95,9 +95,8 @@ SlotTable SlotTable::copied() const {
   SlotTable table(size_);
   table.packed_ = packed_;
   table.packedSize_ = packedSize_;
-  forEachSeen([&](std::size_t index, ArrayContent* content) {
-    table.set(index, copyOf(*content));
-  });
+  forEachSeen(
+      [&](std::size_t index, ArrayContent* content) { table.set(index, copyOf(*content)); });
   return table;
 }
 

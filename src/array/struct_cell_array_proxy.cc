@@ -22,8 +22,7 @@ constexpr std::uint64_t kMostElementsWithoutFields = 1U << 16;
 template <ContainerClass Class>
 VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(VORTEN_Array::QXType type,
                                                               Dimensions dimensions,
-                                                              bool /*complex*/,
-                                                              std::uint64_t count)
+                                                              bool /*complex*/, std::uint64_t count)
     : VORTENArrayProxy(type, dimensions, false),
       slots_(static_cast<std::size_t>(count)),
       elementsWithoutFields_(elementCount(dimensions)) {}

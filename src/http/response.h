@@ -14,7 +14,7 @@ class Response {
   Response(const Response&) = delete;
   Response& operator=(const Response&) = delete;
 
-  virtual const char* bodyData() const = 0;  // never null; what was kept of the body
+  virtual const char* bodyData() const = 0;    // never null; what was kept of the body
   virtual std::uint64_t bodySize() const = 0;  // of all of it
   virtual std::uint32_t statusCode() const = 0;
 

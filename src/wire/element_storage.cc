@@ -59,12 +59,16 @@ void InitialStorageSizer::operator()(Class) {
 
 template <class Class>
 void ElementStorageResizer::operator()(Class) {
-  resizeParts(Class::write(array), count);
+  NewPart<Class> part(array);
+  resizeParts(*part, count);
+  part.keep();
 }
 
 void ElementStorageResizer::operator()(SPARSE_class) {
   const std::uint64_t columns = array.dimension_size() > 1 ? array.dimension(1) : 0;
-  resize(*SPARSE_class::write(array).mutable_jc(), columns == UINT64_MAX ? columns : columns + 1);
+  NewPart<SPARSE_class> part(array);
+  resize(*part->mutable_jc(), columns == UINT64_MAX ? columns : columns + 1);
+  part.keep();
 }
 
 void sizeInitialStorage(VORTEN_Array& array, std::uint64_t count, bool complex) {

@@ -8,6 +8,28 @@
 
 namespace hcy {
 
+// The typed part of an array. One that was not there before is gone again unless it is kept.
+template <class Class>
+class NewPart {
+ public:
+  explicit NewPart(VORTEN_Array& array) : array_(array), isNew_(!Class::isPresent(array)) {
+    Class::write(array);
+  }
+  NewPart(const NewPart&) = delete;
+  NewPart& operator=(const NewPart&) = delete;
+  ~NewPart() {
+    if (isNew_) Class::clear(array_);
+  }
+
+  typename Class::Message& operator*() const { return Class::write(array_); }
+  typename Class::Message* operator->() const { return &Class::write(array_); }
+  void keep() { isNew_ = false; }
+
+ private:
+  VORTEN_Array& array_;
+  bool isNew_;
+};
+
 // Gives a new array its storage: count zeros, and as many imaginary zeros if complex. Containers
 // and sparse arrays are left alone: the proxy's slots and the sparse creation see to them.
 struct InitialStorageSizer {

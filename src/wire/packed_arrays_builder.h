@@ -22,13 +22,17 @@ class PackedArraysBuilder {
   }
 
   void add(Bytes array) {
-    std::uint8_t head[11] = {tag_};
-    fields_.insert(fields_.end(), head, writeVarint(array.size(), head + 1));
-    addFields(array);
+    addHead(array.size());
+    fields_.insert(fields_.end(), array.begin(), array.end());
   }
 
-  // Fields with their tags and lengths.
-  void addFields(Bytes fields) { fields_.insert(fields_.end(), fields.begin(), fields.end()); }
+  // An array of that many bytes, which write(out) writes.
+  template <class Write>
+  void add(Write write, std::size_t size) {
+    addHead(size);
+    fields_.resize(fields_.size() + size);
+    write(fields_.data() + fields_.size() - size);
+  }
 
   std::shared_ptr<const PackedArrays> build(bool isReceived) {
     const auto owner = std::make_shared<const std::vector<std::uint8_t>>(std::move(fields_));
@@ -36,6 +40,11 @@ class PackedArraysBuilder {
   }
 
  private:
+  void addHead(std::size_t size) {
+    std::uint8_t head[11] = {tag_};
+    fields_.insert(fields_.end(), head, writeVarint(size, head + 1));
+  }
+
   std::uint8_t tag_;
   std::vector<std::uint8_t> fields_;
 };

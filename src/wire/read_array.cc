@@ -16,6 +16,7 @@
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
 #include "wire/wire_parts.h"
+#include "wire/write_array.h"
 
 namespace hcy {
 namespace {
@@ -124,18 +125,15 @@ class ArraysReader {
   }
   bool read(const WireField& field) {
     if (!field.isWhole || nesting_ <= 0) return false;
-    if (isCanonical(field.content, nesting_ - 1)) {
-      arrays_.add(field.content);
-      return true;
-    }
-    VORTEN_Array array;
-    if (!mergePart(array, field.content, nesting_ - 1)) return false;
-    const std::string written = array.SerializeAsString();
-    arrays_.add({reinterpret_cast<const std::uint8_t*>(written.data()), written.size()});
+    if (!isCanonical(field.content, nesting_ - 1)) return addOther(field.content);
+    arrays_.add(field.content);
     return true;
   }
 
  private:
+  // What the message library would have written otherwise is kept as it writes it.
+  bool addOther(Bytes array);
+
   PackedArraysBuilder& arrays_;
   int nesting_;
 };
@@ -232,11 +230,11 @@ Head headOf(Bytes bytes) {
 class ArrayReader {
  public:
   // Without a source the bytes may be anything; with one they are canonical, and stay there.
-  ArrayReader(ArrayTarget target, Bytes bytes, const PackedArrays* source)
-      : target_(target), head_(headOf(bytes)), bytes_(bytes), source_(source) {}
+  ArrayReader(ArrayTarget target, Bytes bytes, int nesting, const PackedArrays* source = nullptr)
+      : target_(target), head_(headOf(bytes)), bytes_(bytes), nesting_(nesting), source_(source) {}
 
   bool read() {
-    const bool isWhole = readFields(target_.message, bytes_, *this, kNesting);
+    const bool isWhole = readFields(target_.message, bytes_, *this, nesting_);
     if (arrays_) target_.arrays = arrays_->build(true);
     return isWhole;
   }
@@ -255,32 +253,31 @@ class ArrayReader {
     if (field.is(VORTEN_Array::kDimensionFieldNumber)) {
       return readPacked(field.content, field.content.size(), *target_.message.mutable_dimension());
     }
+    if (nesting_ <= 0) return false;
     return dispatch_on_QXType(typeOfPart(field.number()), [&]<class Class>(Class) {
       // Names of fields come and go, which only the heap bears.
-      auto& part = ContainerClass<Class> ? Class::write(target_.message)
-                                         : Class::present(target_.message);
+      auto& part =
+          ContainerClass<Class> ? Class::write(target_.message) : Class::present(target_.message);
       return readPart<Class>(field.content, part);
     });
   }
 
  private:
-  static constexpr int kPartNesting = kNesting - 1;
-
   template <class Class>
   bool readPart(Bytes part, typename Class::Message& message) {
     if constexpr (SparseClass<Class>) {
-      return readFields(message, part, SparseReader{message, kPartNesting}, kPartNesting);
+      return readFields(message, part, SparseReader{message, nesting_ - 1}, nesting_ - 1);
     } else if constexpr (ContainerClass<Class>) {
       if (head_.type == Class::type) return readArrays<Class>(part, message);
-      return mergePart(message, part, kPartNesting);
+      return mergePart(message, part, nesting_ - 1);
     } else {
       if constexpr (WidenedClass<Class>) {
         if (head_.type == Class::type && target_.narrow != nullptr) {
           return readFields(message, part, NarrowReader<Class>(*target_.narrow, head_.count),
-                            kPartNesting);
+                            nesting_ - 1);
         }
       }
-      return readFields(message, part, PartReader<Class>(message, head_.count), kPartNesting);
+      return readFields(message, part, PartReader<Class>(message, head_.count), nesting_ - 1);
     }
   }
 
@@ -288,31 +285,43 @@ class ArrayReader {
   bool readArrays(Bytes part, typename Class::Message& message) {
     if (source_ != nullptr) {
       ArraysFinder<Class> finder(part);
-      readFields(message, part, finder, kPartNesting);
-      target_.arrays = std::make_shared<PackedArrays>(source_->owner(), finder.fields(),
-                                                      source_->isReceived());
+      readFields(message, part, finder, nesting_ - 1);
+      target_.arrays =
+          std::make_shared<PackedArrays>(source_->owner(), finder.fields(), source_->isReceived());
       return true;
     }
     // A second part goes on behind the first.
     if (!arrays_) arrays_.emplace(Class::Message::kElementsFieldNumber, part.size());
-    return readFields(message, part, ArraysReader<Class>(*arrays_, kPartNesting), kPartNesting);
+    return readFields(message, part, ArraysReader<Class>(*arrays_, nesting_ - 1), nesting_ - 1);
   }
 
   ArrayTarget target_;
   Head head_;
   Bytes bytes_;
+  int nesting_;
   const PackedArrays* source_;
   std::optional<PackedArraysBuilder> arrays_;
 };
 
+template <class Class>
+bool ArraysReader<Class>::addOther(Bytes array) {
+  VORTEN_Array message;
+  std::shared_ptr<const PackedArrays> arrays;
+  const bool isWhole = ArrayReader({message, arrays}, array, nesting_ - 1).read();
+  const PackedFields elements(arrays);
+  const WrittenArray written(message, arrays ? &elements : nullptr);
+  arrays_.add([&written](std::uint8_t* out) { written.write(out); }, written.size());
+  return isWhole;
+}
+
 }  // namespace
 
 bool readArray(ArrayTarget target, Bytes bytes) {
-  return ArrayReader(target, bytes, nullptr).read();
+  return ArrayReader(target, bytes, kNesting).read();
 }
 
 void readPackedArray(ArrayTarget target, const PackedArrays& arrays, std::size_t index) {
-  ArrayReader(target, arrays.array(index), &arrays).read();
+  ArrayReader(target, arrays.array(index), kNesting, &arrays).read();
 }
 
 }  // namespace hcy

@@ -17,8 +17,9 @@ std::optional<std::size_t> describedElements(const VORTEN_Array& array) {
   const auto last = starts.begin() + static_cast<int>(columns);
   if (!std::is_sorted(starts.begin(), last + 1)) return std::nullopt;
   if (*last > static_cast<std::uint64_t>(rowIndices.size())) return std::nullopt;
-  const bool areInside = std::all_of(rowIndices.begin(), rowIndices.begin() + static_cast<int>(*last),
-                                     [rows](std::uint64_t row) { return row < rows; });
+  const bool areInside =
+      std::all_of(rowIndices.begin(), rowIndices.begin() + static_cast<int>(*last),
+                  [rows](std::uint64_t row) { return row < rows; });
   return areInside ? std::optional<std::size_t>(*last) : std::nullopt;
 }
 

@@ -46,8 +46,7 @@ static_assert(typeOfPart(partNumber(VORTEN_Array::CELL)) == VORTEN_Array::CELL);
 
 // Classes whose elements are varints on the wire; the others are of fixed width.
 template <class Class>
-constexpr bool isVarint =
-    WidenedClass<Class> || Class::type == VORTEN_Array::LOGICAL ||
-    Class::type == VORTEN_Array::UINT64 || Class::type == VORTEN_Array::INT64;
+constexpr bool isVarint = WidenedClass<Class> || Class::type == VORTEN_Array::LOGICAL ||
+                          Class::type == VORTEN_Array::UINT64 || Class::type == VORTEN_Array::INT64;
 
 }  // namespace hcy

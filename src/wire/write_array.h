@@ -2,12 +2,16 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "wire/array_class_traits.h"
 #include "wire/bytes.h"
+#include "wire/packed_arrays.h"
 
 namespace hcy {
 
@@ -21,6 +25,20 @@ class ElementFields {
   virtual std::size_t size() const = 0;
   virtual std::uint8_t* write(std::uint8_t* out) const = 0;
   virtual ~ElementFields() = default;
+};
+
+// The elements of a container that are in wire form already.
+class PackedFields : public ElementFields {
+ public:
+  explicit PackedFields(std::shared_ptr<const PackedArrays> arrays) : arrays_(std::move(arrays)) {}
+
+  std::size_t size() const override { return arrays_->fields().size(); }
+  std::uint8_t* write(std::uint8_t* out) const override {
+    return std::copy(arrays_->fields().begin(), arrays_->fields().end(), out);
+  }
+
+ private:
+  std::shared_ptr<const PackedArrays> arrays_;
 };
 
 // An array in wire form: its message, with elements put into its typed part that lie outside it,

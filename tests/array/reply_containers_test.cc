@@ -173,11 +173,23 @@ TEST(StructReply, WithoutFieldNamesKeepsMoreSlotsThanItHasElements) {
   EXPECT_EQ(scalarsOf(committed(array).struct_().elements()), (Numbers{1, 0, 2, 0}));
 }
 
-TEST(StructReply, WithoutFieldsGetsOneForItsFirst65536ElementsAtMost) {
-  const auto array = wrapped(test::arrayOf(VORTEN_Array::STRUCT, {2147483647, 2147483647}));
+TEST(StructReply, WithoutFieldsGetsOneForAtMost65536Elements) {
+  const auto array = wrapped(test::arrayOf(VORTEN_Array::STRUCT, {1, 65536}));
   EXPECT_EQ(hcyAddField(array.get(), "a"), 0);
   EXPECT_EQ(fieldAt(array, 65535, "a"), 0.0);
-  EXPECT_EQ(fieldAt(array, 65536, "a"), missing);
+  for (const std::uint64_t columns : {std::uint64_t{65537}, std::uint64_t{2147483647}}) {
+    const auto larger = wrapped(test::arrayOf(VORTEN_Array::STRUCT, {1, columns}));
+    EXPECT_EQ(hcyAddField(larger.get(), "a"), -1);
+    EXPECT_EQ(hcyGetNumberOfFields(larger.get()), 0);
+    EXPECT_FALSE(committed(larger).struct_().field_names_size() > 0);
+  }
+}
+
+TEST(StructReply, WithoutFieldsGetsOneForAllElementsThatTheProgramHasAskedFor) {
+  const auto array = wrapped(test::arrayOf(VORTEN_Array::STRUCT, {1, 70000}));
+  hcySetN(array.get(), 70000);
+  EXPECT_EQ(hcyAddField(array.get(), "a"), 0);
+  EXPECT_EQ(fieldAt(array, 69999, "a"), 0.0);
 }
 
 TEST(StructReply, WithoutDimensionsRefusesEveryIndex) {

@@ -131,11 +131,22 @@ TEST(HttpResponse, declaredLengthThatComesLateRefusesTheNextPieceAndKeepsTheEarl
   EXPECT_EQ(bodyOf(response), "ab");
 }
 
-TEST(HttpResponse, bytesReceivedAreNotLimited) {
-  HttpResponse response(1);
+TEST(HttpResponse, bytesBehindTheLimitAreCountedAndNotKept) {
+  HttpResponse response(4);
   EXPECT_TRUE(response.appendBody("abc", 3));
   EXPECT_TRUE(response.appendBody("def", 3));
-  EXPECT_EQ(bodyOf(response), "abcdef");
+  EXPECT_TRUE(response.appendBody("ghi", 3));
+  EXPECT_EQ(response.bodySize(), 9U);
+  EXPECT_EQ(std::string(response.bodyData(), 4), "abcd");
+}
+
+TEST(HttpResponse, keepsLessOfABodyThatNobodyReads) {
+  HttpResponse response(1000);
+  response.keepAtMost(2);
+  response.addHeaderLine("Content-Length: 3\r\n");
+  EXPECT_TRUE(response.appendBody("abc", 3));
+  EXPECT_EQ(response.bodySize(), 3U);
+  EXPECT_EQ(std::string(response.bodyData(), 2), "ab");
 }
 
 TEST(HttpResponse, limitOf0RefusesOnlyWhatDeclaresALength) {

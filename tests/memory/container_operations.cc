@@ -95,12 +95,12 @@ std::vector<Operation> containerOperations() {
        [](World& w) -> Answer { return hcyAddField(w.array, longName); }, -1},
       {"hcyAddField", "thatExists", NotAtAll,
        [](World& w) -> Answer { return hcyAddField(w.structure, fieldNames[1]); }},
-      {"hcyRemoveField", "", NotAtAll,
+      {"hcyRemoveField", "", Answers,
        [](World& w) {
          hcyRemoveField(w.structure, 0);
          return Answer();
        }},
-      {"hcyRemoveField", "ofTheArray", NotAtAll,
+      {"hcyRemoveField", "ofTheArray", Answers,
        [](World& w) {
          hcyRemoveField(w.array, 1);
          return Answer();

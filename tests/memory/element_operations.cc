@@ -13,7 +13,7 @@ Answer hasPointer(World& world) {
 }  // namespace
 
 #define HCY_POINTER(get) \
-  { #get, "", WhenExhausted::Throws, hasPointer < get> }
+  { #get, "", WhenExhausted::NotAtAll, hasPointer < get> }
 std::vector<Operation> lifetimeAndElementOperations() {
   using enum WhenExhausted;
   return {
@@ -43,10 +43,10 @@ std::vector<Operation> lifetimeAndElementOperations() {
       HCY_POINTER(hcyGetData),
       HCY_POINTER(hcyGetImagData),
       HCY_POINTER(hcyGetLogicals),
-      {"hcyGetChars", "", NotAtAll, hasPointer<hcyGetChars>},
+      HCY_POINTER(hcyGetChars),
       HCY_POINTER(hcyGetIr),
       HCY_POINTER(hcyGetJc),
-      {"hcyGetScalar", "", Throws, [](World& w) -> Answer { return hcyGetScalar(w.array); }},
+      {"hcyGetScalar", "", NotAtAll, [](World& w) -> Answer { return hcyGetScalar(w.array); }},
       {"hcyGetNzmax", "", NotAtAll, [](World& w) -> Answer { return hcyGetNzmax(w.array); }},
       {"hcySetNzmax", "smaller", Throws,
        [](World& w) {

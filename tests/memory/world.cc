@@ -26,8 +26,8 @@ std::string sentBytes(const hcyArray* array) {
 
 Array arrayOfReply(const std::string& bytes) {
   ReceivedArray received;
-  EXPECT_TRUE(readReceived(
-      received, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+  EXPECT_TRUE(
+      readReceived(received, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
   return ArrayProxyBuilder::over(std::move(received)).release();
 }
 

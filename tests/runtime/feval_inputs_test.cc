@@ -117,7 +117,8 @@ TEST_F(FevalInputs, areTheSameMessagesAndBytesAfterEveryOutcome) {
 // An array whose elements cannot be written.
 class FailingProxy : public VORTENArrayProxy {
  public:
-  FailingProxy() : VORTENArrayProxy(VORTEN_Array::DOUBLE, std::array<std::uint64_t, 2>{}, false, 0) {}
+  FailingProxy()
+      : VORTENArrayProxy(VORTEN_Array::DOUBLE, std::array<std::uint64_t, 2>{}, false, 0) {}
   ArrayToSend toSend(const SendingOrder& /*order*/) const override {
     throw std::runtime_error("cannot be written");
   }

@@ -22,9 +22,16 @@ using test::bytesOf;
 // What is sent of an output, or the message alone of one that the library does not serve.
 std::string sentOf(const ReceivedArray& output) {
   ReceivedArray copy{copyOf(*output.content), output.narrow};
-  const VORTEN_Array::QXType type = copy.content->message().type();
-  if (!isServedQXType(type)) return copy.content->message().SerializeAsString();
+  const VORTEN_Array& message = copy.content->message();
+  if (!isServedQXType(message.type())) return message.SerializeAsString();
   return test::sent(ArrayProxyBuilder::over(std::move(copy))).SerializeAsString();
+}
+
+// The same of an output as the message library read it.
+std::string sentOf(const VORTEN_Array& message) {
+  ReceivedArray output;
+  readReceived(output, bytesOf(message.SerializeAsString()));
+  return sentOf(output);
 }
 
 // What was read, as text, with all outputs wanted or none.
@@ -50,7 +57,7 @@ Read readOf(const VORTEN_Result& result) {
             result.has_error() ? result.error().SerializeAsString() : "",
             static_cast<std::size_t>(result.lhs_size()),
             {}};
-  for (const auto& output : result.lhs()) read.outputs.push_back(output.SerializeAsString());
+  for (const auto& output : result.lhs()) read.outputs.push_back(sentOf(output));
   return read;
 }
 

@@ -99,7 +99,10 @@ void expectTheSame(const std::string& text) {
   const std::vector<std::uint8_t> bytes(text.begin(), text.end());
   VORTEN_Array ours;
   VORTEN_Array theirs;
-  EXPECT_EQ(readWhole(ours, bytes), mergePart(theirs, bytes));
+  const bool isWhole = mergePart(theirs, bytes);
+  EXPECT_EQ(readWhole(ours, bytes), isWhole);
+  // The message library makes elements of what is not there.
+  if (!isWhole) return;
   EXPECT_TRUE(ours.SerializeAsString() == theirs.SerializeAsString());
 }
 
