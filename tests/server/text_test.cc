@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "calls.h"
 
 namespace hcy::test {
@@ -69,6 +71,41 @@ TEST(Split, SplitsAtTheDelimiter) {
   EXPECT_EQ(split(server, {chars(u"")}), (Pieces{u""}));
   EXPECT_EQ(split(server, {chars(u"a\u00e9\U0001F600\u00e9b"), chars(u"\u00e9")}),
             (Pieces{u"a", u"\U0001F600", u"b"}));
+}
+
+// The pieces of short texts, found one unit at a time.
+Pieces piecesOf(const std::u16string& text, const std::u16string& delimiter) {
+  Pieces pieces(1);
+  for (std::size_t i = 0; i < text.size();) {
+    if (text.compare(i, delimiter.size(), delimiter) == 0) {
+      pieces.emplace_back();
+      i += delimiter.size();
+    } else {
+      pieces.back().push_back(text[i++]);
+    }
+  }
+  return pieces;
+}
+
+TEST(Split, FindsDelimitersThatRepeatThemselves) {
+  const LocalServer server;
+  for (const std::u16string delimiter : {u"a", u"aa", u"ab", u"aab", u"aba", u"abab", u"aabaa"}) {
+    // One in seven of the texts of ten letters a and b.
+    for (unsigned bits = 0; bits < 1024; bits += 7) {
+      std::u16string text;
+      for (unsigned i = 0; i < 10; ++i) text.push_back((bits >> i & 1U) != 0 ? u'a' : u'b');
+      EXPECT_EQ(split(server, {chars(text), chars(delimiter)}), piecesOf(text, delimiter));
+    }
+  }
+}
+
+TEST(Split, TakesTimeInProportionToItsInput) {
+  const LocalServer server;
+  const std::u16string text(600'000, u'a');
+  const auto delimiter = chars(std::u16string(300'000, u'a') + u"b");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(split(server, {chars(text), delimiter}), (Pieces{text}));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 TEST(Split, RefusesWrongArguments) {
