@@ -2,7 +2,10 @@
 
 #include "options.h"
 
+#include <sysexits.h>
+
 #include <CLI/CLI.hpp>
+#include <iostream>
 
 namespace hcy::server {
 
@@ -32,8 +35,12 @@ CommandLine parseCommandLine(int argc, char** argv) {
   app.add_flag("--stop-on-eof", options.stopOnEof, "Stop when the standard input ends");
   try {
     app.parse(argc, argv);
-  } catch (const CLI::ParseError& outcome) {
-    return {std::nullopt, app.exit(outcome)};
+  } catch (const CLI::Success& answer) {
+    return {std::nullopt, app.exit(answer)};
+  } catch (const CLI::ParseError& error) {
+    std::cerr << "hcy-local-server: " << error.what()
+              << "\nRun with --help for more information.\n";
+    return {std::nullopt, EX_USAGE};
   }
   return {options, 0};
 }

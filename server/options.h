@@ -27,6 +27,7 @@ struct Options {
   bool usesTls() const { return !certificateFile.empty(); }
 };
 
+// What is wrong with the options has been written to the standard error.
 struct CommandLine {
   // Absent if there is nothing to serve: help or version was asked for, or an option is wrong.
   std::optional<Options> options;
