@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <boost/asio/buffer.hpp>
 #include <boost/beast/core/buffers_range.hpp>
 #include <boost/beast/http/message.hpp>
@@ -31,8 +32,8 @@ struct ByteBody {
 
     void init(const boost::optional<std::uint64_t>& declaredLength, error_code& ec) try {
       ec = {};
-      // What is reserved but never received takes no memory, only addresses.
-      if (declaredLength) body_.reserve(*declaredLength);
+      // A client that declares much may send little.
+      if (declaredLength) body_.reserve(std::min(*declaredLength, kMostReserved));
     } catch (const std::bad_alloc&) {
       ec = make_error_code(boost::system::errc::not_enough_memory);
     }
@@ -54,6 +55,8 @@ struct ByteBody {
     void finish(error_code& ec) { ec = {}; }
 
    private:
+    static constexpr std::uint64_t kMostReserved = std::uint64_t{1} << 20;
+
     ByteBuffer& body_;
   };
 

@@ -10,11 +10,13 @@
 namespace hcy::server {
 
 ByteBuffer::ByteBuffer(ByteBuffer&& other) noexcept
-    : bytes_(std::move(other.bytes_)),
+    : counted_(std::move(other.counted_)),
+      bytes_(std::move(other.bytes_)),
       size_(std::exchange(other.size_, 0)),
       capacity_(std::exchange(other.capacity_, 0)) {}
 
 ByteBuffer& ByteBuffer::operator=(ByteBuffer&& other) noexcept {
+  counted_ = std::move(other.counted_);
   bytes_ = std::move(other.bytes_);
   size_ = std::exchange(other.size_, 0);
   capacity_ = std::exchange(other.capacity_, 0);
@@ -33,14 +35,20 @@ void ByteBuffer::reserve(std::size_t capacity) {
 
 void ByteBuffer::append(const void* bytes, std::size_t count) {
   if (count == 0) return;
+  countTo(size_ + count);
   if (count > capacity_ - size_) reserve(std::max(size_ + count, 2 * capacity_));
   std::memcpy(bytes_.get() + size_, bytes, count);
   size_ += count;
 }
 
 void ByteBuffer::resizeUninitialized(std::size_t size) {
+  countTo(size);
   reserve(size);
   size_ = size;
+}
+
+void ByteBuffer::countTo(std::size_t size) {
+  if (size > kUncountedMemory && !counted_.growTo(size - kUncountedMemory)) throw std::bad_alloc();
 }
 
 }  // namespace hcy::server

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A growing block of bytes that never writes what its user will write anyway.
+// A growing block of bytes that never writes what its user will write anyway, and whose bytes count
+// against the memory for messages.
 
 #pragma once
 
@@ -9,9 +10,11 @@
 #include <memory>
 #include <string_view>
 
+#include "message_memory.h"
+
 namespace hcy::server {
 
-// Every growth throws std::bad_alloc when memory runs out, and leaves the buffer as it was.
+// Every growth throws std::bad_alloc when memory runs out, and leaves the bytes as they were.
 class ByteBuffer {
  public:
   ByteBuffer() = default;
@@ -23,6 +26,7 @@ class ByteBuffer {
   const char* data() const { return bytes_.get(); }
   std::size_t size() const { return size_; }
 
+  // Room that is not counted before it is used.
   void reserve(std::size_t capacity);
   void append(const void* bytes, std::size_t count);
   // The bytes behind the old end hold anything.
@@ -32,6 +36,9 @@ class ByteBuffer {
   struct Free {
     void operator()(char* bytes) const { std::free(bytes); }
   };
+  void countTo(std::size_t size);
+
+  BudgetShare counted_{messageMemory()};
   std::unique_ptr<char, Free> bytes_;
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;

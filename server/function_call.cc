@@ -5,21 +5,23 @@
 #include <google/protobuf/arena.h>
 
 #include <cstdint>
-#include <limits>
 #include <new>
 #include <string>
 
 #include "function_error.h"
-#include "hcy.client.VORTENParams.pb.h"
 #include "hcy.client.VORTENResult.pb.h"
-#include "message_memory.h"
+#include "reply_room.h"
+#include "serialized_error.h"
 
 namespace hcy::server {
 namespace {
 
-using client::VORTEN_Error;
 using client::VORTEN_Params;
 using client::VORTEN_Result;
+using google::protobuf::Arena;
+
+// A few hundredths of a second.
+constexpr double kManySteps = 3e7;
 
 std::string between(int least, int most) {
   if (most == kAnyNumber) return std::to_string(least) + " or more";
@@ -41,57 +43,62 @@ void checkCounts(const Function& function, const Call& call) {
   }
 }
 
-ByteBuffer serialized(const VORTEN_Result& result) {
-  const std::size_t size = result.ByteSizeLong();
-  if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-    throw FunctionError(kResultSize, "The outputs take more than 2147483647 bytes.");
-  }
-  ByteBuffer bytes;
-  bytes.resizeUninitialized(size);
-  result.SerializeWithCachedSizesToArray(reinterpret_cast<std::uint8_t*>(bytes.data()));
-  return bytes;
-}
-
-ByteBuffer serializedError(const Function& function, const FunctionError& error) {
-  google::protobuf::Arena arena;
-  auto& result = *google::protobuf::Arena::CreateMessage<VORTEN_Result>(&arena);
-  VORTEN_Error& message = *result.mutable_error();
-  message.set_message(error.what());
-  message.set_identifier(error.identifier());
-  for (const StackFrame& frame : error.stack()) {
-    VORTEN_Error::Stack_Frame& added = *message.add_stack();
-    added.set_file(frame.file);
-    added.set_name(frame.name.empty() ? std::string(function.path) : frame.name);
-    added.set_line(frame.line);
-  }
-  return serialized(result);
-}
-
-Evaluation callFunction(const Function& function, VORTEN_Params& params) try {
-  auto& result = *google::protobuf::Arena::CreateMessage<VORTEN_Result>(params.GetArena());
-  Call call{*params.mutable_rhs(), *result.mutable_lhs(), params.nargout()};
-  checkCounts(function, call);
-  function.evaluate(call);
-  if (call.outputs.size() > call.nargout) {
-    call.outputs.DeleteSubrange(call.nargout, call.outputs.size() - call.nargout);
-  }
-  return {serialized(result), call.replyDelay};
-} catch (const FunctionError& error) {
-  return {serializedError(function, error)};
-} catch (const std::bad_alloc&) {
-  return {serializedError(
-      function, FunctionError(kServerMemory, "The server has not enough memory for this call."))};
+std::uint8_t* bytesOf(Evaluation& evaluation) {
+  return reinterpret_cast<std::uint8_t*>(evaluation.result.data());
 }
 
 }  // namespace
 
-std::optional<Evaluation> evaluate(const Function& function, ByteBuffer body) {
-  google::protobuf::Arena arena(boundedArena());
-  auto& params = *google::protobuf::Arena::CreateMessage<VORTEN_Params>(&arena);
+FunctionCall::FunctionCall(const Function& function)
+    : function_(function), params_(*Arena::CreateMessage<VORTEN_Params>(&*arena_)) {}
+
+bool FunctionCall::parse(ByteBuffer body) {
+  requestSize_ = body.size();
   // Null data of an empty body is fine: no byte of it is read.
-  if (!params.ParseFromArray(body.data(), static_cast<int>(body.size()))) return std::nullopt;
-  body = ByteBuffer();
-  return callFunction(function, params);
+  return params_.ParseFromArray(body.data(), static_cast<int>(body.size()));
+}
+
+bool FunctionCall::takesLong() const {
+  // Of something that is not a number, nothing is known.
+  return function_.steps != nullptr && !(function_.steps(params_.rhs()) <= kManySteps);
+}
+
+Evaluation FunctionCall::evaluate() try {
+  return evaluateFunction();
+} catch (const FunctionError& error) {
+  return raised(error);
+} catch (const std::bad_alloc&) {
+  return raised(FunctionError(kServerMemory, "The server has not enough memory for this call."));
+}
+
+Evaluation FunctionCall::evaluateFunction() {
+  auto& result = *Arena::CreateMessage<VORTEN_Result>(&*arena_);
+  Call call{*params_.mutable_rhs(), *result.mutable_lhs(), params_.nargout(),
+            longestReplyTo(requestSize_)};
+  checkCounts(function_, call);
+  function_.evaluate(call);
+  if (call.outputs.size() > call.nargout) {
+    call.outputs.DeleteSubrange(call.nargout, call.outputs.size() - call.nargout);
+  }
+  Evaluation evaluation = withRoomFor(result.ByteSizeLong());
+  result.SerializeWithCachedSizesToArray(bytesOf(evaluation));
+  evaluation.replyDelay = call.replyDelay;
+  return evaluation;
+}
+
+Evaluation FunctionCall::raised(const FunctionError& error) const try {
+  const SerializedError serialized(error, function_.path);
+  Evaluation evaluation = withRoomFor(serialized.size());
+  serialized.writeTo(bytesOf(evaluation));
+  return evaluation;
+} catch (const FunctionError& tooLong) {
+  return raised(tooLong);
+}
+
+Evaluation FunctionCall::withRoomFor(std::size_t size) const {
+  Evaluation evaluation{{}, takeReplyRoom(size, requestSize_)};
+  evaluation.result.resizeUninitialized(size);
+  return evaluation;
 }
 
 }  // namespace hcy::server

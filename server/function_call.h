@@ -5,21 +5,49 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
+#include <cstddef>
 
+#include "budget.h"
 #include "byte_buffer.h"
+#include "function_error.h"
 #include "function_table.h"
+#include "hcy.client.VORTENParams.pb.h"
+#include "message_memory.h"
 
 namespace hcy::server {
 
 struct Evaluation {
   // A serialised VORTEN_Result: the outputs, or the error that was raised.
   ByteBuffer result;
+  BudgetShare room;
   std::chrono::nanoseconds replyDelay{0};
 };
 
-// Absent if the body is no VORTEN_Params. Throws std::bad_alloc if the arguments take more memory
-// than there is.
-std::optional<Evaluation> evaluate(const Function& function, ByteBuffer body);
+// One call, whose steps may be taken on different threads.
+class FunctionCall {
+ public:
+  explicit FunctionCall(const Function& function);
+
+  // False if the body is not a VORTEN_Params. Throws std::bad_alloc if the arguments take more
+  // memory than there is.
+  bool parse(ByteBuffer body);
+
+  // Whether evaluating may take longer than other clients should wait. For after parsing.
+  bool takesLong() const;
+
+  // For once, after parsing. Throws an Overload if there is no room for the reply, and
+  // std::bad_alloc if there is no memory for it.
+  Evaluation evaluate();
+
+ private:
+  Evaluation evaluateFunction();
+  Evaluation raised(const FunctionError& error) const;
+  Evaluation withRoomFor(std::size_t size) const;
+
+  const Function& function_;
+  BoundedArena arena_;
+  client::VORTEN_Params& params_;
+  std::size_t requestSize_ = 0;
+};
 
 }  // namespace hcy::server

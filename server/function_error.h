@@ -7,7 +7,6 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace hcy::server {
 
@@ -23,7 +22,7 @@ struct StackFrame {
   std::string file;
   // Left empty, it stands for the function that was called.
   std::string name;
-  int line;
+  int line = 0;
 };
 
 class FunctionError : public std::runtime_error {
@@ -31,14 +30,22 @@ class FunctionError : public std::runtime_error {
   // One frame: the function, at the line that raises the error.
   FunctionError(std::string identifier, const std::string& message,
                 const char* file = __builtin_FILE(), int line = __builtin_LINE())
-      : FunctionError(std::move(identifier), message, {{fileName(file), "", line}}) {}
+      : std::runtime_error(message),
+        identifier_(std::move(identifier)),
+        ownFrame_{fileName(file), "", line} {}
 
-  // The frames innermost first.
-  FunctionError(std::string identifier, const std::string& message, std::vector<StackFrame> stack)
-      : std::runtime_error(message), identifier_(std::move(identifier)), stack_(std::move(stack)) {}
+  // `depth` frames, innermost first, each made when it is needed: all at once would take far more
+  // memory than the reply.
+  FunctionError(std::string identifier, const std::string& message, int depth,
+                StackFrame (*frameAt)(int))
+      : std::runtime_error(message),
+        identifier_(std::move(identifier)),
+        depth_(depth),
+        frameAt_(frameAt) {}
 
   const std::string& identifier() const { return identifier_; }
-  const std::vector<StackFrame>& stack() const { return stack_; }
+  int depth() const { return depth_; }
+  StackFrame frame(int index) const { return frameAt_ == nullptr ? ownFrame_ : frameAt_(index); }
 
  private:
   static std::string fileName(const std::string& path) {
@@ -46,7 +53,9 @@ class FunctionError : public std::runtime_error {
   }
 
   std::string identifier_;
-  std::vector<StackFrame> stack_;
+  int depth_ = 1;
+  StackFrame ownFrame_{};
+  StackFrame (*frameAt_)(int) = nullptr;
 };
 
 }  // namespace hcy::server

@@ -7,6 +7,7 @@
 #include <google/protobuf/repeated_ptr_field.h>
 
 #include <chrono>
+#include <cstddef>
 #include <limits>
 #include <span>
 #include <string>
@@ -26,6 +27,8 @@ struct Call {
   // A function may leave more outputs than were asked for; the caller drops them.
   Arrays& outputs;
   int nargout;
+  // In bytes. A function that makes much of little looks here before it does.
+  std::size_t longestReply;
   // How long the reply waits.
   std::chrono::nanoseconds replyDelay{0};
 };
@@ -39,6 +42,9 @@ struct Function {
   int maxInputs;
   int maxOutputs;
   void (*evaluate)(Call&);
+  // Roughly how many steps it takes, of arguments that nothing is known about; null if that is in
+  // proportion to their size.
+  double (*steps)(const Arrays& inputs);
   std::string_view arguments;
   std::string_view outputs;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What the table calls. A function trusts that the number of inputs and of outputs is one that its
-// row allows; all else it checks, and raises a FunctionError.
+// row allows; all else it checks, and raises a FunctionError. An estimate of steps trusts nothing.
 
 #pragma once
 
@@ -20,5 +20,9 @@ void textSplit(Call& call);
 void sparseMultiply(Call& call);
 void demoFail(Call& call);
 void demoSleep(Call& call);
+
+double linalgSteps(const Arrays& inputs);
+double sparseMultiplySteps(const Arrays& inputs);
+double demoFailSteps(const Arrays& inputs);
 
 }  // namespace hcy::server

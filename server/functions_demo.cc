@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cmath>
 #include <string>
-#include <vector>
 
 #include "array_values.h"
 #include "function_error.h"
@@ -23,19 +22,24 @@ int depthArgument(Array& array) {
   return static_cast<int>(depth);
 }
 
+StackFrame frameAt(int index) {
+  const std::string number = std::to_string(index + 1);
+  return {"demo/fail_" + number, "fail_" + number, index + 1};
+}
+
 }  // namespace
+
+double demoFailSteps(const Arrays& inputs) {
+  constexpr double kStepsOfOneFrame = 500;
+  if (inputs.size() < 3 || inputs[2].qxdouble().elements_size() != 1) return 0;
+  return inputs[2].qxdouble().elements(0) * kStepsOfOneFrame;
+}
 
 void demoFail(Call& call) {
   const std::string identifier = utf8Text(call.inputs[0], "identifier");
   const std::string message = utf8Text(call.inputs[1], "message");
   const int depth = call.inputs.size() > 2 ? depthArgument(call.inputs[2]) : 1;
-  std::vector<StackFrame> stack;
-  stack.reserve(static_cast<std::size_t>(depth));
-  for (int frame = 1; frame <= depth; ++frame) {
-    const std::string number = std::to_string(frame);
-    stack.push_back({"demo/fail_" + number, "fail_" + number, frame});
-  }
-  throw FunctionError(identifier, message, std::move(stack));
+  throw FunctionError(identifier, message, depth, frameAt);
 }
 
 void demoSleep(Call& call) {

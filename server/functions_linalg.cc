@@ -2,6 +2,7 @@
 
 #include <Eigen/LU>
 #include <Eigen/SVD>
+#include <algorithm>
 #include <limits>
 
 #include "array_values.h"
@@ -39,6 +40,16 @@ void putEmptyFactors(Call& call, Eigen::Index rows, Eigen::Index columns) {
 }
 
 }  // namespace
+
+// In proportion to the product of A's extents and the smaller one of them.
+double linalgSteps(const Arrays& inputs) {
+  if (inputs.empty() || inputs[0].dimension_size() < 2) return 0;
+  const auto rows = static_cast<double>(inputs[0].dimension(0));
+  const auto columns = static_cast<double>(inputs[0].dimension(1));
+  const double ofA = rows * columns * std::min(rows, columns);
+  // Solving goes through the rest once more for each column of B.
+  return inputs.size() < 2 ? ofA : ofA + rows * inputs[1].qxdouble().elements_size();
+}
 
 void linalgSolve(Call& call) {
   MatrixView a = matrixArgument(call.inputs[0], "A");

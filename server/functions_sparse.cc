@@ -76,11 +76,25 @@ SparseView sparseArgument(Array& array, const std::string& name) {
 
 }  // namespace
 
+// Each value of A, and each row of the result, is met once for each column of B.
+double sparseMultiplySteps(const Arrays& inputs) {
+  if (inputs.size() < 2 || inputs[0].dimension_size() < 2 || inputs[1].dimension_size() < 2)
+    return 0;
+  const VORTEN_Array::Sparse& a = inputs[0].sparse();
+  return (static_cast<double>(inputs[0].dimension(0)) + a.ir_size() + a.jc_size()) *
+         static_cast<double>(inputs[1].dimension(1));
+}
+
 void sparseMultiply(Call& call) {
   const SparseView a = sparseArgument(call.inputs[0], "A");
   const MatrixView b = matrixArgument(call.inputs[1], "B");
   if (a.columns != static_cast<std::uint64_t>(b.rows())) {
     throw FunctionError(kArgumentSize, "A has not as many columns as B has rows.");
+  }
+  const std::vector<std::uint64_t> shape{a.rows, static_cast<std::uint64_t>(b.cols())};
+  // Zeros that are too long for any reply are not worth making.
+  if (elementCount(shape, "The result") > call.longestReply / sizeof(double)) {
+    throw FunctionError(kResultSize, "The result is " + describeShape(shape) + ", too large.");
   }
   double* product =
       makeDoubles(*call.outputs.Add(), {a.rows, static_cast<std::size_t>(b.cols())}).mutable_data();

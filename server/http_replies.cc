@@ -9,8 +9,7 @@
 #include <string>
 #include <utility>
 
-#include "function_call.h"
-#include "function_table.h"
+#include "overload.h"
 
 namespace hcy::server {
 namespace {
@@ -53,38 +52,10 @@ std::string_view pathOf(const HttpRequest& request) {
   return path == std::string_view::npos ? "/" : target.substr(path);
 }
 
-Reply call(const Function& function, HttpRequest& request) {
-  std::optional<Evaluation> evaluation = evaluate(function, std::move(request.body()));
-  if (!evaluation) {
-    return {plainText(http::status::bad_request, "The body is no VORTEN_Params.\n")};
-  }
-  return {makeResponse(http::status::ok, kProtobuf, std::move(evaluation->result)),
-          evaluation->replyDelay};
-}
-
-Reply route(HttpRequest& request) {
-  const std::string_view path = pathOf(request);
-  const http::verb method = request.method();
-  if (path == "/") {
-    if (method != http::verb::get && method != http::verb::head) {
-      return {methodNotAllowed("GET, HEAD")};
-    }
-    return {plainText(http::status::ok, listOfFunctions())};
-  }
-  const Function* function = path.starts_with('/') ? findFunction(path.substr(1)) : nullptr;
-  if (function == nullptr) {
-    return {plainText(http::status::not_found, "There is no function of this path.\n")};
-  }
-  if (method != http::verb::post) return {methodNotAllowed("POST")};
-  return call(*function, request);
-}
-
-Reply routeOrFail(HttpRequest& request) try {
-  return route(request);
-} catch (const std::bad_alloc&) {
-  return {plainText(http::status::internal_server_error, "Not enough memory.\n")};
-} catch (const std::exception& error) {
-  return {plainText(http::status::internal_server_error, std::string(error.what()) + "\n")};
+Reply evaluated(FunctionCall& call) {
+  Evaluation evaluation = call.evaluate();
+  return {makeResponse(http::status::ok, kProtobuf, std::move(evaluation.result)),
+          evaluation.replyDelay, std::nullopt, std::move(evaluation.room)};
 }
 
 }  // namespace
@@ -105,13 +76,50 @@ std::optional<Reply> refusalOfHeader(const HttpRequest& request) {
   return std::nullopt;
 }
 
-Reply replyTo(HttpRequest& request) {
-  Reply reply = routeOrFail(request);
+const Function* functionCalledBy(const HttpRequest& request) {
+  const std::string_view path = pathOf(request);
+  if (request.method() != http::verb::post || !path.starts_with('/')) return nullptr;
+  return findFunction(path.substr(1));
+}
+
+Reply replyWithoutCall(const HttpRequest& request) {
+  const std::string_view path = pathOf(request);
+  if (path == "/") {
+    if (request.method() != http::verb::get && request.method() != http::verb::head) {
+      return {methodNotAllowed("GET, HEAD")};
+    }
+    return {plainText(http::status::ok, listOfFunctions())};
+  }
+  if (path.starts_with('/') && findFunction(path.substr(1)) != nullptr) {
+    return {methodNotAllowed("POST")};
+  }
+  return {plainText(http::status::not_found, "There is no function of this path.\n")};
+}
+
+std::optional<Reply> failureToParse(FunctionCall& call, HttpRequest& request) try {
+  if (call.parse(std::move(request.body()))) return std::nullopt;
+  return Reply{plainText(http::status::bad_request, "The body is no VORTEN_Params.\n")};
+} catch (const std::bad_alloc&) {
+  return overloaded(kNoMemory);
+}
+
+Reply replyTo(FunctionCall& call) try { return evaluated(call); } catch (const Overload& overload) {
+  return overloaded(std::string(overload.what()) + "\n");
+} catch (const std::bad_alloc&) {
+  return overloaded(kNoMemory);
+} catch (const std::exception& error) {
+  return {plainText(http::status::internal_server_error, std::string(error.what()) + "\n")};
+}
+
+Reply overloaded(std::string_view reason) {
+  return {plainText(http::status::service_unavailable, reason)};
+}
+
+void finish(Reply& reply, const HttpRequest& request) {
   reply.message.version(request.version());
   reply.message.keep_alive(request.keep_alive());
   // The length stays, as it would be for GET.
   if (request.method() == http::verb::head) reply.message.body() = ByteBuffer();
-  return reply;
 }
 
 }  // namespace hcy::server

@@ -8,6 +8,12 @@
 #include <iostream>
 
 namespace hcy::server {
+namespace {
+
+constexpr double kShortestTimeout = 0.001;
+constexpr double kLongestTimeout = 86'400;
+
+}  // namespace
 
 CommandLine parseCommandLine(int argc, char** argv) {
   Options options;
@@ -20,6 +26,14 @@ CommandLine parseCommandLine(int argc, char** argv) {
       ->capture_default_str();
   app.add_option("--max-body", options.maxBody, "Longest request body, in bytes")
       ->check(CLI::Range(std::uint64_t{0}, kLargestBody))
+      ->capture_default_str();
+  app.add_option("--request-timeout", options.requestSeconds,
+                 "Seconds that a client may take to send a request")
+      ->check(CLI::Range(kShortestTimeout, kLongestTimeout))
+      ->capture_default_str();
+  app.add_option("--reply-timeout", options.replySeconds,
+                 "Seconds that a client may read nothing of a reply")
+      ->check(CLI::Range(kShortestTimeout, kLongestTimeout))
       ->capture_default_str();
   CLI::Option* certificate =
       app.add_option("--cert", options.certificateFile, "Serve https with this certificate (PEM)")

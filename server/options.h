@@ -17,6 +17,9 @@ struct Options {
   std::string host = "127.0.0.1";
   std::uint16_t port = 8080;
   std::uint64_t maxBody = kLargestBody;
+  // How long a client may take to send a request, and how long it may read nothing of a reply.
+  double requestSeconds = 30;
+  double replySeconds = 60;
   bool stopOnEof = false;
   // PEM files; empty for plain HTTP.
   std::string certificateFile;

@@ -2,6 +2,7 @@
 
 #include "server.h"
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include <boost/asio/strand.hpp>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <optional>
 #include <semaphore>
@@ -22,6 +24,8 @@
 #include <utility>
 #include <vector>
 
+#include "call_threads.h"
+#include "connections.h"
 #include "message_memory.h"
 #include "session.h"
 #include "tls_context.h"
@@ -34,15 +38,31 @@ using asio::ip::tcp;
 using boost::system::error_code;
 using std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kAcceptPause{100};
+constexpr std::chrono::milliseconds kAcceptPause{20};
 constexpr std::chrono::seconds kCalculationTime{2};
+// Each connection costs memory, too, however many descriptors there are.
+constexpr std::size_t kMostConnections = 4096;
+constexpr std::size_t kFewestConnections = 4;
+// For connections that are being closed, and for what the system libraries open.
+constexpr std::size_t kSpareDescriptors = 16;
+// Those of our own contexts, of the socket that listens and of the standard streams.
+constexpr std::size_t kOwnDescriptors = 16;
+
+std::size_t mostConnections() {
+  rlimit files{};
+  if (::getrlimit(RLIMIT_NOFILE, &files) != 0) return kFewestConnections;
+  constexpr std::size_t reserved = kOwnDescriptors + kSpareDescriptors;
+  const std::size_t limit = files.rlim_cur;
+  if (limit < reserved + kFewestConnections) return kFewestConnections;
+  return std::min(limit - reserved, kMostConnections);
+}
 
 }  // namespace
 
 class Server::Implementation {
  public:
   explicit Implementation(Options options) : options_(std::move(options)) {
-    setMessageMemoryLimit(messageMemoryLimitFor(options_.maxBody));
+    messageMemory().setLimit(messageMemoryLimitFor(options_.maxBody));
     if (options_.usesTls()) tls_.emplace(makeTlsContext(options_));
     listen();
     signals_.async_wait([this](error_code, int) { control_.stop(); });
@@ -60,11 +80,14 @@ class Server::Implementation {
 
   void run() {
     accept();
+    std::vector<asio::io_context*> contexts = callThreads_.contexts();
+    contexts.insert(contexts.end(), std::max(2U, std::thread::hardware_concurrency()), &io_);
     std::vector<std::jthread> threads;
-    const unsigned count = std::max(2U, std::thread::hardware_concurrency());
-    for (unsigned i = 0; i < count; ++i) threads.emplace_back([this] { serve(); });
+    for (asio::io_context* context : contexts) {
+      threads.emplace_back([this, context] { serve(*context); });
+    }
     control_.run();
-    io_.stop();
+    for (asio::io_context* context : contexts) context->stop();
     awaitEnds(threads.size());
   }
 
@@ -78,20 +101,32 @@ class Server::Implementation {
     acceptor_.set_option(tcp::acceptor::reuse_address(true));
     acceptor_.bind(endpoint);
     acceptor_.listen();
+    acceptor_.non_blocking(true);
   } catch (const boost::system::system_error& error) {
     throw std::runtime_error("cannot listen on " + options_.host + ":" +
                              std::to_string(options_.port) + ": " + error.what());
   }
 
+  // Without a descriptor that is left, accepting fails even if there is nobody to accept. So that
+  // is awaited first.
   void accept() {
-    acceptor_.async_accept(asio::make_strand(io_), [this](error_code ec, tcp::socket socket) {
-      if (ec) return acceptLater();
-      start(std::move(socket));
-      accept();
-    });
+    acceptor_.async_wait(tcp::acceptor::wait_read,
+                         [this](error_code ec) { ec ? acceptLater() : acceptOne(); });
   }
 
-  // Most likely there are too many open files, and some will be closed.
+  void acceptOne() {
+    tcp::socket socket(asio::make_strand(io_));
+    error_code ec;
+    acceptor_.accept(socket, ec);
+    // The client may have left already.
+    if (ec == asio::error::would_block) return accept();
+    if (!ec) start(std::move(socket));
+    // Most errors are that there are too many open files.
+    const bool hasRoom = !ec && !connections_.isFull();
+    if (hasRoom || (connections_.closeIdlest() && !ec)) return accept();
+    acceptLater();
+  }
+
   void acceptLater() {
     acceptTimer_.expires_after(kAcceptPause);
     acceptTimer_.async_wait([this](error_code) { accept(); });
@@ -100,9 +135,9 @@ class Server::Implementation {
   void start(tcp::socket socket) try {
     socket.set_option(tcp::no_delay(true));
     if (tls_) {
-      startTlsSession(std::move(socket), *tls_, options_.maxBody);
+      startTlsSession(std::move(socket), *tls_, surroundings_);
     } else {
-      startSession(std::move(socket), options_.maxBody);
+      startSession(std::move(socket), surroundings_);
     }
   } catch (const std::exception&) {
     // This connection is lost; the next one may not be.
@@ -114,10 +149,10 @@ class Server::Implementation {
     });
   }
 
-  void serve() {
-    while (!io_.stopped()) {
+  void serve(asio::io_context& context) {
+    while (!context.stopped()) {
       try {
-        io_.run();
+        context.run();
       } catch (const std::exception&) {
         // Whatever went wrong took one connection with it.
       }
@@ -135,7 +170,11 @@ class Server::Implementation {
 
   const Options options_;
   std::optional<asio::ssl::context> tls_;
+  Connections connections_{mostConnections()};
   asio::io_context io_;
+  // Its tasks hold sessions, which end before io_ does.
+  CallThreads callThreads_{mostConnections() / 2};
+  const SessionSurroundings surroundings_{options_, connections_, callThreads_};
   tcp::acceptor acceptor_{io_};
   asio::steady_timer acceptTimer_{io_};
   std::counting_semaphore<> ended_{0};

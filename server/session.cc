@@ -2,15 +2,21 @@
 
 #include "session.h"
 
+#include <algorithm>
 #include <boost/asio/dispatch.hpp>
+#include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/read.hpp>
+#include <boost/beast/http/serializer.hpp>
 #include <boost/beast/http/write.hpp>
 #include <boost/beast/ssl/ssl_stream.hpp>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -27,52 +33,89 @@ namespace beast = boost::beast;
 namespace http = beast::http;
 using beast::error_code;
 using std::chrono::seconds;
+using std::chrono::steady_clock;
 
 using PlainStream = beast::tcp_stream;
 using TlsStream = beast::ssl_stream<beast::tcp_stream>;
 
-// How much is read at once; Beast reads as much as the buffer has room for.
+// How much is read at once; Beast reads as much as the buffer has room for. A line of a request
+// that does not fit is too long.
 constexpr std::size_t kReadSize = std::size_t{64} << 10;
 constexpr std::size_t kLongestHeader = std::size_t{16} << 10;
-constexpr seconds kHandshakeTime{30};
+// The size of a chunk, in hexadecimal digits, and the two line ends of a chunk.
+constexpr std::size_t kFrameOfChunk = 16 + 4;
 constexpr seconds kFarewellTime{5};
+// A transfer that is slower on the whole is given up.
+constexpr std::size_t kSlowestBytesPerSecond = std::size_t{1} << 20;
+constexpr steady_clock::time_point kNever = steady_clock::time_point::max();
 constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
+
+steady_clock::duration durationOf(double count) {
+  return std::chrono::duration_cast<steady_clock::duration>(std::chrono::duration<double>(count));
+}
 
 template <class Stream>
 class Session : public std::enable_shared_from_this<Session<Stream>> {
  public:
   template <class... StreamArguments>
-  explicit Session(std::uint64_t maxBody, StreamArguments&&... streamArguments)
+  explicit Session(const SessionSurroundings& surroundings, StreamArguments&&... streamArguments)
       : stream_(std::forward<StreamArguments>(streamArguments)...),
         replyTimer_(stream_.get_executor()),
-        maxBody_(maxBody) {}
+        deadlineTimer_(stream_.get_executor()),
+        surroundings_(surroundings) {}
 
   void start() {
+    const auto close = [executor = stream_.get_executor(), session = this->weak_from_this()] {
+      asio::post(executor, [session] {
+        if (const auto self = session.lock()) self->tcp().close();
+      });
+    };
+    place_.emplace(surroundings_.connections, close);
     asio::dispatch(stream_.get_executor(), [self = this->shared_from_this()] { self->begin(); });
   }
 
  private:
   void begin() {
     buffer_.reserve(kReadSize);
+    beginTransfer(surroundings_.options.requestSeconds);
     if constexpr (std::is_same_v<Stream, TlsStream>) {
-      tcp().expires_after(kHandshakeTime);
       stream_.async_handshake(asio::ssl::stream_base::server,
                               [self = this->shared_from_this()](error_code ec) {
-                                if (ec) return;
-                                self->tcp().expires_never();
-                                self->readHeader();
+                                if (!ec) self->readFirstHeader();
                               });
     } else {
-      readHeader();
+      readFirstHeader();
     }
+  }
+
+  void readFirstHeader() {
+    beginTransfer(surroundings_.options.requestSeconds);
+    readHeader();
+  }
+
+  // Between requests a client may take its time.
+  void awaitNextRequest() {
+    setDeadline(kNever);
+    place_->awaitClient();
+    if (buffer_.size() > 0) return readFirstHeader();
+    stream_.async_read_some(buffer_.prepare(kReadSize),
+                            [self = this->shared_from_this()](error_code ec, std::size_t count) {
+                              if (ec) return self->sayFarewell();
+                              self->buffer_.commit(count);
+                              self->readFirstHeader();
+                            });
   }
 
   void readHeader() {
     parser_.emplace();
     parser_->header_limit(kLongestHeader);
-    parser_->body_limit(maxBody_);
+    parser_->body_limit(surroundings_.options.maxBody);
+    chunks_ = 0;
+    bodyBytes_ = 0;
+    parser_->on_chunk_header(countChunk_);
     http::async_read_header(stream_, buffer_, *parser_,
-                            [self = this->shared_from_this()](error_code ec, std::size_t) {
+                            [self = this->shared_from_this()](error_code ec, std::size_t count) {
+                              if (!ec && count > kLongestHeader) ec = http::error::header_limit;
                               ec ? self->refuse(ec) : self->beginBody();
                             });
   }
@@ -90,17 +133,36 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
   }
 
   void readBody() {
-    http::async_read(stream_, buffer_, *parser_,
-                     [self = this->shared_from_this()](error_code ec, std::size_t) {
-                       ec ? self->refuse(ec) : self->answer();
-                     });
+    if (parser_->is_done()) return answer();
+    http::async_read_some(stream_, buffer_, *parser_,
+                          [self = this->shared_from_this()](error_code ec, std::size_t count) {
+                            self->bodyBytes_ += count;
+                            if (!ec && self->isMostlyFrame()) ec = http::error::header_limit;
+                            if (ec) return self->refuse(ec);
+                            self->continueTransfer(count);
+                            self->readBody();
+                          });
+  }
+
+  // Whether extensions of chunks and trailers take more than a header may.
+  bool isMostlyFrame() const {
+    const std::size_t frame = bodyBytes_ - parser_->get().body().size();
+    return frame > kLongestHeader + kFrameOfChunk * chunks_;
   }
 
   void answer() {
-    Reply reply = replyTo(parser_->get());
-    if (reply.delay == decltype(reply.delay)::zero()) return write(std::move(reply));
-    replyTimer_.expires_after(reply.delay);
-    reply_.emplace(std::move(reply));
+    setDeadline(kNever);
+    place_->keepClientWaiting();
+    surroundings_.callThreads.answer(
+        parser_->get(), [self = this->shared_from_this()](Reply reply) {
+          self->reply_.emplace(std::move(reply));
+          asio::dispatch(self->stream_.get_executor(), [self] { self->deliver(); });
+        });
+  }
+
+  void deliver() {
+    if (reply_->delay == decltype(reply_->delay)::zero()) return writeReply();
+    replyTimer_.expires_after(reply_->delay);
     replyTimer_.async_wait([self = this->shared_from_this()](error_code ec) {
       if (!ec) self->writeReply();
     });
@@ -112,11 +174,12 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
     if (ec == http::error::body_limit) {
       return write(refusal(status::payload_too_large, "The body is too long.\n"));
     }
-    if (ec == http::error::header_limit) {
-      return write(refusal(status::request_header_fields_too_large, "The header is too long.\n"));
+    if (ec == http::error::header_limit || ec == http::error::buffer_overflow) {
+      return write(refusal(status::request_header_fields_too_large,
+                           "The header, extensions of chunks or trailers are too long.\n"));
     }
     if (ec == boost::system::errc::not_enough_memory) {
-      return write(refusal(status::internal_server_error, "Not enough memory.\n"));
+      return write(refusal(status::service_unavailable, kNoMemory));
     }
     if (ec.category() == make_error_code(http::error::bad_method).category()) {
       return write(
@@ -131,17 +194,32 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
   }
 
   void writeReply() {
-    http::async_write(stream_, reply_->message,
-                      [self = this->shared_from_this()](error_code ec, std::size_t) {
-                        if (ec) return;
-                        const bool keepAlive = self->reply_->message.keep_alive();
-                        self->reply_.reset();
-                        keepAlive ? self->readHeader() : self->sayFarewell();
-                      });
+    // Nothing of the request is needed while the reply waits to be read.
+    parser_.reset();
+    reply_->place.reset();
+    serializer_.emplace(reply_->message);
+    beginTransfer(surroundings_.options.replySeconds);
+    writeSome();
+  }
+
+  void writeSome() {
+    http::async_write_some(stream_, *serializer_,
+                           [self = this->shared_from_this()](error_code ec, std::size_t count) {
+                             if (ec) return;
+                             self->continueTransfer(count);
+                             self->serializer_->is_done() ? self->endReply() : self->writeSome();
+                           });
+  }
+
+  void endReply() {
+    const bool keepAlive = reply_->message.keep_alive();
+    serializer_.reset();
+    reply_.reset();
+    keepAlive ? awaitNextRequest() : sayFarewell();
   }
 
   void sayFarewell() {
-    tcp().expires_after(kFarewellTime);
+    setDeadline(steady_clock::now() + kFarewellTime);
     if constexpr (std::is_same_v<Stream, TlsStream>) {
       stream_.async_shutdown([self = this->shared_from_this()](error_code) { self->endSending(); });
     } else {
@@ -165,24 +243,72 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
                           });
   }
 
+  void beginTransfer(double patience) {
+    patience_ = durationOf(patience);
+    transferBegin_ = steady_clock::now();
+    transferred_ = 0;
+    continueTransfer(0);
+  }
+
+  // The client may pause that long, but more than once only as long as it is fast on the whole.
+  void continueTransfer(std::size_t count) {
+    place_->awaitClient();
+    transferred_ += count;
+    const auto credit = seconds(transferred_ / kSlowestBytesPerSecond);
+    setDeadline(std::min(steady_clock::now(), transferBegin_ + credit) + patience_);
+  }
+
+  // The timer is not set anew each time: that would cost more than reading does.
+  void setDeadline(steady_clock::time_point deadline) {
+    deadline_ = deadline;
+    if (deadline < deadlineTimer_.expiry() || !isTimed_) startDeadlineTimer();
+  }
+
+  void startDeadlineTimer() {
+    isTimed_ = deadline_ != kNever;
+    if (!isTimed_) return;
+    deadlineTimer_.expires_at(deadline_);
+    deadlineTimer_.async_wait([session = this->weak_from_this()](error_code ec) {
+      if (const auto self = session.lock(); self && !ec) self->checkDeadline();
+    });
+  }
+
+  void checkDeadline() {
+    if (steady_clock::now() >= deadline_) return tcp().close();
+    startDeadlineTimer();
+  }
+
   beast::tcp_stream& tcp() { return beast::get_lowest_layer(stream_); }
 
   Stream stream_;
   asio::steady_timer replyTimer_;
-  const std::uint64_t maxBody_;
-  beast::flat_buffer buffer_;
+  asio::steady_timer deadlineTimer_;
+  bool isTimed_ = false;
+  steady_clock::time_point deadline_ = kNever;
+  steady_clock::time_point transferBegin_;
+  steady_clock::duration patience_{};
+  std::size_t transferred_ = 0;
+  const SessionSurroundings surroundings_;
+  std::optional<Connections::Place> place_;
+  beast::flat_buffer buffer_{kReadSize};
   std::optional<http::request_parser<ByteBody>> parser_;
+  std::size_t bodyBytes_ = 0;
+  std::size_t chunks_ = 0;
+  std::function<void(std::uint64_t, beast::string_view, error_code&)> countChunk_ =
+      [this](std::uint64_t, beast::string_view, error_code&) { ++chunks_; };
   std::optional<Reply> reply_;
+  std::optional<http::response_serializer<ByteBody>> serializer_;
 };
 
 }  // namespace
 
-void startSession(asio::ip::tcp::socket socket, std::uint64_t maxBody) {
-  std::make_shared<Session<PlainStream>>(maxBody, std::move(socket))->start();
+void startSession(asio::ip::tcp::socket socket, const SessionSurroundings& surroundings) {
+  std::make_shared<Session<PlainStream>>(surroundings, std::move(socket))->start();
 }
 
-void startTlsSession(asio::ip::tcp::socket socket, asio::ssl::context& tls, std::uint64_t maxBody) {
-  std::make_shared<Session<TlsStream>>(maxBody, std::move(socket), tls)->start();
+void startTlsSession(asio::ip::tcp::socket socket, asio::ssl::context& tls,
+                     const SessionSurroundings& surroundings) {
+  std::make_shared<Session<TlsStream>>(surroundings, std::move(socket), tls)->start();
 }
 
 }  // namespace hcy::server

@@ -7,13 +7,23 @@
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
-#include <cstdint>
+
+#include "call_threads.h"
+#include "connections.h"
+#include "options.h"
 
 namespace hcy::server {
 
+// What sessions share; it outlives them.
+struct SessionSurroundings {
+  const Options& options;
+  Connections& connections;
+  CallThreads& callThreads;
+};
+
 // The socket's executor is a strand.
-void startSession(boost::asio::ip::tcp::socket socket, std::uint64_t maxBody);
+void startSession(boost::asio::ip::tcp::socket socket, const SessionSurroundings& surroundings);
 void startTlsSession(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context& tls,
-                     std::uint64_t maxBody);
+                     const SessionSurroundings& surroundings);
 
 }  // namespace hcy::server

@@ -58,6 +58,21 @@ TEST(HostileMessages, HideHugeExtentsBesideAZero) {
   EXPECT_EQ(errorOf(server, "/sparse/multiply", 1, {column, wide}), "halcyon:result:size");
 }
 
+TEST(HostileMessages, AskForFarMoreThanTheySend) {
+  const LocalServer server;
+  const auto product = [&server](std::uint64_t rows) {
+    return errorOf(server, "/sparse/multiply", 1,
+                   {sparse({rows, 0}, {0}, {}, {}), doubles({0, 1}, {})});
+  };
+  // 8 bytes each.
+  EXPECT_EQ(product(8'000'000), "no error");
+  EXPECT_EQ(product(9'000'000), "halcyon:result:size");
+  // A long reply to a long request is none.
+  const auto result =
+      call(server, "/demo/fail", 0, {chars(u"a"), chars(std::u16string(5'000'000, u'\u20ac'))});
+  EXPECT_EQ(result.error().message().size(), 15'000'000U);
+}
+
 TEST(HostileMessages, LieAboutTheImaginaryPart) {
   const LocalServer server;
   const auto liar = complexDoubles({1, 2}, {1, 2}, {3});
@@ -99,7 +114,7 @@ TEST(HostileMessages, TakeMoreMemoryThanThereIs) {
   // Each pair of bytes is an array.
   std::string arrays;
   for (int i = 0; i < 1'000'000; ++i) arrays.append("\x12\x00", 2);
-  EXPECT_EQ(sendRequest(server.url("/echo"), arrays).status, 500);
+  EXPECT_EQ(sendRequest(server.url("/echo"), arrays).status, 503);
   // So is each blank of a text.
   const auto blanks = chars(std::u16string(900'000, u' '));
   EXPECT_EQ(errorOf(server, "/text/split", 1, {blanks}), "halcyon:server:memory");

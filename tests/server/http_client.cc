@@ -95,6 +95,11 @@ void RawConnection::send(std::string_view bytes) {
 
 void RawConnection::endSending() { ::shutdown(socket_.get(), SHUT_WR); }
 
+bool RawConnection::hasInput() const {
+  pollfd readable{socket_.get(), POLLIN, 0};
+  return !received_.empty() || ::poll(&readable, 1, 0) == 1;
+}
+
 bool RawConnection::receiveSome() {
   pollfd readable{socket_.get(), POLLIN, 0};
   if (::poll(&readable, 1, 1000 * static_cast<int>(kPatienceSeconds)) != 1) {

@@ -43,6 +43,8 @@ class RawConnection {
   explicit RawConnection(std::uint16_t port);
   void send(std::string_view bytes);
   void endSending();
+  // Whether something has come that has not been received, or the connection has ended.
+  bool hasInput() const;
   // What comes until a line end; empty if the connection ends.
   std::string receiveLine();
   std::string receive(std::size_t count);

@@ -5,14 +5,11 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <stdio.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
-#include <time.h>
 
 #include <chrono>
 #include <cstddef>
-#include <filesystem>
-#include <iterator>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -22,6 +19,7 @@
 
 #include "calls.h"
 #include "http_client.h"
+#include "observation.h"
 
 namespace hcy::test {
 namespace {
@@ -34,17 +32,6 @@ std::string sleepRequest(double seconds) {
   const std::string body = serializedParams(0, {scalar(seconds)});
   return "POST /demo/sleep HTTP/1.1\r\nHost: a\r\nContent-Length: " + std::to_string(body.size()) +
          "\r\n\r\n" + body;
-}
-
-// False if that does not come true in time.
-template <class Condition>
-bool waitUntil(Condition condition) {
-  const auto deadline = steady_clock::now() + std::chrono::minutes(1);
-  while (!condition()) {
-    if (steady_clock::now() > deadline) return false;
-    std::this_thread::yield();
-  }
-  return true;
 }
 
 // More of them than the server has threads.
@@ -82,26 +69,6 @@ TEST(Connections, AreServedSideBySide) {
   }
 }
 
-std::ptrdiff_t openFiles(pid_t pid) {
-  return std::distance(std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/fd"),
-                       std::filesystem::directory_iterator());
-}
-
-TEST(Connections, AreAcceptedAgainAfterTooMany) {
-  rlimit files{};
-  getrlimit(RLIMIT_NOFILE, &files);
-  constexpr rlim_t kFew = 40;
-  const rlimit few{kFew, files.rlim_max};
-  setrlimit(RLIMIT_NOFILE, &few);
-  const LocalServer server;
-  setrlimit(RLIMIT_NOFILE, &files);
-  std::vector<std::unique_ptr<RawConnection>> idle;
-  for (rlim_t i = 0; i < kFew; ++i) idle.push_back(std::make_unique<RawConnection>(server.port()));
-  ASSERT_TRUE(waitUntil([&] { return openFiles(server.pid()) >= std::ptrdiff_t{kFew}; }));
-  idle.clear();
-  EXPECT_EQ(sendRequest(server.url("/echo"), "").status, 200);
-}
-
 TEST(Lifetime, EndsAtSignals) {
   for (const int signal : {SIGTERM, SIGINT}) {
     LocalServer server;
@@ -114,14 +81,6 @@ TEST(Lifetime, EndsAtSignals) {
     EXPECT_EQ(server.stop(signal), 0);
     EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(10));
   }
-}
-
-// The processor time that a process has taken.
-std::chrono::nanoseconds timeTaken(pid_t pid) {
-  clockid_t clock;
-  timespec time{};
-  if (clock_getcpuclockid(pid, &clock) == 0) clock_gettime(clock, &time);
-  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 TEST(Lifetime, EndsWhileItCalculates) {

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <chrono>
+
 #include "calls.h"
 #include "http_client.h"
 #include "support/pki.h"
@@ -115,6 +117,16 @@ TEST_F(Tls, EndsWhileClientsShakeHands) {
   const RawConnection silent(server.port());
   EXPECT_EQ(sendRequest(server.url("/echo"), "", trusting()).status, 200);
   EXPECT_EQ(server.stop(SIGTERM), 0);
+}
+
+TEST_F(Tls, WaitsForAHandshakeForALimitedTime) {
+  auto arguments = serverArguments();
+  arguments.insert(arguments.end(), {"--request-timeout", "0.3"});
+  const LocalServer server(arguments);
+  RawConnection silent(server.port());
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(silent.receiveAll(), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST_F(Tls, NeedsAKeyThatFits) {

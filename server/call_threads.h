@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Where calls are evaluated. Small ones are, at once, by the thread that received them; others have
+// threads of their own, and calculations that take long have more of them than any client needs, so
+// that none has to wait for those of another to end.
+
+#pragma once
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "budget.h"
+#include "http_replies.h"
+
+namespace hcy::server {
+
+class CallThreads {
+ public:
+  // At most so many calls may calculate long, or sleep, at a time.
+  explicit CallThreads(std::size_t mostLong);
+
+  // Calls `done` with the reply, once, on this thread or another. The request, whose body is taken,
+  // lives until then.
+  void answer(HttpRequest& request, std::function<void(Reply)> done);
+
+  // Each is to be run by a thread that ends when the context is stopped.
+  std::vector<boost::asio::io_context*> contexts();
+
+ private:
+  struct Task;
+
+  void begin(Task task);
+  void evaluate(Task task);
+  void end(Task task, Reply reply);
+
+  Budget longCalls_;
+  // In proportion to the size of their messages.
+  boost::asio::io_context linear_;
+  boost::asio::io_context long_;
+  using WorkGuard = boost::asio::executor_work_guard<boost::asio::io_context::executor_type>;
+  WorkGuard linearGuard_{linear_.get_executor()};
+  WorkGuard longGuard_{long_.get_executor()};
+};
+
+}  // namespace hcy::server

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A FunctionError as it crosses the wire, written frame by frame: a message of all frames would
+// take several times the memory of its bytes.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "function_error.h"
+#include "hcy.client.VORTENError.pb.h"
+
+namespace hcy::server {
+
+// The error and the name of the function live longer.
+class SerializedError {
+ public:
+  SerializedError(const FunctionError& error, std::string_view function);
+
+  // Of a VORTEN_Result that holds the error.
+  std::size_t size() const { return resultSize_; }
+  void writeTo(std::uint8_t* bytes) const;
+
+ private:
+  void makeFrame(int index, client::VORTEN_Error::Stack_Frame& frame) const;
+
+  const FunctionError& error_;
+  const std::string_view function_;
+  // Without the stack.
+  client::VORTEN_Error beginning_;
+  std::size_t errorSize_ = 0;
+  std::size_t resultSize_ = 0;
+};
+
+}  // namespace hcy::server
