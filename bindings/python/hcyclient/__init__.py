@@ -8,7 +8,7 @@
 """
 from ._client import Client, Function
 from ._values import Cell, CompressedColumns, complex_dtype
-from .errors import Error, FunctionError, HttpError, StackFrame, TransportError
+from .errors import Error, FunctionError, HttpError, IncompleteReply, StackFrame, TransportError
 
 __all__ = [
     'Cell',
@@ -18,6 +18,7 @@ __all__ = [
     'Function',
     'FunctionError',
     'HttpError',
+    'IncompleteReply',
     'StackFrame',
     'TransportError',
     'complex_dtype',

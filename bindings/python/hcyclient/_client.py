@@ -11,11 +11,10 @@ from typing import Any, Literal, Optional, Union, overload
 
 import numpy as np
 
-from ._budget import Budget
 from ._connection import Connection
 from ._inputs import handles_of
 from ._library import LARGEST_SIZE, Handle
-from ._outputs import value_of
+from ._outputs import values_of
 from ._records import last_failure
 
 Path = Union[str, bytes, 'os.PathLike[str]', 'os.PathLike[bytes]']
@@ -43,10 +42,10 @@ class Client:
                  client_key_passphrase: Union[str, bytes, None] = None,
                  ca_file: Optional[Path] = None, revocation_list_file: Optional[Path] = None,
                  verify_hostname: bool = True, verify_peer: bool = True) -> None:
-        self._limit = _number('response_size_limit', response_size_limit, 0, _LARGEST_LIMIT)
         self._connection = Connection({
             'timeout': 0 if timeout is None else _number('timeout', timeout, 1, _LONGEST_TIMEOUT),
-            'size_limit': self._limit,
+            'size_limit': _number('response_size_limit', response_size_limit, 0,
+                                  _LARGEST_LIMIT),
             'cert_file': _file('client_cert_file', client_cert_file),
             'key_file': _file('client_key_file', client_key_file),
             'passphrase': _passphrase(client_key_passphrase),
@@ -74,9 +73,11 @@ class Client:
         """Evaluates the function of this URL on its server, and returns its output, a tuple of
         them for a nargout over 1, None for 0. Blocks until the reply, the time-out or a failure.
 
-        Raises TypeError where an argument cannot be carried; HttpError, FunctionError or
-        TransportError where the call fails; RuntimeError where the client is closed, in use by
-        another thread, or was made by another process."""
+        Raises TypeError if an argument cannot be carried; ValueError if nargout is not from 0 to
+        2147483647; HttpError, FunctionError or
+        TransportError if the call fails; IncompleteReply if the reply does not hold all that its
+        outputs consist of; RuntimeError if the client is closed, in use by another thread, or was
+        made by another process."""
         return self._evaluate(_encoded(url), arguments, nargout)
 
     def function(self, url: str) -> Function:
@@ -123,8 +124,8 @@ class Client:
         count = len(inputs)
         pointers = (c_void_p * count)(*[handle.value for handle in inputs])
         if nargout == 1:
-            output = Handle()
-            failed = self._feval(connection.context, url, 1, byref(output), count, pointers)
+            outputs = [Handle()]
+            failed = self._feval(connection.context, url, 1, byref(outputs[0]), count, pointers)
         else:
             room = (c_void_p * nargout)()
             # They own what the call will write, from the moment that it does.
@@ -133,10 +134,10 @@ class Client:
         del inputs
         if failed:
             raise last_failure(connection.runtime, connection.context)
-        budget = Budget(self._limit)
+        values = values_of(outputs)
         if nargout == 1:
-            return value_of(output, budget)
-        return tuple([value_of(output, budget) for output in outputs]) if nargout else None
+            return values[0]
+        return tuple(values) if nargout else None
 
 
 class Function:

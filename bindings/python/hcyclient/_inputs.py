@@ -43,15 +43,8 @@ def _element(value: Any, *place: object) -> Handle:
     try:
         return _handle_of(value)
     except CannotCarry as refusal:
-        for step in reversed(place):
-            refusal.inside(_subscript(step))
+        refusal.inside(*place)
         raise
-
-
-def _subscript(step: object) -> str:
-    if isinstance(step, tuple):  # of an array; one without dimensions has none
-        return f'[{", ".join(map(str, step))}]' if step else ''
-    return f'[{step!r}]'
 
 
 def _array(value: NDArray) -> Handle:

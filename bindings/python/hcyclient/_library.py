@@ -72,6 +72,7 @@ create_sparse_logical = _function('hcyCreateSparseLogicalMatrix', Handle, c_size
                                   c_size_t)
 
 get_class = _function('hcyGetClassID', c_int32, c_void_p)
+is_complex = _function('hcyIsComplex', c_bool, c_void_p)
 is_sparse = _function('hcyIsSparse', c_bool, c_void_p)
 get_dimension_count = _function('hcyGetNumberOfDimensions', c_size_t, c_void_p)
 get_dimensions = _function('hcyGetDimensions', ctypes.POINTER(c_size_t), c_void_p)
@@ -84,8 +85,6 @@ get_logicals = _function('hcyGetLogicals', c_void_p, c_void_p)
 get_chars = _function('hcyGetChars', c_void_p, c_void_p)
 get_rows = _function('hcyGetIr', c_void_p, c_void_p)
 get_column_starts = _function('hcyGetJc', c_void_p, c_void_p)
-get_room = _function('hcyGetNzmax', c_size_t, c_void_p)
-set_room = _function('hcySetNzmax', None, c_void_p, c_size_t)
 
 get_cell = _function('hcyGetCell', Handle, c_void_p, c_size_t)
 set_cell = _function('hcySetCell', None, c_void_p, c_size_t, c_void_p)

@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Makes values of Python from arrays that a call returned.
 
-What a server sent may be out of step: storage with fewer elements than the dimensions say, or
-dimensions that no reply could fill.
+What a server sent may be incomplete, or cut off by the limit on the size of replies. The library
+hands out storage only where all elements that the dimensions name have arrived, so a value holds
+nothing else, and no memory is asked for because of dimensions alone.
 """
 from __future__ import annotations
 
@@ -12,12 +13,11 @@ from typing import Any, Tuple
 import numpy as np
 
 from . import _library as library
-from ._budget import Budget
 from ._dense_inputs import UTF16
 from ._library import Handle
-from ._malformed import malformed
 from ._sparse import sparse_value
-from ._storage import CHAR_UNIT, DTYPES, NDArray, element_count, resize, view
+from ._storage import CHAR_UNIT, DTYPES, NDArray, element_count, view
+from ._unreadable import Unreadable, malformed, missing_element, missing_elements, no_dimensions
 from ._values import Cell, complex_dtype
 
 Shape = Tuple[int, ...]
@@ -26,19 +26,31 @@ _COMPLEX_DTYPES = [complex_dtype(dtype) for dtype in DTYPES[:library.SINGLE]] + 
 _MOST_DIMENSIONS: int = getattr(np, 'MAXDIMS', 64)  # NumPy 2 does not name them any more
 
 
-def value_of(handle: Handle, budget: Budget) -> Any:
+def values_of(outputs: list[Handle]) -> list[Any]:
+    """Raises a TransportError that says which output has no value, and destroys all of them then:
+    an exception that is kept keeps the frames that it passed through, and so what they hold."""
+    values: list[Any] = []
+    try:
+        for output in outputs:
+            values.append(_value_of(output))
+        return values
+    except Unreadable as unreadable:
+        kind, text = unreadable.kind, unreadable.text(len(values))
+    outputs.clear()
+    del values, output
+    raise kind(text)
+
+
+def _value_of(handle: Handle) -> Any:
     number = library.get_class(handle)
     shape = _shape(handle)
-    if number in (library.DOUBLE, library.LOGICAL) and library.is_sparse(handle):
-        return sparse_value(handle, shape, budget)
     count = element_count(shape)
+    if number in (library.DOUBLE, library.LOGICAL) and library.is_sparse(handle):
+        return sparse_value(handle, shape, count)
     if number == library.STRUCT:
-        return _structs(handle, shape, count, budget)
-    budget.take(count, shape)
+        return _structs(handle, shape, count)
     if number == library.CELL:
-        return _cells(handle, shape, count, budget)
-    if count and not resize(handle, shape):
-        raise MemoryError
+        return _cells(handle, shape, count)
     if number == library.CHAR:
         return _text(handle, shape, count)
     return _numbers(handle, number, shape, count)
@@ -47,9 +59,11 @@ def value_of(handle: Handle, budget: Budget) -> Any:
 def _shape(handle: Handle) -> Shape:
     """Of two dimensions at least."""
     count = library.get_dimension_count(handle)
+    if count == 0:
+        raise no_dimensions()
     if count > _MOST_DIMENSIONS:
         raise malformed(f'an array of {count} dimensions; NumPy takes {_MOST_DIMENSIONS}')
-    shape = tuple(library.get_dimensions(handle)[:count]) if count else (0, 0)
+    shape = tuple(library.get_dimensions(handle)[:count])
     return shape if count != 1 else (shape[0], 1)
 
 
@@ -58,12 +72,19 @@ def _numbers(handle: Handle, number: int, shape: Shape, count: int) -> Any:
     if count == 0:
         return None if number == library.DOUBLE and shape == (0, 0) else _empty(shape, dtype)
     if number == library.LOGICAL:
-        return view(handle, library.get_logicals(handle), shape, dtype)
-    real = view(handle, library.get_data(handle), shape, dtype)
-    imaginary = library.get_imaginary(handle)
-    if imaginary:
-        return _complex_numbers(number, real, view(handle, imaginary, shape, dtype))
+        return _elements(handle, library.get_logicals(handle), shape, dtype)
+    real = _elements(handle, library.get_data(handle), shape, dtype)
+    if library.is_complex(handle):
+        return _complex_numbers(
+            number, real, _elements(handle, library.get_imaginary(handle), shape, dtype))
     return real
+
+
+def _elements(handle: Handle, address: Any, shape: Shape, dtype: Any) -> NDArray:
+    """A view on them, if they are there."""
+    if not address:
+        raise missing_elements(element_count(shape))
+    return view(handle, address, shape, dtype)
 
 
 def _empty(shape: Shape, dtype: Any) -> NDArray:
@@ -86,53 +107,102 @@ def _complex_numbers(number: int, real: NDArray, imaginary: NDArray) -> NDArray:
 
 def _text(handle: Handle, shape: Shape, count: int) -> Any:
     """A row, and what is 0-by-0, is a text; anything else an array of characters."""
-    if len(shape) == 2 and (shape[0] == 1 or shape == (0, 0)):
-        if count == 0:
-            return ''
-        units = ctypes.string_at(library.get_chars(handle), count * CHAR_UNIT.itemsize)
-        return units.decode(UTF16, 'surrogatepass')
+    is_text = _is_row(shape) or shape == (0, 0)
     if count == 0:
-        return _empty(shape, 'U1')
-    points = view(handle, library.get_chars(handle), shape, CHAR_UNIT).astype(np.uint32, order='F')
-    return points.view('U1')
+        return '' if is_text else _empty(shape, 'U1')
+    address = library.get_chars(handle)
+    if not address:
+        raise missing_elements(count)
+    if is_text:
+        units = ctypes.string_at(address, count * CHAR_UNIT.itemsize)
+        return units.decode(UTF16, 'surrogatepass')
+    return view(handle, address, shape, CHAR_UNIT).astype(np.uint32, order='F').view('U1')
 
 
-def _element(element: Handle, budget: Budget) -> Any:
+def _is_row(shape: Shape) -> bool:
+    return len(shape) == 2 and shape[0] == 1
+
+
+def _index(shape: Shape, position: int) -> object:
+    """The subscript of an element in Python: those of a row are a list."""
+    if _is_row(shape):
+        return position
+    subscripts = []
+    for dimension in shape:
+        position, subscript = divmod(position, dimension)
+        subscripts.append(subscript)
+    return tuple(subscripts)
+
+
+def _element(element: Handle, count: int) -> Any:
+    """The value of one of so many elements."""
     if not element:
-        raise malformed('a container without one of its elements')
-    return value_of(element, budget)
+        raise missing_element(count)
+    return _value_of(element)
 
 
-def _cells(handle: Handle, shape: Shape, count: int, budget: Budget) -> Any:
+def _filled(values: list[Any], shape: Shape, dtype: Any) -> NDArray:
+    """An array of values that come column after column. They are gathered first: dimensions may
+    name more elements than there are."""
+    if not values:
+        return _empty(shape, dtype)
+    array = np.empty(len(values), dtype)
+    for i, value in enumerate(values):
+        array[i] = value
+    return array.reshape(shape, order='F')
+
+
+def _cells(handle: Handle, shape: Shape, count: int) -> Any:
     """A row, and what is 0-by-0, is a list; anything else an array of objects."""
     get = library.get_cell
-    if len(shape) == 2 and (shape[0] == 1 or shape == (0, 0)):
-        return Cell([_element(get(handle, i), budget) for i in range(count)])
-    cells = _empty((count,), object) if count else _empty(shape, object)
-    for i in range(count):
-        cells[i] = _element(get(handle, i), budget)
-    return cells.reshape(shape, order='F')
+    values = Cell()
+    try:
+        for i in range(count):
+            values.append(_element(get(handle, i), count))
+    except Unreadable as unreadable:
+        unreadable.inside(_index(shape, len(values)))
+        raise
+    return values if _is_row(shape) or shape == (0, 0) else _filled(values, shape, object)
 
 
-def _structs(handle: Handle, shape: Shape, count: int, budget: Budget) -> Any:
+def _structs(handle: Handle, shape: Shape, count: int) -> Any:
     """One is a dictionary, several in a row are a list of dictionaries; anything else, and what
     has no fields, is a structured array."""
     names = _field_names(handle)
-    budget.take(count * max(len(names), 1), shape)
     if shape == (1, 1):
-        return _struct(handle, 0, names, budget)
-    if len(shape) == 2 and shape[0] == 1 and count and names:
-        return [_struct(handle, i, names, budget) for i in range(count)]
+        return _struct(handle, 0, names, count)
     dtype = np.dtype({'names': list(names), 'formats': [object] * len(names)})
-    structs = _empty((count,), dtype) if count else _empty(shape, dtype)
-    for i in range(count if names else 0):
-        structs[i] = tuple(_struct(handle, i, names, budget).values())
-    return structs.reshape(shape, order='F')
+    if not names:
+        return _structs_without_fields(shape, count, dtype)
+    structs: list[dict[str, Any]] = []
+    try:
+        for i in range(count):
+            structs.append(_struct(handle, i, names, count))
+    except Unreadable as unreadable:
+        unreadable.inside(_index(shape, len(structs)))
+        raise
+    if _is_row(shape) and count:
+        return structs
+    return _filled([tuple(struct.values()) for struct in structs], shape, dtype)
 
 
-def _struct(handle: Handle, index: int, names: dict[str, int], budget: Budget) -> dict[str, Any]:
-    return {name: _element(library.get_field(handle, index, number), budget)
-            for name, number in names.items()}
+def _structs_without_fields(shape: Shape, count: int, dtype: np.dtype[Any]) -> NDArray:
+    """A few bytes of a reply can name any number of them; in NumPy they take no memory either."""
+    if count > library.LARGEST_SIZE:
+        raise malformed(f'an array of shape {shape}')
+    return _empty(shape, dtype)
+
+
+def _struct(handle: Handle, index: int, names: dict[str, int], count: int) -> dict[str, Any]:
+    fields: dict[str, Any] = {}
+    name = ''
+    try:
+        for name, number in names.items():
+            fields[name] = _element(library.get_field(handle, index, number), count)
+    except Unreadable as unreadable:
+        unreadable.inside(name)
+        raise
+    return fields
 
 
 def _field_names(handle: Handle) -> dict[str, int]:

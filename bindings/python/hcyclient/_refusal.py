@@ -4,23 +4,15 @@ from __future__ import annotations
 
 from typing import Any
 
+from ._place import PlacedError
 
-class CannotCarry(Exception):
-    """Gathers the value's place on the way out of the containers around it."""
 
-    def __init__(self, what: str) -> None:
-        super().__init__(what)
-        self.what = what
-        self.place: list[str] = []
-
-    def inside(self, step: str) -> CannotCarry:
-        self.place.insert(0, step)
-        return self
+class CannotCarry(PlacedError):
+    """The value of an argument, or in one, has no class."""
 
     def as_type_error(self, argument: int) -> TypeError:
-        place = ''.join(self.place)
-        separator = ': ' if place else ''
-        return TypeError(f'argument {argument}: {place}{separator}cannot carry {self.what}')
+        separator = ': ' if self.place else ''
+        return TypeError(f'argument {argument}: {self.place}{separator}cannot carry {self.what}')
 
 
 def object_of(value: Any) -> CannotCarry:

@@ -9,11 +9,10 @@ from typing import Any
 import numpy as np
 
 from . import _library as library
-from ._budget import Budget
 from ._library import COMPLEX, LARGEST_SIZE, REAL, Handle
-from ._malformed import malformed
 from ._refusal import CannotCarry
-from ._storage import DTYPES, SIZE, NDArray, require_memory, resize, view
+from ._storage import DTYPES, SIZE, NDArray, require_memory, view
+from ._unreadable import malformed, missing_elements, missing_indices
 from ._values import CompressedColumns
 
 _DOUBLE, _LOGICAL = DTYPES[library.DOUBLE], DTYPES[library.LOGICAL]
@@ -94,47 +93,41 @@ def _write(address: int, dtype: np.dtype[Any], values: NDArray) -> None:
         np.copyto(view(None, address, values.shape, dtype), values, casting='unsafe')
 
 
-def sparse_value(handle: Handle, shape: tuple[int, ...], budget: Budget) -> Any:
-    """SciPy's csc_matrix, whose values are a view, or our own type."""
-    if len(shape) != 2 or max(shape) > LARGEST_SIZE:
-        raise malformed(f'a sparse array of shape {shape}')
+def sparse_value(handle: Handle, shape: tuple[int, ...], count: int) -> Any:
+    """SciPy's csc_matrix, whose values are a view, or our own type. The count is that of all its
+    elements, most of which are not stored."""
+    # Null unless they and the row indices describe a matrix of this shape.
+    address = library.get_column_starts(handle)
+    if not address:
+        raise missing_indices(count)
     row_count, column_count = shape
-    budget.take(column_count + 1, shape)
-    # One row gives it columns + 1 starts, whatever came. Rows times columns may be over what has
-    # storage, for which the second one fails; the shape is set nevertheless.
-    if not resize(handle, (1, column_count)):
-        raise MemoryError
-    resize(handle, shape)
-    starts = view(handle, library.get_column_starts(handle), (column_count + 1,), SIZE).copy()
+    if row_count > LARGEST_SIZE:
+        raise malformed(f'a sparse array of shape {shape}')
+    starts = view(handle, address, (column_count + 1,), SIZE)
     stored = int(starts[-1])
-    if stored > library.get_room(handle):
-        raise malformed('a sparse array with fewer elements than its columns take')
-    require_memory(3 * stored)
-    if stored:
-        library.set_room(handle, stored)
-    rows = _stored(handle, library.get_rows(handle), stored, SIZE)
+    rows = _stored(handle, library.get_rows(handle), stored, SIZE, count)
     if not _make_sense(row_count, column_count, rows, starts):
-        raise malformed('a sparse array whose rows and columns make no sense')
-    return _built(_values(handle, stored), rows, starts, (row_count, column_count))
+        raise malformed('a sparse array whose rows do not rise within each column')
+    return _built(_values(handle, stored, count), rows, starts, (row_count, column_count))
 
 
-def _stored(handle: Handle, address: Any, count: int, dtype: np.dtype[Any]) -> NDArray:
-    if count == 0:
+def _stored(handle: Handle, address: Any, stored: int, dtype: np.dtype[Any], count: int) -> NDArray:
+    if stored == 0:
         return np.empty(0, dtype)
     if not address:
-        raise malformed('a sparse array without its elements')
-    return view(handle, address, (count,), dtype)
+        raise missing_elements(count)
+    return view(handle, address, (stored,), dtype)
 
 
-def _values(handle: Handle, stored: int) -> NDArray:
+def _values(handle: Handle, stored: int, count: int) -> NDArray:
     if library.get_class(handle) == library.LOGICAL:
-        return _stored(handle, library.get_logicals(handle), stored, _LOGICAL)
-    real = _stored(handle, library.get_data(handle), stored, _DOUBLE)
-    imaginary = library.get_imaginary(handle)
-    if not imaginary:
+        return _stored(handle, library.get_logicals(handle), stored, _LOGICAL, count)
+    real = _stored(handle, library.get_data(handle), stored, _DOUBLE, count)
+    if stored == 0 or not library.is_complex(handle):
         return real
     values = np.empty(stored, np.complex128)
-    values.real, values.imag = real, view(handle, imaginary, (stored,), _DOUBLE)
+    values.real = real
+    values.imag = _stored(handle, library.get_imaginary(handle), stored, _DOUBLE, count)
     return values
 
 

@@ -35,8 +35,8 @@ _TYPE_NAMES = {dtype: dtype.str for dtype in [*DTYPES, CHAR_UNIT, SIZE]}
 
 
 def view(owner: Any, address: int, shape: Shape, dtype: np.dtype[Any]) -> NDArray:
-    """An array of columns over elements at the address, which belong to the owner. There has to be
-    one at least."""
+    """An array, in columns, over the elements at the address, which belong to the owner. All of
+    them must be there, and one at least."""
     step = dtype.itemsize
     strides = []
     for dimension in shape:

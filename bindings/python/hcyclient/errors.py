@@ -50,3 +50,9 @@ class TransportError(Error):
     def __init__(self, text: str) -> None:
         super().__init__(text)
         self.text = text
+
+
+class IncompleteReply(TransportError):
+    """The call succeeded, but one of its outputs, or an array in one, did not arrive whole. The
+    text says which, and how many elements its dimensions name. No output is returned: the limit on
+    the size of replies, response_size_limit, may have cut the reply, or the server sent it so."""

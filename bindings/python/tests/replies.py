@@ -49,9 +49,10 @@ def struct_array(dimensions, names, *elements):
         [field(1, name) for name in names] + [field(2, element) for element in elements]))
 
 
-def sparse_array(dimensions, rows, starts, values):
+def sparse_array(dimensions, rows, starts, values, imaginary=None):
     content = field(1, 0) + field(2, packed(rows)) + field(3, packed(starts))
-    return array(SPARSE, dimensions, 30, content + field(16, field(1, doubles(*values))))
+    parts = field(1, doubles(*values)) + (field(2, doubles(*imaginary)) if imaginary else b'')
+    return array(SPARSE, dimensions, 30, content + field(16, parts))
 
 
 def result(*outputs):
@@ -59,9 +60,11 @@ def result(*outputs):
 
 
 @contextlib.contextmanager
-def answering(body, status=200, reason=None, meanwhile=lambda: None, heard=lambda request: None):
+def answering(body, status=200, reason=None, meanwhile=lambda: None, heard=lambda request: None,
+              chunked=False):
     """The URL of a server that answers so (or with what the body returns, if it is a function),
-    hears the bodies of requests, and does something before each answer."""
+    hears the bodies of requests, and does something before each answer. If it is chunked, the
+    reply does not say in advance how long it is."""
 
     class Handler(http.server.BaseHTTPRequestHandler):
         protocol_version = 'HTTP/1.1'
@@ -72,7 +75,11 @@ def answering(body, status=200, reason=None, meanwhile=lambda: None, heard=lambd
             meanwhile()
             reply = body() if callable(body) else body
             self.send_response(status, reason)
-            self.send_header('Content-Length', str(len(reply)))
+            if chunked:
+                self.send_header('Transfer-Encoding', 'chunked')
+                reply = b'%x\r\n%b\r\n0\r\n\r\n' % (len(reply), reply)
+            else:
+                self.send_header('Content-Length', str(len(reply)))
             self.end_headers()
             self.wfile.write(reply)
 

@@ -102,7 +102,7 @@ def test_a_client_goes_on_after_failures(server, client):
 
 @pytest.mark.parametrize('error', [
     HttpError(404, 'Not Found'), FunctionError('message', 'a:b', (StackFrame('f', 'n', 3),)),
-    TransportError('text')])
+    TransportError('text'), hcyclient.IncompleteReply('text')])
 def test_errors_can_be_sent_to_another_process(error):
     again = pickle.loads(pickle.dumps(error))
     assert type(again) is type(error) and isinstance(again, Error) and vars(again) == vars(error)

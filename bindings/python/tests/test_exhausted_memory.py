@@ -14,13 +14,16 @@ from hcyclient import CompressedColumns
 EXPECTED = 7
 
 
-def require_memory_error(server, left, call):
-    """In a process of its own, which has so many mebibytes left: the limit stays."""
+def leave(mebibytes):
+    now = int(open('/proc/self/statm').read().split()[0]) * resource.getpagesize()
+    resource.setrlimit(resource.RLIMIT_AS, (now + (mebibytes << 20), resource.RLIM_INFINITY))
+
+
+def require_memory_error(server, call):
+    """In a process of its own: the limit that is set in it stays."""
 
     def run():
-        now = int(open('/proc/self/statm').read().split()[0]) * resource.getpagesize()
-        resource.setrlimit(resource.RLIMIT_AS, (now + (left << 20), resource.RLIM_INFINITY))
-        with hcyclient.Client() as client:
+        with hcyclient.Client(response_size_limit=1 << 27) as client:
             try:
                 call(client)
             except MemoryError:
@@ -42,16 +45,37 @@ def require_memory_error(server, left, call):
                        np.array([0, 2**24]), (2**24, 1)), 352),
 ], ids=['real', 'complex', 'int16', 'sparse'])
 def test_inputs(server, value, left):
-    require_memory_error(
-        server, left, lambda client: client.feval(server + '/echo', value, nargout=0))
+    def call(client):
+        leave(left)
+        client.feval(server + '/echo', value, nargout=0)
+
+    require_memory_error(server, call)
 
 
-@pytest.mark.parametrize('message, left', [
-    (replies.double_array([1 << 25, 1]), 192),
-    # Enough for row numbers, in 128 MiB, and not for the values that are missing.
-    (replies.array(replies.SPARSE, [1 << 24, 1], 30, replies.field(2, bytes(1 << 24))
-                   + replies.field(3, replies.packed([0, 1 << 24]))), 580),
-], ids=['real', 'sparse'])
-def test_outputs(server, message, left):
+MANY = 1 << 25  # each of which takes a byte of the reply, and two or more of a copy
+
+
+@pytest.mark.parametrize('message', [
+    replies.array(replies.UINT8, [MANY // 2, 2], 16, replies.field(1, bytes(MANY)) + replies.field(
+        2, bytes(MANY - 1) + b'\1')),
+    replies.array(replies.CHAR, [2, MANY // 2], 27, replies.field(1, bytes(MANY))),
+    replies.array(replies.SPARSE, [MANY // 2, 1], 30, replies.field(1, 1)
+                  + replies.field(2, bytes(MANY // 2))
+                  + replies.field(3, replies.packed([0, MANY // 2]))
+                  + replies.field(17, replies.field(1, bytes(MANY // 2)))),
+], ids=['complex', 'char', 'sparse'])
+def test_outputs(server, message):
+    """When the reply has been read there is no memory for a copy."""
+    from hcyclient import _client
+    values_of = _client.values_of
+
+    def limited(outputs):
+        leave(8)
+        return values_of(outputs)
+
+    def call(client):
+        _client.values_of = limited  # in a process of its own
+        client.feval(url)
+
     with replies.answering(replies.result(message)) as url:
-        require_memory_error(server, left, lambda client: client.feval(url))
+        require_memory_error(server, call)

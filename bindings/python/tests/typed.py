@@ -22,6 +22,8 @@ except hcyclient.FunctionError as error:
     line: int = error.stack[0].line
 except hcyclient.HttpError as error:
     status: int = error.status
+except hcyclient.IncompleteReply as error:
+    failure: hcyclient.TransportError = error
 
 # Each of these is an error, or mypy tells of an ignorance that is not needed.
 client.feval(b'http://h/f')  # type: ignore[call-overload]
