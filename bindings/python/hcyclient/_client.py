@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import re
 import weakref
 from ctypes import byref, c_void_p, sizeof
 from operator import index
@@ -20,6 +21,7 @@ from ._records import last_failure
 Path = Union[str, bytes, 'os.PathLike[str]', 'os.PathLike[bytes]']
 _LONGEST_TIMEOUT = 2147483  # in seconds; libcurl takes no more
 _LARGEST_LIMIT = 0xFFFFFFFF
+_SCHEME = re.compile(rb'https?://', re.IGNORECASE)
 
 
 class Client:
@@ -73,15 +75,16 @@ class Client:
         """Evaluates the function of this URL on its server, and returns its output, a tuple of
         them for a nargout over 1, None for 0. Blocks until the reply, the time-out or a failure.
 
-        Raises TypeError if an argument cannot be carried; ValueError if nargout is not from 0 to
-        2147483647; HttpError, FunctionError or
+        Raises TypeError if an argument cannot be carried; ValueError if the URL does not begin with
+        http:// or https://, or nargout is not from 0 to 2147483647; HttpError, FunctionError or
         TransportError if the call fails; IncompleteReply if the reply does not hold all that its
         outputs consist of; RuntimeError if the client is closed, in use by another thread, or was
         made by another process."""
         return self._evaluate(_encoded(url), arguments, nargout)
 
     def function(self, url: str) -> Function:
-        """The function of this URL, to be called like one of Python."""
+        """The function of this URL, to be called like one of Python. Raises ValueError if the URL
+        does not begin with http:// or https://."""
         return Function(self, url)
 
     def close(self) -> None:
@@ -184,7 +187,11 @@ def _unusable(connection: Connection) -> RuntimeError:
 def _encoded(url: str) -> bytes:
     if not isinstance(url, str):
         raise TypeError(f'a URL is a str, not {type(url).__name__}')
-    return _c_text('a URL', url)
+    encoded = _c_text('a URL', url)
+    # The library would have libcurl read local files, too, and guess a scheme that is missing.
+    if not _SCHEME.match(encoded):
+        raise ValueError('a URL begins with http:// or https://, and this one does not')
+    return encoded
 
 
 def _c_text(name: str, text: Union[str, bytes]) -> bytes:

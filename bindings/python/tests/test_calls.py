@@ -54,6 +54,24 @@ def test_a_bad_url(client):
         client.function('http://127.0.0.1\0')
 
 
+@pytest.mark.parametrize('url', [
+    'file:///etc/hostname', 'FILE:///etc/hostname', 'ftp://127.0.0.1/f', 'telnet://127.0.0.1',
+    'dict://127.0.0.1/f', '127.0.0.1:8080/echo', 'localhost/echo', '//127.0.0.1/echo', 'http:/h/f',
+    'http:h/f', 'https//h/f', 'shttp://h/f', ' http://h/f', 'http\u017f://h/f', ''])
+def test_a_url_of_another_scheme(client, url):
+    for call in (client.feval, client.function):
+        with pytest.raises(ValueError) as raised:
+            call(url)
+        assert str(raised.value) == 'a URL begins with http:// or https://, and this one does not'
+
+
+def test_the_scheme_in_capitals(server, client):
+    assert server.startswith('http://')
+    assert client.feval('HTTP' + server[4:] + '/echo', 'x') == 'x'
+    with pytest.raises(TransportError, match='connect'):
+        client.feval('hTTPs://127.0.0.1:1/echo')
+
+
 def test_an_http_error(server, client):
     with pytest.raises(HttpError) as raised:
         client.feval(server + '/no/such/function')
