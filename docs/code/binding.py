@@ -30,15 +30,12 @@ class Array(c_void_p):
 
 create_matrix = function('hcyCreateDoubleMatrix', Array, c_size_t, c_size_t, c_int32)
 set_dimensions = function('hcySetDimensions', c_int, c_void_p, POINTER(c_size_t), c_size_t)
-get_dimensions = function('hcyGetDimensions', POINTER(c_size_t), c_void_p)
 get_dimension_count = function('hcyGetNumberOfDimensions', c_size_t, c_void_p)
 get_count = function('hcyGetNumberOfElements', c_size_t, c_void_p)
 get_real = function('hcyGetPr', c_void_p, c_void_p)
 initialize = function('hcyInitializeEx', c_void_p, c_int)
 init_message = function('hcyGetInitializationErrorMessage', c_char_p)
 terminate = function('hcyTerminate', None)
-
-LARGEST_REPLY = 64 << 20
 
 
 def array_of(values):
@@ -51,17 +48,14 @@ def array_of(values):
 
 
 def view_of(array):
-    """The elements of an array of a reply, in place."""
+    """The real parts of a double array of a reply, in place."""
     count = get_count(array)
-    if count > LARGEST_REPLY:
-        raise CallFailed('the reply holds an array that is larger than it may be itself')
-    # There may be fewer elements than the dimensions say.
-    shape = get_dimensions(array)[:get_dimension_count(array)] if count else []
-    if count and set_dimensions(array, (c_size_t * len(shape))(*shape), len(shape)):
-        raise MemoryError
-    address = get_real(array)  # null for another class, and when there are none
-    if not address:
+    if count == 0 and get_dimension_count(array) > 0:
         return []
+    # Null unless all elements that the dimensions name have arrived, and for another class.
+    address = get_real(array)
+    if not address:
+        raise CallFailed(f'the output is not a whole array of {count} doubles')
     elements = (c_double * count).from_address(address)
     elements.array = array  # which lives as long as the view
     return elements
