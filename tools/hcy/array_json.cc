@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "array_json.h"
-
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -10,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "array_json.h"
 #include "element_json.h"
 #include "element_types.h"
 #include "text.h"
@@ -126,7 +125,7 @@ std::optional<std::string> quotedRows(Span<const char16_t> units, const Shape& s
   for (std::size_t i = 0; i < shape[0]; ++i) {
     std::u16string row;
     for (std::size_t j = 0; j < shape[1]; ++j) row += units[i + j * shape[0]];
-    const auto text = quoted(row);
+    const auto text = quotedJson(row);
     if (!text) return std::nullopt;
     rows += (i == 0 ? "[" : ",") + *text;
   }
@@ -138,8 +137,8 @@ void appendChar(std::string& out, const Array& array) {
   const Span<const char16_t> units = array.span<char16_t>();
   requireElements(units.size(), array);
   const bool isMatrix = isNested(shape) && !isRow(shape);
-  const auto text =
-      isMatrix ? quotedRows(units, shape) : quoted(std::u16string_view(units.data(), units.size()));
+  const auto text = isMatrix ? quotedRows(units, shape)
+                             : quotedJson(std::u16string_view(units.data(), units.size()));
   if (!text) return appendFull<char16_t>(out, array);
   if (isRow(shape)) {
     out += *text;
@@ -223,7 +222,7 @@ std::vector<std::string> quotedNames(const std::vector<std::string>& names) {
   }
   std::vector<std::string> all;
   for (const std::string& name : names) {
-    const auto text = quoted(name);
+    const auto text = quotedJson(name);
     if (!text) throw hcyclient::UsageError("the name of a field is not UTF-8");
     all.push_back(*text);
   }

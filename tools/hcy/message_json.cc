@@ -32,7 +32,7 @@ void appendHexadecimal(std::string& out, std::string_view bytes) {
 }
 
 void appendText(std::string& out, const std::string& bytes) {
-  if (const auto text = quoted(bytes)) {
+  if (const auto text = quotedJson(bytes)) {
     out += *text;
   } else {
     appendHexadecimal(out, bytes);
@@ -120,7 +120,7 @@ class Writer {
       if (unit > 0xFFFF) return false;
       text += static_cast<char16_t>(unit);
     }
-    const auto shown = quoted(text);
+    const auto shown = quotedJson(text);
     if (shown) out_ += *shown;
     return shown.has_value();
   }

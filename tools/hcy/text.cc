@@ -112,7 +112,7 @@ bool isControl(char32_t codePoint) {
   return isIn(controls, codePoint);
 }
 
-std::optional<std::string> quoted(std::string_view utf8) {
+std::optional<std::string> quotedJson(std::string_view utf8) {
   std::string out = "\"";
   while (!utf8.empty()) {
     const std::optional<char32_t> codePoint = takeCodePoint(utf8);
@@ -122,7 +122,7 @@ std::optional<std::string> quoted(std::string_view utf8) {
   return out += '"';
 }
 
-std::optional<std::string> quoted(std::u16string_view units) {
+std::optional<std::string> quotedJson(std::u16string_view units) {
   std::string out = "\"";
   while (!units.empty()) {
     const char32_t codePoint = takeFromUnits(units);

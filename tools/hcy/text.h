@@ -24,10 +24,10 @@ void appendEscape(std::string& out, char32_t unit);
 bool isControl(char32_t codePoint);
 
 // The text in quotes as JSON; nothing when it is not UTF-8.
-std::optional<std::string> quoted(std::string_view utf8);
+std::optional<std::string> quotedJson(std::string_view utf8);
 
 // The same from UTF-16; nothing when a surrogate stands alone.
-std::optional<std::string> quoted(std::u16string_view units);
+std::optional<std::string> quotedJson(std::u16string_view units);
 
 // In quotes for a person: a surrogate that stands alone is shown as JSON would escape it.
 std::string quotedForDisplay(std::u16string_view units);
