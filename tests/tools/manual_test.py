@@ -35,8 +35,8 @@ def output_of(*arguments, **more):
 
 def options_of(*command):
     """The options in the help: long ones, and short ones too."""
-    lines = re.findall(r'^  (-\S+)', output_of(HCY, *command, '--help'), re.M)
-    return {option for line in lines for option in line.split(',')}
+    names = re.findall(r'^ +((?:-[\w-]+,? *)+)', output_of(HCY, *command, '--help'), re.M)
+    return set(re.findall(r'-[\w-]+', ' '.join(names)))
 
 
 class Manual(unittest.TestCase):
@@ -59,8 +59,8 @@ class Manual(unittest.TestCase):
         named = set(re.findall(r'[a-z]+\d*', classes[1])) - {'and'}
         self.assertEqual(named | {classes[2], classes[3]}, set(CLASSES))
         for name in CLASSES:
-            refusal = subprocess.run([HCY, 'call', 'x', name + ':@missing'], capture_output=True,
-                                     text=True, check=False).stderr
+            refusal = subprocess.run([HCY, 'call', 'x', name + ':@missing'],
+                                     capture_output=True, text=True, check=False).stderr
             self.assertEqual(refusal, 'hcy: missing: No such file or directory\n')
 
     def test_it_is_of_this_version(self):

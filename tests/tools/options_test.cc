@@ -36,6 +36,35 @@ TEST(Options, argumentsMayLookLikeListsAndNegativeNumbersAndStandAnywhere) {
   EXPECT_TRUE(parsed.options->asJson);
 }
 
+TEST(Options, everyWordBehindTheUrlIsAnInput) {
+  const auto parsed = parse({"bench", "url", "2", "3", "4"});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->url, "url");
+  EXPECT_EQ(parsed.options->arguments, (std::vector<std::string>{"2", "3", "4"}));
+}
+
+TEST(Options, theHelpOfCommandsThatCallNamesTheInputs) {
+  for (const std::string command : {"call", "bench", "show"}) {
+    testing::internal::CaptureStdout();
+    const auto parsed = parse({command, "--help"});
+    const std::string help = testing::internal::GetCapturedStdout();
+    EXPECT_FALSE(parsed.options);
+    EXPECT_EQ(parsed.exitStatus, 0);
+    EXPECT_EQ(help.find(" URL [ARG]...\n") != help.npos, command != "show") << help;
+    EXPECT_EQ(help.find("\n  ARG                         Its inputs\n") != help.npos,
+              command != "show")
+        << help;
+  }
+}
+
+TEST(Options, anUnknownCommandIsNamed) {
+  testing::internal::CaptureStderr();
+  const auto parsed = parse({"fo\no", "url"});
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "hcy: there is no command fo\\no\nhcy --help lists the options.\n");
+  EXPECT_EQ(parsed.exitStatus, tools::kUsage);
+}
+
 TEST(Options, allNineSettingsReachTheConfiguration) {
   const TestDirectory files;
   const std::string pass = files.write("pass", "four words\r\nnot this\n");

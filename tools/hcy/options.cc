@@ -25,17 +25,34 @@ constexpr const char* kArgumentHelp = R"(An ARG is one of
 hcy(1) tells more.
 )";
 
-// Says of each option what a user needs to know, and not how it is checked.
+// Says of each option what a user needs to know, and not how it is checked. Adds the inputs of a
+// function, which are no option of CLI11: it would split a list in brackets, and its versions
+// differ in what they give to an optional positional.
 class Formatter : public CLI::Formatter {
  public:
+  std::string make_usage(const CLI::App* app, std::string name) const override {
+    std::string usage = CLI::Formatter::make_usage(app, name);
+    if (takesInputs(*app)) usage.insert(usage.find_last_not_of('\n') + 1, " [ARG]...");
+    return usage;
+  }
+  std::string make_positionals(const CLI::App* app) const override {
+    std::string lines = CLI::Formatter::make_positionals(app);
+    if (!takesInputs(*app)) return lines;
+    std::string name = "  ARG";
+    name.resize(std::max(get_column_width(), name.size() + 1), ' ');
+    lines.insert(lines.find_last_not_of('\n') + 1, "\n" + name + "Its inputs");
+    return lines;
+  }
   std::string make_option_opts(const CLI::Option* option) const override {
     const std::string type = option->get_type_name();
     return type.empty() ? "" : " " + type;
   }
   std::string make_option_usage(const CLI::Option* option) const override {
-    const std::string name = option->get_name(true);
-    return option->get_required() ? name : "[" + name + "]...";
+    return option->get_name(true);
   }
+
+ private:
+  static bool takesInputs(const CLI::App& app) { return app.get_allow_extras(); }
 };
 
 template <class Validator>
@@ -85,13 +102,7 @@ CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& 
                      Options& options) {
   CLI::App* const command = app.add_subcommand(name, help);
   command->add_option("URL", options.url, "The function")->required()->type_name("");
-  // Shown in the help; the arguments themselves are taken from what remains, since a vector of
-  // CLI11 would take lists in brackets apart.
-  command->add_option("ARG", options.arguments, "Its inputs")
-      ->type_name("")
-      ->expected(0, 1)
-      ->allow_extra_args(false);
-  command->allow_extras();
+  command->allow_extras();  // the inputs
   command->add_option("-n,--nargout", options.nargout, "Number of outputs [1]")
       ->type_name("N")
       ->check(unnamed(CLI::Range(0, kMostOutputs)));
@@ -135,6 +146,16 @@ void addShow(CLI::App& app, Options& options) {
       ->excludes(request);
 }
 
+bool isCommand(const CLI::App& app, std::string_view word) {
+  const auto hasName = [word](const CLI::App* command) { return command->get_name() == word; };
+  return !app.get_subcommands(hasName).empty();
+}
+
+CommandLine refused(std::string_view problem) {
+  std::cerr << "hcy: " << printable(problem) << "\nhcy --help lists the options.\n";
+  return {std::nullopt, kUsage};
+}
+
 // An argument begins with a dash only as a negative number or as the standard input.
 void requireNoOptions(const std::vector<std::string>& arguments) {
   for (const std::string& argument : arguments) {
@@ -168,6 +189,10 @@ CommandLine parseCommandLine(int argc, char** argv) {
   addCall(app, options);
   addBench(app, options);
   addShow(app, options);
+  const std::string_view first = argc > 1 ? argv[1] : "";
+  if (!first.empty() && first[0] != '-' && !isCommand(app, first)) {
+    return refused("there is no command " + std::string(first));
+  }
   try {
     app.parse(wordsOf(argc, argv));
     const CLI::App* const command = app.get_subcommands().front();
@@ -176,8 +201,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
     requireNoOptions(options.arguments);
   } catch (const CLI::ParseError& outcome) {
     if (outcome.get_exit_code() == 0) return {std::nullopt, app.exit(outcome)};
-    std::cerr << "hcy: " << printable(outcome.what()) << "\nhcy --help lists the options.\n";
-    return {std::nullopt, kUsage};
+    return refused(outcome.what());
   }
   return {options, kSuccess};
 }
