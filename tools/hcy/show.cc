@@ -33,12 +33,17 @@ struct Candidate {
   bool isLikely() const { return message && (unknown.count == 0 || !unknown.areAll); }
 };
 
-const Candidate& chosen(const Candidate& request, const Candidate& reply, Body body) {
+const Candidate& chosen(const Candidate& request, const Candidate& reply, Body body, bool isEmpty) {
   if (body != Body::kDetected) {
     const Candidate& wanted = body == Body::kRequest ? request : reply;
     if (wanted.message) return wanted;
     throw BadInput(std::string("this is not the body of a ") + wanted.name +
                    ", or it is cut short");
+  }
+  if (isEmpty) {
+    throw BadInput(
+        "the file is empty, as the body of a request or of a reply may be (--request or --reply "
+        "tells which)");
   }
   if (!request.isLikely() && !reply.isLikely()) {
     throw BadInput("this is neither the body of a request nor that of a reply, or it is cut short");
@@ -53,7 +58,7 @@ std::string jsonOfBody(const std::string& bytes, Body body) {
   const WireSchema schema;
   const Candidate request("request", schema.makeRequest(), bytes);
   const Candidate reply("reply", schema.makeReply(), bytes);
-  const Candidate& likely = chosen(request, reply, body);
+  const Candidate& likely = chosen(request, reply, body, bytes.empty());
   return std::string("{\"") + likely.name + "\": " + toJson(*likely.message) + "}";
 }
 
