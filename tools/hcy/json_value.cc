@@ -131,9 +131,10 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   bool parse_error(std::size_t end, const std::string&,
                    const nlohmann::json::exception& problem) override {
     const std::string what = problemOf(problem.what());
+    requireNoStrayComma(end);
     if (end > text_.size()) throw BadText(text_.size(), what);  // it looked for more
     if (belongsToNumber(text_[end - 1])) throw BadText(startOfNumber(text_, end), what);
-    if (what.find("string literal") != std::string::npos) {
+    if (what.find("unexpected string literal") != std::string::npos) {
       throw BadText(startOfText(text_, end), what);
     }
     const bool isNegative = end > 1 && text_[end - 2] == '-';
@@ -146,6 +147,14 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   }
 
  private:
+  // The parser complains about the bracket, although the comma before it is what is too much.
+  void requireNoStrayComma(std::size_t end) const {
+    if (end == 0 || end > text_.size() || (text_[end - 1] != '}' && text_[end - 1] != ']')) return;
+    const std::size_t comma = text_.substr(0, end - 1).find_last_not_of(" \t\r\n");
+    if (comma == std::string_view::npos || text_[comma] != ',') return;
+    throw BadText(comma, std::string("bad JSON: a comma before '") + text_[end - 1] + "'");
+  }
+
   // Behind the last character that the parser has looked at.
   std::size_t offset() const { return static_cast<std::size_t>(reached_ - text_.data()); }
 
