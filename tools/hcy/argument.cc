@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "csv.h"
+#include "exact_integers.h"
 #include "json_array.h"
 #include "json_value.h"
 #include "source_text.h"
@@ -68,7 +69,10 @@ Array arrayOfText(const Prefix& prefix, std::string_view text) {
 Array arrayOfCsv(const Prefix& prefix, std::string_view text) {
   const CsvTable table = tableFrom(text);
   if (table.isOfNumbers) {
-    return arrayFrom(typed(numbersOf(table), prefix.types.empty() ? Prefix{{"double"}} : prefix));
+    const JsonValue numbers = numbersOf(table);
+    if (!prefix.types.empty()) return arrayFrom(typed(numbers, prefix));
+    requireExactIntegers(numbers);
+    return arrayFrom(typed(numbers, Prefix{{"double"}}));
   }
   if (!prefix.types.empty()) throw BadText(0, "a class can only stand before numbers");
   return cellOf(table);

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <utility>
 
+#include "exact_integers.h"
 #include "source_text.h"
 #include "text.h"
 
@@ -164,6 +165,7 @@ hcyclient::Array cellOf(const CsvTable& table) {
       const char* const end = field.number.data() + field.number.size();
       const auto read = std::from_chars(field.number.data(), end, number);
       const bool isText = !field.isNumber || read.ec != std::errc();
+      if (!isText) requireExactInteger(field.number, field.offset);
       cell[i + j * rows] = isText ? Array(field.text) : Array(number);
     }
   }

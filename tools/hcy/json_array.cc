@@ -6,6 +6,7 @@
 #include <new>
 #include <typeinfo>
 
+#include "exact_integers.h"
 #include "json_elements.h"
 #include "json_typed_value.h"
 #include "source_text.h"
@@ -35,6 +36,7 @@ Array listArray(const JsonValue& value) {
   switch (nestOf(value)) {
     case Nest::kNothing:
     case Nest::kNumbers:
+      requireExactIntegers(value);
       return arrayOf<double>(nestedElements(value));
     case Nest::kTruths:
       return arrayOf<bool>(nestedElements(value));
@@ -48,7 +50,10 @@ Array listArray(const JsonValue& value) {
 Array plainArray(const JsonValue& value) {
   if (value.as<std::nullptr_t>() != nullptr) return Array::zeros<double>(0, 0);
   if (value.as<bool>() != nullptr) return arrayOf<bool>(nestedElements(value));
-  if (value.as<JsonNumber>() != nullptr) return arrayOf<double>(nestedElements(value));
+  if (value.as<JsonNumber>() != nullptr) {
+    requireExactIntegers(value);
+    return arrayOf<double>(nestedElements(value));
+  }
   if (value.as<std::string>() != nullptr) return charArray(value, nullptr);
   if (value.as<JsonList>() != nullptr) return listArray(value);
   const JsonObject& object = *value.as<JsonObject>();

@@ -7,6 +7,7 @@
 #include <complex>
 #include <string>
 
+#include "exact_integers.h"
 #include "json_array.h"
 #include "json_elements.h"
 #include "source_text.h"
@@ -29,6 +30,18 @@ Array complexOf(const Elements& real, const Elements& imaginary) {
     realSpan[i] = elementFrom<T>(*real.values[i]);
     imaginarySpan[i] = elementFrom<T>(*imaginary.values[i]);
   }
+  return array;
+}
+
+// A complex or sparse value with no class around it.
+Array doubleArray(const TypedValue& value) {
+  const bool isSparse = value.type == "sparse";
+  if (isSparse && value.shape != nullptr) {
+    throw BadText(value.shape->offset, "rows and cols say the shape");
+  }
+  Array array = isSparse ? sparseArray(*value.data, std::nullopt, false)
+                         : complexArray(value, hcyDOUBLE_CLASS);
+  requireExactIntegers(*value.data);
   return array;
 }
 
@@ -107,11 +120,7 @@ TypedValue typedValueFrom(const JsonObject& object, std::size_t offset) {
 }
 
 Array typedArray(const TypedValue& value) {
-  if (value.type == "complex") return complexArray(value, hcyDOUBLE_CLASS);
-  if (value.type == "sparse") {
-    if (value.shape != nullptr) throw BadText(value.shape->offset, "rows and cols say the shape");
-    return sparseArray(*value.data, std::nullopt, false);
-  }
+  if (value.type == "complex" || value.type == "sparse") return doubleArray(value);
   if (value.type == "cell") return cellArray(*value.data, value.shape);
   if (value.type == "struct") return structArray(*value.data, value.shape, value.fields);
   const auto found = std::find(kClasses.begin(), kClasses.end(), value.type);
