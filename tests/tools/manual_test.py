@@ -59,7 +59,7 @@ class Manual(unittest.TestCase):
         named = set(re.findall(r'[a-z]+\d*', classes[1])) - {'and'}
         self.assertEqual(named | {classes[2], classes[3]}, set(CLASSES))
         for name in CLASSES:
-            refusal = subprocess.run([HCY, 'call', 'x', name + ':@missing'],
+            refusal = subprocess.run([HCY, 'call', 'http://x', name + ':@missing'],
                                      capture_output=True, text=True, check=False).stderr
             self.assertEqual(refusal, 'hcy: missing: No such file or directory\n')
 

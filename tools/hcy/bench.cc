@@ -21,6 +21,7 @@
 #include "progress_bar.h"
 #include "settings.h"
 #include "terminal.h"
+#include "url.h"
 
 namespace hcy::tools {
 namespace {
@@ -105,6 +106,7 @@ int report(const Measurements& measured, unsigned threads, double seconds) {
 }  // namespace
 
 int bench(const Options& options) {
+  requireHttp(options.url);
   const std::vector<hcyclient::Array> inputs = arraysFrom(options.arguments);
   const hcyclient::Library library;
   const hcyclient::Config config = configFrom(library, options.settings);

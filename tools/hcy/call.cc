@@ -16,6 +16,7 @@
 #include "settings.h"
 #include "terminal.h"
 #include "text.h"
+#include "url.h"
 
 namespace hcy::tools {
 namespace {
@@ -40,6 +41,7 @@ void show(const hcyclient::FunctionError& error) {
 }  // namespace
 
 int call(const Options& options) {
+  requireHttp(options.url);
   const std::vector<hcyclient::Array> inputs = arraysFrom(options.arguments);
   const hcyclient::Library library;
   const hcyclient::Config config = configFrom(library, options.settings);

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <string_view>
+
+namespace hcy::tools {
+
+// Throws BadInput unless the URL begins with http:// or https://, in letters of either case.
+void requireHttp(std::string_view url);
+
+}  // namespace hcy::tools
