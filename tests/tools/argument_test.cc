@@ -41,7 +41,7 @@ TEST(Argument, plainJsonHasTheClassThatItLooksLike) {
   EXPECT_EQ(meaningOf("[[1],[2]]"), "double [[1],[2]]");
   EXPECT_EQ(meaningOf("[[1,2],[3,4]]"), "double [[1,2],[3,4]]");
   EXPECT_EQ(meaningOf("[]"), "double []");
-  EXPECT_EQ(meaningOf("[[],[]]"), "double [[],[]]");
+  EXPECT_EQ(meaningOf("[[],[]]"), R"(double {"$double":[],"$shape":[2,0]})");
   EXPECT_EQ(meaningOf("null"), "double []");
   EXPECT_EQ(meaningOf("true"), "logical true");
   EXPECT_EQ(meaningOf("[true,false]"), "logical [true,false]");
@@ -95,6 +95,9 @@ TEST(Argument, aClassBeforeItFixesTheClass) {
             R"(double {"$double":["NaN","-Infinity",1]})");
   EXPECT_EQ(meaningOf(R"({"$double":[],"$shape":[0,3]})"),
             R"(double {"$double":[],"$shape":[0,3]})");
+  EXPECT_EQ(meaningOf("[{},{}]"), R"(struct {"$struct":[],"$fields":[],"$shape":[1,2]})");
+  EXPECT_EQ(meaningOf(R"({"$struct":[],"$fields":[],"$shape":[1000000000,2]})"),
+            R"(struct {"$struct":[],"$fields":[],"$shape":[1000000000,2]})");
   EXPECT_EQ(meaningOf(R"({"$struct":[],"$shape":[0,1],"$fields":["x","y"]})"),
             R"(struct {"$struct":[],"$fields":["x","y"],"$shape":[0,1]})");
 }
@@ -165,6 +168,73 @@ TEST(Argument, badJsonSaysWhere) {
   EXPECT_THAT(refusalOf("@" + TestDirectory().write("a.json", std::string("1\0", 2))),
               HasSubstr("column 2: bad JSON: a NUL"));
   EXPECT_THAT(refusalOf(std::string("[1,\xFF]")), HasSubstr("column 4: bad JSON"));
+}
+
+TEST(Argument, aCommaBeforeABracketIsTheWrongThing) {
+  const TestDirectory directory;
+  EXPECT_EQ(refusalOf("@" + directory.write("a.json", "{\"a\": 1,\n \"b\": 2,\n}\n")),
+            directory.file("a.json") +
+                ", line 2, column 8: bad JSON: a comma before '}'\n"
+                "   \"b\": 2,\n"
+                "         ^");
+  EXPECT_THAT(refusalOf(R"({"a":1,})"), HasSubstr("column 7: bad JSON: a comma before '}'"));
+  EXPECT_THAT(refusalOf(R"({"a":"x" , })"), HasSubstr("column 10: bad JSON: a comma before '}'"));
+  EXPECT_THAT(refusalOf("[1,\n]"), HasSubstr("line 1, column 3: bad JSON: a comma before ']'"));
+  EXPECT_THAT(refusalOf("[[1,],2]"), HasSubstr("column 4: bad JSON: a comma before ']'"));
+  EXPECT_THAT(refusalOf("{,}"), HasSubstr("column 2: bad JSON: unexpected ','"));
+  EXPECT_THAT(refusalOf("{}}"), HasSubstr("column 3: bad JSON: unexpected '}'"));
+  // Where a name is expected, the place is that of what is there.
+  EXPECT_THAT(refusalOf(R"({"a":1,[2]})"), HasSubstr("column 8: bad JSON: unexpected '['"));
+}
+
+TEST(Argument, integersThatNoDoubleIsEqualToAreRefusedWithWhatToWrite) {
+  EXPECT_EQ(refusalOf("9007199254740993"),
+            "argument 1, line 1, column 1: no double is equal to this integer; write "
+            "int64:9007199254740993 (inside JSON {\"$int64\":9007199254740993}), or "
+            "double:9007199254740993 for the nearest double\n"
+            "  9007199254740993\n"
+            "  ^");
+  const std::string refused = "no double is equal to this integer";
+  EXPECT_THAT(refusalOf("[1,[-9007199254740993]]"), HasSubstr("column 5: " + refused));
+  EXPECT_THAT(refusalOf("[[1,2],[3,9007199254740993]]"), HasSubstr("column 11: " + refused));
+  EXPECT_THAT(refusalOf(R"({"a":[1,"x",9007199254740993]})"), HasSubstr("column 13: " + refused));
+  EXPECT_THAT(refusalOf("cell:[9007199254740993]"), HasSubstr("column 7: " + refused));
+  EXPECT_THAT(refusalOf(R"(complex:{"re":1,"im":9007199254740993})"),
+              HasSubstr("column 22: " + refused));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,0,9007199254740993]]})"),
+              HasSubstr("column 43: " + refused));
+  EXPECT_THAT(refusalOf("18446744073709551615"), HasSubstr("write uint64:18446744073709551615 ("));
+  EXPECT_THAT(refusalOf("18446744073709551617"),
+              HasSubstr("write double:18446744073709551617 (inside JSON "
+                        "{\"$double\":18446744073709551617}) for the nearest double\n"));
+  EXPECT_THAT(refusalOf("1" + std::string(300, '0')), HasSubstr("write double:… "));
+
+  const TestDirectory directory;
+  EXPECT_THAT(refusalOf("@" + directory.write("a.json", "[1,\n9007199254740993]")),
+              HasSubstr("line 2, column 1: " + refused));
+  EXPECT_THAT(refusalOf("@" + directory.write("a.csv", "1,2\n3,9007199254740993\n")),
+              HasSubstr("line 2, column 3: " + refused));
+  EXPECT_THAT(refusalOf("@" + directory.write("b.csv", "x,2\nx,9007199254740993\n")),
+              HasSubstr("line 2, column 3: " + refused));
+}
+
+TEST(Argument, integersThatADoubleIsEqualToAreTaken) {
+  EXPECT_EQ(meaningOf("9007199254740992"), "double 9007199254740992");
+  EXPECT_EQ(meaningOf("-9007199254740994"), "double -9007199254740994");
+  EXPECT_EQ(meaningOf("9223372036854775808"), "double 9223372036854775808");
+  EXPECT_EQ(meaningOf("100000000000000000000"), "double 1e+20");
+  EXPECT_EQ(meaningOf("9007199254740993.0"), "double 9007199254740992");
+  EXPECT_EQ(meaningOf("9.007199254740993e15"), "double 9007199254740992");
+  EXPECT_EQ(meaningOf("double:9007199254740993"), "double 9007199254740992");
+  EXPECT_EQ(meaningOf(R"({"$double":[9007199254740993]})"), "double 9007199254740992");
+  EXPECT_EQ(meaningOf("int64:9007199254740993"), R"(int64 {"$int64":9007199254740993})");
+  EXPECT_EQ(meaningOf(R"(int64:complex:{"re":9007199254740993,"im":0})"),
+            R"(int64 {"$int64":{"$complex":{"re":9007199254740993,"im":0}}})");
+  const TestDirectory directory;
+  EXPECT_EQ(meaningOf("@" + directory.write("a.csv", "0000000000000000000001,+5\n")),
+            "double [1,5]");
+  EXPECT_EQ(meaningOf("int64:@" + directory.write("b.csv", "9007199254740993\n")),
+            R"(int64 {"$int64":9007199254740993})");
 }
 
 TEST(Argument, ofALongLineThePlaceAndWhatIsAroundItIsShown) {

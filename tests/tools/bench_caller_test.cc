@@ -35,8 +35,7 @@ class CallerTest : public testing::Test {
 
   tools::Measurements measured(const std::shared_ptr<tools::Work>& work,
                                const std::vector<std::string>& arguments) const {
-    tools::Caller caller(work, hcyclient::Context(hcyclient::Config(library_)),
-                         tools::arraysFrom(arguments));
+    tools::Caller caller(work, hcyclient::Config(library_), tools::arraysFrom(arguments));
     caller.run();
     return caller.measured();
   }

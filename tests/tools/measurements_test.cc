@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "argument.h"
-#include "reply_size.h"
+#include "element_bytes.h"
 
 namespace hcy::test {
 namespace {

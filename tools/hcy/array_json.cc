@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
+#include "array_json.h"
+
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -8,9 +10,10 @@
 #include <utility>
 #include <vector>
 
-#include "array_json.h"
 #include "element_json.h"
 #include "element_types.h"
+#include "places.h"
+#include "sparse_entries.h"
 #include "text.h"
 
 namespace hcy::tools {
@@ -25,20 +28,15 @@ bool isPlain(T element) {
   return true;
 }
 
-// Whether nested lists give this shape again. Those of 0-by-n would not say n.
-bool isNested(const Shape& shape) { return shape.size() == 2 && (shape[0] > 0 || shape[1] == 0); }
+// Whether nested lists give this shape again. Those of 0-by-n would not say n, and those of m-by-0
+// would be m lists for no element.
+bool isNested(const Shape& shape) {
+  return shape == Shape{0, 0} || (shape.size() == 2 && shape[0] > 0 && shape[1] > 0);
+}
 
 // Whether a list alone is an array of this shape again.
 bool isRow(const Shape& shape) {
   return shape == Shape{0, 0} || (shape.size() == 2 && shape[0] == 1 && shape[1] > 0);
-}
-
-// Two dimensions at the least, as all arrays have but those of odd replies.
-Shape shapeOf(const Array& array) {
-  Shape shape = array.shape();
-  if (shape.empty()) return {0, 0};
-  if (shape.size() == 1) shape.push_back(1);
-  return shape;
 }
 
 // Lists of the rows; a row as one list, and one element alone.
@@ -61,7 +59,6 @@ void appendNested(std::string& out, Span<const T> elements, const Shape& shape) 
 template <class T>
 void appendData(std::string& out, Span<const T> elements, const Array& array) {
   const Shape shape = shapeOf(array);
-  requireElements(elements.size(), array);
   if (isNested(shape)) return appendNested(out, elements, shape);
   out += '[';
   for (std::size_t i = 0; i < elements.size(); ++i) {
@@ -135,7 +132,6 @@ std::optional<std::string> quotedRows(Span<const char16_t> units, const Shape& s
 void appendChar(std::string& out, const Array& array) {
   const Shape shape = shapeOf(array);
   const Span<const char16_t> units = array.span<char16_t>();
-  requireElements(units.size(), array);
   const bool isMatrix = isNested(shape) && !isRow(shape);
   const auto text = isMatrix ? quotedRows(units, shape)
                              : quotedJson(std::u16string_view(units.data(), units.size()));
@@ -152,7 +148,7 @@ void appendChar(std::string& out, const Array& array) {
 template <class T>
 void appendSparse(std::string& out, const Array& array) {
   bool isFirst = true;
-  const auto entries = array.entries<T>();
+  const auto entries = entriesOf<T>(array);
   // Without entries nothing else tells.
   const bool isSaid = !std::is_same_v<T, double> && entries.empty();
   if (isSaid) openType(out, std::is_same_v<T, bool> ? "logical" : "complex");
@@ -233,13 +229,15 @@ void appendStruct(std::string& out, const Array& array) {
   const Shape shape = shapeOf(array);
   const std::vector<std::string> names = array.fieldNames();
   const std::vector<std::string> shown = quotedNames(names);
-  const bool isSaid = !isRow(shape) || array.size() == 0 ||
+  // Elements without fields are no more than their number, which the shape says.
+  const bool isShapeAlone = names.empty() && array.size() > 1;
+  const bool isSaid = !isRow(shape) || array.size() == 0 || isShapeAlone ||
                       std::any_of(names.begin(), names.end(),
                                   [](const auto& name) { return name.starts_with('$'); });
   const bool isAlone = !isSaid && shape[1] == 1;
   if (isSaid) openType(out, "struct");
   if (!isAlone) out += '[';
-  for (std::size_t i = 0; i < array.size(); ++i) {
+  for (std::size_t i = 0; i < array.size() && !isShapeAlone; ++i) {
     out += i == 0 ? "{" : ",{";
     for (std::size_t field = 0; field < names.size(); ++field) {
       if (field > 0) out += ',';
@@ -256,7 +254,8 @@ void appendStruct(std::string& out, const Array& array) {
     }
     out += ']';
   }
-  appendShape(out, shape, !isRow(shape));
+  if (isShapeAlone) out += ",\"$fields\":[]";
+  appendShape(out, shape, !isRow(shape) || isShapeAlone);
 }
 
 void appendValue(std::string& out, const Array& array) {

@@ -9,8 +9,8 @@
 
 namespace hcy::tools {
 
-// On one line. Throws hcyclient::UsageError for what a reply holds and no array can: fewer elements
-// of a cell than its dimensions say, two fields of one name, a name that is not UTF-8.
+// On one line. The array is whole, as requireWhole() finds out. Throws hcyclient::UsageError for
+// what JSON cannot hold: two fields of one name, or a name that is not UTF-8.
 std::string toJson(const hcyclient::Array& array);
 
 }  // namespace hcy::tools

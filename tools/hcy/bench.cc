@@ -35,7 +35,7 @@ class Callers {
           const std::vector<hcyclient::Array>& inputs)
       : work_(std::make_shared<Work>(options)) {
     for (unsigned i = 0; i < options.threads; ++i) {
-      callers_.push_back(std::make_shared<Caller>(work_, hcyclient::Context(config), inputs));
+      callers_.push_back(std::make_shared<Caller>(work_, config, inputs));
     }
   }
   Callers(const Callers&) = delete;

@@ -5,14 +5,16 @@
 #include <exception>
 #include <utility>
 
+#include "element_bytes.h"
+#include "evaluation.h"
 #include "exit_status.h"
-#include "reply_size.h"
+#include "incomplete_output.h"
 
 namespace hcy::tools {
 
-Caller::Caller(std::shared_ptr<Work> work, hcyclient::Context context,
+Caller::Caller(std::shared_ptr<Work> work, const hcyclient::Config& config,
                const std::vector<hcyclient::Array>& inputs)
-    : work_(std::move(work)), context_(std::move(context)) {
+    : work_(std::move(work)), runtime_(*config.runtime()), context_(config) {
   for (const hcyclient::Array& input : inputs) {
     inputs_.push_back(input.copy());
     inputBytes_ += elementBytes(input);
@@ -39,8 +41,9 @@ void Caller::run() {
 
 void Caller::callOnce() {
   const Clock::time_point start = Clock::now();
-  const auto outputs = context_.feval(work_->url, inputs_, work_->nargout);
+  const auto outputs = evaluate(runtime_, context_, work_->url, inputs_, work_->nargout);
   const std::chrono::duration<double> taken = Clock::now() - start;
+  requireWhole(outputs);
   std::uint64_t bytes = 0;
   for (const hcyclient::Array& output : outputs) bytes += elementBytes(output);
   const std::lock_guard lock(mutex_);

@@ -36,7 +36,7 @@ struct Work {
 class Caller {
  public:
   // Takes copies of the inputs: an array belongs to one thread.
-  Caller(std::shared_ptr<Work> work, hcyclient::Context context,
+  Caller(std::shared_ptr<Work> work, const hcyclient::Config& config,
          const std::vector<hcyclient::Array>& inputs);
 
   // Calls until all calls are done, or the work is stopped.
@@ -50,6 +50,7 @@ class Caller {
   void fail(const std::string& kind, int status);
 
   std::shared_ptr<Work> work_;
+  const hcyClientRuntime& runtime_;
   hcyclient::Context context_;
   std::vector<hcyclient::Array> inputs_;
   std::uint64_t inputBytes_ = 0;

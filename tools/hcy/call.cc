@@ -6,13 +6,16 @@
 
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "argument.h"
 #include "array_json.h"
 #include "display.h"
+#include "evaluation.h"
 #include "exit_status.h"
-#include "reply_size.h"
+#include "incomplete_output.h"
+#include "places.h"
 #include "settings.h"
 #include "terminal.h"
 #include "text.h"
@@ -24,14 +27,20 @@ namespace {
 void show(const std::vector<hcyclient::Array>& outputs, const Options& options) {
   const std::size_t width = options.width.value_or(widthOf(STDOUT_FILENO));
   for (std::size_t i = 0; i < outputs.size(); ++i) {
-    const std::string name = outputs.size() == 1 ? "ans" : "out " + std::to_string(i + 1);
+    const std::string name = outputName(i, outputs.size());
     print(options.asJson ? toJson(outputs[i]) + "\n" : display(name, outputs[i], width));
   }
 }
 
 void show(const hcyclient::FunctionError& error) {
-  std::cerr << "hcy: " << printableLines(error.what(), 5)
-            << "\nidentifier: " << printable(error.identifier()) << '\n';
+  const std::string_view message = error.what();
+  std::cerr << "hcy: "
+            << (message.empty() ? "the function failed without a message"
+                                : printableLines(message, 5))
+            << '\n';
+  if (!error.identifier().empty()) {
+    std::cerr << "identifier: " << printable(error.identifier()) << '\n';
+  }
   for (const hcyclient::StackFrame& frame : error.stack()) {
     std::cerr << "  in " << printable(frame.name) << ", " << printable(frame.file) << ", line "
               << frame.line << '\n';
@@ -45,10 +54,11 @@ int call(const Options& options) {
   const std::vector<hcyclient::Array> inputs = arraysFrom(options.arguments);
   const hcyclient::Library library;
   const hcyclient::Config config = configFrom(library, options.settings);
-  hcyclient::Context context(config);
+  const hcyclient::Context context(config);
   try {
-    const auto outputs = context.feval(options.url, inputs, options.nargout);
-    requireNoMoreThanCame(outputs, largestReplyOf(config));
+    const auto outputs =
+        evaluate(*library.runtime(), context, options.url, inputs, options.nargout);
+    requireWhole(outputs);
     show(outputs, options);
     return kSuccess;
   } catch (const hcyclient::FunctionError& error) {

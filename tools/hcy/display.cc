@@ -3,10 +3,13 @@
 #include "display.h"
 
 #include <complex>
+#include <span>
 #include <vector>
 
 #include "element_types.h"
 #include "number_text.h"
+#include "places.h"
+#include "sparse_entries.h"
 #include "table.h"
 #include "text.h"
 
@@ -15,24 +18,6 @@ namespace {
 
 using hcyclient::Span;
 
-std::string shapeText(const Shape& shape) {
-  std::string text;
-  for (const std::size_t dimension : shape) {
-    text += (text.empty() ? "" : "-by-") + std::to_string(dimension);
-  }
-  return text;
-}
-
-// The zero-based subscripts of an element.
-std::string placeText(std::size_t index, const Shape& shape) {
-  std::string text;
-  for (const std::size_t dimension : shape) {
-    text += (text.empty() ? "(" : ", ") + std::to_string(index % dimension);
-    index /= dimension;
-  }
-  return text + ")";
-}
-
 class Display {
  public:
   explicit Display(std::size_t width) : width_(width) {}
@@ -40,8 +25,7 @@ class Display {
   std::string take() { return std::move(out_); }
 
   void show(std::string_view name, const Array& array, std::size_t indent) {
-    Shape shape = array.shape();
-    shape.resize(std::max<std::size_t>(shape.size(), 2), shape.empty() ? 0 : 1);
+    const Shape shape = shapeOf(array);
     const std::string header = std::string(indent, ' ') + std::string(name) + ": " +
                                (array.isSparse() ? "sparse " : "") +
                                (array.isComplex() ? "complex " : "") +
@@ -72,6 +56,8 @@ class Display {
     const std::vector<std::string> names = array.fieldNames();
     std::string fields;
     for (const std::string& name : names) fields += (fields.empty() ? "" : ", ") + printable(name);
+    // As many of these as the server says, without a byte of its reply for each.
+    if (names.empty() && array.size() > 1) return line(header + " without fields");
     line(array.size() == 0 && !names.empty() ? header + " with fields " + fields : header);
     for (std::size_t i = 0; i < array.size(); ++i) {
       const std::size_t inner = array.size() == 1 ? indent + 2 : indent + 4;
@@ -83,7 +69,6 @@ class Display {
   void showText(const std::string& header, const Array& array, const Shape& shape,
                 std::size_t indent) {
     const Span<const char16_t> units = array.span<char16_t>();
-    requireElements(units.size(), array);
     if (units.size() == 0) return line(header);
     if (shape.size() == 2 && shape[0] == 1) {
       return line(header + " = " + quotedForDisplay({units.data(), units.size()}));
@@ -103,7 +88,6 @@ class Display {
   void showNumbers(const std::string& header, const Array& array, const Shape& shape,
                    std::size_t indent) {
     const Span<const T> real = array.span<T>();
-    requireElements(real.size(), array);
     Span<const T> imaginary;
     if constexpr (isNumber<T>) imaginary = array.imaginary<T>();
     const auto text = [&](std::size_t i) {
@@ -124,9 +108,8 @@ class Display {
   // Of an array of more than two dimensions, which matrix comes next.
   void showPage(std::size_t index, const Shape& shape, std::size_t indent) {
     if (shape.size() == 2) return;
-    const Shape pages(shape.begin() + 2, shape.end());
     line(std::string(indent + 2, ' ') + "(:, :, " +
-         placeText(index / (shape[0] * shape[1]), pages).substr(1));
+         placeText(index / (shape[0] * shape[1]), std::span(shape).subspan(2)).substr(1));
   }
 
   void showSparse(const std::string& header, const Array& array, std::size_t indent) {
@@ -137,7 +120,7 @@ class Display {
 
   template <class T>
   void showEntries(const std::string& header, const Array& array, std::size_t indent) {
-    const auto entries = array.entries<T>();
+    const auto entries = entriesOf<T>(array);
     line(header + ", " + std::to_string(entries.size()) + " stored");
     const auto cell = [&entries](std::size_t i, std::size_t j) {
       const auto& entry = entries[i];

@@ -4,10 +4,8 @@
 
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <hcy/hcyclient.hpp>
-#include <new>
 #include <stdexcept>
 #include <type_traits>
 
@@ -47,11 +45,6 @@ decltype(auto) withElementType(hcyClassID classId, Use&& use) {
     default:
       throw std::invalid_argument("a container has no elements of one type");
   }
-}
-
-// Elements that a reply lacks are made up, for which there may be no memory.
-inline void requireElements(std::size_t count, const Array& array) {
-  if (count != array.size()) throw std::bad_alloc();
 }
 
 // Whether arrays of elements of this type may be complex.

@@ -10,8 +10,8 @@ enum ExitStatus : int {
   kSuccess = 0,
   kFunctionError = 1,
   kHttpError = 2,
-  kTransportError = 3,  // and whatever else keeps a call or its outputs from arriving
-  kUsage = 64,          // as EX_USAGE of <sysexits.h>: arguments or a file that cannot be used
+  kTransportError = 3,  // and whatever else keeps a call or its outputs from arriving whole
+  kUsage = 64,          // as EX_USAGE of <sysexits.h>: what the user gave cannot be used
 };
 
 }  // namespace hcy::tools

@@ -137,8 +137,6 @@ Array structArray(const JsonValue& data, const JsonValue* shape, const JsonValue
   if (list == nullptr) throw BadText(data.offset, "a struct is a list of its elements");
   const std::size_t rows = list->empty() ? 0 : 1;
   const Shape wanted = shape == nullptr ? Shape{rows, list->size()} : shapeFrom(*shape);
-  requireCount(data, list->size(), wanted);
-
   Names names;
   if (fields != nullptr) {
     names = namesIn(*fields);
@@ -146,6 +144,9 @@ Array structArray(const JsonValue& data, const JsonValue* shape, const JsonValue
     const auto* const first = list->front().as<JsonObject>();
     if (first != nullptr) names = namesOf(*first);
   }
+  // Elements without fields need not be written: the shape says how many there are.
+  const bool isShapeAlone = fields != nullptr && names.empty() && list->empty();
+  if (!isShapeAlone) requireCount(data, list->size(), wanted);
   Names sorted = names;
   std::sort(sorted.begin(), sorted.end());
   for (const JsonValue& element : *list) requireNames(element, sorted);

@@ -26,8 +26,4 @@ hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& 
   return config;
 }
 
-std::uint32_t largestReplyOf(const hcyclient::Config& config) {
-  return config.runtime()->getResponseSizeLimit(config.get());
-}
-
 }  // namespace hcy::tools

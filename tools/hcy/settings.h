@@ -12,7 +12,4 @@ namespace hcy::tools {
 // BadInput.
 hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& settings);
 
-// The largest reply that contexts with these settings accept, in bytes.
-std::uint32_t largestReplyOf(const hcyclient::Config& config);
-
 }  // namespace hcy::tools

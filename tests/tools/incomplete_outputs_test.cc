@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Replies in which less arrived than the dimensions name: hcy makes up nothing, and shows nothing.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <string>
+#include <vector>
+
+#include "exit_status.h"
+#include "replies.h"
+
+namespace hcy::test {
+namespace {
+
+using testing::HasSubstr;
+
+const std::string kCause =
+    ".\n     The limit on the size of replies may have cut the reply; --max-reply BYTES raises "
+    "it.\n";
+
+// Refused with this text, for a person and as JSON.
+void expectRefused(const std::string& array, const std::string& problem) {
+  for (const std::string options : {"", "--json"}) {
+    const Outcome outcome = called(resultOf({array}), options);
+    EXPECT_EQ(outcome.status, tools::kTransportError);
+    EXPECT_EQ(outcome.output, "hcy: ans" + problem + kCause);
+  }
+}
+
+// An array whose dimensions name this many elements, and which has fewer.
+void expectFewer(const std::string& array, const std::string& count) {
+  expectRefused(array,
+                " is incomplete: its dimensions name " + count + ", but not all of them arrived");
+}
+
+TEST(IncompleteOutput, ofEveryKindOfFullArray) {
+  expectFewer(arrayOf(kDouble, {1, 3}), "3 elements");
+  expectFewer(arrayOf(kDouble, {1, 3}, ""), "3 elements");
+  expectFewer(arrayOf(kDouble, {1, 3}, bytesField(1, doubles(2))), "3 elements");
+  expectFewer(arrayOf(kDouble, {1, 1}), "1 element");
+  expectFewer(arrayOf(kUint8, {2, 2}, bytesField(1, "abc")), "4 elements");
+  expectFewer(arrayOf(kUint16, {2, 2}, bytesField(1, packed({1, 2, 3}))), "4 elements");
+  expectFewer(arrayOf(kLogical, {1, 2}, bytesField(1, packed({1}))), "2 elements");
+  expectFewer(arrayOf(kChar, {1, 2}, bytesField(1, "a")), "2 elements");
+  expectFewer(arrayOf(kDouble, {1U << 31U, 1U << 31U}), "4611686018427387904 elements");
+}
+
+TEST(IncompleteOutput, imaginaryPartsCountToo) {
+  expectFewer(arrayOf(kDouble, {1, 2}, bytesField(1, doubles(2)) + bytesField(2, doubles(1))),
+              "2 elements");
+  expectFewer(arrayOf(kUint16, {1, 2}, bytesField(1, "ab") + bytesField(2, "a")), "2 elements");
+}
+
+TEST(IncompleteOutput, dimensionsMustBeThere) {
+  expectRefused(numberField(1, kDouble), " is incomplete: its dimensions did not arrive");
+  expectRefused(numberField(1, kSparse), " is incomplete: its dimensions did not arrive");
+  expectRefused(numberField(1, kCell), " is incomplete: its dimensions did not arrive");
+}
+
+TEST(IncompleteOutput, containersHoldAllTheirElements) {
+  const std::string one = doubleScalar(1);
+  expectFewer(arrayOf(kCell, {1, 1000000}), "1000000 elements");
+  expectFewer(arrayOf(kCell, {1, 3}, bytesField(1, one) + bytesField(1, one)), "3 elements");
+  const std::string names = bytesField(1, "a") + bytesField(1, "b");
+  expectFewer(arrayOf(kStruct, {1, 1}, names + bytesField(2, one)), "1 element");
+  expectFewer(arrayOf(kStruct, {1, 2},
+                      names + bytesField(2, one) + bytesField(2, one) + bytesField(2, one)),
+              "2 elements");
+}
+
+TEST(IncompleteOutput, sparseArraysHaveIndicesAndValues) {
+  const std::string named = " is incomplete: its dimensions name 4 elements, but ";
+  const std::string rows = bytesField(2, packed({0, 1}));
+  const std::string starts = bytesField(3, packed({0, 1, 2}));
+  const std::string noIndices = named + "its sparse indices are missing or do not fit them";
+  expectRefused(arrayOf(kSparse, {2, 2}), noIndices);
+  expectRefused(arrayOf(kSparse, {2, 2}, rows + bytesField(16, bytesField(1, doubles(2)))),
+                noIndices);
+  expectRefused(
+      arrayOf(kSparse, {2, 2},
+              starts + bytesField(2, packed({0, 2})) + bytesField(16, bytesField(1, doubles(2)))),
+      noIndices);
+  const std::string noValues = named + "values of its sparse indices are missing";
+  expectRefused(arrayOf(kSparse, {2, 2}, rows + starts), noValues);
+  expectRefused(arrayOf(kSparse, {2, 2}, rows + starts + bytesField(16, bytesField(1, doubles(1)))),
+                noValues);
+  expectRefused(arrayOf(kSparse, {2, 2},
+                        rows + starts +
+                            bytesField(16, bytesField(1, doubles(2)) + bytesField(2, doubles(1)))),
+                noValues);
+  expectRefused(arrayOf(kSparse, {2, 2}, numberField(1, 1) + rows + starts), noValues);
+}
+
+TEST(IncompleteOutput, thePlaceIsNamed) {
+  const std::string short3 = arrayOf(kDouble, {1, 3}, bytesField(1, doubles(2)));
+  const auto cellOf = [](const std::string& second) {
+    return arrayOf(kCell, {1, 2}, bytesField(1, doubleScalar(1)) + bytesField(1, second));
+  };
+  const auto structOf = [](const std::string& value) {
+    return arrayOf(kStruct, {1, 1},
+                   bytesField(1, "a") + bytesField(1, "b\n") + bytesField(2, doubleScalar(1)) +
+                       bytesField(2, value));
+  };
+  const std::string structs = arrayOf(
+      kStruct, {1, 2}, bytesField(1, "c") + bytesField(2, doubleScalar(1)) + bytesField(2, short3));
+  expectFewer(short3, "3 elements");
+  const std::string fewer =
+      " is incomplete: its dimensions name 3 elements, but not all of them arrived";
+  expectRefused(cellOf(short3), ", (0, 1)" + fewer);
+  expectRefused(structOf(short3), ", b\\n" + fewer);
+  expectRefused(structs, ", (0, 1), c" + fewer);
+  expectRefused(cellOf(structOf(structs)), ", (0, 1), b\\n, (0, 1), c" + fewer);
+
+  const Outcome second = called(resultOf({doubleScalar(1), cellOf(short3)}), "-n 2");
+  EXPECT_EQ(second.output, "hcy: out 2, (0, 1)" + fewer + kCause);
+}
+
+TEST(IncompleteOutput, isAFailureOfABenchmark) {
+  const Outcome outcome = replied("bench", resultOf({arrayOf(kDouble, {1, 3})}), "--calls 1");
+  EXPECT_EQ(outcome.status, tools::kTransportError);
+  EXPECT_THAT(outcome.output, HasSubstr("failures  1\n  1  ans is incomplete: "));
+}
+
+// The most memory that any program took that this one has run, in bytes.
+long mostMemory() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  return usage.ru_maxrss * 1024;
+}
+
+TEST(ClaimedSize, costsNoMemoryAndIsNotShown) {
+  const std::vector<std::string> claims = {
+      arrayOf(kDouble, {400000000, 1}),
+      arrayOf(kChar, {1, 400000000}),
+      arrayOf(kCell, {400000000, 1}),
+      arrayOf(kCell, {0, 400000000}),
+      arrayOf(kDouble, {400000000, 0}),
+      arrayOf(kLogical, {400000000, 0}),
+      arrayOf(kChar, {400000000, 0}),
+      arrayOf(kStruct, {400000000, 1}),
+      arrayOf(kStruct, {400000000, 1}, ""),
+      arrayOf(kStruct, {400000000, 1}, bytesField(1, "a")),
+      arrayOf(kSparse, {2, 400000000}),
+      arrayOf(kSparse, {400000000, 0}, bytesField(3, packed({0})))};
+  for (const std::string& claim : claims) {
+    for (const std::string options : {"", "--json"}) {
+      EXPECT_LT(called(resultOf({claim}), options).output.size(), 300U);
+    }
+    EXPECT_LT(replied("bench", resultOf({claim}), "--calls 1").output.size(), 600U);
+  }
+  EXPECT_LT(mostMemory(), 300'000'000);
+}
+
+TEST(ClaimedSize, emptyArraysAreOnlyTheirDimensions) {
+  const std::string array = arrayOf(kDouble, {0, 2147483647});
+  EXPECT_EQ(called(resultOf({array})).output, "ans: double 0-by-2147483647\n");
+  EXPECT_EQ(called(resultOf({array}), "--json").output,
+            "{\"$double\":[],\"$shape\":[0,2147483647]}\n");
+  EXPECT_EQ(called(resultOf({arrayOf(kChar, {2147483647, 0})}), "--json").output,
+            "{\"$char\":\"\",\"$shape\":[2147483647,0]}\n");
+}
+
+TEST(ClaimedSize, structsWithoutFieldsAreOnlyTheirDimensions) {
+  const std::string array = arrayOf(kStruct, {400000000, 2});
+  EXPECT_EQ(called(resultOf({array})).output, "ans: struct 400000000-by-2 without fields\n");
+  EXPECT_EQ(called(resultOf({array}), "--json").output,
+            "{\"$struct\":[],\"$fields\":[],\"$shape\":[400000000,2]}\n");
+  const std::string one = arrayOf(kStruct, {1, 1});
+  EXPECT_EQ(called(resultOf({one})).output, "ans: struct 1-by-1\n");
+  EXPECT_EQ(called(resultOf({one}), "--json").output, "{}\n");
+}
+
+TEST(ClaimedSize, sparseArraysMayHaveMoreElementsThanFullOnes) {
+  // In the last column, the last row.
+  const std::string starts = std::string(50000, '\0') + '\x01';
+  const auto sparse = [&starts](const std::string& values) {
+    return resultOf({arrayOf(kSparse, {50000, 50000},
+                             bytesField(2, packed({49999})) + bytesField(3, starts) + values)});
+  };
+  const std::string real = sparse(bytesField(16, bytesField(1, doubles(1))));
+  EXPECT_EQ(called(real).output,
+            "ans: sparse double 50000-by-50000, 1 stored\n  (49999, 49999)  0\n");
+  EXPECT_EQ(called(real, "--json").output,
+            "{\"$sparse\":{\"rows\":50000,\"cols\":50000,\"entries\":[[49999,49999,0]]}}\n");
+  const std::string complex =
+      sparse(bytesField(16, bytesField(1, doubles(1)) + bytesField(2, doubles(1))));
+  EXPECT_EQ(called(complex, "--json").output,
+            "{\"$sparse\":{\"rows\":50000,\"cols\":50000,\"entries\":[[49999,49999,0,0]]}}\n");
+  const std::string logical = sparse(numberField(1, 1) + bytesField(17, bytesField(1, "\x01")));
+  EXPECT_EQ(called(logical, "--json").output,
+            "{\"$sparse\":{\"rows\":50000,\"cols\":50000,\"entries\":[[49999,49999,true]]}}\n");
+  EXPECT_THAT(replied("bench", real, "--calls 1").output, HasSubstr("failures  none"));
+}
+
+TEST(ClaimedSize, subscriptsOfManyDimensionsAreNotRepeatedForEachElement) {
+  const std::string dimensions = packed({1, 1, 3}) + std::string(100000, '\x01');
+  const std::string numbers = numberField(1, kLogical) + bytesField(2, dimensions) +
+                              bytesField(partOf(kLogical), bytesField(1, packed({1, 0, 1})));
+  const std::string one = bytesField(1, doubleScalar(1));
+  const std::string cell = numberField(1, kCell) + bytesField(2, dimensions) +
+                           bytesField(partOf(kCell), one + one + one);
+  EXPECT_THAT(called(resultOf({numbers})).output,
+              HasSubstr("\n  (:, :, 0)\n  true\n  (:, :, 1)\n  false\n  (:, :, 2)\n  true\n"));
+  EXPECT_THAT(called(resultOf({cell})).output, HasSubstr("\n  (2): double 1-by-1 = 1\n"));
+}
+
+}  // namespace
+}  // namespace hcy::test
