@@ -11,6 +11,7 @@
 
 #include "exit_status.h"
 #include "replies.h"
+#include "support/call_test.h"
 
 namespace hcy::test {
 namespace {
@@ -92,6 +93,9 @@ TEST(IncompleteOutput, sparseArraysHaveIndicesAndValues) {
                             bytesField(16, bytesField(1, doubles(2)) + bytesField(2, doubles(1)))),
                 noValues);
   expectRefused(arrayOf(kSparse, {2, 2}, numberField(1, 1) + rows + starts), noValues);
+  // The values of sparse single arrays cannot be reached.
+  const std::string singles = bytesField(18, bytesField(1, std::string(2 * sizeof(float), 'x')));
+  expectRefused(arrayOf(kSparse, {2, 2}, numberField(1, 2) + rows + starts + singles), noValues);
 }
 
 TEST(IncompleteOutput, thePlaceIsNamed) {
@@ -116,6 +120,24 @@ TEST(IncompleteOutput, thePlaceIsNamed) {
 
   const Outcome second = called(resultOf({doubleScalar(1), cellOf(short3)}), "-n 2");
   EXPECT_EQ(second.output, "hcy: out 2, (0, 1)" + fewer + kCause);
+}
+
+TEST(IncompleteOutput, isWhatTheSizeLimitLeavesOfAReplyWithoutALength) {
+  const std::string body = resultOf({arrayOf(kDouble, {1000, 1}, bytesField(1, doubles(1000)))});
+  const auto calledWithLimit = [&body](std::size_t limit) {
+    ScriptServer server({Connection{readRequest(),
+                                    send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n" +
+                                         abi::chunk(body) + abi::chunk("")),
+                                    waitForClose()}});
+    return run(HCY_PROGRAM " call " + server.url("/f") + " --max-reply " + std::to_string(limit));
+  };
+  const Outcome cut = calledWithLimit(body.size() / 2);
+  EXPECT_EQ(cut.status, tools::kTransportError);
+  EXPECT_EQ(cut.output,
+            "hcy: ans is incomplete: its dimensions name 1000 elements, but not all of "
+            "them arrived" +
+                kCause);
+  EXPECT_EQ(calledWithLimit(body.size()).status, tools::kSuccess);
 }
 
 TEST(IncompleteOutput, isAFailureOfABenchmark) {
