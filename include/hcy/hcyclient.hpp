@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file hcyclient.hpp
- * @brief The C++ face of hcyclient.h: the same library with owners, exceptions and typed spans.
+ * @brief The C++ API over hcyclient.h: the same library with owners, exceptions and typed spans.
  *
  * @code
  * const hcyclient::Library library;
@@ -12,18 +12,22 @@
  * @endcode
  *
  * Header-only C++17 over the C functions alone: a program compiled with it depends on nothing but
- * the C interface of the shared library, whatever compiler made that. Each owner is as large as
- * the pointers that it holds.
+ * the C interface of the shared library, whatever compiler made that. An Array is as large as a
+ * pointer.
  *
  * @par Rules for the whole header
  * - **Owners.** Library, Config, Context and Array own what they stand for and can be moved, not
- *   copied; Array::copy() copies. A Library outlives all configurations and contexts.
- * - **Failures.** What this header reports is thrown as an Error or a class derived from it. The
- *   exceptions of the C functions pass through: std::bad_alloc when memory is exhausted, and a
- *   std::bad_cast for a size over 2147483647 (*positive overflow*). Whatever is thrown, nothing
- *   leaks, and arguments are unchanged.
- * - **Threads.** As in hcyclient.h: one array, one configuration and one context are used by one
- *   thread at a time. Reading counts as use.
+ *   copied; Array::copy() copies. A Library outlives all configurations and contexts. One that has
+ *   been moved from can be assigned to and destroyed; using it throws UsageError.
+ * - **Failures.** Everything that is thrown is an Error or a class derived from it, except
+ *   std::bad_alloc when memory is exhausted. Whatever is thrown, nothing leaks, and arguments are
+ *   unchanged.
+ * - **Incomplete replies.** A reply may hold fewer elements than the dimensions of its arrays say,
+ *   because the response size limit cut it or the server broke its own rules. Nothing stands in for
+ *   what did not arrive: IncompleteReply is thrown instead.
+ * - **Threads.** Const members of one array may be called by several threads at once while none
+ *   changes it. One configuration and one context are used by one thread at a time; a second call
+ *   on a context that is in use throws UsageError.
  * - **Lists.** A list of values without a shape becomes a column: n-by-1. Values are copied in
  *   column-major order.
  */
@@ -38,6 +42,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <complex>
 #include <cstddef>
@@ -47,6 +52,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -55,12 +61,12 @@
 #include <utility>
 #include <vector>
 
-/** The C++ face of the library. */
+/** The C++ API of the library. */
 namespace hcyclient {
 
 /**
  * @defgroup cpp_errors C++: errors
- * @brief What the C++ face throws.
+ * @brief What the C++ API throws.
  * @{
  */
 
@@ -77,9 +83,22 @@ class InitializationError : public Error {
 };
 
 /** An array was asked for what it is not or does not hold (another class, an index or field that
- *  is not there, storage that a malformed reply left out), or a value cannot be handed to the
- *  library (text that is not UTF-8, a NUL inside a URL or name, a negative number of outputs). */
+ *  is not there), a value cannot be handed to the library (text that is not UTF-8, a NUL inside a
+ *  URL or name, a size over 2147483647, a URL that is not http or https), or an object was used
+ * that has been moved from or is in use by another thread. */
 class UsageError : public Error {
+ public:
+  using Error::Error;
+};
+
+/** An array of a reply is incomplete: fewer elements arrived than its dimensions say, its
+ * dimensions did not arrive, or its column starts and row indices do not describe a sparse array of
+ * its dimensions. what() names the array and how many elements its dimensions say. Mostly the
+ * response size limit cut the reply: see Config::setResponseSizeLimit().
+ *
+ *  Context::feval() throws it for an incomplete output. The elements of cells and structs are
+ * looked at when they are read, those of an adopted array likewise. */
+class IncompleteReply : public Error {
  public:
   using Error::Error;
 };
@@ -268,6 +287,32 @@ using IfValue = std::enable_if_t<isValue<T>, int>;
 
 constexpr std::uint64_t largestSize = 2147483647;
 
+inline std::string shapeText(const std::size_t* dimensions, std::size_t count) {
+  std::string text = count == 0 ? "0-by-0" : std::to_string(dimensions[0]);
+  for (std::size_t i = 1; i < count; ++i) text += "-by-" + std::to_string(dimensions[i]);
+  return count == 1 ? text + "-by-1" : text;
+}
+
+// Throws for sizes that the library refuses by an exception of its own. A sparse array may have any
+// number of elements; an element of a struct array takes a place for each of its fields.
+inline void requireSizes(const std::size_t* dimensions, std::size_t count, bool isSparse,
+                         std::uint64_t placesPerElement = 1) {
+  constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+  bool fits = count <= largestSize;
+  std::uint64_t places = placesPerElement;
+  for (std::size_t i = 0; fits && i < count; ++i) {
+    fits = dimensions[i] <= largestSize;
+    places = dimensions[i] != 0 && places > most / dimensions[i] ? most : places * dimensions[i];
+  }
+  // A column takes a start, and the last one an end.
+  if (isSparse && count > 1 && fits) fits = dimensions[1] < largestSize;
+  if (fits && (isSparse || places <= largestSize)) return;
+  const std::string fields =
+      placesPerElement == 1 ? "" : " with " + std::to_string(placesPerElement) + " fields";
+  throw UsageError("the size is larger than an array can be: " +
+                   shapeText(dimensions, std::min<std::size_t>(count, 8)) + fields);
+}
+
 // A text as the C functions take it, which would be cut short by a NUL inside.
 inline const char* cText(const std::string& text) {
   if (text.find('\0') != std::string::npos) throw UsageError("a text has a NUL inside");
@@ -405,6 +450,98 @@ struct Destroyer {
   void operator()(hcyArray* handle) const noexcept { hcyDestroyArray(handle); }
 };
 
+// Whether a complex array has its imaginary parts. One that the program resized to no elements and
+// back has none and lacks none: a copy of it is real.
+inline bool hasImaginaryParts(const hcyArray* array) {
+  if (hcyGetImagData(array) != nullptr) return true;
+  const std::unique_ptr<hcyArray, Destroyer> copy(hcyDuplicateArray(array));
+  return !hcyIsComplex(copy.get());
+}
+
+inline bool isWholeSparse(const hcyArray* array) {
+  const std::size_t* const starts = hcyGetJc(array);
+  if (starts == nullptr) return false;
+  if (starts[hcyGetN(array)] == 0) return true;
+  if (hcyIsDouble(array)) {
+    return hcyGetPr(array) != nullptr && (!hcyIsComplex(array) || hasImaginaryParts(array));
+  }
+  // Values that are neither double nor logical cannot be reached, whether they arrived or not.
+  return !hcyIsLogical(array) || hcyGetLogicals(array) != nullptr;
+}
+
+// Whether the storage of an array holds what its dimensions say. The time does not grow with the
+// array: the elements of a cell or struct array are looked at when they are read.
+inline bool isWhole(const hcyArray* array) {
+  if (hcyGetNumberOfDimensions(array) == 0) return false;
+  if (hcyIsSparse(array)) return isWholeSparse(array);
+  switch (hcyGetClassID(array)) {
+    case hcyCELL_CLASS:
+    case hcySTRUCT_CLASS:
+      return true;
+    case hcyLOGICAL_CLASS:
+      return hcyGetLogicals(array) != nullptr || hcyGetNumberOfElements(array) == 0;
+    case hcyCHAR_CLASS:
+      return hcyGetChars(array) != nullptr || hcyGetNumberOfElements(array) == 0;
+    default:
+      if (hcyGetData(array) == nullptr) return hcyGetNumberOfElements(array) == 0;
+      return !hcyIsComplex(array) || hasImaginaryParts(array);
+  }
+}
+
+// What an array lacks that is not whole.
+inline std::string lackOf(const hcyArray* array) {
+  if (hcyGetNumberOfDimensions(array) == 0) return "its dimensions did not arrive";
+  if (hcyIsSparse(array)) {
+    return "its column starts, row indices and values do not make a sparse array of " +
+           shapeText(hcyGetDimensions(array), hcyGetNumberOfDimensions(array));
+  }
+  return "its dimensions name " + std::to_string(hcyGetNumberOfElements(array)) +
+         " elements, but fewer arrived";
+}
+
+constexpr const char* limitMayHaveCut =
+    "; the response size limit (Config::setResponseSizeLimit) may have cut the reply";
+
+// The Library objects of the process. Visible, so that the dynamic linker gives all shared objects
+// the same one.
+struct HCY_API Libraries {
+  std::mutex mutex;
+  std::size_t count = 0;
+  hcyClientRuntime* runtime = nullptr;
+};
+inline HCY_API Libraries libraries;
+
+// Whether somebody is at work. Whoever moves an object moves it while nobody is.
+class BusyFlag {
+ public:
+  BusyFlag() = default;
+  BusyFlag(BusyFlag&&) noexcept {}
+  BusyFlag& operator=(BusyFlag&&) noexcept { return *this; }
+  BusyFlag(const BusyFlag&) = delete;
+  BusyFlag& operator=(const BusyFlag&) = delete;
+  ~BusyFlag() = default;
+
+  bool raise() noexcept { return !isRaised_.exchange(true, std::memory_order_acquire); }
+  void lower() noexcept { isRaised_.store(false, std::memory_order_release); }
+
+ private:
+  std::atomic<bool> isRaised_ = false;
+};
+
+// libcurl would also read files and speak other protocols, and guess where the URL names none.
+inline void requireHttp(std::string_view url) {
+  for (const std::string_view scheme : {"http://", "https://"}) {
+    const auto isSame = [](char lower, char c) {
+      return lower == (c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c);
+    };
+    if (url.size() >= scheme.size() &&
+        std::equal(scheme.begin(), scheme.end(), url.begin(), isSame)) {
+      return;
+    }
+  }
+  throw UsageError("the URL does not begin with http:// or https://");
+}
+
 }  // namespace detail
 
 /**
@@ -436,12 +573,20 @@ struct Field;
  * int32, and `2.0` a double). std::complex of one of them is the same class with imaginary parts.
  * Texts are UTF-8 in C++ and UTF-16 in arrays.
  *
- * An array that has been moved from, or was made by the default constructor, holds nothing: it can
- * be assigned to, destroyed and tested, and all else throws UsageError.
+ * An Array that was made by the default constructor, has been moved from or released is empty: it
+ * can be assigned to, destroyed and tested, and all else throws UsageError.
+ *
+ * A size over 2147483647 (a dimension, the number of elements, that of fields times elements, that
+ * of stored elements or of columns plus one in a sparse array) throws UsageError wherever an array
+ * is made; the number of elements of a sparse array may be larger.
+ *
+ * Reading the elements of an incomplete array of a reply throws IncompleteReply, and so does
+ * changing its shape or fields. What it says of itself (class, dimensions, names of fields) can be
+ * read.
  */
 class Array {
  public:
-  /** Holds nothing. */
+  /** Empty: there is no array in it. */
   Array() noexcept = default;
 
   /** A 1-by-1 array of the class of T. */
@@ -484,8 +629,7 @@ class Array {
    *  well-formed (RFC 3629). */
   Array(std::string_view text) {
     const std::size_t length = detail::utf16Length(text);
-    const std::size_t shape[] = {1, length};
-    *this = adopt(hcyCreateCharArray(length == 0 ? 0 : 2, shape));
+    *this = zeros<char16_t>(length == 0 ? 0 : 1, length);
     if (length != 0) detail::writeUtf16(text, dataOf<char16_t>(), length);
   }
   /** A 1-by-n char array from UTF-8. */
@@ -496,14 +640,14 @@ class Array {
   Array(std::nullptr_t) = delete;
   /** A 1-by-n char array of these code units; 0-by-0 from none. */
   Array(std::u16string_view units) {
-    const std::size_t shape[] = {1, units.size()};
-    *this = adopt(hcyCreateCharArray(units.empty() ? 0 : 2, shape));
+    *this = zeros<char16_t>(units.empty() ? 0 : 1, units.size());
     std::copy(units.begin(), units.end(), dataOf<char16_t>());
   }
   /** A column of cells, each a text. */
   Array(const std::vector<std::string>& texts);
 
-  /** Takes over a handle of the C interface; null makes an array that holds nothing. */
+  /** Takes over a handle of the C interface, which the Array destroys; null makes an empty Array.
+   */
   static Array adopt(hcyArray* handle) noexcept {
     Array array;
     array.handle_.reset(handle);
@@ -513,10 +657,11 @@ class Array {
   /** A rows-by-columns array of zeros (false, NUL) of the class of T. */
   template <class T, detail::IfValue<T> = 0>
   static Array zeros(std::size_t rows, std::size_t columns) {
+    const std::size_t shape[] = {rows, columns};
+    detail::requireSizes(shape, 2, false);
     if constexpr (std::is_same_v<T, bool>) {
       return adopt(hcyCreateLogicalMatrix(rows, columns));
     } else if constexpr (std::is_same_v<T, char16_t>) {
-      const std::size_t shape[] = {rows, columns};
       return adopt(hcyCreateCharArray(2, shape));
     } else {
       return adopt(hcyCreateNumericMatrix(rows, columns, classOf<T>(), complexityOf<T>()));
@@ -526,6 +671,7 @@ class Array {
   /** An array of zeros (false, NUL) of the class of T. */
   template <class T, detail::IfValue<T> = 0>
   static Array zeros(const Shape& shape) {
+    detail::requireSizes(shape.data(), shape.size(), false);
     if constexpr (std::is_same_v<T, bool>) {
       return adopt(hcyCreateLogicalArray(shape.size(), shape.data()));
     } else if constexpr (std::is_same_v<T, char16_t>) {
@@ -556,6 +702,7 @@ class Array {
 
   /** A cell array whose elements were never set. */
   static Array cells(const Shape& shape) {
+    detail::requireSizes(shape.data(), shape.size(), false);
     return adopt(hcyCreateCellArray(shape.size(), shape.data()));
   }
   /** A column of cells with these elements. */
@@ -563,13 +710,19 @@ class Array {
 
   /** A struct array with these fields, never set. */
   static Array structs(const Shape& shape, const std::vector<std::string>& fields);
-  /** A 1-by-1 struct array: `structOf({{"name", "Ada"}, {"born", 1815.0}})`. */
+  /** A 1-by-1 struct array: `structOf({{"name", "Ada"}, {"born", 1815.0}})`. Throws UsageError when
+   *  a field is named twice. */
   static Array structOf(std::initializer_list<Field> fields);
 
   /** A sparse array with room for nzmax stored elements, to be filled through span(),
    *  rowIndices() and columnStarts(). T is double, std::complex<double> or bool. */
   template <class T>
   static Array sparse(std::size_t rows, std::size_t columns, std::size_t nzmax) {
+    const std::size_t shape[] = {rows, columns};
+    detail::requireSizes(shape, 2, true);
+    if (nzmax > detail::largestSize) {
+      throw UsageError("there are too many stored elements: " + std::to_string(nzmax));
+    }
     if constexpr (std::is_same_v<T, bool>) {
       return adopt(hcyCreateSparseLogicalMatrix(rows, columns, nzmax));
     } else {
@@ -587,9 +740,9 @@ class Array {
 
   /** Whether it holds an array at all. */
   explicit operator bool() const noexcept { return handle_ != nullptr; }
-  /** The handle, which stays owned here; null if it holds nothing. */
+  /** The handle, which stays owned here; null if the Array is empty. */
   hcyArray* get() const noexcept { return handle_.get(); }
-  /** Gives the handle away: the caller destroys it. */
+  /** Gives the handle away: the caller destroys it, and the Array is empty. */
   hcyArray* release() noexcept { return handle_.release(); }
 
   hcyClassID classId() const { return hcyGetClassID(handle()); }           /**< The class. */
@@ -610,13 +763,17 @@ class Array {
   std::size_t columns() const { return hcyGetN(handle()); } /**< The second one alone. */
   /** The product of the dimensions. */
   std::size_t size() const { return hcyGetNumberOfElements(handle()); }
-  /** The dimensions. */
+  /** The dimensions; none where those of a reply did not arrive. */
   Shape shape() const {
     const std::size_t* const first = hcyGetDimensions(handle());
     return Shape(first, first + hcyGetNumberOfDimensions(handle()));
   }
   /** Gives the array another shape; elements keep their linear index, new ones are zero or never
-   *  set. Throws UsageError when there is no dimension or there would be too many elements. */
+   *  set. A complex array that is resized to no elements has lost its imaginary parts: isComplex()
+   *  stays true, and imaginary() is empty from then on. Throws UsageError when there is no
+   * dimension or a size is over 2147483647 (here the number of elements of a sparse array, too),
+   * and IncompleteReply when elements did not arrive, or the last one of a cell or struct array is
+   * of a class that the library does not serve. */
   void resize(const Shape& shape);
   /** The linear index of an element with zero-based subscripts; throws UsageError unless there is
    *  one for each dimension, and below it. */
@@ -630,55 +787,58 @@ class Array {
     return hcyCalcSingleSubscript(handle(), subscripts.size(), subscripts.data());
   }
 
-  /** The elements (of a sparse array, the stored values; of a complex one, the real parts) in the
-   *  array's own storage. Throws UsageError unless the array is of the class of T. Where a reply
-   *  holds fewer elements than its dimensions say, they are made up to zeros first. */
+  /** The elements (of a complex array, the real parts) in the array's own storage. Of a sparse
+   *  array, the values that there is room for: nzmax, but no more than size(). Throws UsageError
+   *  unless the array is of the class of T, IncompleteReply when elements did not arrive. */
   template <class T>
   Span<T> span() & {
-    return elements<T>();
+    return elements<T>(roomToWrite());
   }
-  /** To read alone. */
+  /** To read alone; of a sparse array, the values that are stored, which the last column start
+   *  counts. Otherwise the same. */
   template <class T>
   Span<const T> span() const& {
-    return elements<T>();
+    return elements<T>(countToRead());
   }
   /** The elements would not outlive the array. */
   template <class T>
   Span<const T> span() const&& = delete;
 
-  /** The imaginary parts in the array's own storage; empty for a real array. Otherwise as
-   *  span(). */
+  /** The imaginary parts in the array's own storage; empty for a real array, and for a complex one
+   *  that resize() took them from. Otherwise as span(). */
   template <class T>
   Span<T> imaginary() & {
-    return imaginaryElements<T>();
+    return imaginaryElements<T>(roomToWrite());
   }
-  /** To read alone. */
+  /** To read alone, as span() const. */
   template <class T>
   Span<const T> imaginary() const& {
-    return imaginaryElements<T>();
+    return imaginaryElements<T>(countToRead());
   }
   /** The elements would not outlive the array. */
   template <class T>
   Span<const T> imaginary() const&& = delete;
 
-  /** A copy of the elements, as span() shows them; with T a std::complex, of both parts. With T a
-   *  std::string, the texts of the elements of a cell array. */
+  /** A copy of the elements, as span() const shows them; with T a std::complex, of both parts. With
+   * T a std::string, the texts of the elements of a cell array. Throws as span() and toString(). */
   template <class T>
   std::vector<T> toVector() const;
 
   /** The text of a char array, read in column-major order, as UTF-8; empty when there are no
    *  elements. Throws UsageError when the array is of another class, or ends in a surrogate
-   *  without a unit behind it. Other stray surrogates give bytes that are not UTF-8, as with
-   *  hcyArrayToString(); unlike there, a NUL is a character like any other. */
+   *  without a unit behind it, IncompleteReply when code units did not arrive. Other stray
+   * surrogates give bytes that are not UTF-8, as with hcyArrayToString(); unlike there, a NUL is a
+   * character like any other. */
   std::string toString() const {
     const Span<const char16_t> units = span<char16_t>();
     return detail::utf8Of(units.data(), units.size());
   }
 
   /** The first element as a double (of a complex array, its real part; of a sparse one, the first
-   *  that is stored). Throws UsageError when there is none, and for cells and structs. 64-bit
-   *  integers beyond 2^53 are rounded. */
+   *  that is stored). Throws UsageError when there is none, and for cells and structs,
+   *  IncompleteReply when any element did not arrive. 64-bit integers beyond 2^53 are rounded. */
   double scalar() const {
+    requireWhole();
     const double value = hcyGetScalar(handle());
     // A positive one is right whatever the class: 0 may stand for none, and uint8 is read as
     // signed.
@@ -687,30 +847,32 @@ class Array {
     return is<std::uint8_t>() ? span<std::uint8_t>()[0] : value;
   }
 
-  /** The zero-based rows of the stored elements of a sparse array. Throws UsageError if it is
-   *  full. */
-  Span<std::size_t> rowIndices() & { return sparseIndices(hcyGetIr, true); }
-  /** To read alone. */
-  Span<const std::size_t> rowIndices() const& { return sparseIndices(hcyGetIr, true); }
+  /** The zero-based rows of the elements of a sparse array, as many as span() gives. Throws
+   *  UsageError if it is full, IncompleteReply when column starts and rows do not describe a sparse
+   *  array of its dimensions, or values did not arrive. */
+  Span<std::size_t> rowIndices() & { return rowsOf(roomToWrite()); }
+  /** To read alone; as many as span() const gives. */
+  Span<const std::size_t> rowIndices() const& { return rowsOf(countToRead()); }
   /** The rows would not outlive the array. */
   Span<const std::size_t> rowIndices() const&& = delete;
 
-  /** The column starts of a sparse array, columns() + 1 of them. Throws UsageError if it is
-   *  full. */
-  Span<std::size_t> columnStarts() & { return sparseIndices(hcyGetJc, false); }
+  /** The column starts of a sparse array, columns() + 1 of them. Throws as rowIndices(). */
+  Span<std::size_t> columnStarts() & { return starts(); }
   /** To read alone. */
-  Span<const std::size_t> columnStarts() const& { return sparseIndices(hcyGetJc, false); }
+  Span<const std::size_t> columnStarts() const& { return starts(); }
   /** The starts would not outlive the array. */
   Span<const std::size_t> columnStarts() const&& = delete;
 
-  /** The stored elements of a sparse array, column after column. Throws UsageError when its column
-   *  starts or rows lead outside it. */
+  /** The stored elements of a sparse array, column after column. Throws UsageError when the program
+   *  has set column starts or rows that lead outside it, and as span() and rowIndices(). */
   template <class T>
   std::vector<Entry<T>> entries() const;
 
   /** Element i of a cell array: to read, to assign to, or to go on into (`cell[1]("name")`). */
   Slot operator[](std::size_t i) &;
-  /** Element i of a cell array, as a handle of its own. Throws UsageError when there is none. */
+  /** Element i of a cell array, as a handle of its own. Throws UsageError when there is none,
+   *  IncompleteReply when it did not arrive or not as a whole, or is of a class that the library
+   * does not serve. */
   Array operator[](std::size_t i) const&;
   /** The same. */
   Array operator[](std::size_t i) && { return static_cast<const Array&>(*this)[i]; }
@@ -719,7 +881,7 @@ class Array {
   Slot operator()(const std::string& field) &;
   /** A field of element i of a struct array. */
   Slot operator()(std::size_t i, const std::string& field) &;
-  /** A field, as a handle of its own. Throws UsageError when there is none. */
+  /** A field, as a handle of its own. Throws as operator[]. */
   Array operator()(const std::string& field) const& { return (*this)(0, field); }
   /** The same of element i. */
   Array operator()(std::size_t i, const std::string& field) const&;
@@ -745,14 +907,18 @@ class Array {
     return hcyGetFieldNumber(handle(), detail::cText(field)) >= 0;
   }
   /** Adds a field behind the others, never set; nothing happens when it exists. Throws UsageError
-   *  when the array is no struct, std::bad_alloc when there is no room. */
+   *  when the array is not a struct, IncompleteReply as resize(), std::bad_alloc when there is no
+   *  room. */
   void addField(const std::string& field) {
     if (!isStruct()) throw wrongClass("struct");
+    requireElements();
     if (hcyAddField(handle(), detail::cText(field)) < 0) throw std::bad_alloc();
   }
-  /** Removes a field from every element. Throws UsageError when there is none. */
+  /** Removes a field from every element. Throws UsageError when there is none, IncompleteReply as
+   *  resize(). */
   void removeField(const std::string& field) {
     if (!hasField(field)) throw UsageError("there is no field " + field);
+    requireElements();
     hcyRemoveField(handle(), hcyGetFieldNumber(handle(), field.c_str()));
   }
 
@@ -770,7 +936,7 @@ class Array {
   }
 
   hcyArray* handle() const {
-    if (!handle_) throw UsageError("the array has been moved from");
+    if (!handle_) throw UsageError("the Array is empty: there is no array in it");
     return handle_.get();
   }
 
@@ -778,19 +944,47 @@ class Array {
     return UsageError("the array is " + std::string(className()) + ", not " + std::string(wanted));
   }
 
-  // The storage of a reply may be out of step with its dimensions: nobody is to read beyond it.
-  void fitStorage() const {
-    if (size() != 0 || isSparse()) hcySetM(handle(), rows());
-    if (isSparse() && hcyGetNzmax(handle()) != 0) {
-      hcySetNzmax(handle(), std::min(hcyGetNzmax(handle()), size()));
-    }
+  void requireWhole() const {
+    if (detail::isWhole(handle())) return;
+    throw IncompleteReply("the array is incomplete: " + detail::lackOf(get()) +
+                          detail::limitMayHaveCut);
   }
 
-  Span<std::size_t> sparseIndices(std::size_t* (*read)(const hcyArray*), bool areRows) const {
+  // The same where elements of a container move: those that did not arrive are the last ones.
+  void requireElements() const;
+
+  // How many elements there are to read: of a sparse array, the stored ones. Column starts that the
+  // program has set may say more than there is room for.
+  std::size_t countToRead() const {
+    if (!isSparse()) return size();
+    requireWhole();
+    return std::min(hcyGetJc(get())[columns()], hcyGetNzmax(get()));
+  }
+
+  // The same with all that there is room for. In a reply, the list of values may be shorter than
+  // that of row indices behind the stored elements: they get one length.
+  std::size_t roomToWrite() {
+    const std::size_t stored = countToRead();
+    if (!isSparse()) return stored;
+    const std::size_t room = std::min(hcyGetNzmax(get()), size());
+    if (room <= stored) return stored;
+    hcySetNzmax(get(), room);
+    return room;
+  }
+
+  void requireSparse() const {
     if (!isSparse()) throw UsageError("the array is not sparse");
-    fitStorage();
-    std::size_t* const first = read(handle());
-    return {first, first == nullptr ? 0 : areRows ? hcyGetNzmax(handle()) : columns() + 1};
+    requireWhole();
+  }
+
+  Span<std::size_t> rowsOf(std::size_t count) const {
+    requireSparse();
+    return {hcyGetIr(get()), count};
+  }
+
+  Span<std::size_t> starts() const {
+    requireSparse();
+    return {hcyGetJc(get()), columns() + 1};
   }
 
   template <class T>
@@ -818,23 +1012,21 @@ class Array {
     return names[static_cast<std::size_t>(classId)];
   }
 
-  std::size_t stored() const { return isSparse() ? hcyGetNzmax(handle()) : size(); }
-
   template <class T>
-  Span<T> elements() const {
+  Span<T> elements(std::size_t count) const {
     requireClass<T>();
-    fitStorage();
     T* const first = dataOf<T>();
-    return {first, first == nullptr ? 0 : stored()};
+    if (first == nullptr || isComplex()) requireWhole();
+    return {first, first == nullptr ? 0 : count};
   }
 
   template <class T>
-  Span<T> imaginaryElements() const {
+  Span<T> imaginaryElements(std::size_t count) const {
     static_assert(detail::isNumeric<T>, "only numbers have imaginary parts");
     requireClass<T>();
-    fitStorage();
+    requireWhole();
     T* const first = static_cast<T*>(hcyGetImagData(handle()));
-    return {first, first == nullptr ? 0 : stored()};
+    return {first, first == nullptr ? 0 : count};
   }
 
   template <class Iterator>
@@ -912,12 +1104,14 @@ class Slot {
   ~Slot() = default;
 
   /** Stores the value, which is shared with the container; throws UsageError when there is no such
-   *  element or field. */
+   *  element or field, IncompleteReply when the container came with a reply that ended before it.
+   */
   void operator=(const Array& value) && { store(value.handle()); }
   /** Stores what another place holds. */
   void operator=(Slot&& other) && { store(std::move(other).get().handle()); }
 
-  /** A handle over the element; throws UsageError when there is none. */
+  /** A handle over the element; throws UsageError when there is none, IncompleteReply when it did
+   * not arrive or not as a whole, or is of a class that the library does not serve. */
   Array get() && { return fetch(); }
   /** As get(). */
   operator Array() && { return fetch(); }
@@ -953,26 +1147,60 @@ class Slot {
         index_(index),
         field_(field) {}
 
+  hcyArray* find() const {
+    return field_ == nullptr ? hcyGetCell(container_, index_)
+                             : hcyGetField(container_, index_, field_);
+  }
+
   Array fetch() const {
-    Array element = Array::adopt(field_ == nullptr ? hcyGetCell(container_, index_)
-                                                   : hcyGetField(container_, index_, field_));
+    Array element = Array::adopt(find());
     if (!element) {
       require();
-      throw UsageError("element " + std::to_string(index_) + " did not come with the reply");
+      throwMissing();
+    }
+    if (!detail::isWhole(element.get())) {
+      throw IncompleteReply(place() + " is incomplete: " + detail::lackOf(element.get()) +
+                            detail::limitMayHaveCut);
     }
     return element;
   }
 
   void store(hcyArray* value) const {
     require();
-    // A reply may hold fewer elements than its dimensions say, and nothing is stored beyond them.
-    hcySetM(container_, hcyGetM(container_));
+    put(value);
+    // Nothing is stored beyond the elements that arrived.
+    requireArrived();
+    // Where a container was got from, it can be put back.
+    for (const Slot* inner = this; inner->outer_ != nullptr; inner = inner->outer_) {
+      inner->outer_->put(inner->container_);
+    }
+  }
+
+  void requireArrived() const {
+    if (!Array::adopt(find())) throwMissing();
+  }
+
+  void put(hcyArray* value) const {
     if (field_ == nullptr) {
       hcySetCell(container_, index_, value);
     } else {
       hcySetField(container_, index_, field_, value);
     }
-    if (outer_ != nullptr) outer_->store(container_);
+  }
+
+  // "element 2 in field sides of element 0"
+  std::string place() const {
+    const std::string element = "element " + std::to_string(index_);
+    return (field_ == nullptr ? element : "field " + std::string(field_) + " of " + element) +
+           (outer_ == nullptr ? "" : " in " + outer_->place());
+  }
+
+  [[noreturn]] void throwMissing() const {
+    throw IncompleteReply(
+        place() +
+        " did not come with the reply, or is of a class that the library does not "
+        "serve" +
+        detail::limitMayHaveCut);
   }
 
   // Throws unless there is such an element or field.
@@ -1022,6 +1250,7 @@ inline Array Array::structs(const Shape& shape, const std::vector<std::string>& 
   std::vector<const char*> names;
   names.reserve(fields.size());
   for (const std::string& field : fields) names.push_back(detail::cText(field));
+  detail::requireSizes(shape.data(), shape.size(), false, fields.size());
   return adopt(hcyCreateStructArray(shape.size(), shape.data(), static_cast<int>(names.size()),
                                     names.data()));
 }
@@ -1031,24 +1260,34 @@ inline Array Array::structOf(std::initializer_list<Field> fields) {
   names.reserve(fields.size());
   for (const Field& field : fields) names.push_back(field.name);
   Array made = structs({1, 1}, names);
+  int number = 0;
   for (const Field& field : fields) {
+    if (hcyGetFieldNumber(made.get(), field.name.c_str()) != number++) {
+      throw UsageError("two fields have the same name: " + field.name);
+    }
     hcySetField(made.get(), 0, field.name.c_str(), field.value.get());
   }
   return made;
 }
 
+inline void Array::requireElements() const {
+  requireWhole();
+  if (size() == 0) return;
+  const std::size_t last = size() - 1;
+  if (isCell()) {
+    Slot(get(), last, nullptr).requireArrived();
+  } else if (const int fields = hcyGetNumberOfFields(get()); fields > 0) {
+    Slot(get(), last, hcyGetFieldNameByNumber(get(), fields - 1)).requireArrived();
+  }
+}
+
 inline void Array::resize(const Shape& shape) {
-  // Checked before the library writes any dimension, which it would not take back.
-  std::uint64_t count = isStruct() ? static_cast<std::uint64_t>(hcyGetNumberOfFields(handle())) : 1;
-  for (const std::size_t dimension : shape) {
-    if (dimension > detail::largestSize) throw UsageError("a dimension is too large");
-    count *= dimension;
-    if (count > detail::largestSize) throw UsageError("there would be too many elements");
-  }
   if (shape.empty()) throw UsageError("there is no dimension");
-  if (isSparse() && shape.size() > 1 && shape[1] == detail::largestSize) {
-    throw UsageError("there would be too many column starts");
-  }
+  // Checked before the library writes any dimension, which it would not take back.
+  const int fields = std::max(hcyGetNumberOfFields(handle()), 1);
+  detail::requireSizes(shape.data(), shape.size(), false, static_cast<std::uint64_t>(fields));
+  if (isSparse()) detail::requireSizes(shape.data(), shape.size(), true);
+  requireElements();
   if (hcySetDimensions(handle(), shape.data(), shape.size()) != 0) throw std::bad_alloc();
 }
 
@@ -1088,7 +1327,6 @@ std::vector<T> Array::toVector() const {
   if constexpr (std::is_same_v<T, std::string>) {
     std::vector<std::string> texts;
     if (!isCell()) throw wrongClass("cell");
-    texts.reserve(size());
     for (std::size_t i = 0; i < size(); ++i) texts.push_back((*this)[i].toString());
     return texts;
   } else {
@@ -1130,27 +1368,50 @@ std::vector<Entry<T>> Array::entries() const {
  * @{
  */
 
-/** Keeps the library initialised. A process has one at a time: the end of any ends the library
- *  for all, as hcyTerminate() does. */
+/**
+ * Keeps the library initialised: from the first Library of the process to the end of the last one.
+ * They may be made and destroyed on any threads at once.
+ *
+ * All shared objects of a process count together, those that are compiled with hidden symbols
+ * included. One whose linker script hides the symbol `hcyclient::detail::libraries`, or that
+ * another compiler's standard library was used for, counts alone, and the end of its last Library
+ * ends the library for all, as hcyTerminate() does. So does hcyTerminate() in other code.
+ */
 class Library {
  public:
-  /** Initialises the library; throws InitializationError when it does not start, or has been
-   *  started for an older version by other code. */
-  Library() : runtime_(hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1)) {
-    if (!runtime_) throw InitializationError(hcyGetInitializationErrorMessage());
-    if (runtime_->setPeerVerification == nullptr) {
-      static_cast<void>(runtime_.release());
-      throw InitializationError("the library has been started for interface version 1.0");
-    }
+  /** Initialises the library unless another Library has; throws InitializationError when it does
+   *  not start, or has been started for an older version by other code. */
+  Library() : runtime_(begin()) {}
+
+  /** The table of the C interface. Throws UsageError when the Library has been moved from. */
+  const hcyClientRuntime* runtime() const {
+    if (!runtime_) throw UsageError("the Library has been moved from");
+    return runtime_.get();
   }
 
-  /** The table of the C interface. */
-  const hcyClientRuntime* runtime() const noexcept { return runtime_.get(); }
-
  private:
+  static hcyClientRuntime* begin() {
+    detail::Libraries& libraries = detail::libraries;
+    const std::lock_guard<std::mutex> lock(libraries.mutex);
+    if (libraries.count == 0) {
+      hcyClientRuntime* const runtime = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
+      if (runtime == nullptr) throw InitializationError(hcyGetInitializationErrorMessage());
+      if (runtime->setPeerVerification == nullptr) {
+        throw InitializationError("the library has been started for interface version 1.0");
+      }
+      libraries.runtime = runtime;
+    }
+    ++libraries.count;
+    return libraries.runtime;
+  }
+
   struct Terminator {
-    void operator()(hcyClientRuntime*) const noexcept { hcyTerminate(); }
+    void operator()(hcyClientRuntime*) const noexcept {
+      const std::lock_guard<std::mutex> lock(detail::libraries.mutex);
+      if (--detail::libraries.count == 0) hcyTerminate();
+    }
   };
+
   std::unique_ptr<hcyClientRuntime, Terminator> runtime_;
 };
 
@@ -1168,12 +1429,14 @@ class Config {
     if (timeout.count() < 0 || timeout.count() > std::numeric_limits<std::uint32_t>::max()) {
       throw UsageError("the time-out is out of range");
     }
-    runtime_->setTimeOut(get(), static_cast<std::uint32_t>(timeout.count()));
+    runtime_->setTimeOut(settings(), static_cast<std::uint32_t>(timeout.count()));
     return *this;
   }
-  /** The size in bytes of the largest reply body that is accepted. */
+  /** The size in bytes of the largest reply body that is accepted. A reply that declares more fails
+   *  the call; one that declares no length is cut there, which mostly shows as an IncompleteReply.
+   */
   Config& setResponseSizeLimit(std::uint32_t bytes) {
-    runtime_->setResponseSizeLimit(get(), bytes);
+    runtime_->setResponseSizeLimit(settings(), bytes);
     return *this;
   }
   /** The file (PEM) of the client's certificate. */
@@ -1198,18 +1461,23 @@ class Config {
   }
   /** Whether the server's certificate must name the host of the URL. */
   Config& setHostnameVerification(bool verify) {
-    runtime_->setHostnameVerification(get(), verify);
+    runtime_->setHostnameVerification(settings(), verify);
     return *this;
   }
   /** Whether the server's certificate chain is verified. */
   Config& setPeerVerification(bool verify) {
-    runtime_->setPeerVerification(get(), verify);
+    runtime_->setPeerVerification(settings(), verify);
     return *this;
   }
 
-  /** The table of the C interface, by which get() may be asked for its settings. */
-  const hcyClientRuntime* runtime() const noexcept { return runtime_; }
-  /** The configuration in the C interface, which stays owned here. */
+  /** The table of the C interface, by which get() may be asked for its settings. Throws UsageError
+   *  when the Config has been moved from. */
+  const hcyClientRuntime* runtime() const {
+    static_cast<void>(settings());
+    return runtime_;
+  }
+  /** The configuration in the C interface, which stays owned here; null if it has been moved from.
+   */
   hcyClientConfig* get() const noexcept { return config_.get(); }
 
  private:
@@ -1225,11 +1493,16 @@ class Config {
     throw std::bad_alloc();
   }
 
+  hcyClientConfig* settings() const {
+    if (!config_) throw UsageError("the Config has been moved from");
+    return get();
+  }
+
   // The library leaves a setting as it was when it cannot store the text.
   Config& setText(void (*set)(hcyClientConfig*, const char*),
                   const char* (*stored)(const hcyClientConfig*), const std::string& text) {
-    set(get(), detail::cText(text));
-    if (stored(get()) != text) throw std::bad_alloc();
+    set(settings(), detail::cText(text));
+    if (stored(settings()) != text) throw std::bad_alloc();
     return *this;
   }
 
@@ -1237,35 +1510,79 @@ class Config {
   std::unique_ptr<hcyClientConfig, Destroyer> config_;
 };
 
-/** One connection to a server, kept alive between calls; used by one thread at a time. */
+/**
+ * The outputs of a call: a vector of arrays that checks every index.
+ *
+ * What is asked of a temporary (`context.feval(url)[0]`) is moved out of it, so that nothing looks
+ * into outputs that are gone: `context.feval(url)[0].span<double>()` does not compile.
+ */
+class Outputs : public std::vector<Array> {
+ public:
+  Outputs() = default;
+
+  /** Output i; throws UsageError when there is none. */
+  Array& at(std::size_t i) & { return vector::operator[](checked(i)); }
+  /** To read alone. */
+  const Array& at(std::size_t i) const& { return vector::operator[](checked(i)); }
+  /** Moved out. */
+  Array at(std::size_t i) && { return std::move(at(i)); }
+  /** The outputs are gone after the expression. */
+  Array at(std::size_t i) const&& = delete;
+
+  Array& operator[](std::size_t i) & { return at(i); }            /**< As at(). */
+  const Array& operator[](std::size_t i) const& { return at(i); } /**< As at(). */
+  Array operator[](std::size_t i) && { return std::move(at(i)); } /**< As at(). */
+  Array operator[](std::size_t i) const&& = delete;               /**< As at(). */
+  Array& front() & { return at(0); }                              /**< As at(0). */
+  const Array& front() const& { return at(0); }                   /**< As at(0). */
+  Array front() && { return std::move(at(0)); }                   /**< As at(0). */
+  Array front() const&& = delete;                                 /**< As at(0). */
+  Array& back() & { return at(size() - 1); }                      /**< As at(size() - 1). */
+  const Array& back() const& { return at(size() - 1); }           /**< As at(size() - 1). */
+  Array back() && { return std::move(at(size() - 1)); }           /**< As at(size() - 1). */
+  Array back() const&& = delete;                                  /**< As at(size() - 1). */
+
+ private:
+  std::size_t checked(std::size_t i) const {
+    if (i < size()) return i;
+    throw UsageError("there is no output " + std::to_string(i) + ", for the call gave " +
+                     std::to_string(size()));
+  }
+};
+
+/** One connection to a server, kept alive between calls; used by one thread at a time. It is not to
+ *  be moved or destroyed during a call. */
 class Context {
  public:
   /** A context with a copy of the settings; throws InitializationError when memory or a transfer
-   *  handle cannot be had. */
+   *  handle cannot be had, UsageError when the Config has been moved from. */
   explicit Context(const Config& config)
-      : runtime_(config.runtime()), context_(create(config), {runtime_}) {}
+      : runtime_(config.runtime()),
+        responseSizeLimit_(runtime_->getResponseSizeLimit(config.get())),
+        context_(create(config), {runtime_}) {}
 
   /**
    * Evaluates a function on a server and returns its outputs: hcyClientRuntime::feval.
    *
-   * @param url     full URL of the function.
+   * @param url     full URL of the function: http or https.
    * @param inputs  arrays, or values that become arrays: `{a, 2.0, "text", {1.0, 2.0}}`.
    * @param nargout number of outputs wanted.
    * @return nargout arrays.
-   * @throws HttpError, FunctionError or TransportError when the call fails, UsageError when it
-   *         cannot be made.
+   * @throws HttpError, FunctionError or TransportError when the call fails, IncompleteReply when an
+   *         output did not arrive as a whole (the elements of cells and structs are looked at when
+   *         they are read), UsageError when the call cannot be made: the URL is of another scheme
+   * or none, the number of outputs is negative, an Array is empty, the Context has been moved from,
+   * or another thread is calling on it.
    */
-  std::vector<Array> feval(const std::string& url, std::initializer_list<Input> inputs = {},
-                           int nargout = 1) {
+  Outputs feval(const std::string& url, std::initializer_list<Input> inputs = {}, int nargout = 1) {
     return call(url, inputs.begin(), inputs.size(), nargout);
   }
   /** The same with inputs that are arrays already. */
-  std::vector<Array> feval(const std::string& url, const std::vector<Array>& inputs,
-                           int nargout = 1) {
+  Outputs feval(const std::string& url, const std::vector<Array>& inputs, int nargout = 1) {
     return call(url, inputs.data(), inputs.size(), nargout);
   }
 
-  /** The context in the C interface, which stays owned here. */
+  /** The context in the C interface, which stays owned here; null if it has been moved from. */
   hcyClientContext* get() const noexcept { return context_.get(); }
 
  private:
@@ -1275,17 +1592,33 @@ class Context {
   };
 
   // What a call stores, to be destroyed unless it is taken.
-  struct Outputs : detail::Handles<hcyArray*> {
-    explicit Outputs(std::size_t count) : Handles(count), count_(count) {}
-    Outputs(const Outputs&) = delete;
-    Outputs& operator=(const Outputs&) = delete;
-    ~Outputs() {
+  struct Received : detail::Handles<hcyArray*> {
+    explicit Received(std::size_t count) : Handles(count), count_(count) {}
+    Received(const Received&) = delete;
+    Received& operator=(const Received&) = delete;
+    ~Received() {
       for (std::size_t i = 0; i < count_; ++i) hcyDestroyArray(data()[i]);
     }
     Array take(std::size_t i) noexcept { return Array::adopt(std::exchange(data()[i], nullptr)); }
 
    private:
     std::size_t count_;
+  };
+
+  // Keeps other threads out.
+  class Turn {
+   public:
+    explicit Turn(detail::BusyFlag& flag) : flag_(flag) {
+      if (!flag_.raise()) {
+        throw UsageError("the Context is in use by another call: each thread needs one of its own");
+      }
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() { flag_.lower(); }
+
+   private:
+    detail::BusyFlag& flag_;
   };
 
   static hcyClientContext* create(const Config& config) {
@@ -1299,22 +1632,34 @@ class Context {
   static const hcyArray* handleOf(const Array& input) { return Input(input).get(); }
 
   template <class Inputs>
-  std::vector<Array> call(const std::string& url, const Inputs* inputs, std::size_t nargin,
-                          int nargout) {
+  Outputs call(const std::string& url, const Inputs* inputs, std::size_t nargin, int nargout) {
+    if (!context_) throw UsageError("the Context has been moved from");
+    detail::requireHttp(url);
     if (nargout < 0) throw UsageError("the number of outputs is negative");
     if (nargin > detail::largestSize) throw UsageError("there are too many inputs");
+    const Turn turn(busy_);
     detail::Handles<const hcyArray*> handles(nargin);
     for (std::size_t i = 0; i < nargin; ++i) handles.data()[i] = handleOf(inputs[i]);
     const auto count = static_cast<std::size_t>(nargout);
-    Outputs outputs(count);
-    std::vector<Array> results;
-    results.reserve(count);
-    if (runtime_->feval(get(), detail::cText(url), nargout, outputs.data(),
+    Received received(count);
+    Outputs outputs;
+    outputs.reserve(count);
+    if (runtime_->feval(get(), detail::cText(url), nargout, received.data(),
                         static_cast<std::int32_t>(nargin), handles.data()) != 0) {
       throwFailure();
     }
-    for (std::size_t i = 0; i < count; ++i) results.push_back(outputs.take(i));
-    return results;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (!detail::isWhole(received.data()[i])) throwIncomplete(i, received.data()[i]);
+      outputs.push_back(received.take(i));
+    }
+    return outputs;
+  }
+
+  [[noreturn]] void throwIncomplete(std::size_t number, const hcyArray* output) const {
+    throw IncompleteReply("output " + std::to_string(number) +
+                          " (counted from 0) is incomplete: " + detail::lackOf(output) +
+                          "; the response size limit (Config::setResponseSizeLimit, here " +
+                          std::to_string(responseSizeLimit_) + " bytes) may have cut the reply");
   }
 
   [[noreturn]] void throwFailure() const {
@@ -1341,6 +1686,8 @@ class Context {
   }
 
   const hcyClientRuntime* runtime_;
+  std::uint32_t responseSizeLimit_;
+  detail::BusyFlag busy_;
   std::unique_ptr<hcyClientContext, Destroyer> context_;
 };
 

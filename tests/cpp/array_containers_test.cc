@@ -100,6 +100,12 @@ TEST(CppArrayStruct, takesItsFieldsFromAList) {
   EXPECT_EQ(s("array").scalar(), 1);
 }
 
+TEST(CppArrayStruct, hasEachFieldOnce) {
+  EXPECT_THROW(Array::structOf({{"a", 1.0}, {"b", 2.0}, {"a", 3.0}}), UsageError);
+  EXPECT_THROW(Array::structOf({{"", 1.0}, {"", 2.0}}), UsageError);
+  EXPECT_EQ(Array::structOf({{"a", 1.0}, {"A", 2.0}})("A").scalar(), 2);
+}
+
 TEST(CppArrayStruct, hasNothingOutside) {
   Array s = Array::structs({1, 1}, {"a"});
   EXPECT_THROW(s.scalar(), UsageError);

@@ -67,6 +67,44 @@ TEST(CppArraySparse, isFilledInPlace) {
   EXPECT_EQ(array.scalar(), 7);
 }
 
+// More than 2147483647 elements are legal.
+TEST(CppArraySparse, mayBeLargerThanAFullArray) {
+  const std::vector<Entry<double>> entries = {
+      {49999, 0, 1.0}, {0, 49999, 2.0}, {49999, 49999, 3.0}};
+  Array array = Array::sparse<double>(50000, 50000, entries);
+  EXPECT_EQ(array.size(), 2500000000U);
+  EXPECT_EQ(array.columnStarts().size(), 50001U);
+  EXPECT_EQ(copied(array.rowIndices()), (std::vector<std::size_t>{49999, 0, 49999}));
+  EXPECT_EQ(copied(array.span<double>()), (std::vector<double>{1, 2, 3}));
+  EXPECT_EQ(array.toVector<double>(), (std::vector<double>{1, 2, 3}));
+  EXPECT_EQ(array.scalar(), 1);
+  expectEntries(array, entries);
+  expectEntries(array.copy(), entries);
+
+  Array logical = Array::sparse<bool>(2147483647, 5, 1);
+  logical.span<bool>()[0] = true;
+  logical.rowIndices()[0] = 2147483646;
+  for (std::size_t j = 3; j <= 5; ++j) logical.columnStarts()[j] = 1;
+  expectEntries<bool>(logical, {{2147483646, 2, true}});
+}
+
+// To write, there is room; to read, there is what is stored.
+TEST(CppArraySparse, isReadAsFarAsItsColumnsGo) {
+  Array array = Array::sparse<std::complex<double>>(2, 2, 3);
+  const Array& seen = array;
+  EXPECT_EQ(array.span<double>().size(), 3U);
+  EXPECT_EQ(array.imaginary<double>().size(), 3U);
+  EXPECT_EQ(array.rowIndices().size(), 3U);
+  EXPECT_TRUE(seen.span<double>().empty());
+  array.columnStarts()[1] = array.columnStarts()[2] = 2;
+  EXPECT_EQ(seen.span<double>().size(), 2U);
+  EXPECT_EQ(seen.imaginary<double>().size(), 2U);
+  EXPECT_EQ(seen.rowIndices().size(), 2U);
+  EXPECT_EQ(array.toVector<std::complex<double>>().size(), 2U);
+  array.columnStarts()[2] = 9;
+  EXPECT_EQ(seen.span<double>().size(), 3U);
+}
+
 TEST(CppArraySparse, refusesEntriesThatDoNotFit) {
   EXPECT_THROW(Array::sparse<double>(2, 2, {{2, 0, 1.0}}), UsageError);
   EXPECT_THROW(Array::sparse<double>(2, 2, {{0, 2, 1.0}}), UsageError);

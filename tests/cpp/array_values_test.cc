@@ -3,6 +3,7 @@
 // Numbers, logical values and code units: from C++ into arrays and back.
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <complex>
 #include <cstdint>
@@ -205,7 +206,74 @@ TEST(CppArrayShape, staysWhenTheNewOneCannotBe) {
   EXPECT_EQ(array.shape(), (Shape{2, 1}));
   EXPECT_EQ(structure.shape(), (Shape{1, 1}));
   EXPECT_EQ(sparse.shape(), (Shape{2, 2}));
-  EXPECT_THROW(Array::zeros<double>(std::size_t{1} << 31, 1), std::bad_cast);
+}
+
+constexpr std::size_t kTooMany = std::size_t{1} << 31;
+
+template <class Make>
+std::string refusalOf(Make make) {
+  try {
+    make();
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+// The library would throw an exception of its own.
+TEST(CppArrayShape, isRefusedWhereItIsTooLarge) {
+  const std::string text = "the size is larger than an array can be: ";
+  EXPECT_EQ(refusalOf([] { Array::zeros<double>(kTooMany, 1); }), text + "2147483648-by-1");
+  EXPECT_EQ(refusalOf([] { Array::zeros<float>({kTooMany}); }), text + "2147483648-by-1");
+  EXPECT_EQ(refusalOf([] { Array::zeros<bool>(65536, 32768); }), text + "65536-by-32768");
+  EXPECT_EQ(refusalOf([] { Array::zeros<bool>({2, 2, kTooMany}); }), text + "2-by-2-by-2147483648");
+  EXPECT_EQ(refusalOf([] { Array::zeros<char16_t>(0, kTooMany); }), text + "0-by-2147483648");
+  EXPECT_EQ(refusalOf([] {
+              Array::zeros<char16_t>({kTooMany, kTooMany, kTooMany});
+            }),
+            text + "2147483648-by-2147483648-by-2147483648");
+  EXPECT_EQ(refusalOf([] { Array::cells({kTooMany, 1}); }), text + "2147483648-by-1");
+  EXPECT_EQ(refusalOf([] {
+              Array::structs({1U << 30U, 1}, {"a", "b"});
+            }),
+            text + "1073741824-by-1 with 2 fields");
+  EXPECT_EQ(refusalOf([] { Array::sparse<double>(kTooMany, 1, 1); }), text + "2147483648-by-1");
+  EXPECT_EQ(refusalOf([] { Array::sparse<bool>(1, 2147483647, 1); }), text + "1-by-2147483647");
+  EXPECT_EQ(refusalOf([] { Array::sparse<double>(1, 1, kTooMany); }),
+            "there are too many stored elements: 2147483648");
+  EXPECT_EQ(refusalOf([] { Array(1.0).resize({kTooMany, 1}); }), text + "2147483648-by-1");
+}
+
+TEST(CppArrayShape, mayBeLargeWithoutElements) {
+  EXPECT_EQ(Array::zeros<double>({65536, 65536, 0}).shape(), (Shape{65536, 65536, 0}));
+  Array array = 1.0;
+  array.resize({0, 2147483647});
+  EXPECT_TRUE(array.isEmpty());
+}
+
+// Text of 2147483648 code units, all of one byte that many views look at.
+TEST(CppArrayShape, isRefusedForTextThatIsTooLong) {
+  const void* const nothing =
+      ::mmap(nullptr, 2 * kTooMany, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(nothing, MAP_FAILED);
+  const std::u16string_view units(static_cast<const char16_t*>(nothing), kTooMany);
+  EXPECT_EQ(refusalOf([&] { const Array array(units); }),
+            "the size is larger than an array can be: 1-by-2147483648");
+  ::munmap(const_cast<void*>(nothing), 2 * kTooMany);
+}
+
+// The C interface keeps calling such an array complex.
+TEST(CppArrayShape, takesImaginaryPartsAwayWithTheElements) {
+  Array array = std::vector<std::complex<double>>{{1, 2}, {3, 4}};
+  array.resize({0, 1});
+  array.resize({2, 1});
+  EXPECT_TRUE(array.isComplex());
+  EXPECT_TRUE(array.imaginary<double>().empty());
+  EXPECT_EQ(array.toVector<double>(), (std::vector<double>{0, 0}));
+  EXPECT_EQ(array.toVector<std::complex<double>>(), (std::vector<std::complex<double>>(2)));
+  EXPECT_EQ(array.scalar(), 0);
+  Array cell = Array::cellOf({array});
+  EXPECT_EQ(cell[0].toVector<double>(), (std::vector<double>{0, 0}));
 }
 
 TEST(CppArrayShape, mayHaveAsManyElementsAsFit) {
@@ -244,6 +312,13 @@ TEST(CppArrayOwner, movesAndCopies) {
   EXPECT_EQ(array.get(), handle);
   EXPECT_FALSE(moved);
   EXPECT_FALSE(Array());
+}
+
+TEST(CppArrayOwner, isSaidToBeEmptyWhereThereIsNoArray) {
+  const std::string text = "the Array is empty: there is no array in it";
+  EXPECT_EQ(refusalOf([] { static_cast<void>(Array().size()); }), text);
+  EXPECT_EQ(refusalOf([] { static_cast<void>(Array().copy()); }), text);
+  EXPECT_EQ(refusalOf([] { Array::cellOf({Array()}); }), text);
 }
 
 TEST(CppArrayOwner, tellsWhatIsWrong) {
