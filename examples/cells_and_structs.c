@@ -21,10 +21,11 @@ static hcyArray* evaluate(const hcyClientRuntime* runtime, hcyClientContext* con
   return runtime->feval(context, url, 1, &output, 1, &input) == 0 ? output : NULL;
 }
 
-/* Prints the text of a char array, which hcyArrayToString() gives in memory of its own. */
+/* Prints the text of a char array, which hcyArrayToString() gives in memory of its own. The array
+ * is null for an element that did not arrive. */
 static void printText(const hcyArray* array) {
-  char* text = hcyArrayToString(array);
-  printf("%s", text == NULL ? "" : text);
+  char* text = array == NULL ? NULL : hcyArrayToString(array);
+  printf("%s", text == NULL ? "?" : text);
   hcyFree(text);
 }
 
@@ -82,8 +83,10 @@ static int printPeople(const hcyClientRuntime* runtime, hcyClientContext* contex
   if (echoed == NULL) return 1;
   for (size_t i = 0; i < hcyGetNumberOfElements(echoed); ++i) {
     hcyArray *name = hcyGetField(echoed, i, "name"), *born = hcyGetField(echoed, i, "born");
-    printText(name);
-    printf(" was born in %g.\n", hcyGetScalar(born));
+    if (name != NULL && born != NULL) {
+      printText(name);
+      printf(" was born in %g.\n", hcyGetScalar(born));
+    }
     hcyDestroyArray(name), hcyDestroyArray(born);
   }
   hcyDestroyArray(echoed);

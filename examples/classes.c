@@ -144,51 +144,81 @@ static void printHead(const hcyArray* array) {
   printf("%s:", hcyIsComplex(array) ? " complex" : "");
 }
 
+/* Pointers are null where elements or indices of a reply did not arrive. */
 static void printSparse(const hcyArray* array) {
   const size_t *ir = hcyGetIr(array), *jc = hcyGetJc(array);
+  const bool* logicals = hcyGetLogicals(array);
+  const double* numbers = hcyGetPr(array);
+  if (jc == NULL || (jc[hcyGetN(array)] > 0 && logicals == NULL && numbers == NULL)) {
+    printf(" incomplete");
+    return;
+  }
   for (size_t j = 0; j < hcyGetN(array); ++j) {
     for (size_t i = jc[j]; i < jc[j + 1]; ++i) {
       printf(" (%zu, %zu)", ir[i], j);
-      if (hcyIsLogical(array))
-        printf(" %s", hcyGetLogicals(array)[i] ? "true" : "false");
+      if (logicals != NULL)
+        printf(" %s", logicals[i] ? "true" : "false");
       else
-        printNumber(hcyDOUBLE_CLASS, hcyGetPr(array), i);
+        printNumber(hcyDOUBLE_CLASS, numbers, i);
     }
   }
 }
 
+static void printNumbers(const hcyArray* array, const void* data) {
+  const size_t count = hcyGetNumberOfElements(array);
+  if (data == NULL && count > 0) printf(" incomplete");
+  for (size_t i = 0; data != NULL && i < count; ++i) {
+    printNumber(hcyGetClassID(array), data, i);
+  }
+}
+
+static void printLogicals(const hcyArray* array) {
+  const bool* logicals = hcyGetLogicals(array);
+  const size_t count = hcyGetNumberOfElements(array);
+  if (logicals == NULL && count > 0) printf(" incomplete");
+  for (size_t i = 0; logicals != NULL && i < count; ++i) printf(logicals[i] ? " true" : " false");
+}
+
 static void printContents(const hcyArray* array);
 
-static void printElement(hcyArray* element) {
+/* Gives whether the element was there to print. */
+static bool printElement(hcyArray* element) {
+  if (element == NULL) {
+    printf(" incomplete");
+    return false;
+  }
   printf(" ");
   printHead(element);
   printContents(element);
   printf(";");
   hcyDestroyArray(element);
+  return true;
 }
 
 static void printContents(const hcyArray* array) {
-  const size_t count = hcyGetNumberOfElements(array);
   if (hcyIsSparse(array)) {
     printSparse(array);
   } else if (hcyIsNumeric(array)) {
-    for (size_t i = 0; i < count; ++i) printNumber(hcyGetClassID(array), hcyGetData(array), i);
-    if (hcyIsComplex(array)) printf(" and");
-    for (size_t i = 0; hcyIsComplex(array) && i < count; ++i) {
-      printNumber(hcyGetClassID(array), hcyGetImagData(array), i);
+    printNumbers(array, hcyGetData(array));
+    if (hcyIsComplex(array)) {
+      printf(" and");
+      printNumbers(array, hcyGetImagData(array));
     }
   } else if (hcyIsLogical(array)) {
-    for (size_t i = 0; i < count; ++i) printf(hcyGetLogicals(array)[i] ? " true" : " false");
+    printLogicals(array);
   } else if (hcyIsChar(array)) {
     char* utf8 = hcyArrayToString(array);
     printf(" %s", utf8 == NULL ? "" : utf8);
     hcyFree(utf8);
   } else if (hcyIsCell(array)) {
-    for (size_t i = 0; i < count; ++i) printElement(hcyGetCell(array, i));
+    const size_t count = hcyGetNumberOfElements(array);
+    for (size_t i = 0; i < count; ++i) {
+      if (!printElement(hcyGetCell(array, i))) break;
+    }
   } else {
     for (int f = 0; f < hcyGetNumberOfFields(array); ++f) {
       printf(" %s =", hcyGetFieldNameByNumber(array, f));
-      printElement(hcyGetFieldByNumber(array, 0, f));
+      if (!printElement(hcyGetFieldByNumber(array, 0, f))) break;
     }
   }
 }

@@ -39,7 +39,8 @@ static void printBeside(const char* name, double value, double certified) {
 /* Prints element `index` of a field of a 1-by-1 struct array beside the certified value. */
 static void printField(const hcyArray* fit, const char* field, size_t index, double certified) {
   hcyArray* const value = hcyGetField(fit, 0, field);
-  if (value == NULL || hcyGetPr(value) == NULL || index >= hcyGetNumberOfElements(value)) {
+  if (value == NULL || hcyGetPr(value) == NULL || hcyIsSparse(value) ||
+      index >= hcyGetNumberOfElements(value)) {
     printf("  %-28s is missing\n", field);
   } else {
     printBeside(field, hcyGetPr(value)[index], certified);
@@ -96,8 +97,9 @@ static int fitLine(const hcyClientRuntime* runtime, hcyClientContext* context, c
   memcpy(hcyGetPr(y), yValues, OBSERVATIONS * sizeof(double));
   printf("stats/linear_fit of %d observations\n", OBSERVATIONS);
   status = evaluate(runtime, context, server, "stats/linear_fit", 2, outputs, 2, inputs);
-  if (status == 0 && (hcyGetPr(outputs[0]) == NULL || hcyGetNumberOfElements(outputs[0]) != 2)) {
-    printf("  the coefficients are no two doubles\n");
+  if (status == 0 && (hcyGetPr(outputs[0]) == NULL || hcyIsSparse(outputs[0]) ||
+                      hcyGetNumberOfElements(outputs[0]) != 2)) {
+    printf("  the coefficients are not two doubles\n");
     status = 1;
   } else if (status == 0) {
     printBeside("intercept", hcyGetPr(outputs[0])[0], -0.262323073774029);

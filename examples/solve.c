@@ -25,10 +25,12 @@ static int solve(const hcyClientRuntime* runtime, hcyClientContext* context, con
   hcyArray* x = NULL;
   const hcyArray* inputs[] = {A, b};
   int failed = runtime->feval(context, url, 1, &x, 2, inputs);
-  if (failed)
+  if (failed) {
     printFailure(runtime, context);
-  else if (hcyIsDouble(x) && !hcyIsSparse(x) && hcyGetNumberOfElements(x) == 3) {
-    hcySetM(x, hcyGetM(x)); /* elements that a broken reply lacks are 0 from here on */
+  } else if (hcyGetPr(x) == NULL || hcyIsSparse(x) || hcyGetNumberOfElements(x) != 3) {
+    printf("The output is not three doubles, or not all of them arrived.\n");
+    failed = 1;
+  } else {
     for (size_t i = 0; i < 3; ++i) printf("x%d = %g\n", (int)i + 1, hcyGetPr(x)[i]);
   }
 

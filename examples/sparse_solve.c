@@ -42,13 +42,15 @@ static double dot(const double* a, const double* b) {
   return sum;
 }
 
-/* The step's product with A, or null when the call failed. */
+/* The step's product with A, POINTS doubles; null when the call failed or gave anything else. */
 static hcyArray* multiply(const Server* server, const hcyArray* matrix, const hcyArray* vector) {
   hcyArray* product = NULL;
   const hcyArray* inputs[] = {matrix, vector};
   if (server->runtime->feval(server->context, server->url, 1, &product, 2, inputs) != 0)
     return NULL;
-  if (hcyGetPr(product) != NULL && hcyGetNumberOfElements(product) == POINTS) return product;
+  if (hcyGetPr(product) != NULL && !hcyIsSparse(product) &&
+      hcyGetNumberOfElements(product) == POINTS)
+    return product;
   hcyDestroyArray(product);
   return NULL;
 }

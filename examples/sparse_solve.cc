@@ -12,6 +12,7 @@
 #include <hcy/hcyclient.hpp>
 #include <iostream>
 #include <numeric>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -43,11 +44,12 @@ Vector solve(hcyclient::Context& context, const std::string& url) {
   const hcyclient::Span<double> p = direction.span<double>();
   double size = square(residual);
   for (std::size_t step = 0; step < 2 * points && size > 1e-20; ++step) {
-    const Vector q = context.feval(url, {matrix, direction}).at(0).toVector<double>();
+    const Vector q = context.feval(url, {matrix, direction})[0].toVector<double>();
+    if (q.size() != points) throw std::runtime_error("the product has another length");
     const double length = size / std::inner_product(q.begin(), q.end(), p.begin(), 0.0);
     for (std::size_t i = 0; i < points; ++i) {
       x[i] += length * p[i];
-      residual[i] -= length * q.at(i);
+      residual[i] -= length * q[i];
     }
     const double next = square(residual);
     for (std::size_t i = 0; i < points; ++i) p[i] = residual[i] + next / size * p[i];

@@ -287,10 +287,14 @@ using IfValue = std::enable_if_t<isValue<T>, int>;
 
 constexpr std::uint64_t largestSize = 2147483647;
 
+// "2-by-3"; the first eight dimensions are enough to know an array by.
 inline std::string shapeText(const std::size_t* dimensions, std::size_t count) {
-  std::string text = count == 0 ? "0-by-0" : std::to_string(dimensions[0]);
-  for (std::size_t i = 1; i < count; ++i) text += "-by-" + std::to_string(dimensions[i]);
-  return count == 1 ? text + "-by-1" : text;
+  if (count == 1) return std::to_string(dimensions[0]) + "-by-1";
+  std::string text;
+  for (std::size_t i = 0; i < std::min<std::size_t>(count, 8); ++i) {
+    text += (i == 0 ? "" : "-by-") + std::to_string(dimensions[i]);
+  }
+  return count > 8 ? text + "-by-..." : text;
 }
 
 // Throws for sizes that the library refuses by an exception of its own. A sparse array may have any
@@ -309,8 +313,8 @@ inline void requireSizes(const std::size_t* dimensions, std::size_t count, bool 
   if (fits && (isSparse || places <= largestSize)) return;
   const std::string fields =
       placesPerElement == 1 ? "" : " with " + std::to_string(placesPerElement) + " fields";
-  throw UsageError("the size is larger than an array can be: " +
-                   shapeText(dimensions, std::min<std::size_t>(count, 8)) + fields);
+  throw UsageError("the size is larger than an array can be: " + shapeText(dimensions, count) +
+                   fields);
 }
 
 // A text as the C functions take it, which would be cut short by a NUL inside.

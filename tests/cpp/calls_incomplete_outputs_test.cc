@@ -155,6 +155,8 @@ TEST(CppSparseOutput, hasOneLengthForAllItsLists) {
   for (double& value : room) value = 3;
   EXPECT_EQ(array.rowIndices().size(), 4U);
   EXPECT_EQ(seen.toVector<double>(), (std::vector<double>{3, 3}));
+  array.columnStarts()[1] = 4;
+  EXPECT_EQ(seen.toVector<double>(), (std::vector<double>{3, 3, 3, 3}));
 
   Array small = received(sparseOf({1, 1}, rows, std::string("\0\1", 2), bytesField(1, kTwo)));
   EXPECT_EQ(small.span<double>().size(), 1U);
