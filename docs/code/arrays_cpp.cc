@@ -45,9 +45,27 @@ static void sparse() {
   }
 }
 
+// An array as a broken reply would bring it: dimensions that are too large stay set.
+static Array withTooFewElements() {
+  Array array = {1.0, 2.0};
+  const std::size_t shape[] = {3, 1000000000};
+  hcySetDimensions(array.get(), shape, 2);
+  return array;
+}
+
+static void incomplete() {
+  const Array numbers = withTooFewElements();
+  try {
+    for (const double number : numbers.toVector<double>()) std::cout << number << '\n';
+  } catch (const hcyclient::IncompleteReply& error) {
+    std::cout << error.what() << '\n';
+  }
+}
+
 int main() {
   columnMajor();
   checked();
   nested();
   sparse();
+  incomplete();
 }
