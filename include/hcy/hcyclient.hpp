@@ -477,6 +477,8 @@ inline bool isWholeSparse(const hcyArray* array) {
 // array: the elements of a cell or struct array are looked at when they are read.
 inline bool isWhole(const hcyArray* array) {
   if (hcyGetNumberOfDimensions(array) == 0) return false;
+  // Most arrays are real numbers, full or sparse.
+  if (hcyGetData(array) != nullptr && !hcyIsComplex(array)) return true;
   if (hcyIsSparse(array)) return isWholeSparse(array);
   switch (hcyGetClassID(array)) {
     case hcyCELL_CLASS:
@@ -488,7 +490,7 @@ inline bool isWhole(const hcyArray* array) {
       return hcyGetChars(array) != nullptr || hcyGetNumberOfElements(array) == 0;
     default:
       if (hcyGetData(array) == nullptr) return hcyGetNumberOfElements(array) == 0;
-      return !hcyIsComplex(array) || hasImaginaryParts(array);
+      return hasImaginaryParts(array);
   }
 }
 

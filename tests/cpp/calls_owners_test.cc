@@ -67,20 +67,34 @@ TEST(CppLibraries, mayBeAssigned) {
   EXPECT_FALSE(isStarted());
 }
 
-TEST(CppLibraries, areCountedOnManyThreads) {
-  std::atomic<int> missing = 0;
+template <class Work>
+void doOnFourThreads(Work work) {
   std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&missing] {
-      for (int n = 0; n < 200; ++n) {
-        const Library library;
-        const Config config(library);
-        if (library.runtime()->getTimeOut(config.get()) != 120) ++missing;
-      }
-    });
-  }
+  for (int i = 0; i < 4; ++i) threads.emplace_back(work);
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(missing, 0);
+}
+
+TEST(CppLibraries, areCountedOnManyThreads) {
+  {
+    const Library library;
+    doOnFourThreads([] {
+      for (int n = 0; n < 50000; ++n) const Library another;
+    });
+    EXPECT_TRUE(isStarted());
+  }
+  EXPECT_FALSE(isStarted());
+}
+
+TEST(CppLibraries, mayStartAndEndOnAnyThread) {
+  std::atomic<int> wrong = 0;
+  doOnFourThreads([&wrong] {
+    for (int n = 0; n < 200; ++n) {
+      const Library library;
+      const Config config(library);
+      if (library.runtime()->getTimeOut(config.get()) != 120) ++wrong;
+    }
+  });
+  EXPECT_EQ(wrong, 0);
   EXPECT_FALSE(isStarted());
 }
 
