@@ -85,19 +85,19 @@ class InitializationError : public Error {
 /** An array was asked for what it is not or does not hold (another class, an index or field that
  *  is not there), a value cannot be handed to the library (text that is not UTF-8, a NUL inside a
  *  URL or name, a size over 2147483647, a URL that is not http or https), or an object was used
- * that has been moved from or is in use by another thread. */
+ *  that has been moved from or is in use by another thread. */
 class UsageError : public Error {
  public:
   using Error::Error;
 };
 
 /** An array of a reply is incomplete: fewer elements arrived than its dimensions say, its
- * dimensions did not arrive, or its column starts and row indices do not describe a sparse array of
- * its dimensions. what() names the array and how many elements its dimensions say. Mostly the
- * response size limit cut the reply: see Config::setResponseSizeLimit().
+ *  dimensions did not arrive, or its column starts and row indices do not describe a sparse array
+ *  of its dimensions. what() says which array, and how many elements its dimensions name. The usual
+ *  reason is that the response size limit cut the reply: see Config::setResponseSizeLimit().
  *
- *  Context::feval() throws it for an incomplete output. The elements of cells and structs are
- * looked at when they are read, those of an adopted array likewise. */
+ *  Context::feval() throws it for an incomplete output. An array that was adopted, and an element
+ *  of a cell or struct array, are checked when they are read. */
 class IncompleteReply : public Error {
  public:
   using Error::Error;
@@ -509,7 +509,7 @@ constexpr const char* limitMayHaveCut =
     "; the response size limit (Config::setResponseSizeLimit) may have cut the reply";
 
 // The Library objects of the process. Visible, so that the dynamic linker gives all shared objects
-// the same one.
+// the same one, whatever version of this header they were compiled with: its layout never changes.
 struct HCY_API Libraries {
   std::mutex mutex;
   std::size_t count = 0;
@@ -652,8 +652,7 @@ class Array {
   /** A column of cells, each a text. */
   Array(const std::vector<std::string>& texts);
 
-  /** Takes over a handle of the C interface, which the Array destroys; null makes an empty Array.
-   */
+  /** Takes over a handle of the C interface, to destroy it; null makes an empty Array. */
   static Array adopt(hcyArray* handle) noexcept {
     Array array;
     array.handle_.reset(handle);
@@ -777,9 +776,9 @@ class Array {
   /** Gives the array another shape; elements keep their linear index, new ones are zero or never
    *  set. A complex array that is resized to no elements has lost its imaginary parts: isComplex()
    *  stays true, and imaginary() is empty from then on. Throws UsageError when there is no
-   * dimension or a size is over 2147483647 (here the number of elements of a sparse array, too),
-   * and IncompleteReply when elements did not arrive, or the last one of a cell or struct array is
-   * of a class that the library does not serve. */
+   *  dimension or a size is over 2147483647 (here the number of elements of a sparse array, too),
+   *  and IncompleteReply when elements did not arrive, or the last one of a cell or struct array is
+   *  of a class that the library does not serve. The array is as before then. */
   void resize(const Shape& shape);
   /** The linear index of an element with zero-based subscripts; throws UsageError unless there is
    *  one for each dimension, and below it. */
@@ -825,15 +824,16 @@ class Array {
   template <class T>
   Span<const T> imaginary() const&& = delete;
 
-  /** A copy of the elements, as span() const shows them; with T a std::complex, of both parts. With
-   * T a std::string, the texts of the elements of a cell array. Throws as span() and toString(). */
+  /** A copy of the elements, as span() const shows them; with T a std::complex, of both parts.
+   *  With T a std::string, the texts of the elements of a cell array. Throws as span() and
+   *  toString(). */
   template <class T>
   std::vector<T> toVector() const;
 
   /** The text of a char array, read in column-major order, as UTF-8; empty when there are no
    *  elements. Throws UsageError when the array is of another class, or ends in a surrogate
    *  without a unit behind it, IncompleteReply when code units did not arrive. Other stray
-   * surrogates give bytes that are not UTF-8, as with hcyArrayToString(); unlike there, a NUL is a
+   *  surrogates give bytes that are not UTF-8, as with hcyArrayToString(); unlike there, a NUL is a
    * character like any other. */
   std::string toString() const {
     const Span<const char16_t> units = span<char16_t>();
@@ -878,7 +878,7 @@ class Array {
   Slot operator[](std::size_t i) &;
   /** Element i of a cell array, as a handle of its own. Throws UsageError when there is none,
    *  IncompleteReply when it did not arrive or not as a whole, or is of a class that the library
-   * does not serve. */
+   *  does not serve. */
   Array operator[](std::size_t i) const&;
   /** The same. */
   Array operator[](std::size_t i) && { return static_cast<const Array&>(*this)[i]; }
@@ -1378,10 +1378,10 @@ std::vector<Entry<T>> Array::entries() const {
  * Keeps the library initialised: from the first Library of the process to the end of the last one.
  * They may be made and destroyed on any threads at once.
  *
- * All shared objects of a process count together, those that are compiled with hidden symbols
- * included. One whose linker script hides the symbol `hcyclient::detail::libraries`, or that
- * another compiler's standard library was used for, counts alone, and the end of its last Library
- * ends the library for all, as hcyTerminate() does. So does hcyTerminate() in other code.
+ * The program and the shared objects that it is linked with count together, even if they are
+ * compiled with hidden symbols. A plug-in that dlopen() loads counts together with the program only
+ * if the program exports its symbols (`-rdynamic`); otherwise the end of the plug-in's last Library
+ * ends the library for all, as hcyTerminate() does.
  */
 class Library {
  public:
@@ -1438,9 +1438,9 @@ class Config {
     runtime_->setTimeOut(settings(), static_cast<std::uint32_t>(timeout.count()));
     return *this;
   }
-  /** The size in bytes of the largest reply body that is accepted. A reply that declares more fails
-   *  the call; one that declares no length is cut there, which mostly shows as an IncompleteReply.
-   */
+  /** The size in bytes of the largest reply body that is accepted. A larger one fails the call if
+   *  its length is declared. Otherwise it is cut there, and what is incomplete then throws
+   *  IncompleteReply. */
   Config& setResponseSizeLimit(std::uint32_t bytes) {
     runtime_->setResponseSizeLimit(settings(), bytes);
     return *this;
@@ -1482,8 +1482,7 @@ class Config {
     static_cast<void>(settings());
     return runtime_;
   }
-  /** The configuration in the C interface, which stays owned here; null if it has been moved from.
-   */
+  /** The configuration in the C interface, which stays owned here; null if moved from. */
   hcyClientConfig* get() const noexcept { return config_.get(); }
 
  private:
@@ -1588,7 +1587,7 @@ class Context {
     return call(url, inputs.data(), inputs.size(), nargout);
   }
 
-  /** The context in the C interface, which stays owned here; null if it has been moved from. */
+  /** The context in the C interface, which stays owned here; null if moved from. */
   hcyClientContext* get() const noexcept { return context_.get(); }
 
  private:

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <complex>
+#include <cstdio>
 #include <hcy/hcyclient.hpp>
 #include <string>
 #include <vector>
@@ -46,6 +47,21 @@ TEST(CppIncompleteOutput, isNamedByItsNumber) {
             "output 1 (counted from 0) is incomplete: its dimensions name 6 elements, but fewer "
             "arrived; the response size limit (Config::setResponseSizeLimit, here 12345 bytes) may "
             "have cut the reply");
+}
+
+// A reply that declares no length is received as far as the limit.
+TEST(CppIncompleteOutput, comesOfTheSizeLimit) {
+  const std::string body = hcy::test::resultOf({twos({1, 1}, 1), twos({1000, 1}, 1000)});
+  char size[20];
+  std::snprintf(size, sizeof size, "%zx\r\n", body.size());
+  const hcy::test::ScriptServer server({hcy::test::Connection{hcy::test::replyToEach(
+      "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n" + (size + body) + "\r\n0\r\n\r\n")}});
+  const Library library;
+  Config config(library);
+  EXPECT_EQ(Context(config).feval(server.url(), {}, 2)[1].toVector<double>().size(), 1000U);
+  config.setResponseSizeLimit(4000);
+  EXPECT_THAT(incompleteness([&] { Context(config).feval(server.url(), {}, 2); }),
+              StartsWith("output 1 (counted from 0) is incomplete"));
 }
 
 TEST(CppIncompleteOutput, isNotHandedOutWhateverItsClass) {

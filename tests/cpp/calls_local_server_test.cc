@@ -83,7 +83,7 @@ TEST_F(CppCalls, mayHaveNeitherInputsNorOutputs) {
 
 TEST_F(CppCalls, carryContainers) {
   const Array s = Array::structOf({{"text", "\u00e9"}, {"cell", Array::cellOf({1, true})}});
-  const Array back = std::move(context.feval(server.url("/echo"), {s}).at(0));
+  const Array back = context.feval(server.url("/echo"), {s}).at(0);
   EXPECT_EQ(back("text").toString(), "\u00e9");
   EXPECT_EQ(back("cell")[1].className(), "logical");
 }
