@@ -232,6 +232,8 @@ TEST(CppArrayShape, isRefusedWhereItIsTooLarge) {
               Array::zeros<char16_t>({kTooMany, kTooMany, kTooMany});
             }),
             text + "2147483648-by-2147483648-by-2147483648");
+  EXPECT_EQ(refusalOf([] { Array::zeros<char16_t>(Shape(40, 1024)); }),
+            text + "1024-by-1024-by-1024-by-1024-by-1024-by-1024-by-1024-by-1024-by-...");
   EXPECT_EQ(refusalOf([] { Array::cells({kTooMany, 1}); }), text + "2147483648-by-1");
   EXPECT_EQ(refusalOf([] {
               Array::structs({1U << 30U, 1}, {"a", "b"});
