@@ -119,16 +119,17 @@ CodeUnits& codeUnits(Array& array, const std::string& name) {
   return units;
 }
 
-CodeUnits& rowOfCodeUnits(Array& array, const std::string& name) {
+CodeUnits& rowOfCodeUnits(Array& array, const char* name) {
   CodeUnits& units = codeUnits(array, name);
   const std::vector<std::uint64_t> shape = shapeOf(array, name);
   if (!units.empty() && (shape.size() != 2 || shape[0] != 1)) {
-    throw FunctionError(kArgumentSize, name + " is " + describeShape(shape) + ", not one row.");
+    throw FunctionError(kArgumentSize,
+                        std::string(name) + " is " + describeShape(shape) + ", not one row.");
   }
   return units;
 }
 
-std::string utf8Text(Array& array, const std::string& name) {
+std::string utf8Text(Array& array, const char* name) {
   const CodeUnits& units = rowOfCodeUnits(array, name);
   std::string text;
   for (int i = 0; i < units.size(); ++i) {

@@ -43,8 +43,8 @@ double realScalar(Array& array, const std::string& name);
 // Any shape.
 CodeUnits& codeUnits(Array& array, const std::string& name);
 // One row, or an empty array.
-CodeUnits& rowOfCodeUnits(Array& array, const std::string& name);
-std::string utf8Text(Array& array, const std::string& name);
+CodeUnits& rowOfCodeUnits(Array& array, const char* name);
+std::string utf8Text(Array& array, const char* name);
 
 // Makes a new array of doubles, all zero.
 Doubles& makeDoubles(Array& array, std::initializer_list<std::size_t> dimensions);
