@@ -8,6 +8,7 @@
 #include <string>
 
 #include "support/call_test.h"
+#include "support/libcurl_text.h"
 
 namespace hcy::abi {
 namespace {
@@ -15,6 +16,7 @@ namespace {
 using test::close;
 using test::Connection;
 using test::halfClose;
+using test::libcurlText;
 using test::readRequest;
 using test::reset;
 using test::ScriptServer;
@@ -31,7 +33,7 @@ const std::string kPartial = "Transferred a partial file";
 
 TEST_F(CallsConnectionFaults, nobodyListens) {
   const UnlistenedPort port;
-  EXPECT_EQ(failureOf(port.url()), genericFailure("Couldn't connect to server"));
+  EXPECT_EQ(failureOf(port.url()), genericFailure(libcurlText(CURLE_COULDNT_CONNECT)));
   const ScriptServer server({answering()});
   EXPECT_EQ(resultOf(server.url()), kAnswer);
 }
@@ -41,13 +43,13 @@ TEST_F(CallsConnectionFaults, nobodyListensAnyMore) {
                             test::AfterScripts::refuse);
   EXPECT_EQ(resultOf(server.url()), kAnswer);
   ASSERT_TRUE(server.waitForEnded(1));
-  EXPECT_EQ(failureOf(server.url()), genericFailure("Couldn't connect to server"));
+  EXPECT_EQ(failureOf(server.url()), genericFailure(libcurlText(CURLE_COULDNT_CONNECT)));
 }
 
 // A label of a host name holds at most 63 characters, so nothing is asked of a name server.
 TEST_F(CallsConnectionFaults, theHostNameCannotResolve) {
   EXPECT_EQ(failureOf("http://" + std::string(64, 'a') + ".invalid/"),
-            genericFailure("Couldn't resolve host name"));
+            genericFailure(libcurlText(CURLE_COULDNT_RESOLVE_HOST)));
   const ScriptServer server({answering()});
   EXPECT_EQ(resultOf(server.url()), kAnswer);
 }
@@ -202,7 +204,7 @@ TEST_F(CallsConnectionFaults, aHeaderLineIsOfOneMebibyte) {
       {Connection{readRequest(), send(kHeader + "X-Filler: "), test::sendRepeated("x", 1 << 20),
                   send("\r\n\r\n"), waitForClose()},
        answering()});
-  EXPECT_EQ(failureOf(server.url()), genericFailure("Out of memory"));
+  EXPECT_EQ(failureOf(server.url()), genericFailure(libcurlText(test::kHeaderTooLong)));
   EXPECT_EQ(resultOf(server.url()), kAnswer);
 }
 

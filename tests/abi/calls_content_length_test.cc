@@ -148,8 +148,16 @@ TEST_F(CallsContentLength, isNotHeededByLibcurlWhereTheReplyIsChunked) {
   EXPECT_EQ(resultOf(server.url()), kAnswer);
 }
 
+// libcurl 7.88 takes it, 8.14 refuses it; either way the next call succeeds.
 TEST_F(CallsContentLength, withAPlusSign) {
-  EXPECT_EQ(resultWith("Content-Length: +" + size + "\r\n"), kAnswer);
+  const ScriptServer server({answeringWith("Content-Length: +" + size + "\r\n"), answering()});
+  Outputs outputs(1);
+  if (context().feval(server.url(), 1, outputs.data()) == 0) {
+    EXPECT_EQ(hcyGetScalar(outputs[0]), kAnswer);
+  } else {
+    EXPECT_EQ(context().lastFailure(), kWeirdReply);
+  }
+  EXPECT_EQ(resultOf(server.url()), kAnswer);
 }
 
 TEST_F(CallsContentLength, thatIsAListOfEqualNumbers) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/call_test.h"
+#include "support/libcurl_text.h"
 
 namespace hcy::abi {
 namespace {
@@ -183,7 +184,7 @@ TEST_F(CallsErrorRecord, followsEverySequenceOfTwoKinds) {
   } kinds[] = {
       {missing.url(), busy.url(), httpFailure(404, "Not Found\r\n"), httpFailure(503, "Busy\r\n")},
       {one.url(), other.url(), vortenFailure("m", "i"), vortenFailure("n", "j", {{"f", "g", 1}})},
-      {port.url(), "halcyon://127.0.0.1/", genericFailure("Couldn't connect to server"),
+      {port.url(), "halcyon://127.0.0.1/", genericFailure(test::libcurlText(CURLE_COULDNT_CONNECT)),
        genericFailure("Unsupported protocol")}};
   for (const auto& before : kinds) {
     for (const auto& after : kinds) {

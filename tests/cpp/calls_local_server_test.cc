@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "support/libcurl_text.h"
 #include "support/local_server.h"
 #include "support/loopback.h"
 
@@ -119,7 +120,7 @@ TEST_F(CppCalls, throwAFailureOfTheTransport) {
     context.feval(unlistened.url());
     FAIL();
   } catch (const TransportError& error) {
-    EXPECT_STREQ(error.what(), "Couldn't connect to server");
+    EXPECT_EQ(error.what(), hcy::test::libcurlText(CURLE_COULDNT_CONNECT));
   }
 }
 

@@ -16,6 +16,7 @@
 
 #include "hcy/hcyclient.h"
 #include "soak/figures.h"
+#include "support/libcurl_text.h"
 #include "support/local_server.h"
 #include "support/loopback.h"
 
@@ -123,7 +124,8 @@ class Soak {
         expectFailure(HCY_VORTEN_ERROR, "a:b", server_.url("/demo/fail"), inputs);
         break;
       case 2:
-        expectFailure(HCY_GENERIC_ERROR, "Couldn't connect to server", nobody_.url(), inputs);
+        expectFailure(HCY_GENERIC_ERROR, test::libcurlText(CURLE_COULDNT_CONNECT), nobody_.url(),
+                      inputs);
         break;
       default:
         expectFailure(HCY_GENERIC_ERROR, "Transferred a partial file", cutting_.url("/"), inputs);
