@@ -212,6 +212,10 @@ JsonValue parseJson(std::string_view text) {
   // The parser would take it for the end.
   const std::size_t nul = text.find('\0');
   if (nul != std::string_view::npos) throw BadText(nul, "bad JSON: a NUL");
+  // Of nothing at all, newer parsers say something else.
+  if (text.empty()) {
+    throw BadText(0, "bad JSON: unexpected end of input; expected '[', '{', or a literal");
+  }
   const char* reached = text.data();
   Builder builder(text, reached);
   const char* unused = nullptr;
