@@ -16,7 +16,7 @@ from ._storage import CHAR_UNIT, DTYPES, NDArray, Shape, element_count, resize, 
 UTF16 = 'utf-16-le' if sys.byteorder == 'little' else 'utf-16-be'
 # Arrays of up to so many elements are created in one step. Creating a larger one could throw.
 _FEW = 4096
-_CLASSES = {dtype.char: number for number, dtype in enumerate(DTYPES)}
+_CLASSES: dict[str, int] = {dtype.char: number for number, dtype in enumerate(DTYPES)}
 # The type codes of C include two for integers of 64 bits.
 _CLASSES.update({code: _CLASSES[np.dtype(f'{kind}{np.dtype(code).itemsize}').char]
                  for kind, codes in (('i', 'bhilq'), ('u', 'BHILQ')) for code in codes})
