@@ -39,10 +39,10 @@ constexpr std::size_t kMostHeaders = std::size_t{1} << 20;
 // Only the body of a 200 is read.
 constexpr std::size_t kMostKeptOfOthers = 4096;
 
-std::uint32_t statusCodeOf(CURL* handle) {
+long statusCodeOf(CURL* handle) {
   long code = 0;
   curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
-  return boost::numeric_cast<std::uint32_t>(code);
+  return code;
 }
 
 // What lies unread on the connection that was kept is not the answer to the next request. libcurl
@@ -117,7 +117,7 @@ std::unique_ptr<Response> HttpRequest::perform() {
   const CURLcode code = curl_easy_perform(handle);
   if (reception.failure) std::rethrow_exception(reception.failure);
   if (code != CURLE_OK) throw std::runtime_error(failureText(code));
-  response->setStatusCode(statusCodeOf(handle));
+  response->setStatusCode(boost::numeric_cast<std::uint32_t>(statusCodeOf(handle)));
   return response;
 }
 

@@ -167,12 +167,10 @@ TEST(CppSparseOutput, hasOneLengthForAllItsLists) {
   EXPECT_EQ(seen.toVector<double>(), (std::vector<double>{2, 2}));
   EXPECT_EQ(seen.entries<double>().size(), 2U);
   const Span<double> room = array.span<double>();
-  ASSERT_EQ(room.size(), 4U);
+  ASSERT_EQ(room.size(), 2U) << "there are no values for the other rows";
   for (double& value : room) value = 3;
-  EXPECT_EQ(array.rowIndices().size(), 4U);
+  EXPECT_EQ(array.rowIndices().size(), 2U);
   EXPECT_EQ(seen.toVector<double>(), (std::vector<double>{3, 3}));
-  array.columnStarts()[1] = 4;
-  EXPECT_EQ(seen.toVector<double>(), (std::vector<double>{3, 3, 3, 3}));
 
   Array small = received(sparseOf({1, 1}, rows, std::string("\0\1", 2), bytesField(1, kTwo)));
   EXPECT_EQ(small.span<double>().size(), 1U);
