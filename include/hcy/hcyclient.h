@@ -8,12 +8,16 @@
  * includes only standard headers.
  *
  * @par Rules for the whole header
- * - **Threads.** The library starts no threads and takes no locks. One array (with every handle
- *   that shares its elements), one configuration and one context are used by one thread at a
- *   time; different ones may be used on different threads at once. hcyInitialize(),
- *   hcyInitializeEx() and hcyTerminate() must not overlap any other use of the runtime. libcurl
- *   sets the process's action for SIGPIPE aside during a transfer: a host that calls on several
- *   threads ignores SIGPIPE.
+ * - **Threads.** The library starts no threads and takes no locks. Any number of threads may read
+ *   one array at once, elements of containers included: every function that takes a const array
+ *   only reads it, with one exception, hcyDuplicateArray(), and so does a call that sends it. While
+ *   an array is changed, by a setter or through a data pointer, no other thread may use it or any
+ *   array that shares elements with it. One configuration and one context are used by one thread at
+ *   a time. Different arrays, configurations and contexts may be used on different threads at once.
+ *   hcyInitialize(), hcyInitializeEx() and hcyTerminate() must not overlap any other use of the
+ *   runtime. Do not cancel a thread (pthread_cancel) during a call: its context cannot be used
+ *   afterwards. libcurl changes the process's action for SIGPIPE during a transfer: a program that
+ *   calls on several threads ignores SIGPIPE.
  * - **Handles.** A handle passed in is not tested for null, except where a function says so.
  * - **Failures.** The operations of the runtime table never throw. The array functions answer a
  *   wrong class or index with a neutral result (null, 0, false, -1, the largest size), which each
@@ -126,9 +130,9 @@ typedef struct hcyErrorInfo {
     struct {
       uint32_t statusCode;       /**< the HTTP status (RFC 9110), 0 before the first failure */
       const char* statusMessage; /**< everything behind the status code and its blank in the first
-                                      status line that arrived (an interim one's, where there was
-                                      one), line end included; empty when nothing follows the
-                                      code */
+                                      status line of the exchange, line end included; that line
+                                      may be an interim reply's or a proxy's answer to CONNECT,
+                                      so rely on statusCode; empty if nothing follows the code */
     } http;
     /** Valid for HCY_VORTEN_ERROR. */
     struct {
@@ -155,7 +159,8 @@ typedef struct hcyErrorInfo {
  * hcyInitializeEx() hands out a table of 25 functions. A configuration (createConfig) holds the
  * settings; a context (createContext) copies them, keeps one connection alive between calls, and
  * evaluates functions (feval). The library reads no configuration file and no environment
- * variable; libcurl itself honours `http_proxy` and its kin.
+ * variable; libcurl and OpenSSL read some: the proxy variables (`http_proxy` and the like),
+ * SSLKEYLOGFILE and OPENSSL_CONF.
  *
  * Only the runtime needs initialisation: the array functions work without it.
  * @{
@@ -183,7 +188,8 @@ typedef struct hcyClientRuntime {
 
   /** Sets how many whole seconds one call may take, connection and transfer together. Default
    *  120. 0 means no limit, and so does a number that libcurl refuses (over 2147483, which is
-   *  nearly 25 days). */
+   *  nearly 25 days). The look-up of a host name is not interrupted: a call may outlast the limit
+   *  until the system's resolver gives up. */
   void (*setTimeOut)(hcyClientConfig* config, uint32_t seconds);
 
   /** Returns the time-out in seconds. */
@@ -191,11 +197,12 @@ typedef struct hcyClientRuntime {
 
   /** Sets the size in bytes of the largest reply body that is accepted. Default 67108864 (64
    *  MiB). A reply that declares more fails as a generic error as soon as its body begins. A reply
-   *  that declares no length (chunked) is received whole, but no more than the limit of it is
-   *  read: what lies behind is as if it had not been sent. A body over 2147483647 bytes fails
-   *  the call, whatever the limit.
-   *  In memory, small elements take many times their size on the wire: a cell array of empty
-   *  elements some 190 bytes a byte. */
+   *  that declares no length (chunked, or with a Content-Length that is spelled otherwise) is
+   *  received whole, but no more than the limit of it is kept and read: what lies behind is as if
+   *  it had not been sent. A body over 2147483647 bytes fails the call, whatever the limit. 0
+   *  refuses every reply that declares a body; there is no value for no limit.
+   *  In memory, a reply takes about its size on the wire, and small elements of a container that
+   *  are read take up to 400 bytes for each of their bytes. */
   void (*setResponseSizeLimit)(hcyClientConfig* config, uint32_t bytes);
 
   /** Returns the response size limit in bytes. */
@@ -225,23 +232,32 @@ typedef struct hcyClientRuntime {
   /**
    * Evaluates a function on a server: one HTTP/1.1 POST (RFC 9110, RFC 9112), which blocks until
    * the reply, the time-out or a failure. A reply body that cannot be parsed to its end counts as
-   * what could be read of it. When the kept connection turns out to be closed before a reply has
-   * begun, the request is sent once more on a new one: a function may then run twice.
+   * what could be read of it; arrays of which elements are missing do not hand out their data (see
+   * hcyGetPr()). If the kept connection turns out to be closed before a reply has begun, the
+   * request is sent once more on a new one: a function may then run twice. A kept connection on
+   * which bytes have arrived that nobody asked for is not used again.
    *
    * @param context the context; after a failure it can be used for further calls.
-   * @param url     full http or https URL of the function, passed to libcurl unchanged.
-   * @param nargout number of outputs wanted; a negative number is never what arrives.
+   * @param url     full http or https URL of the function. It is passed to libcurl unchanged,
+   *                which also serves file, ftp, telnet (which sends the process's standard input
+   *                to the host) and more, and guesses a missing scheme: never take the scheme from
+   *                outside. A name and password in it are sent as Basic credentials (RFC 7617).
+   *                Redirections are not followed.
+   * @param nargout number of outputs wanted; a negative number is never what arrives. With 0, any
+   *                reply of status 200 that holds no outputs is a success, whatever else it holds.
    * @param outputs room for nargout handles; may be null when nargout is 0.
    * @param nargin  number of inputs; below 1, none are sent.
    * @param inputs  nargin handles, or null for none. An array may occur more than once. The
-   *                arrays stay the caller's and unchanged, whatever the outcome.
+   *                arrays stay the caller's and unchanged, whatever the outcome; other threads may
+   *                read and send them meanwhile.
    * @return 0 and nargout new handles in `outputs`, which the caller owns, each an array of its
    *         own; or 1, and the account of the failure in the context:
    *         HCY_HTTP_ERROR when the status is not 200; HCY_VORTEN_ERROR when the function raised
    *         an error; HCY_GENERIC_ERROR with the reason as text when the transfer failed, a
    *         Content-Length is no number ("bad lexical cast: source type value could not be
-   *         interpreted as target", or libcurl's own text), the reply was over the size limit or
-   *         memory for it could not be had (one text for both), the number of outputs
+   *         interpreted as target", or libcurl's own text), the reply was over the size limit, its
+   *         header lines and trailers were over 1 MiB, or there was no memory for it (one text for
+   *         the three), the number of outputs
    *         differs from nargout, an output is of a class that the library does not serve
    *         ("dispatch_on_QXType"), the request or the reply body is over 2147483647 bytes
    *         (positive overflow), or memory is exhausted ("std::bad_alloc"). On
@@ -332,9 +348,9 @@ HCY_API const char* hcyGetInitializationErrorMessage(void);
  *
  * The caller owns every handle that a function returns. An array that is stored in a cell or a
  * struct is shared with it, not copied: the handle stays the caller's to destroy, and the element
- * lives on in the container. A handle may outlive the container that it was got from. An output of
- * a call lies in memory of its own as a whole: one element that is left of it keeps all of that;
- * where it matters, keep a duplicate of the element instead.
+ * lives on in the container. A handle may outlive the container that it was got from. A container
+ * of a reply keeps its elements in one block of memory until they are asked for. A container in it
+ * that is asked for, and outlives it, keeps all of that block.
  * @{
  */
 
@@ -342,7 +358,10 @@ HCY_API const char* hcyGetInitializationErrorMessage(void);
  *  on there. */
 HCY_API void hcyDestroyArray(hcyArray* array);
 
-/** Returns a new array that is a deep copy: later changes to either do not reach the other.
+/** Returns a new array that is a deep copy: later changes to either do not reach the other. If the
+ *  array is shared (it is an element of a container, or there is another handle over it) and of
+ *  class int16, uint16, char, struct or cell, what this handle holds is brought into the shared
+ *  element first, as by storing it: then no other thread may use the element at the same time.
  *  Throws std::bad_alloc when memory is exhausted. */
 HCY_API hcyArray* hcyDuplicateArray(const hcyArray* array);
 
@@ -441,22 +460,29 @@ HCY_API hcyArray* hcyCreateSparseLogicalMatrix(size_t m, size_t n, size_t nzmax)
  *
  * A data pointer stays valid until the number of elements changes (hcySetM(), hcySetN(),
  * hcySetDimensions(), hcySetNzmax(), through any handle over the same element) or the array is
- * destroyed; reading it twice gives the same pointer. Elements lie in column-major order, without
- * gaps. Of a sparse array the functions give the stored values. Null also when the array has no
- * elements.
+ * destroyed; that of an int16, uint16 or char array also ends with the handle that gave it. Reading
+ * it twice gives the same pointer. Elements lie in column-major order, without gaps. Of a sparse
+ * array the functions give the stored values. Null also if the array has no elements.
  *
- * An array of a reply is as the server sent it: its storage may hold fewer elements than its
- * dimensions say when the server breaks its own rules, and behind the pointer lie only those. A
- * program that does not trust its server compares hcyGetNumberOfElements() with a limit of its own
- * and then brings the storage in step with `hcySetM(a, hcyGetM(a))`, which asks for the memory of
- * that many elements; that of a sparse array (its columns included in the limit) also by setting
- * its hcySetNzmax() to its hcyGetNzmax() or its number of elements, whichever is smaller. The row
- * indices and column starts are for it to check.
+ * What did not arrive is not handed out. An array of a reply whose storage holds fewer elements
+ * than its dimensions say (the response size limit cut it, or the server broke its own rules)
+ * answers null, and so does an element of a container of a reply. So behind a pointer that is not
+ * null there are as many elements as hcyGetNumberOfElements() says. Setting the dimensions
+ * (hcySetM(), hcySetN(), hcySetDimensions()) completes the storage with zeros: the pointers come
+ * back, and nothing tells any more which elements arrived. What is sent, duplicated and stored is
+ * what arrived.
+ *
+ * A sparse array of a reply hands out its indices only if they describe a compressed-column matrix
+ * of its dimensions: columns + 1 starts that begin with 0, do not fall, and do not lead beyond the
+ * row indices, and rows inside the matrix. Otherwise its indices and values are null and
+ * hcyGetNzmax() is 0. If only the values are fewer than the last column start, they alone are null.
+ * This is looked at once, when the handle is made; an array that the program makes is never
+ * checked.
  *
  * A complex array that is resized to no elements and back to some may have lost its imaginary
  * parts: hcyIsComplex() stays true, and hcyGetPi() and hcyGetImagData() tell by null.
  *
- * Throws std::bad_alloc when memory is exhausted.
+ * Only hcySetNzmax() throws.
  * @{
  */
 
@@ -484,15 +510,18 @@ HCY_API uint16_t* hcyGetChars(const hcyArray* array);
 HCY_API double hcyGetScalar(const hcyArray* array);
 
 /** Returns the row indices (zero-based) of the stored elements of a sparse array, hcyGetNzmax()
- *  of them; null for another array, and when there are none. */
+ *  of them; null for another array, and if there are none. The pointer stays valid as a data
+ *  pointer does. */
 HCY_API size_t* hcyGetIr(const hcyArray* array);
 
-/** Returns the column starts of a sparse array: the stored elements of column j are those from
- *  jc[j] to jc[j + 1] - 1. There are columns + 1 entries in an array that was created here. Null
- *  for another array. */
+/** Returns the column starts of a sparse array, columns + 1 of them: the stored elements of column
+ * j are those from jc[j] to jc[j + 1] - 1. Null for another array. The pointer stays valid until
+ *  hcySetM(), hcySetN() or hcySetDimensions() is called, even if the number of elements stays the
+ *  same, or the array is destroyed. */
 HCY_API size_t* hcyGetJc(const hcyArray* array);
 
-/** Returns how many elements a sparse array has room for; (size_t)-1 for another array. */
+/** Returns how many elements a sparse array has room for; (size_t)-1 for another array. In a reply,
+ *  no more than there are values for, if these are handed out. */
 HCY_API size_t hcyGetNzmax(const hcyArray* array);
 
 /** Gives a sparse array room for nzmax stored elements (at least 1); new ones are 0. Contents are
@@ -525,11 +554,12 @@ HCY_API const size_t* hcyGetDimensions(const hcyArray* array);
 
 /** Sets the first dimension and gives the array that many elements. Elements keep their linear
  *  index, so the rows of a matrix of several columns move; new elements are zero or never set. A
- *  sparse array gets new column starts for a larger number of columns, and keeps its stored
- *  elements. Throws positive overflow when the number of elements (also that of slots, for a
- *  struct; of columns plus one, for a sparse array) is over 2147483647: the dimension stays set,
- *  and the storage is as before. Throws std::bad_alloc: shape and contents are as before, but read
- *  data pointers again. Ignored for an array without dimensions. */
+ *  sparse array keeps its stored elements, and gets as many column starts as its columns need: new
+ *  ones are 0, so that the starts fall until the program writes them. Throws positive overflow when
+ * the number of elements (also that of slots, for a struct; of columns plus one, for a sparse
+ * array) is over 2147483647: the dimension stays set, and the storage is as before. Throws
+ * std::bad_alloc: shape and contents are as before, but read data pointers again. Ignored for an
+ * array without dimensions. */
 HCY_API void hcySetM(hcyArray* array, size_t m);
 
 /** Sets the second dimension; all else as hcySetM(). Ignored for an array with fewer than two
@@ -557,28 +587,30 @@ HCY_API size_t hcyCalcSingleSubscript(const hcyArray* array, size_t nsubs, const
  * is not copied. Two handles over one element share it: what is written through the data pointer
  * of one is seen through the other. The classes int16, uint16, char, struct and cell are the
  * exception: each handle works on contents of its own, which reach the element when the handle is
- * stored with a setter, duplicated or sent; the last one to do so wins. The shape of an element,
+ * stored with a setter or duplicated; the last one to do so wins. Sending the handle sends its own
+ * contents and changes nothing; a container behind it among the inputs of the same call shows the
+ * element with these contents. The shape of an element,
  * the names of its fields included, is always shared: once it has been changed through one handle,
  * destroy the others over the element, whose contents no longer fit it. A struct or cell element
  * whose shape or fields were changed so has to be stored again: until then the container shows, and
  * sends, the new shape with the old contents.
  *
- * Containers may be nested as deep as memory and stack allow; storing a value copies what it
- * holds, at every level. A reply is read to a depth of 49 nested containers.
+ * Containers may be nested as deep as memory allows. Storing a container copies what has been read
+ * or changed in it, at every level; a handle over a container in a container copies nothing. A
+ * reply is read to a depth of 49 nested containers.
  *
  * A setter shares the value with the container; the caller still owns and destroys the value's
  * handle. A value may be stored in several places and containers. Storing an array into itself is
  * the caller's error, at any depth; the direct case is defined: hcySetCell(a, i, a) and
  * hcySetField(a, i, name, a) store a snapshot of the array as it was.
  *
- * An element that was never set reads as a 0-by-0 double array, and is sent as one. Where an
- * array of a reply holds fewer elements than its dimensions say, the missing ones read as null
- * and are not set. A field added to a struct array that came without fields (from a server, out of
- * a container) reaches at most its first 65536 elements. An element of a class that the library
- * does not serve reads as null too.
+ * An element that was never set reads as a 0-by-0 double array, and is sent as one. If an array of
+ * a reply holds fewer elements than its dimensions say, the missing ones read as null and are not
+ * set. An element of a class that the library does not serve reads as null too.
  *
- * Handles and elements are allocated: getters and setters throw std::bad_alloc when memory is
- * exhausted.
+ * Handles and elements are allocated: getters and setters of elements throw std::bad_alloc when
+ * memory is exhausted. A setter of an element throws positive overflow if the value is a container
+ * that takes more than 2147483647 bytes on the wire.
  * @{
  */
 
@@ -618,13 +650,13 @@ HCY_API hcyArray* hcyGetFieldByNumber(const hcyArray* array, size_t index, int n
 HCY_API void hcySetFieldByNumber(hcyArray* array, size_t index, int n, hcyArray* value);
 
 /** Adds a field behind the others, never set in any element, and returns its number; the number
- *  that it has when it exists already. -1, and nothing has changed, if the array is not a struct
- *  array, `name` is null, there would be too many values, or memory is exhausted. Does not
- *  throw. */
+ *  that it has if it exists already. -1, and nothing has changed, if the array is not a struct
+ *  array, `name` is null, there would be more than 2147483647 values, a reply has named more than
+ *  65536 elements without fields, or memory is exhausted. Does not throw. */
 HCY_API int hcyAddField(hcyArray* array, const char* name);
 
 /** Removes field n (zero-based) from every element. Ignored if the array is not a struct array or
- *  has no field n. Does not throw. */
+ *  has no field n, and if memory is exhausted. Does not throw. */
 HCY_API void hcyRemoveField(hcyArray* array, int n);
 
 /** @} */
@@ -712,8 +744,9 @@ HCY_API size_t hcyGetNumberOfElements(const hcyArray* array);
  *  A NUL among the code units ends the text for whoever reads it as a C string. */
 HCY_API char* hcyArrayToString(const hcyArray* array);
 
-/** Copies the code units of a char array into `buf`, the low byte of each, and a NUL behind them.
- *  A code unit that the storage of a reply does not hold is copied as NUL.
+/** Copies the code units of a char array into `buf`, in column-major order, the low byte of each,
+ * and a NUL behind them: the rows of a matrix of several rows are interleaved. A code unit that the
+ *  storage of a reply does not hold is copied as NUL.
  *  @param array  the array.
  *  @param buf    room for buflen bytes.
  *  @param buflen size of buf; 0 returns 0 and writes nothing.

@@ -42,11 +42,8 @@ std::unique_ptr<Arena> arenaFor(std::size_t size) {
 }  // namespace
 
 ArrayContent::ArrayContent(std::size_t size)
-    : arena_(arenaFor(size)), message_(Arena::CreateMessage<VORTEN_Array>(arena_.get())) {}
-
-ArrayContent::~ArrayContent() {
-  if (!arena_) delete message_;
-}
+    : arena_(arenaFor(size)),
+      message_(arena_ ? Arena::CreateMessage<VORTEN_Array>(arena_.get()) : &own_.emplace()) {}
 
 ContentPtr copyOf(const ArrayContent& content) {
   const ContentPtr copy(new ArrayContent);

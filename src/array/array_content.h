@@ -9,6 +9,7 @@
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 #include "array/field_index.h"
 #include "wire/array_class_traits.h"
@@ -28,7 +29,7 @@ class ArrayContent : public boost::intrusive_ref_counter<ArrayContent> {
   explicit ArrayContent(std::size_t size = 0);
   ArrayContent(const ArrayContent&) = delete;
   ArrayContent& operator=(const ArrayContent&) = delete;
-  ~ArrayContent();
+  ~ArrayContent() = default;
 
   VORTEN_Array& message() const { return *message_; }
 
@@ -48,7 +49,8 @@ class ArrayContent : public boost::intrusive_ref_counter<ArrayContent> {
   FieldIndex& fields() { return fields_; }
 
  private:
-  std::unique_ptr<google::protobuf::Arena> arena_;
+  std::unique_ptr<google::protobuf::Arena> arena_;  // of a large one
+  std::optional<VORTEN_Array> own_;                 // of any other
   VORTEN_Array* message_;
   std::atomic<bool> isPartShown_ = false;
   FieldIndex fields_;

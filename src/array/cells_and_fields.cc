@@ -97,7 +97,8 @@ void hcySetFieldByNumber(hcyArray* array, size_t index, int n, hcyArray* value) 
 int hcyAddField(hcyArray* array, const char* name) {
   if (!hcyIsStruct(array) || name == nullptr) return -1;
   try {
-    const int existing = hcyGetFieldNumber(array, name);
+    const int existing =
+        proxyOf(array).content()->fields().findBeforeChange(messageOf(array).struct_(), name);
     if (existing >= 0) return existing;
     return structProxy(array).addField(name) ? hcyGetNumberOfFields(array) - 1 : -1;
   } catch (const std::exception&) {

@@ -7,17 +7,11 @@
 #include <new>
 
 namespace hcy {
-namespace {
 
-// Up to here, comparing the names is as fast.
-constexpr int kFewFields = 16;
-
-}  // namespace
-
-int FieldIndex::find(const VORTEN_Array::Struct& names, std::string_view name) const {
-  const auto& all = names.field_names();
-  const Numbers* const numbers = all.size() > kFewFields ? numbersOf(names) : nullptr;
+int FieldIndex::find(const VORTEN_Array::Struct& names, std::string_view name,
+                     const Numbers* numbers) {
   if (numbers == nullptr) {
+    const auto& all = names.field_names();
     const auto found = std::find(all.begin(), all.end(), name);
     return found == all.end() ? -1 : static_cast<int>(found - all.begin());
   }

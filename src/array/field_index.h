@@ -20,7 +20,14 @@ class FieldIndex {
   ~FieldIndex() { reset(); }
 
   // The number of the first field of that name; -1 if there is none.
-  int find(const VORTEN_Array::Struct& names, std::string_view name) const;
+  int find(const VORTEN_Array::Struct& names, std::string_view name) const {
+    return find(names, name, names.field_names_size() > kFewFields ? numbersOf(names) : nullptr);
+  }
+
+  // The same for a name that is about to be added, which is not worth an index.
+  int findBeforeChange(const VORTEN_Array::Struct& names, std::string_view name) const {
+    return find(names, name, numbers_.load(std::memory_order_acquire));
+  }
 
   // To be called before a name is added or removed.
   void reset();
@@ -28,6 +35,10 @@ class FieldIndex {
  private:
   using Numbers = std::unordered_map<std::string_view, int>;
 
+  // Up to here, comparing the names is as fast.
+  static constexpr int kFewFields = 16;
+
+  static int find(const VORTEN_Array::Struct& names, std::string_view name, const Numbers* numbers);
   const Numbers* numbersOf(const VORTEN_Array::Struct& names) const;
 
   mutable std::atomic<const Numbers*> numbers_ = nullptr;
