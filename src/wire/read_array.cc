@@ -11,7 +11,6 @@
 
 #include "wire/canonical_array.h"
 #include "wire/dispatch_on_QXType.h"
-#include "wire/element_count.h"
 #include "wire/packed_arrays_builder.h"
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
@@ -60,12 +59,11 @@ bool readFixed(Bytes packed, RepeatedField<Element>& list) {
   return packed.size() % sizeof(Element) == 0;
 }
 
-// Reads the part of a class, with as many elements as the dimensions say, into its message.
+// Reads the part of a class into its message.
 template <class Class>
 class PartReader {
  public:
-  PartReader(typename Class::Message& message, std::uint64_t count)
-      : message_(message), count_(count) {}
+  explicit PartReader(typename Class::Message& message) : message_(message) {}
 
   static bool wants(const WireField& field) {
     return field.is(1) || (NumericClass<Class> && field.is(2));
@@ -86,32 +84,28 @@ class PartReader {
   template <class Element>
   bool add(Bytes content, RepeatedField<Element>& list) {
     if constexpr (isVarint<Class>) {
-      return readPacked(content, count_, list);
+      return readPacked(content, list);
     } else {
       return readFixed(content, list);
     }
   }
 
   typename Class::Message& message_;
-  std::uint64_t count_;
 };
 
 // Reads the elements of a 16-bit class in the caller's own form.
 template <class Class>
 class NarrowReader {
  public:
-  NarrowReader(NarrowElements& elements, std::uint64_t count)
-      : elements_(elements), count_(count) {}
+  explicit NarrowReader(NarrowElements& elements) : elements_(elements) {}
 
   static bool wants(const WireField& field) { return PartReader<Class>::wants(field); }
   bool read(const WireField& field) {
-    return readPacked(field.content, count_,
-                      field.number() == 1 ? elements_.real : elements_.imaginary);
+    return readPacked(field.content, field.is(1) ? elements_.real : elements_.imaginary);
   }
 
  private:
   NarrowElements& elements_;
-  std::uint64_t count_;
 };
 
 // Collects the elements of a container.
@@ -174,9 +168,9 @@ struct SparseReader {
     const Bytes content = field.content;
     switch (field.number()) {
       case Sparse::kIrFieldNumber:
-        return readPacked(content, content.size(), *sparse.mutable_ir());
+        return readPacked(content, *sparse.mutable_ir());
       case Sparse::kJcFieldNumber:
-        return readPacked(content, content.size(), *sparse.mutable_jc());
+        return readPacked(content, *sparse.mutable_jc());
       case Sparse::kQxsparsedoubleFieldNumber:
         return readValues<DOUBLE_class>(*sparse.mutable_qxsparsedouble(), content);
       case Sparse::kLogicalFieldNumber:
@@ -189,14 +183,8 @@ struct SparseReader {
  private:
   template <class Class>
   bool readValues(typename Class::Message& values, Bytes content) const {
-    return readFields(values, content, PartReader<Class>(values, content.size()), nesting - 1);
+    return readFields(values, content, PartReader<Class>(values), nesting - 1);
   }
-};
-
-// What the bytes say of the class and the number of elements, wherever it stands.
-struct Head {
-  VORTEN_Array::QXType type = VORTEN_Array::UINT8;
-  std::uint64_t count = 0;
 };
 
 constexpr std::uint32_t kTypeTag = VORTEN_Array::kTypeFieldNumber << 3;
@@ -209,29 +197,21 @@ std::uint64_t varintOf(Bytes message, const WireField& field) {
   return readVarint(position, end);
 }
 
-Head headOf(Bytes bytes) {
-  Head head;
-  forEachField(bytes, [&](const WireField& field) {
-    if (field.tag == kTypeTag) {
-      head.type = static_cast<VORTEN_Array::QXType>(varintOf(bytes, field));
-    } else if (field.is(VORTEN_Array::kDimensionFieldNumber)) {
-      head.count = 1;
-      const std::uint8_t* value = field.content.data();
-      const std::uint8_t* const end = value + field.content.size();
-      while (value != nullptr && value != end) {
-        head.count = saturatingProduct(head.count, readVarint(value, end));
-      }
-    }
+// The class of an array, wherever it stands.
+VORTEN_Array::QXType typeOf(Bytes array) {
+  auto type = VORTEN_Array::UINT8;
+  forEachField(array, [&](const WireField& field) {
+    if (field.tag == kTypeTag) type = static_cast<VORTEN_Array::QXType>(varintOf(array, field));
     return true;
   });
-  return head;
+  return type;
 }
 
 class ArrayReader {
  public:
   // Without a source the bytes may be anything; with one they are canonical, and stay there.
   ArrayReader(ArrayTarget target, Bytes bytes, int nesting, const PackedArrays* source = nullptr)
-      : target_(target), head_(headOf(bytes)), bytes_(bytes), nesting_(nesting), source_(source) {}
+      : target_(target), type_(typeOf(bytes)), bytes_(bytes), nesting_(nesting), source_(source) {}
 
   bool read() {
     const bool isWhole = readFields(target_.message, bytes_, *this, nesting_);
@@ -251,7 +231,7 @@ class ArrayReader {
       return true;
     }
     if (field.is(VORTEN_Array::kDimensionFieldNumber)) {
-      return readPacked(field.content, field.content.size(), *target_.message.mutable_dimension());
+      return readPacked(field.content, *target_.message.mutable_dimension());
     }
     if (nesting_ <= 0) return false;
     return dispatch_on_QXType(typeOfPart(field.number()), [&]<class Class>(Class) {
@@ -268,16 +248,15 @@ class ArrayReader {
     if constexpr (SparseClass<Class>) {
       return readFields(message, part, SparseReader{message, nesting_ - 1}, nesting_ - 1);
     } else if constexpr (ContainerClass<Class>) {
-      if (head_.type == Class::type) return readArrays<Class>(part, message);
+      if (type_ == Class::type) return readArrays<Class>(part, message);
       return mergePart(message, part, nesting_ - 1);
     } else {
       if constexpr (WidenedClass<Class>) {
-        if (head_.type == Class::type && target_.narrow != nullptr) {
-          return readFields(message, part, NarrowReader<Class>(*target_.narrow, head_.count),
-                            nesting_ - 1);
+        if (type_ == Class::type && target_.narrow != nullptr) {
+          return readFields(message, part, NarrowReader<Class>(*target_.narrow), nesting_ - 1);
         }
       }
-      return readFields(message, part, PartReader<Class>(message, head_.count), nesting_ - 1);
+      return readFields(message, part, PartReader<Class>(message), nesting_ - 1);
     }
   }
 
@@ -296,7 +275,7 @@ class ArrayReader {
   }
 
   ArrayTarget target_;
-  Head head_;
+  VORTEN_Array::QXType type_;
   Bytes bytes_;
   int nesting_;
   const PackedArrays* source_;

@@ -74,45 +74,48 @@ std::size_t varintSizeOf(Element element) {
   return 1U + (value >= 0x80) + (value >= 0x4000);
 }
 
-// An element takes one byte at least.
-std::uint64_t roomFor(std::uint64_t count, Bytes packed) {
-  return std::min<std::uint64_t>(count, packed.size());
+// Reads packed varints, and moves `elements` behind the last one; false if they are broken. There
+// is room for one element for each byte that ends a varint.
+template <class Element>
+bool readAll(Bytes packed, Element*& elements, std::size_t count) {
+  const std::uint8_t* position = packed.data();
+  const std::uint8_t* const end = position + packed.size();
+  elements += readVarints(position, end, elements, count);
+  while (position != nullptr && position != end) {
+    const std::uint64_t varint = readVarint(position, end);
+    if (position != nullptr) *elements++ = elementOf<Element>(varint);
+  }
+  return position != nullptr;
+}
+
+std::size_t countVarints(Bytes packed) {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(packed, [](std::uint8_t byte) { return byte < 0x80; }));
 }
 
 }  // namespace
 
-// The number of varints cannot be told from their length; without room in advance the list would
-// grow again and again.
 template <class Element>
-bool readPacked(Bytes packed, std::uint64_t count, RepeatedField<Element>& list) {
-  const std::uint8_t* position = packed.data();
-  const std::uint8_t* const end = position + packed.size();
-  list.Reserve(list.size() + static_cast<int>(roomFor(count, packed)));
+bool readPacked(Bytes packed, RepeatedField<Element>& list) {
+  const std::size_t count = countVarints(packed);
   const int size = list.size();
-  const int room = list.Capacity() - size;
-  const std::size_t read =
-      readVarints(position, end, list.AddNAlreadyReserved(room), static_cast<std::size_t>(room));
-  list.Truncate(size + static_cast<int>(read));
-  while (position != nullptr && position != end) {
-    const std::uint64_t varint = readVarint(position, end);
-    if (position != nullptr) list.Add(elementOf<Element>(varint));
-  }
-  return position != nullptr;
+  list.Reserve(size + static_cast<int>(count));
+  Element* const begin = list.AddNAlreadyReserved(static_cast<int>(count));
+  Element* elements = begin;
+  const bool isWhole = readAll(packed, elements, count);
+  list.Truncate(size + static_cast<int>(elements - begin));
+  return isWhole;
 }
 
 template <class Element>
-bool readPacked(Bytes packed, std::uint64_t count, std::vector<Element>& elements) {
-  const std::uint8_t* position = packed.data();
-  const std::uint8_t* const end = position + packed.size();
-  const std::size_t size = elements.size();
-  elements.resize(size + roomFor(count, packed));
-  elements.resize(size +
-                  readVarints(position, end, elements.data() + size, elements.size() - size));
-  while (position != nullptr && position != end) {
-    const std::uint64_t varint = readVarint(position, end);
-    if (position != nullptr) elements.push_back(elementOf<Element>(varint));
-  }
-  return position != nullptr;
+bool readPacked(Bytes packed, std::vector<Element>& list) {
+  const std::size_t count = countVarints(packed);
+  const std::size_t size = list.size();
+  list.resize(size + count);
+  Element* elements = list.data() + size;
+  const bool isWhole = readAll(packed, elements, count);
+  list.resize(static_cast<std::size_t>(elements - list.data()));
+  return isWhole;
 }
 
 template <class Element>
@@ -131,14 +134,14 @@ std::uint8_t* writePacked(std::span<const Element> elements, std::uint8_t* out) 
   return out;
 }
 
-template bool readPacked(Bytes, std::uint64_t, RepeatedField<std::uint32_t>&);
-template bool readPacked(Bytes, std::uint64_t, RepeatedField<std::int32_t>&);
-template bool readPacked(Bytes, std::uint64_t, RepeatedField<std::uint64_t>&);
-template bool readPacked(Bytes, std::uint64_t, RepeatedField<std::int64_t>&);
-template bool readPacked(Bytes, std::uint64_t, RepeatedField<bool>&);
-template bool readPacked(Bytes, std::uint64_t, std::vector<std::uint16_t>&);
-template bool readPacked(Bytes, std::uint64_t, std::vector<std::int16_t>&);
-template bool readPacked(Bytes, std::uint64_t, std::vector<char16_t>&);
+template bool readPacked(Bytes, RepeatedField<std::uint32_t>&);
+template bool readPacked(Bytes, RepeatedField<std::int32_t>&);
+template bool readPacked(Bytes, RepeatedField<std::uint64_t>&);
+template bool readPacked(Bytes, RepeatedField<std::int64_t>&);
+template bool readPacked(Bytes, RepeatedField<bool>&);
+template bool readPacked(Bytes, std::vector<std::uint16_t>&);
+template bool readPacked(Bytes, std::vector<std::int16_t>&);
+template bool readPacked(Bytes, std::vector<char16_t>&);
 template std::size_t packedSize(std::span<const std::uint16_t>);
 template std::size_t packedSize(std::span<const std::int16_t>);
 template std::size_t packedSize(std::span<const char16_t>);

@@ -40,13 +40,12 @@ inline std::uint64_t readVarint(const std::uint8_t*& position, const std::uint8_
   return 0;
 }
 
-// Appends packed varints, of which `count` are expected, each converted to an element. False if
-// they are broken or cut: then those before are there.
+// Appends packed varints, each converted to an element. False if they are broken or cut: then those
+// before are there.
 template <class Element>
-bool readPacked(Bytes packed, std::uint64_t count,
-                google::protobuf::RepeatedField<Element>& elements);
+bool readPacked(Bytes packed, google::protobuf::RepeatedField<Element>& elements);
 template <class Element>
-bool readPacked(Bytes packed, std::uint64_t count, std::vector<Element>& elements);
+bool readPacked(Bytes packed, std::vector<Element>& elements);
 
 // What 16-bit elements take as packed varints. A negative number takes ten bytes.
 template <class Element>
