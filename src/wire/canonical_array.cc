@@ -3,7 +3,6 @@
 #include "wire/canonical_array.h"
 
 #include <cstddef>
-#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -22,14 +21,24 @@ class Cursor {
   explicit Cursor(Bytes bytes) : position_(bytes.data()), end_(position_ + bytes.size()) {}
 
   bool atEnd() const { return position_ == end_; }
+  std::size_t left() const { return static_cast<std::size_t>(end_ - position_); }
 
-  // Whether a field with this tag comes next; moves behind the tag then.
+  // Whether a field with this tag comes next; moves behind the tag then. The fields here have tags
+  // of one or two bytes.
   bool takeTag(std::uint32_t tag) {
-    std::uint8_t bytes[5];
-    const auto size = static_cast<std::size_t>(writeVarint(tag, bytes) - bytes);
-    if (left() < size || std::memcmp(position_, bytes, size) != 0) return false;
+    const std::size_t size = tag < 0x80 ? 1 : 2;
+    if (left() < size || position_[0] != static_cast<std::uint8_t>(size == 1 ? tag : tag | 0x80)) {
+      return false;
+    }
+    if (size == 2 && position_[1] != tag >> 7) return false;
     position_ += size;
     return true;
+  }
+
+  // The number of the part that comes next, or less than that of the first part. Parts have tags of
+  // two bytes.
+  int nextPart() const {
+    return left() < 2 ? 0 : ((position_[1] & 0x7F) << 7 | (position_[0] & 0x7F)) >> 3;
   }
 
   // A varint in its shortest form, at most `largest`.
@@ -54,8 +63,6 @@ class Cursor {
   }
 
  private:
-  std::size_t left() const { return static_cast<std::size_t>(end_ - position_); }
-
   const std::uint8_t* position_;
   const std::uint8_t* end_;
 };
@@ -196,9 +203,13 @@ bool isCanonical(Bytes array, int nesting) {
       skipVarintField(cursor, VORTEN_Array::kDataFrameFieldNumber, any64) &&
       skipVarintField(cursor, VORTEN_Array::kMemoryLayoutFieldNumber, 0x7F) &&
       skipVarintField(cursor, VORTEN_Array::kIsComplexFieldNumber, 1);
-  // One part is the rule.
-  for (int number = kFirstPart; isHeadCanonical && !cursor.atEnd(); ++number) {
-    if (number > kLastPart || !skipPart(cursor, typeOfPart(number), nesting)) return false;
+  // One part is the rule; several stand in the order of their numbers.
+  for (int last = kFirstPart - 1; isHeadCanonical && !cursor.atEnd();) {
+    const int number = cursor.nextPart();
+    if (number <= last || number > kLastPart) return false;
+    const std::size_t left = cursor.left();
+    if (!skipPart(cursor, typeOfPart(number), nesting) || cursor.left() == left) return false;
+    last = number;
   }
   return isHeadCanonical;
 }
