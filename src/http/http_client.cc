@@ -11,8 +11,9 @@ namespace hcy {
 namespace {
 
 TransferHandle newTransferHandle() {
-  TransferHandle handle(curl_easy_init(), CURLDeleter());
-  if (!handle) throw std::runtime_error("Initialization of a transfer handle failed");
+  auto handle = std::make_shared<Transfer>();
+  handle->curl.reset(curl_easy_init());
+  if (!handle->curl) throw std::runtime_error("Initialization of a transfer handle failed");
   return handle;
 }
 
@@ -38,7 +39,7 @@ void applySettings(CURL* handle, const QXClientConfig& config) {
 
 QXHttpClient::QXHttpClient(const QXClientConfig& config)
     : config_(config), handle_(newTransferHandle()) {
-  applySettings(handle_.get(), config_);
+  applySettings(handle_->curl.get(), config_);
 }
 
 std::unique_ptr<Request> QXHttpClient::createRequest(std::string url) {

@@ -2,8 +2,6 @@
 
 #include "http/http_request.h"
 
-#include <sys/socket.h>
-
 #include <boost/numeric/conversion/cast.hpp>
 #include <exception>
 #include <iterator>
@@ -43,16 +41,6 @@ long statusCodeOf(CURL* handle) {
   long code = 0;
   curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
   return code;
-}
-
-// What lies unread on the connection that was kept is not the answer to the next request. libcurl
-// takes a connection that is shut down for dead, and makes another.
-void dropUnreadConnection(CURL* handle) {
-  curl_socket_t connection = CURL_SOCKET_BAD;
-  curl_easy_getinfo(handle, CURLINFO_ACTIVESOCKET, &connection);
-  if (connection == CURL_SOCKET_BAD) return;
-  char byte = 0;
-  if (::recv(connection, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0) ::shutdown(connection, SHUT_RDWR);
 }
 
 std::size_t onHeaderLine(char* data, std::size_t size, std::size_t count, void* user) {
@@ -98,15 +86,15 @@ HttpRequest::HttpRequest(TransferHandle handle, std::string url, std::uint32_t r
       spareReply_(std::move(spareReply)) {}
 
 void HttpRequest::setBody(const void* data, std::uint64_t size) {
-  curl_easy_setopt(handle_.get(), CURLOPT_POSTFIELDS, data);
-  curl_easy_setopt(handle_.get(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(size));
+  curl_easy_setopt(handle_->curl.get(), CURLOPT_POSTFIELDS, data);
+  curl_easy_setopt(handle_->curl.get(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(size));
 }
 
 std::unique_ptr<Response> HttpRequest::perform() {
-  CURL* const handle = handle_.get();
+  CURL* const handle = handle_->curl.get();
   auto response = std::make_unique<HttpResponse>(responseSizeLimit_, spareReply_);
   Reception reception{handle, *response};
-  dropUnreadConnection(handle);
+  handle_->connections.dropUnread();
   setTextOption(handle, CURLOPT_URL, url_.c_str());
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headerList());
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeaderLine);
@@ -115,6 +103,7 @@ std::unique_ptr<Response> HttpRequest::perform() {
   curl_easy_setopt(handle, CURLOPT_WRITEDATA, &reception);
 
   const CURLcode code = curl_easy_perform(handle);
+  handle_->connections.note(handle);
   if (reception.failure) std::rethrow_exception(reception.failure);
   if (code != CURLE_OK) throw std::runtime_error(failureText(code));
   response->setStatusCode(boost::numeric_cast<std::uint32_t>(statusCodeOf(handle)));

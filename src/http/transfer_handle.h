@@ -7,14 +7,22 @@
 #include <memory>
 #include <new>
 
+#include "http/kept_connections.h"
+
 namespace hcy {
 
 struct CURLDeleter {
   void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
 };
 
+// A handle of libcurl, and the connections that it has kept.
+struct Transfer {
+  std::unique_ptr<CURL, CURLDeleter> curl;
+  KeptConnections connections;
+};
+
 // Owned by a client and every request that it made; the last owner releases it.
-using TransferHandle = std::shared_ptr<CURL>;
+using TransferHandle = std::shared_ptr<Transfer>;
 
 // libcurl keeps a copy of a text. Without memory for it the option would silently be unset, which
 // must not happen to one that a transfer's safety rests on.

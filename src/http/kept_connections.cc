@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "http/kept_connections.h"
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+
+namespace hcy {
+
+bool KeptConnections::Connection::isOpen() const {
+  if (socket == CURL_SOCKET_BAD) return false;
+  struct stat status {};
+  return ::fstat(socket, &status) == 0 && S_ISSOCK(status.st_mode) && status.st_ino == inode;
+}
+
+void KeptConnections::note(CURL* handle) {
+  Connection last;
+  curl_easy_getinfo(handle, CURLINFO_ACTIVESOCKET, &last.socket);
+  struct stat status {};
+  if (last.socket == CURL_SOCKET_BAD || ::fstat(last.socket, &status) != 0) return;
+  last.inode = status.st_ino;
+  const auto isFree = [&last](const Connection& connection) {
+    return connection.socket == last.socket || !connection.isOpen();
+  };
+  const auto place = std::ranges::find_if(connections_, isFree);
+  (place != connections_.end() ? *place : connections_.front()) = last;
+}
+
+void KeptConnections::dropUnread() const {
+  for (const Connection& connection : connections_) {
+    if (!connection.isOpen()) continue;
+    char byte = 0;
+    if (::recv(connection.socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0) {
+      ::shutdown(connection.socket, SHUT_RDWR);
+    }
+  }
+}
+
+}  // namespace hcy

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <curl/curl.h>
+#include <sys/types.h>
+
+#include <array>
+
+namespace hcy {
+
+// The connections that libcurl has kept for a handle, to one server or to several.
+class KeptConnections {
+ public:
+  // Notes the connection of the handle's last transfer, if libcurl has kept it.
+  void note(CURL* handle);
+
+  // To be called before a transfer: what lies unread on a connection is not the answer to the next
+  // request. libcurl takes a connection that is shut down for dead, and makes another.
+  void dropUnread() const;
+
+ private:
+  // The number of a socket that libcurl has closed may be that of another file by now: only the
+  // inode tells.
+  struct Connection {
+    curl_socket_t socket = CURL_SOCKET_BAD;
+    ino_t inode = 0;
+    bool isOpen() const;
+  };
+
+  // libcurl keeps no more than these for a handle.
+  std::array<Connection, 5> connections_;
+};
+
+}  // namespace hcy
