@@ -4,10 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <boost/lexical_cast/bad_lexical_cast.hpp>
 #include <cstdint>
 #include <locale>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "http/http_response.h"
@@ -144,10 +146,36 @@ class GlobalLocale {
   std::locale before_;
 };
 
+// Other characters are white space.
+class OtherSpaces : public std::ctype<char> {
+ public:
+  explicit OtherSpaces(std::string_view spaces) : std::ctype<char>(table_) {
+    std::copy_n(classic_table(), table_size, table_);
+    for (const char c : spaces) table_[static_cast<unsigned char>(c)] = ctype_base::space;
+    for (const char c : {'\t', '\v', '\f', '\n'}) table_[static_cast<unsigned char>(c)] = {};
+  }
+
+ private:
+  mask table_[table_size];
+};
+
 TEST(HttpResponseDeclaredLength, isDigitsAloneWhateverTheLocale) {
   const GlobalLocale grouping(std::locale(std::locale(), new GroupingDigits));
   EXPECT_EQ(declaredBy({"Content-Length: 4000\r\n"}), 4000U);
   expectNoNumber("Content-Length: 4,000\r\n");
+}
+
+TEST(HttpResponseDeclaredLength, mayStandBetweenWhatTheLocaleCallsWhiteSpace) {
+  expectNoNumber("Content-Length: x42_\r\n");
+  expectNoNumber("Content-Length: 42\xA0\r\n");
+  const GlobalLocale spaces(std::locale(std::locale(), new OtherSpaces("x_\xA0")));
+  EXPECT_EQ(declaredBy({"Content-Length:x42\r\n"}), 42U);
+  EXPECT_EQ(declaredBy({"Content-Length: _x 42_x_\r\n"}), 42U);
+  EXPECT_EQ(declaredBy({"Content-Length: 42\xA0\r\n"}), 42U);
+  expectNoNumber("Content-Length: 4x2\r\n");
+  expectNoNumber("Content-Length:\t42\r\n");
+  expectNoNumber("Content-Length: 42\f\r\n");
+  expectNoNumber("Content-Length: x_x\r\n");
 }
 
 }  // namespace
