@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The response size limit bounds the memory that a call takes, whatever the server sends.
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "support/call_test.h"
+#include "support/own_process.h"
+
+namespace hcy::abi {
+namespace {
+
+using test::Connection;
+using test::readRequest;
+using test::ScriptServer;
+using test::send;
+using test::sendRepeated;
+using test::Step;
+using test::waitForClose;
+
+constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+constexpr std::size_t kEndless = std::size_t{1} << 40;
+constexpr std::uint32_t kLimit = 16 * kMebibyte;
+constexpr std::size_t kDefaultLimit = 64 * kMebibyte;
+
+// What a call takes besides the reply, and by what the memory of a large one is rounded up.
+constexpr std::size_t kSlack = 6 * kMebibyte;
+
+// The resident memory of the process by its name in /proc: VmRSS now, VmHWM at its peak.
+std::size_t residentBytes(const std::string& name) {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    std::size_t kibibytes = 0;
+    if (word == name + ":" && status >> kibibytes) return kibibytes * 1024;
+  }
+  throw std::runtime_error("there is no " + name);
+}
+
+// Compresses piece by piece.
+class Gzip {
+ public:
+  Gzip() {
+    constexpr int kWindow = 15 + 16;  // the largest one, in the format of gzip
+    deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, kWindow, 8, Z_DEFAULT_STRATEGY);
+  }
+  Gzip(const Gzip&) = delete;
+  Gzip& operator=(const Gzip&) = delete;
+  ~Gzip() { deflateEnd(&stream_); }
+
+  std::string compressed(std::string input, int flush) {
+    std::string output(deflateBound(&stream_, input.size()) + 64, '\0');
+    stream_.next_in = reinterpret_cast<Bytef*>(input.data());
+    stream_.avail_in = static_cast<uInt>(input.size());
+    stream_.next_out = reinterpret_cast<Bytef*>(output.data());
+    stream_.avail_out = static_cast<uInt>(output.size());
+    if (deflate(&stream_, flush) == Z_STREAM_ERROR || stream_.avail_in != 0) {
+      throw std::runtime_error("zlib does not compress");
+    }
+    output.resize(output.size() - stream_.avail_out);
+    return output;
+  }
+
+ private:
+  z_stream stream_{};
+};
+
+std::string littleEndian(std::uint64_t value) {
+  std::string bytes;
+  for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(value >> shift);
+  return bytes;
+}
+
+// That many MiB of zeros, compressed twice. Behind a full flush a piece is as good in any place, so
+// that one of them is compressed once.
+std::string bombOf(std::size_t mebibytes) {
+  const std::string zeros(kMebibyte, '\0');
+  Gzip inner;
+  std::string once = inner.compressed("", Z_FULL_FLUSH);
+  const std::string piece = inner.compressed(zeros, Z_FULL_FLUSH);
+  const auto* const bytes = reinterpret_cast<const Bytef*>(zeros.data());
+  const uLong check = crc32(0, bytes, static_cast<uInt>(zeros.size()));
+  uLong checks = 0;
+  for (std::size_t i = 0; i < mebibytes; ++i) {
+    once += piece;
+    checks = crc32_combine(checks, check, kMebibyte);
+  }
+  // An empty last block, and the trailer.
+  once += std::string("\3\0", 2) + littleEndian(checks) + littleEndian(mebibytes * kMebibyte);
+  return Gzip().compressed(once, Z_FINISH);
+}
+
+Step sendHead(const std::string& status, const std::string& encoding = "chunked") {
+  return send("HTTP/1.1 " + status + "\r\nTransfer-Encoding: " + encoding + "\r\n\r\n");
+}
+
+// Chunks that hold nothing for a reader, of that many bytes with what is around them.
+Step sendChunks(std::size_t total) {
+  const std::string filler = chunk(std::string(kMebibyte, '\0'));
+  return sendRepeated(filler, std::max<std::size_t>(total / filler.size(), 1) * filler.size());
+}
+
+class CallMemory : public test::OwnProcess {};
+
+// A context that has made a call, and what its next one takes.
+class MeasuredCall {
+ public:
+  explicit MeasuredCall(std::uint32_t limit = kDefaultLimit, std::uint32_t timeOut = 20) {
+    library_->setResponseSizeLimit(config_.get(), limit);
+    library_->setTimeOut(config_.get(), timeOut);
+    context_.emplace(library_, config_);
+    expectUsable(*context_);
+    before_ = residentBytes("VmRSS");
+  }
+
+  // A call with one output, or none.
+  int feval(const ScriptServer& server, std::int32_t outputs) {
+    Outputs places(1);
+    const int status = context_->feval(server.url(), outputs, places.data());
+    taken_ = residentBytes("VmHWM") - before_;
+    std::printf("%.1f MiB\n", static_cast<double>(taken_) / kMebibyte);
+    return status;
+  }
+  std::size_t taken() const { return taken_; }
+  Failure failure() const { return context_->lastFailure(); }
+
+ private:
+  Library library_;
+  Config config_{library_};
+  std::optional<Context> context_;
+  std::size_t before_ = 0;
+  std::size_t taken_ = 0;
+};
+
+// Most versions of libcurl unpack a transfer encoding, though no request asks for one.
+HCY_TEST_IN_OWN_PROCESS(CallMemory, ofABombIsNoMoreThanTheLimit) {
+  const std::string bomb = bombOf(300);
+  EXPECT_LT(bomb.size(), 2048U);
+  const ScriptServer server({Connection{readRequest(), sendHead("200 OK", "gzip, gzip, chunked"),
+                                        send(chunk(bomb) + chunk("")), waitForClose()}});
+  MeasuredCall call(kLimit);
+  EXPECT_EQ(call.feval(server, 0), 0) << call.failure().text;
+  EXPECT_LE(call.taken(), kLimit + kSlack);
+  if (call.taken() < kLimit) std::printf("This libcurl does not unpack it.\n");
+}
+
+HCY_TEST_IN_OWN_PROCESS(CallMemory, ofAReplyThatIsTooLargeToCountIsNoMoreThanTheLimit) {
+  const ScriptServer server(
+      {Connection{readRequest(), sendHead("200 OK"), sendChunks(2049 * kMebibyte), send(chunk("")),
+                  waitForClose()}});
+  MeasuredCall call(kLimit);
+  EXPECT_EQ(call.feval(server, 0), 1);
+  EXPECT_EQ(call.failure(), genericFailure("bad numeric conversion: positive overflow"));
+  EXPECT_LE(call.taken(), kLimit + kSlack);
+}
+
+HCY_TEST_IN_OWN_PROCESS(CallMemory, ofAChunkedReplyIsNoMoreThanTheDefaultLimit) {
+  const ScriptServer server(
+      {Connection{readRequest(), sendHead("200 OK"), send(chunk(answer())),
+                  sendChunks(300 * kMebibyte), send(chunk("")), waitForClose()}});
+  MeasuredCall call;
+  EXPECT_EQ(call.feval(server, 1), 0) << call.failure().text;
+  EXPECT_LE(call.taken(), kDefaultLimit + kSlack);
+}
+
+HCY_TEST_IN_OWN_PROCESS(CallMemory, ofAnEndlessReplyIsNoMoreThanTheLimitUntilTheTimeOut) {
+  const ScriptServer server({Connection{readRequest(), sendHead("200 OK"), sendChunks(kEndless)}});
+  MeasuredCall call(kLimit, 1);
+  EXPECT_EQ(call.feval(server, 1), 1);
+  EXPECT_EQ(call.failure(), kTimedOut);
+  EXPECT_LE(call.taken(), kLimit + kSlack);
+}
+
+HCY_TEST_IN_OWN_PROCESS(CallMemory, ofTheBodyOfAFailureIsLittle) {
+  const ScriptServer server(
+      {Connection{readRequest(), sendHead("404 Not Found"), sendChunks(300 * kMebibyte),
+                  send(chunk("")), waitForClose()}});
+  MeasuredCall call;
+  EXPECT_EQ(call.feval(server, 1), 1);
+  EXPECT_EQ(call.failure(), httpFailure(404, "Not Found\r\n"));
+  EXPECT_LE(call.taken(), kSlack);
+}
+
+HCY_TEST_IN_OWN_PROCESS(CallMemory, ofTheEndlessBodyOfAFailureIsLittleUntilTheTimeOut) {
+  const ScriptServer server(
+      {Connection{readRequest(), sendHead("404 Not Found"), sendChunks(kEndless)}});
+  MeasuredCall call(kDefaultLimit, 1);
+  EXPECT_EQ(call.feval(server, 1), 1);
+  EXPECT_EQ(call.failure(), kTimedOut);
+  EXPECT_LE(call.taken(), kSlack);
+}
+
+}  // namespace
+}  // namespace hcy::abi
