@@ -24,8 +24,7 @@ void KeptConnections::note(CURL* handle) {
   const auto isFree = [&last](const Connection& connection) {
     return connection.socket == last.socket || !connection.isOpen();
   };
-  const auto place = std::ranges::find_if(connections_, isFree);
-  (place != connections_.end() ? *place : connections_.front()) = last;
+  *std::find_if(connections_.begin(), connections_.end() - 1, isFree) = last;
 }
 
 void KeptConnections::dropUnread() const {

@@ -5,57 +5,28 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <deque>
-#include <semaphore>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "support/between_calls.h"
 #include "support/call_test.h"
 
 namespace hcy::abi {
 namespace {
 
+using test::BetweenCalls;
 using test::Connection;
 using test::readRequest;
 using test::replyToEach;
 using test::ScriptServer;
 using test::send;
-using test::Step;
 using test::waitForClose;
 
 std::string replyOf(double value) {
   return test::httpReply(200, "OK", test::resultOf({test::doubleScalar(value)}));
 }
-
-// Lets a script send bytes between two calls.
-class BetweenCalls {
- public:
-  // The steps for the script.
-  Step waitForCallEnd() {
-    return {"waitForCallEnd", [this](test::Stage&) {
-              if (!called_.try_acquire_for(kPatience))
-                throw std::runtime_error("no call has ended");
-            }};
-  }
-  Step reportSent() {
-    return {"reportSent", [this](test::Stage&) { sent_.release(); }};
-  }
-
-  // Called when a call has ended; returns when the bytes are in the client's socket.
-  bool sendNow() {
-    called_.release();
-    return sent_.try_acquire_for(kPatience);
-  }
-
- private:
-  static constexpr std::chrono::seconds kPatience{10};
-
-  std::binary_semaphore called_{0};
-  std::binary_semaphore sent_{0};
-};
 
 class CallsUnaskedReply : public CallTest {
  protected:
