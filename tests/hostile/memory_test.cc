@@ -110,7 +110,6 @@ double bytesTakenBy(const std::string& body, std::size_t wanted) {
   return static_cast<double>(residentBytes()) - static_cast<double>(before);
 }
 
-<<<<<<< Updated upstream
 // A cell array of that many copies of an element, and perhaps another one. Its dimensions name all.
 std::string cellOf(std::size_t copies, const std::string& element, const std::string& last = "") {
   std::string elements;
@@ -225,9 +224,6 @@ class Walk {
 };
 
 TEST(HostileMemory, IsAtMost50BytesForEachByteOfAReply) {
-=======
-TEST(HostileMemory, IsAtMost50BytesForEachByteOfAReply) {
->>>>>>> Stashed changes
   for (const Hostile& hostile : hostileBodies()) {
     const double each = bytesTakenBy(hostile.body, 1) / static_cast<double>(hostile.body.size());
     EXPECT_LE(each, 50.0) << hostile.name;
