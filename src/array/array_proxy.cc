@@ -83,7 +83,7 @@ void* VORTENArrayProxy::getData() const {
 void* VORTENArrayProxy::getImagData() const {
   const DataAccessor access = accessData(message(), complex_);
   if (access.imagCount < requiredElements()) return nullptr;
-  if (!access.isPresent) content_->showPart();
+  if (!access.isPresent && requiredElements() == 0) content_->showPart();
   return access.imagData;
 }
 
