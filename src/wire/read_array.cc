@@ -46,6 +46,14 @@ bool readFields(Message& message, Bytes bytes, Reader&& reader, int nesting) {
   return mergeUpTo(whole) && isWhole;
 }
 
+// The value of a field that is a varint.
+std::uint64_t varintOf(Bytes message, const WireField& field) {
+  const std::uint8_t* position = message.data() + field.begin;
+  const std::uint8_t* const end = message.data() + field.end;
+  readVarint(position, end);  // the tag
+  return readVarint(position, end);
+}
+
 // Elements of fixed width: those that are there whole.
 template <class Element>
 bool readFixed(Bytes packed, RepeatedField<Element>& list) {
@@ -93,19 +101,27 @@ class PartReader {
   typename Class::Message& message_;
 };
 
-// Reads the elements of a 16-bit class in the caller's own form.
+// Reads the elements of a 16-bit class in the caller's own form. They may be packed or each in a
+// field of its own.
 template <class Class>
 class NarrowReader {
  public:
-  explicit NarrowReader(NarrowElements& elements) : elements_(elements) {}
+  NarrowReader(NarrowElements& elements, Bytes part) : elements_(elements), part_(part) {}
 
-  static bool wants(const WireField& field) { return PartReader<Class>::wants(field); }
+  static bool wants(const WireField& field) {
+    return PartReader<Class>::wants(field) || field.tag == varintTag(1) ||
+           (NumericClass<Class> && field.tag == varintTag(2));
+  }
   bool read(const WireField& field) {
-    return readPacked(field.content, field.is(1) ? elements_.real : elements_.imaginary);
+    auto& list = field.number() == 1 ? elements_.real : elements_.imaginary;
+    if (field.isLengthDelimited()) return readPacked(field.content, list);
+    list.push_back(static_cast<std::uint16_t>(varintOf(part_, field)));
+    return true;
   }
 
  private:
   NarrowElements& elements_;
+  Bytes part_;
 };
 
 // Collects the elements of a container.
@@ -187,15 +203,7 @@ struct SparseReader {
   }
 };
 
-constexpr std::uint32_t kTypeTag = VORTEN_Array::kTypeFieldNumber << 3;
-
-// The value of a field that is a varint.
-std::uint64_t varintOf(Bytes message, const WireField& field) {
-  const std::uint8_t* position = message.data() + field.begin;
-  const std::uint8_t* const end = message.data() + field.end;
-  readVarint(position, end);  // the tag
-  return readVarint(position, end);
-}
+constexpr std::uint32_t kTypeTag = varintTag(VORTEN_Array::kTypeFieldNumber);
 
 // The class of an array, wherever it stands.
 VORTEN_Array::QXType typeOf(Bytes array) {
@@ -253,7 +261,8 @@ class ArrayReader {
     } else {
       if constexpr (WidenedClass<Class>) {
         if (type_ == Class::type && target_.narrow != nullptr) {
-          return readFields(message, part, NarrowReader<Class>(*target_.narrow), nesting_ - 1);
+          return readFields(message, part, NarrowReader<Class>(*target_.narrow, part),
+                            nesting_ - 1);
         }
       }
       return readFields(message, part, PartReader<Class>(message), nesting_ - 1);

@@ -15,6 +15,7 @@
 
 namespace hcy {
 
+constexpr std::uint32_t varintTag(int number) { return static_cast<std::uint32_t>(number) << 3; }
 constexpr std::uint32_t lengthDelimitedTag(int number) {
   return static_cast<std::uint32_t>(number) << 3 | 2;
 }
