@@ -285,6 +285,24 @@ TEST(SparseOfSingles, HasIndicesAndNoValues) {
   });
 }
 
+// From then on it is the program's own affair.
+TEST(SparseMatrix, KeepsItsPointersWhenTheProgramHasChangedIt) {
+  for (const Type type : kTypes) {
+    const auto message = withIndices(type, {0, 1, 2}, {0, 1, 2, 3});
+    forEachWay({{"less room", message}}, [](const ArrayHandle& array, const VORTEN_Array&) {
+      hcySetNzmax(array.get(), 2);
+      expectIndices(array, 2);
+      EXPECT_NE(values(array), nullptr);
+    });
+    forEachWay({{"more columns", message}}, [](const ArrayHandle& array, const VORTEN_Array&) {
+      hcySetN(array.get(), 4);
+      expectIndices(array, 3);
+      EXPECT_EQ(startsOf(array), (Numbers{0, 1, 2, 3, 0}));
+      EXPECT_NE(values(array), nullptr);
+    });
+  }
+}
+
 ArrayHandle madeSparse(Type type) {
   ArrayHandle array =
       test::owned(type == VORTEN_Array::Sparse::DOUBLE ? hcyCreateSparse(3, 3, 2, hcyCOMPLEX)
