@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "support/wrapped_arrays.h"
+#include "support/ways_to_arrays.h"
 
 namespace hcy {
 namespace {
@@ -182,6 +182,20 @@ TEST(StructReply, WithoutFieldsGetsOneForAtMost65536Elements) {
     EXPECT_EQ(hcyAddField(larger.get(), "a"), -1);
     EXPECT_EQ(hcyGetNumberOfFields(larger.get()), 0);
     EXPECT_FALSE(committed(larger).struct_().field_names_size() > 0);
+  }
+}
+
+TEST(StructReply, WithoutFieldsGetsOneForAtMost65536ElementsHoweverTheProgramComesToIt) {
+  for (const auto& [name, way] : test::waysFromReplies()) {
+    SCOPED_TRACE(name);
+    const auto array = way(test::arrayOf(VORTEN_Array::STRUCT, {65536, 1}));
+    EXPECT_EQ(hcyAddField(array.get(), "a"), 0);
+    EXPECT_EQ(fieldAt(array, 65535, "a"), 0.0);
+    const auto larger = way(test::arrayOf(VORTEN_Array::STRUCT, {65537, 1}));
+    EXPECT_EQ(hcyAddField(larger.get(), "a"), -1);
+    EXPECT_EQ(hcyGetNumberOfFields(larger.get()), 0);
+    EXPECT_EQ(hcyGetNumberOfElements(larger.get()), 65537U);
+    EXPECT_EQ(committed(larger).struct_().ByteSizeLong(), 0U);
   }
 }
 
