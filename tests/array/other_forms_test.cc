@@ -67,15 +67,23 @@ class List {
   std::string packed(std::size_t from, std::size_t to) const {
     return bytesField(field_, content(from, to));
   }
-  // Overlong where the elements are varints.
-  std::string longPacked(std::size_t from, std::size_t to) const {
+  // The tag, the length, or the elements that are varints in more bytes than they need.
+  std::string longTag(std::size_t from, std::size_t to) const {
+    const std::string bytes = content(from, to);
+    return longVarint(field_ << 3 | 2) + varint(bytes.size()) + bytes;
+  }
+  std::string longLength(std::size_t from, std::size_t to) const {
+    const std::string bytes = content(from, to);
+    return varint(field_ << 3 | 2) + longVarint(bytes.size()) + bytes;
+  }
+  std::string longElements(std::size_t from, std::size_t to) const {
     std::string bytes;
     for (std::size_t i = from; i < to; ++i) {
       const std::uint64_t number = numberAt<Class>(i);
       bytes += isVarint<Class> && varint(number).size() < 10 ? longVarint(number)
                                                              : encoded<Class>(number);
     }
-    return longBytesField(field_, bytes);
+    return bytesField(field_, bytes);
   }
   // Each element in a field of its own; elements of bytes have no such form.
   std::string unpacked(std::size_t from, std::size_t to) const {
@@ -136,7 +144,9 @@ std::vector<std::string> contents(std::size_t count) {
       real.unpacked(0, a) + real.packed(a, b) + real.unpacked(b, count),
       real.packed(0, a) + real.packed(a, count),
       real.packed(0, 0) + real.packed(0, count) + real.packed(0, 0),
-      real.longPacked(0, count),
+      real.longTag(0, count),
+      real.longLength(0, count),
+      real.longElements(0, count),
       unknownFields() + real.packed(0, a) + unknownFields() + real.packed(a, count)};
   if constexpr (NumericClass<Class>) {
     forms.insert(forms.end(), {imaginary.packed(0, count) + real.packed(0, count),
@@ -145,7 +155,8 @@ std::vector<std::string> contents(std::size_t count) {
                                real.unpacked(0, count) + imaginary.unpacked(0, count),
                                real.packed(0, a) + imaginary.packed(0, a) + real.packed(a, count) +
                                    imaginary.packed(a, count),
-                               real.longPacked(0, count) + imaginary.longPacked(0, count)});
+                               real.packed(0, count) + imaginary.longLength(0, count),
+                               real.packed(0, count) + imaginary.longElements(0, count)});
   }
   return forms;
 }
@@ -171,10 +182,13 @@ std::vector<std::string> arrays(std::size_t count) {
       unknownFields() + type + unknownFields() + shape + unknownFields() + whole + unknownFields(),
       otherParts<Class>() + type + shape + whole,
       type + shape + whole + otherParts<Class>(),
-      longVarint(8) + longVarint(static_cast<std::uint64_t>(Class::type)) +
-          longBytesField(2, longVarint(1) + longVarint(count)) +
+      longVarint(8) + varint(static_cast<std::uint64_t>(Class::type)) + shape + whole,
+      varint(8) + longVarint(static_cast<std::uint64_t>(Class::type)) + shape + whole,
+      type + bytesField(2, longVarint(1) + varint(count)) + whole,
+      type + longBytesField(2, varint(1) + varint(count)) + whole,
+      type + shape +
           longBytesField(static_cast<unsigned>(test::partNumber(Class::type)),
-                         List<Class>(1).longPacked(0, count)),
+                         List<Class>(1).packed(0, count)),
       type + shape + numberField(7, 2) + whole,
       whole + type + rowOf(count + 1),
       type + rowOf(1) + whole};
