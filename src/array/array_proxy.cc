@@ -47,11 +47,13 @@ void VORTENArrayProxy::checkIndices() {
   requiredValues_ = described.value_or(SIZE_MAX);
 }
 
-// What the program has made of an array is its own affair, as long as no index that came with it
-// leads outside.
+// What the program has completed is its own from then on, unless an index that came with it leads
+// outside.
 void VORTENArrayProxy::storageChanged() {
   if (!hasIndices_) checkIndices();
-  if (hasIndices_) requiredValues_ = 0;
+  if (!hasIndices_) return;
+  requiredValues_ = 0;
+  content_->isReceived = false;
 }
 
 std::size_t VORTENArrayProxy::storedElements() const {

@@ -67,7 +67,7 @@ class VORTENArrayProxy : public hcyArray {
   // How many elements a sparse array has room for: in a reply, no more than there are values for.
   std::size_t storedElements() const;
 
-  // To be called when the program has changed the storage of a sparse array.
+  // To be called when the program has given the array storage for its dimensions.
   void storageChanged();
 
  protected:

@@ -103,6 +103,7 @@ void NarrowArrayProxy<Class>::resize(std::int32_t count) {
   if (content()->isCommitted) VORTENArrayProxy::resize(count);
   elements_.real.resize(size);
   elements_.imaginary.resize(imaginarySize);
+  storageChanged();
 }
 
 template <WidenedClass Class>
