@@ -57,10 +57,14 @@ void VORTENArrayProxy::storageChanged() {
 }
 
 std::size_t VORTENArrayProxy::storedElements() const {
-  const auto rows = static_cast<std::size_t>(message().sparse().ir_size());
-  const std::size_t values = accessData(message(), false).realCount;
-  const bool areHandedOut = content_->isReceived && values != 0 && values >= requiredValues_;
-  return areHandedOut ? std::min(rows, values) : rows;
+  auto stored = static_cast<std::size_t>(message().sparse().ir_size());
+  if (!content_->isReceived) return stored;
+  const DataAccessor access = accessData(message(), false);
+  for (const std::size_t values : {access.realCount, access.imagCount}) {
+    const bool areHandedOut = values != 0 && values >= requiredValues_;
+    if (areHandedOut) stored = std::min(stored, values);
+  }
+  return stored;
 }
 
 std::size_t VORTENArrayProxy::requiredElements() const {

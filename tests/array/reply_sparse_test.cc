@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "support/wrapped_arrays.h"
 
@@ -115,6 +116,20 @@ TEST(SparseReply, IsBroughtInStepByItsOwnRowsAndRoom) {
   EXPECT_EQ(numbers(sparse.ir()), (Numbers{0, 1, 2}));
   EXPECT_EQ(numbers(sparse.jc()), Numbers(4, 0.0));
   EXPECT_EQ(numbers(sparse.qxsparsedouble().elements()), Numbers(3, 0.0));
+}
+
+// One element is described, and there is room for three.
+TEST(SparseReply, HasRoomForAsManyElementsAsThereAreOfEachPart) {
+  for (const auto& [imaginary, room] :
+       {std::pair{std::initializer_list<int>{4, 5}, 2U}, {{}, 3U}}) {
+    auto message = sparseOf(VORTEN_Array::Sparse::DOUBLE, {3, 3}, {0, 1, 2}, {0, 1, 1, 1});
+    auto& values = *message.mutable_sparse()->mutable_qxsparsedouble();
+    test::assign(values.mutable_elements(), {1, 2, 3});
+    test::assign(values.mutable_imag_elements(), imaginary);
+    const auto array = wrapped(message);
+    EXPECT_EQ(hcyGetNzmax(array.get()), room);
+    EXPECT_EQ(hcyGetPi(array.get()) != nullptr, imaginary.size() != 0);
+  }
 }
 
 TEST(SparseReply, OfMoreRoomThanElementsIsBroughtInStepToo) {
