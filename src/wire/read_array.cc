@@ -109,8 +109,8 @@ class NarrowReader {
   NarrowReader(NarrowElements& elements, Bytes part) : elements_(elements), part_(part) {}
 
   static bool wants(const WireField& field) {
-    return PartReader<Class>::wants(field) || field.tag == varintTag(1) ||
-           (NumericClass<Class> && field.tag == varintTag(2));
+    return PartReader<Class>::wants(field) || field.isVarint(1) ||
+           (NumericClass<Class> && field.isVarint(2));
   }
   bool read(const WireField& field) {
     auto& list = field.number() == 1 ? elements_.real : elements_.imaginary;
@@ -199,17 +199,17 @@ struct SparseReader {
  private:
   template <class Class>
   bool readValues(typename Class::Message& values, Bytes content) const {
+    if (nesting <= 0) return false;
     return readFields(values, content, PartReader<Class>(values), nesting - 1);
   }
 };
-
-constexpr std::uint32_t kTypeTag = varintTag(VORTEN_Array::kTypeFieldNumber);
 
 // The class of an array, wherever it stands.
 VORTEN_Array::QXType typeOf(Bytes array) {
   auto type = VORTEN_Array::UINT8;
   forEachField(array, [&](const WireField& field) {
-    if (field.tag == kTypeTag) type = static_cast<VORTEN_Array::QXType>(varintOf(array, field));
+    if (field.isVarint(VORTEN_Array::kTypeFieldNumber))
+      type = static_cast<VORTEN_Array::QXType>(varintOf(array, field));
     return true;
   });
   return type;
@@ -228,13 +228,14 @@ class ArrayReader {
   }
 
   bool wants(const WireField& field) const {
-    return field.tag == kTypeTag || field.is(VORTEN_Array::kDimensionFieldNumber) ||
+    return field.isVarint(VORTEN_Array::kTypeFieldNumber) ||
+           field.is(VORTEN_Array::kDimensionFieldNumber) ||
            (field.isLengthDelimited() && field.number() >= kFirstPart &&
             field.number() <= kLastPart);
   }
 
   bool read(const WireField& field) {
-    if (field.tag == kTypeTag) {
+    if (field.isVarint(VORTEN_Array::kTypeFieldNumber)) {
       target_.message.set_type(static_cast<VORTEN_Array::QXType>(varintOf(bytes_, field)));
       return true;
     }

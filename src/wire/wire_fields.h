@@ -15,7 +15,6 @@
 
 namespace hcy {
 
-constexpr std::uint32_t varintTag(int number) { return static_cast<std::uint32_t>(number) << 3; }
 constexpr std::uint32_t lengthDelimitedTag(int number) {
   return static_cast<std::uint32_t>(number) << 3 | 2;
 }
@@ -30,6 +29,9 @@ struct WireField {
   int number() const { return static_cast<int>(tag >> 3); }
   // Whether it is the length-delimited field of this number.
   bool is(int fieldNumber) const { return tag == lengthDelimitedTag(fieldNumber); }
+  bool isVarint(int fieldNumber) const {
+    return tag == static_cast<std::uint32_t>(fieldNumber) << 3;
+  }
   bool isLengthDelimited() const { return (tag & 7) == 2; }
 };
 

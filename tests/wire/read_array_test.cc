@@ -9,6 +9,7 @@
 
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/array_messages.h"
@@ -165,6 +166,49 @@ TYPED_TEST(ReadArray, EndsAListWhereItsLengthSays) {
     const std::string part = field(1, cut) + field(100, "unknown") + field(2, "\1");
     expectTheSame("\x08" + varint(static_cast<std::uint64_t>(TypeParam::type)) +
                   field(2, varint(6000)) + field(16 + static_cast<int>(TypeParam::type), part));
+  }
+}
+
+template <class Class>
+class ReadNarrow : public testing::Test {
+ protected:
+  struct Read {
+    VORTEN_Array message;
+    std::shared_ptr<const PackedArrays> arrays;
+    NarrowElements narrow;
+    bool isWhole = false;
+  };
+
+  static Read read(const std::string& text) {
+    Read read;
+    const Bytes bytes(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    read.isWhole = readArray({read.message, read.arrays, &read.narrow}, bytes);
+    return read;
+  }
+  static std::string type() { return "\x08" + varint(static_cast<std::uint64_t>(Class::type)); }
+  static std::string part(const std::string& content) {
+    return field(16 + static_cast<int>(Class::type), content);
+  }
+};
+TYPED_TEST_SUITE(ReadNarrow, test::WidenedClasses, test::ClassNames);
+
+TYPED_TEST(ReadNarrow, TakesElementsThatAreNotPacked) {
+  const std::string content =
+      "\x08\x07" + field(1, "\1\2") + "\x08" + varint(0x10009, 5) + "\x88" + std::string(2, '\0');
+  const auto read = this->read(this->type() + this->part(content));
+  EXPECT_TRUE(read.isWhole);
+  EXPECT_EQ(read.narrow.real, (std::vector<std::uint16_t>{7, 1, 2, 9, 0}));
+  EXPECT_TRUE(TypeParam::read(read.message).elements().empty());
+}
+
+TEST(ReadSparse, GoesAsDeepAsTheMessageLibrary) {
+  std::string bytes = "\x08\x0E" + field(30, field(16, field(1, std::string(8, '\1'))));
+  for (int levels = 0; levels < 50; ++levels) {
+    VORTEN_Array ours;
+    VORTEN_Array theirs;
+    const Bytes all(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    EXPECT_EQ(readWhole(ours, all), mergePart(theirs, all)) << levels;
+    bytes = "\x08\x0D" + field(28, field(1, bytes));
   }
 }
 
