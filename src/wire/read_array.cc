@@ -222,8 +222,14 @@ class ArrayReader {
       : target_(target), type_(typeOf(bytes)), bytes_(bytes), nesting_(nesting), source_(source) {}
 
   bool read() {
-    const bool isWhole = readFields(target_.message, bytes_, *this, nesting_);
-    if (arrays_) target_.arrays = arrays_->build(true);
+    bool isWhole = readOnce();
+    // Bytes that are broken before the last type are read as what they were until then.
+    if (target_.message.type() != type_) {
+      type_ = target_.message.type();
+      clear();
+      isWhole = readOnce();
+    }
+    if (target_.message.type() != type_) clear();
     return isWhole;
   }
 
@@ -252,6 +258,19 @@ class ArrayReader {
   }
 
  private:
+  bool readOnce() {
+    const bool isWhole = readFields(target_.message, bytes_, *this, nesting_);
+    if (arrays_) target_.arrays = arrays_->build(true);
+    return isWhole;
+  }
+
+  void clear() {
+    target_.message.Clear();
+    target_.arrays.reset();
+    if (target_.narrow != nullptr) *target_.narrow = {};
+    arrays_.reset();
+  }
+
   template <class Class>
   bool readPart(Bytes part, typename Class::Message& message) {
     if constexpr (SparseClass<Class>) {

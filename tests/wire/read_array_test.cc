@@ -201,6 +201,39 @@ TYPED_TEST(ReadNarrow, TakesElementsThatAreNotPacked) {
   EXPECT_TRUE(TypeParam::read(read.message).elements().empty());
 }
 
+TYPED_TEST(ReadNarrow, LeavesElementsInTheMessageWhoseTypeDoesNotArrive) {
+  const auto read = this->read(this->part(field(1, "\1\2") + '\0') + this->type());
+  EXPECT_FALSE(read.isWhole);
+  EXPECT_TRUE(read.narrow.real.empty());
+  EXPECT_EQ(test::numbers(TypeParam::read(read.message).elements()), (test::Numbers{1, 2}));
+}
+
+template <class Class>
+class ReadContainer : public testing::Test {};
+TYPED_TEST_SUITE(ReadContainer, test::ContainerClasses, test::ClassNames);
+
+TYPED_TEST(ReadContainer, HasItsElementsWhereItsTypeSays) {
+  constexpr bool isCell = TypeParam::type == VORTEN_Array::CELL;
+  constexpr int number = isCell ? 28 : 29;
+  const auto type = [](int value) { return "\x08" + varint(static_cast<std::uint64_t>(value)); };
+  typename TypeParam::Message part;
+  *part.add_elements() = test::rowOf<INT32_class>({7});
+  const std::string elements = part.SerializeAsString();
+  const std::string otherType = type(isCell ? VORTEN_Array::STRUCT : VORTEN_Array::CELL);
+  for (const auto& [bytes, isContainer] :
+       {std::pair{field(number, elements + '\0') + type(TypeParam::type), false},
+        {type(TypeParam::type) + field(number, elements) + field(57 - number, "\x0F") + otherType,
+         true},
+        {type(TypeParam::type) + field(number, elements) + '\0' + otherType, true}}) {
+    VORTEN_Array message;
+    std::shared_ptr<const PackedArrays> arrays;
+    const Bytes all(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    EXPECT_FALSE(readArray({message, arrays}, all));
+    EXPECT_EQ(arrays ? arrays->size() : 0U, isContainer ? 1U : 0U);
+    EXPECT_EQ(TypeParam::read(message).elements_size(), isContainer ? 0 : 1);
+  }
+}
+
 TEST(ReadSparse, GoesAsDeepAsTheMessageLibrary) {
   std::string bytes = "\x08\x0E" + field(30, field(16, field(1, std::string(8, '\1'))));
   for (int levels = 0; levels < 50; ++levels) {
