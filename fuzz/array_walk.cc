@@ -10,6 +10,7 @@
 #include <exception>
 
 #include "handle.h"
+#include "require.h"
 
 namespace hcy::fuzz {
 namespace {
@@ -17,16 +18,23 @@ namespace {
 // Resizing to dimensions that a server made up may need more memory than there is.
 constexpr std::size_t mostElementsToAskFor = 1U << 16;
 constexpr std::size_t mostElementsToChange = 1U << 10;
-constexpr std::size_t mostElementsToVisit = 8;
+constexpr std::size_t mostElementsToVisit = 3;
+// The most elements that the library holds.
+constexpr std::size_t largestCount = 2147483647;
 
 volatile std::uint8_t sink;
 
+// A sanitizer checks whole blocks that are copied.
 void read(const void* data, std::size_t size) {
-  for (std::size_t i = 0; i < size; ++i) sink = static_cast<const std::uint8_t*>(data)[i];
-}
-
-void readOne(const void* data, std::size_t size) {
-  if (data != nullptr) read(data, size);
+  std::array<std::uint8_t, 4096> block;
+  const auto* bytes = static_cast<const std::uint8_t*>(data);
+  for (std::size_t left = size; data != nullptr && left != 0;) {
+    const std::size_t count = std::min(left, block.size());
+    std::memcpy(block.data(), bytes, count);
+    sink = block[count - 1];
+    bytes += count;
+    left -= count;
+  }
 }
 
 void readClass(const hcyArray* array) {
@@ -52,19 +60,41 @@ void readShape(const hcyArray* array) {
       hcyCalcSingleSubscript(array, subscripts.size(), subscripts.data()));
 }
 
+// Where an index leads outside, the program has put it there.
+void requireMatrix(const hcyArray* array) {
+  const std::size_t* const starts = hcyGetJc(array);
+  const std::size_t* const rows = hcyGetIr(array);
+  if (starts == nullptr) {
+    HCY_REQUIRE(rows == nullptr && hcyGetNzmax(array) == 0);
+    return;
+  }
+  const std::size_t columns = hcyGetN(array);
+  HCY_REQUIRE(starts[0] == 0);
+  HCY_REQUIRE(std::is_sorted(starts, starts + columns + 1));
+  // The library hands out as many indices as values, unless it has no values to hand out.
+  const bool hasValues = hcyGetData(array) != nullptr || hcyGetLogicals(array) != nullptr;
+  HCY_REQUIRE(!hasValues || starts[columns] <= hcyGetNzmax(array));
+  for (std::size_t i = 0; i < starts[columns]; ++i) HCY_REQUIRE(rows[i] < hcyGetM(array));
+}
+
+// All elements behind all pointers.
 void readData(const hcyArray* array) {
-  const std::size_t size = hcyGetElementSize(array);
+  const bool isSparse = hcyIsSparse(array);
+  const std::size_t count = isSparse ? hcyGetNzmax(array) : hcyGetNumberOfElements(array);
   for (const void* data :
        {static_cast<const void*>(hcyGetPr(array)), static_cast<const void*>(hcyGetPi(array)),
         static_cast<const void*>(hcyGetData(array)),
         static_cast<const void*>(hcyGetImagData(array)),
         static_cast<const void*>(hcyGetLogicals(array)),
         static_cast<const void*>(hcyGetChars(array))}) {
-    readOne(data, size);
+    read(data, count * hcyGetElementSize(array));
   }
   sink = static_cast<std::uint8_t>(std::isfinite(hcyGetScalar(array)));
-  readOne(hcyGetJc(array), sizeof(std::size_t));
-  if (hcyIsSparse(array)) read(hcyGetIr(array), hcyGetNzmax(array) * sizeof(std::size_t));
+  if (!isSparse) return;
+  read(hcyGetIr(array), count * sizeof(std::size_t));
+  // A program may set more columns than there can be starts for.
+  const std::size_t columns = hcyGetN(array);
+  if (columns < largestCount) read(hcyGetJc(array), (columns + 1) * sizeof(std::size_t));
 }
 
 void readText(const hcyArray* array) {
@@ -86,9 +116,10 @@ void forSomeElements(const hcyArray* array, Visit visit) {
   if (count != 0) visit(count - 1);
 }
 
-void readElements(const hcyArray* array, int levels) {
-  const auto visit = [levels](const Handle& element) {
-    if (element) readEverything(element.get(), levels - 1);
+template <class Visit>
+void forElements(const hcyArray* array, Visit visitElement) {
+  const auto visit = [&](const Handle& element) {
+    if (element) visitElement(element.get());
   };
   forSomeElements(array, [&](std::size_t i) { visit(Handle(hcyGetCell(array, i))); });
   const int fields = std::min(hcyGetNumberOfFields(array), 4);
@@ -144,7 +175,14 @@ void readEverything(const hcyArray* array, int levels) {
   readShape(array);
   readData(array);
   readText(array);
-  if (levels > 0) readElements(array, levels);
+  if (levels == 0) return;
+  forElements(array, [&](const hcyArray* element) { readEverything(element, levels - 1); });
+}
+
+void requireMatrices(const hcyArray* array, int levels) {
+  if (hcyIsSparse(array)) requireMatrix(array);
+  if (levels == 0) return;
+  forElements(array, [&](const hcyArray* element) { requireMatrices(element, levels - 1); });
 }
 
 void changeEverything(hcyArray* array) {
