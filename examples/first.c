@@ -14,10 +14,12 @@ int main(int argc, char** argv) {
   hcyArray *a = hcyCreateDoubleScalar(2.0), *b = hcyCreateDoubleScalar(3.0), *sum = NULL;
   const hcyArray* inputs[] = {a, b};
   int failed = runtime->feval(context, url, 1, &sum, 2, inputs);
-  if (failed)
+  const double* value = failed ? NULL : hcyGetPr(sum); /* null if it did not arrive */
+  if (value == NULL)
     printf("The call failed.\n"); /* getLastErrorInfo says why */
   else
-    printf("2 + 3 = %g\n", hcyGetScalar(sum));
+    printf("2 + 3 = %g\n", *value);
+  failed = value == NULL;
 
   hcyDestroyArray(a), hcyDestroyArray(b), hcyDestroyArray(sum);
   runtime->destroyContext(context), runtime->destroyConfig(config);
