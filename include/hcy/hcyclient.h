@@ -506,8 +506,9 @@ HCY_API bool* hcyGetLogicals(const hcyArray* array);
 HCY_API uint16_t* hcyGetChars(const hcyArray* array);
 
 /** Returns the first real element, converted to double; 0.0 if there is none, and for a struct or
- *  cell. 0.0 may also stand for an element of a reply that did not arrive; the pointer of hcyGetPr()
- *  or hcyGetData() is null then. A uint8 element is read as a signed byte: 200 gives -56.0. */
+ *  cell. 0.0 may also stand for an element of a reply that did not arrive; the pointer of
+ * hcyGetPr() or hcyGetData() is null then. A uint8 element is read as a signed byte: 200 gives
+ * -56.0. */
 HCY_API double hcyGetScalar(const hcyArray* array);
 
 /** Returns the row indices (zero-based) of the stored elements of a sparse array, hcyGetNzmax()

@@ -83,8 +83,9 @@ inline std::vector<Way> waysFromReplies() {
          return onlyElementOf(duplicateOf(wrapped(inCell(array))));
        }}};
   for (const auto& [name, detour] : detours()) {
-    ways.emplace_back("received, " + name,
-                      [detour](const VORTEN_Array& array) { return detour(wrapped(array)); });
+    ways.emplace_back("received, " + name, [detour = detour](const VORTEN_Array& array) {
+      return detour(wrapped(array));
+    });
   }
   return ways;
 }
