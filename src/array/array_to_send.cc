@@ -15,9 +15,8 @@ namespace {
 
 // The classes whose handles keep elements outside the content.
 bool isCommitting(VORTEN_Array::QXType type) {
-  return isServedQXType(type) && dispatch_on_QXType(type, []<class Class>(Class) {
-           return WidenedClass<Class> || ContainerClass<Class>;
-         });
+  return dispatch_on_QXType(
+      type, []<class Class>(Class) { return WidenedClass<Class> || ContainerClass<Class>; });
 }
 
 }  // namespace

@@ -27,11 +27,12 @@ const FieldIndex::Numbers* FieldIndex::numbersOf(const VORTEN_Array::Struct& nam
     numbers->reserve(static_cast<std::size_t>(names.field_names_size()));
     // The first field of a name counts.
     for (int i = 0; i < names.field_names_size(); ++i) numbers->emplace(names.field_names(i), i);
-    const Numbers* expected = nullptr;
-    if (!numbers_.compare_exchange_strong(expected, numbers.get(), std::memory_order_acq_rel)) {
-      return expected;
+    // If another thread is faster, its index is the one.
+    const Numbers* made = nullptr;
+    if (numbers_.compare_exchange_strong(made, numbers.get(), std::memory_order_acq_rel)) {
+      made = numbers.release();
     }
-    return numbers.release();
+    return made;
   } catch (const std::bad_alloc&) {
     return nullptr;
   }

@@ -91,13 +91,13 @@ void SlotTable::grow(std::size_t size) {
   chunkCount_ = newCount;
 }
 
-SlotTable SlotTable::copied() const {
-  SlotTable table(size_);
-  table.packed_ = packed_;
-  table.packedSize_ = packedSize_;
-  forEachSeen(
+void SlotTable::copyFrom(const SlotTable& other) {
+  SlotTable table(other.size_);
+  table.packed_ = other.packed_;
+  table.packedSize_ = other.packedSize_;
+  other.forEachSeen(
       [&](std::size_t index, ArrayContent* content) { table.set(index, copyOf(*content)); });
-  return table;
+  swap(table);
 }
 
 SlotTable::Slot& SlotTable::slotAt(std::size_t index) const {

@@ -21,7 +21,8 @@ class SlotTable {
   // The elements of packed arrays; null for none.
   explicit SlotTable(std::shared_ptr<const PackedArrays> packed)
       : SlotTable(packed ? packed->size() : 0, packed) {}
-  SlotTable(SlotTable&& other) noexcept : SlotTable() { swap(other); }
+  SlotTable(const SlotTable&) = delete;
+  SlotTable& operator=(const SlotTable&) = delete;
   SlotTable& operator=(SlotTable&& other) noexcept {
     swap(other);
     return *this;
@@ -46,8 +47,8 @@ class SlotTable {
 
   // Keeps the elements that fit; new ones were never set. Nothing has changed if it throws.
   void resize(std::size_t size);
-  // Copies of the elements.
-  SlotTable copied() const;
+  // Becomes a copy of the other with copies of its elements.
+  void copyFrom(const SlotTable& other);
 
  private:
   using Slot = std::atomic<ArrayContent*>;

@@ -61,7 +61,7 @@ std::unique_ptr<VORTENArrayProxy> VORTENStructCellArrayProxy<Class>::copied() co
   ContentPtr copy = copyOf(*content());
   Class::write(copy->message());
   auto array = std::make_unique<VORTENStructCellArrayProxy>(std::move(copy));
-  array->slots_ = slots_.copied();
+  array->slots_.copyFrom(slots_);
   array->elementsWithoutFields_ = elementsWithoutFields_;
   array->areClaimed_ = areClaimed_;
   return array;

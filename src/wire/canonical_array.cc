@@ -187,7 +187,7 @@ struct PartCheck {
 
 bool skipPart(Cursor& cursor, VORTEN_Array::QXType type, int nesting) {
   return skipContent(cursor, partNumber(type), [type, nesting](Bytes part) {
-    return nesting > 0 && dispatch_on_QXType(type, PartCheck{part, nesting - 1});
+    return dispatch_on_QXType(type, PartCheck{part, nesting - 1});
   });
 }
 

@@ -248,7 +248,6 @@ class ArrayReader {
     if (field.is(VORTEN_Array::kDimensionFieldNumber)) {
       return readPacked(field.content, *target_.message.mutable_dimension());
     }
-    if (nesting_ <= 0) return false;
     return dispatch_on_QXType(typeOfPart(field.number()), [&]<class Class>(Class) {
       // Names of fields come and go, which only the heap bears.
       auto& part =

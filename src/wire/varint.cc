@@ -42,25 +42,28 @@ Element elementOf(std::uint64_t varint) {
   }
 }
 
-// Reads as many packed varints as fit, and returns their number; up to ten bytes are left over.
-// `position` becomes null if they are broken.
+// Reads packed varints, and returns their number; up to ten bytes are left over. `position` becomes
+// null if they are broken. There is room for one element for each byte that ends a varint.
 template <class Element>
-std::size_t readVarints(const std::uint8_t*& position, const std::uint8_t* end, Element* elements,
-                        std::size_t room) {
+std::size_t readVarints(const std::uint8_t*& position, const std::uint8_t* end, Element* elements) {
   static_assert(std::endian::native == std::endian::little);
   std::size_t read = 0;
-  while (read < room && position != nullptr && end - position >= 10) {
+  while (position != nullptr && end - position >= 10) {
     std::uint64_t eight = 0;
     std::memcpy(&eight, position, sizeof eight);
-    if ((eight & kContinued) == 0 && room - read >= 8) {
+    if ((eight & kContinued) == 0) {
       std::transform(position, position + 8, elements + read, elementOf<Element>);
       position += 8;
       read += 8;
-    } else if constexpr (sizeof(Element) > 4 || std::is_same_v<Element, bool>) {
-      elements[read++] = elementOf<Element>(readVarint(position, end));
-    } else {
-      elements[read++] = static_cast<Element>(readVarintOfTen(eight, position, end));
+      continue;
     }
+    Element element;
+    if constexpr (sizeof(Element) > 4 || std::is_same_v<Element, bool>) {
+      element = elementOf<Element>(readVarint(position, end));
+    } else {
+      element = static_cast<Element>(readVarintOfTen(eight, position, end));
+    }
+    if (position != nullptr) elements[read++] = element;
   }
   return read;
 }
@@ -77,10 +80,10 @@ std::size_t varintSizeOf(Element element) {
 // Reads packed varints, and moves `elements` behind the last one; false if they are broken. There
 // is room for one element for each byte that ends a varint.
 template <class Element>
-bool readAll(Bytes packed, Element*& elements, std::size_t count) {
+bool readAll(Bytes packed, Element*& elements) {
   const std::uint8_t* position = packed.data();
   const std::uint8_t* const end = position + packed.size();
-  elements += readVarints(position, end, elements, count);
+  elements += readVarints(position, end, elements);
   while (position != nullptr && position != end) {
     const std::uint64_t varint = readVarint(position, end);
     if (position != nullptr) *elements++ = elementOf<Element>(varint);
@@ -102,7 +105,7 @@ bool readPacked(Bytes packed, RepeatedField<Element>& list) {
   list.Reserve(size + static_cast<int>(count));
   Element* const begin = list.AddNAlreadyReserved(static_cast<int>(count));
   Element* elements = begin;
-  const bool isWhole = readAll(packed, elements, count);
+  const bool isWhole = readAll(packed, elements);
   list.Truncate(size + static_cast<int>(elements - begin));
   return isWhole;
 }
@@ -113,7 +116,7 @@ bool readPacked(Bytes packed, std::vector<Element>& list) {
   const std::size_t size = list.size();
   list.resize(size + count);
   Element* elements = list.data() + size;
-  const bool isWhole = readAll(packed, elements, count);
+  const bool isWhole = readAll(packed, elements);
   list.resize(static_cast<std::size_t>(elements - list.data()));
   return isWhole;
 }

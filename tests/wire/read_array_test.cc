@@ -159,6 +159,25 @@ TYPED_TEST(ReadArray, GrowsAListThatTheDimensionsMadeTooSmall) {
   }
 }
 
+// There is room for an element for each byte that ends a varint, and these do not end.
+TYPED_TEST(ReadArray, WritesNothingForVarintsWithoutAnEnd) {
+  const std::string varints[] = {std::string(10, '\x80'), std::string(11, '\x80'),
+                                 std::string(5000, '\x80')};
+  const bool isFixed =
+      TypeParam::type == VORTEN_Array::UINT32 || TypeParam::type == VORTEN_Array::INT32;
+  for (const std::string& endless : varints) {
+    const std::string bytes =
+        "\x08" + varint(static_cast<std::uint64_t>(TypeParam::type)) +
+        field(16 + static_cast<int>(TypeParam::type), field(1, "\1" + endless));
+    VORTEN_Array array;
+    const bool isWhole =
+        readWhole(array, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+    if (isFixed) continue;
+    EXPECT_FALSE(isWhole);
+    EXPECT_EQ(TypeParam::read(array).elements().size(), 1);
+  }
+}
+
 // What stands behind the list would make up the varint.
 TYPED_TEST(ReadArray, EndsAListWhereItsLengthSays) {
   for (std::size_t length = 1; length < 10; ++length) {
