@@ -46,7 +46,7 @@ ArrayContent::ArrayContent(std::size_t size)
       message_(arena_ ? Arena::CreateMessage<VORTEN_Array>(arena_.get()) : &own_.emplace()) {}
 
 ContentPtr copyOf(const ArrayContent& content) {
-  const ContentPtr copy(new ArrayContent);
+  ContentPtr copy(new ArrayContent);
   copy->message().CopyFrom(content.message());
   copy->arrays = content.arrays;
   copy->isReceived = content.isReceived;
@@ -56,14 +56,14 @@ ContentPtr copyOf(const ArrayContent& content) {
 }
 
 ContentPtr unpacked(const PackedArrays& arrays, std::size_t index) {
-  const ContentPtr content(new ArrayContent(arrays.array(index).size()));
+  ContentPtr content(new ArrayContent(arrays.array(index).size()));
   readPackedArray({content->message(), content->arrays}, arrays, index);
   content->isReceived = arrays.isReceived();
   return content;
 }
 
 ContentPtr emptyDouble() {
-  const ContentPtr content(new ArrayContent);
+  ContentPtr content(new ArrayContent);
   makeEmptyDouble(content->message());
   return content;
 }

@@ -35,7 +35,7 @@ VORTENArrayProxy::VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensi
 VORTENArrayProxy::VORTENArrayProxy(ContentPtr content, bool complex)
     : content_(std::move(content)), complex_(complex) {}
 
-VORTENArrayProxy::VORTENArrayProxy(ContentPtr content)
+VORTENArrayProxy::VORTENArrayProxy(const ContentPtr& content)
     : VORTENArrayProxy(content, attributesOf(content->message()).isComplex) {
   if (content_->isReceived) checkIndices();
 }
@@ -106,9 +106,9 @@ std::unique_ptr<VORTENArrayProxy> VORTENArrayProxy::clone() {
 }
 
 std::unique_ptr<VORTENArrayProxy> VORTENArrayProxy::copied() const {
-  ContentPtr copy = copyOf(*content_);
+  const ContentPtr copy = copyOf(*content_);
   commitTo(*copy);
-  return ArrayProxyBuilder::over(std::move(copy));
+  return ArrayProxyBuilder::over(copy);
 }
 
 ArrayToSend VORTENArrayProxy::toSend(const SendingOrder& /*order*/) const {

@@ -34,7 +34,7 @@ class VORTENArrayProxy : public hcyArray {
 
   // An array over content that it shares. Throws std::invalid_argument if the library does not
   // serve the type.
-  explicit VORTENArrayProxy(ContentPtr content);
+  explicit VORTENArrayProxy(const ContentPtr& content);
 
   VORTENArrayProxy(const VORTENArrayProxy&) = delete;
   VORTENArrayProxy& operator=(const VORTENArrayProxy&) = delete;

@@ -34,9 +34,9 @@ std::unique_ptr<VORTENArrayProxy> makeProxy(VORTEN_Array::QXType type, Arguments
 
 }  // namespace
 
-std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::over(ContentPtr content) {
+std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::over(const ContentPtr& content) {
   const VORTEN_Array::QXType type = content->message().type();
-  return makeProxy(type, std::move(content));
+  return makeProxy(type, content);
 }
 
 std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::over(ReceivedArray&& array) {
@@ -46,7 +46,7 @@ std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::over(ReceivedArray&& array)
     if constexpr (WidenedClass<Class>) {
       return std::make_unique<Proxy>(std::move(array.content), std::move(array.narrow));
     } else {
-      return std::make_unique<Proxy>(std::move(array.content));
+      return std::make_unique<Proxy>(array.content);
     }
   });
 }

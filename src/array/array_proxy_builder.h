@@ -20,7 +20,7 @@ struct ReceivedArray {
 class ArrayProxyBuilder {
  public:
   // Over content that the proxy shares.
-  static std::unique_ptr<VORTENArrayProxy> over(ContentPtr content);
+  static std::unique_ptr<VORTENArrayProxy> over(const ContentPtr& content);
 
   // Over an array of a reply.
   static std::unique_ptr<VORTENArrayProxy> over(ReceivedArray&& array);

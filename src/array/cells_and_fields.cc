@@ -46,9 +46,9 @@ std::optional<size_t> slotOfField(const hcyArray* array, size_t index, const cha
 }
 
 // A new handle over an element; null where there is none, or none that the library serves.
-hcyArray* handleOver(hcy::ContentPtr element) {
+hcyArray* handleOver(const hcy::ContentPtr& element) {
   if (!element || !hcy::isServedQXType(element->message().type())) return nullptr;
-  return hcy::ArrayProxyBuilder::over(std::move(element)).release();
+  return hcy::ArrayProxyBuilder::over(element).release();
 }
 
 }  // namespace

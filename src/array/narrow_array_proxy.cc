@@ -82,8 +82,7 @@ NarrowArrayProxy<Class>::NarrowArrayProxy(VORTEN_Array::QXType type, Dimensions 
 }
 
 template <WidenedClass Class>
-NarrowArrayProxy<Class>::NarrowArrayProxy(ContentPtr content)
-    : VORTENArrayProxy(std::move(content)) {
+NarrowArrayProxy<Class>::NarrowArrayProxy(const ContentPtr& content) : VORTENArrayProxy(content) {
   const typename Class::Message& part = Class::read(message());
   elements_.real = narrowed(part.elements());
   if constexpr (NumericClass<Class>) elements_.imaginary = narrowed(part.imag_elements());

@@ -19,7 +19,7 @@ class NarrowArrayProxy : public VORTENArrayProxy {
  public:
   NarrowArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
                    std::uint64_t count);
-  explicit NarrowArrayProxy(ContentPtr content);
+  explicit NarrowArrayProxy(const ContentPtr& content);
   NarrowArrayProxy(ContentPtr content, NarrowElements&& elements);
 
   void resize(std::int32_t count) override;

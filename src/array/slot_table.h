@@ -19,7 +19,7 @@ class SlotTable {
   // That many elements that were never set.
   explicit SlotTable(std::size_t size = 0) : SlotTable(size, nullptr) {}
   // The elements of packed arrays; null for none.
-  explicit SlotTable(std::shared_ptr<const PackedArrays> packed)
+  explicit SlotTable(const std::shared_ptr<const PackedArrays>& packed)
       : SlotTable(packed ? packed->size() : 0, packed) {}
   SlotTable(const SlotTable&) = delete;
   SlotTable& operator=(const SlotTable&) = delete;

@@ -28,8 +28,8 @@ VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(VORTEN_Array::QXTy
       elementsWithoutFields_(elementCount(dimensions)) {}
 
 template <ContainerClass Class>
-VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(ContentPtr shared)
-    : VORTENArrayProxy(std::move(shared)),
+VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(const ContentPtr& shared)
+    : VORTENArrayProxy(shared),
       slots_(content()->arrays),
       elementsWithoutFields_(elementCount(message())),
       areClaimed_(content()->isReceived) {}
@@ -58,9 +58,9 @@ ArrayToSend VORTENStructCellArrayProxy<Class>::toSend(const SendingOrder& order)
 
 template <ContainerClass Class>
 std::unique_ptr<VORTENArrayProxy> VORTENStructCellArrayProxy<Class>::copied() const {
-  ContentPtr copy = copyOf(*content());
+  const ContentPtr copy = copyOf(*content());
   Class::write(copy->message());
-  auto array = std::make_unique<VORTENStructCellArrayProxy>(std::move(copy));
+  auto array = std::make_unique<VORTENStructCellArrayProxy>(copy);
   array->slots_.copyFrom(slots_);
   array->elementsWithoutFields_ = elementsWithoutFields_;
   array->areClaimed_ = areClaimed_;

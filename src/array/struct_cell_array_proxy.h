@@ -20,7 +20,7 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
   // `count` is the number of slots: elements times fields for a struct.
   VORTENStructCellArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
                              std::uint64_t count);
-  explicit VORTENStructCellArrayProxy(ContentPtr content);
+  explicit VORTENStructCellArrayProxy(const ContentPtr& shared);
 
   // Gives the array `count` elements; touches the slots only. Throws positive overflow when these
   // are over 2147483647 slots, before or after.

@@ -43,9 +43,9 @@ inline std::uint64_t readVarint(const std::uint8_t*& position, const std::uint8_
 // Appends packed varints, each converted to an element. False if they are broken or cut: then those
 // before are there.
 template <class Element>
-bool readPacked(Bytes packed, google::protobuf::RepeatedField<Element>& elements);
+bool readPacked(Bytes packed, google::protobuf::RepeatedField<Element>& list);
 template <class Element>
-bool readPacked(Bytes packed, std::vector<Element>& elements);
+bool readPacked(Bytes packed, std::vector<Element>& list);
 
 // What 16-bit elements take as packed varints. A negative number takes ten bytes.
 template <class Element>

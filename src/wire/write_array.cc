@@ -32,7 +32,7 @@ std::size_t endOfFieldsBelow(Bytes message, int number, std::size_t known) {
 
 // How many bytes of the message's fields the schema knows.
 std::size_t knownSize(const VORTEN_Array& message, std::size_t size) {
-  const auto& unknown = message.GetReflection()->GetUnknownFields(message);
+  const auto& unknown = VORTEN_Array::GetReflection()->GetUnknownFields(message);
   using google::protobuf::internal::WireFormat;
   return unknown.empty() ? size : size - WireFormat::ComputeUnknownFieldsSize(unknown);
 }

@@ -33,7 +33,7 @@ TEST(CanonicalArray, IsWhatTheMessageLibraryWrites) {
 
 TEST(CanonicalArray, HasNumbersInTheirRange) {
   const int int16 = VORTEN_Array::kInt16FieldNumber;
-  const std::string beyond = "\x80\x80\x80\x80\x08";  // 2 to the 31st
+  const std::string beyond = "\x80\x80\x80\x80\x08";                     // 2 to the 31st
   const std::string below = "\xFF\xFF\xFF\xFF\xF7\xFF\xFF\xFF\xFF\x01";  // less than -2 to the 31st
   EXPECT_TRUE(isCanonicalText(part(int16, packed("\x05"))));
   EXPECT_FALSE(isCanonicalText(part(int16, packed(beyond))));
