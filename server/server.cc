@@ -83,6 +83,7 @@ class Server::Implementation {
     std::vector<asio::io_context*> contexts = callThreads_.contexts();
     contexts.insert(contexts.end(), std::max(2U, std::thread::hardware_concurrency()), &io_);
     std::vector<std::jthread> threads;
+    threads.reserve(contexts.size());
     for (asio::io_context* context : contexts) {
       threads.emplace_back([this, context] { serve(*context); });
     }
