@@ -49,6 +49,7 @@ class Failure {
 std::vector<Array> evaluate(const hcyClientRuntime& runtime, const hcyclient::Context& context,
                             const std::string& url, const std::vector<Array>& inputs, int nargout) {
   std::vector<const hcyArray*> sent;
+  sent.reserve(inputs.size());
   for (const Array& input : inputs) sent.push_back(input.get());
   std::vector<hcyArray*> handles(static_cast<std::size_t>(nargout));
   std::vector<Array> outputs(handles.size());
