@@ -200,7 +200,7 @@ typedef struct hcyClientRuntime {
    *  that declares no length (chunked, or with a Content-Length that is spelled otherwise) is
    *  received whole, but no more than the limit of it is kept and read: what lies behind is as if
    *  it had not been sent. A body over 2147483647 bytes fails the call, whatever the limit. 0
-   *  refuses every reply that declares a body; there is no value for no limit.
+   *  refuses every reply that declares a body; the limit cannot be switched off.
    *  In memory, a reply takes about its size on the wire, and small elements of a container that
    *  are read take up to 400 bytes for each of their bytes. */
   void (*setResponseSizeLimit)(hcyClientConfig* config, uint32_t bytes);

@@ -592,7 +592,7 @@ struct Field;
  */
 class Array {
  public:
-  /** Empty: there is no array in it. */
+  /** Makes an empty Array, which holds no array. */
   Array() noexcept = default;
 
   /** A 1-by-1 array of the class of T. */
@@ -799,7 +799,7 @@ class Array {
   Span<T> span() & {
     return elements<T>(roomToWrite());
   }
-  /** To read alone; of a sparse array, the values that are stored, which the last column start
+  /** The read-only overload; of a sparse array, the stored values, which the last column start
    *  counts. Otherwise the same. */
   template <class T>
   Span<const T> span() const& {
@@ -815,7 +815,7 @@ class Array {
   Span<T> imaginary() & {
     return imaginaryElements<T>(roomToWrite());
   }
-  /** To read alone, as span() const. */
+  /** The read-only overload, as span() const. */
   template <class T>
   Span<const T> imaginary() const& {
     return imaginaryElements<T>(countToRead());
@@ -857,14 +857,14 @@ class Array {
    *  UsageError if it is full, IncompleteReply when column starts and rows do not describe a sparse
    *  array of its dimensions, or values did not arrive. */
   Span<std::size_t> rowIndices() & { return rowsOf(roomToWrite()); }
-  /** To read alone; as many as span() const gives. */
+  /** The read-only overload; as many elements as span() const returns. */
   Span<const std::size_t> rowIndices() const& { return rowsOf(countToRead()); }
   /** The rows would not outlive the array. */
   Span<const std::size_t> rowIndices() const&& = delete;
 
   /** The column starts of a sparse array, columns() + 1 of them. Throws as rowIndices(). */
   Span<std::size_t> columnStarts() & { return starts(); }
-  /** To read alone. */
+  /** The read-only overload. */
   Span<const std::size_t> columnStarts() const& { return starts(); }
   /** The starts would not outlive the array. */
   Span<const std::size_t> columnStarts() const&& = delete;
@@ -942,7 +942,7 @@ class Array {
   }
 
   hcyArray* handle() const {
-    if (!handle_) throw UsageError("the Array is empty: there is no array in it");
+    if (!handle_) throw UsageError("the Array is empty");
     return handle_.get();
   }
 
@@ -1288,7 +1288,7 @@ inline void Array::requireElements() const {
 }
 
 inline void Array::resize(const Shape& shape) {
-  if (shape.empty()) throw UsageError("there is no dimension");
+  if (shape.empty()) throw UsageError("the shape has no dimensions");
   // Checked before the library writes any dimension, which it would not take back.
   const int fields = std::max(hcyGetNumberOfFields(handle()), 1);
   detail::requireSizes(shape.data(), shape.size(), false, static_cast<std::uint64_t>(fields));
@@ -1527,7 +1527,7 @@ class Outputs : public std::vector<Array> {
 
   /** Output i; throws UsageError when there is none. */
   Array& at(std::size_t i) & { return vector::operator[](checked(i)); }
-  /** To read alone. */
+  /** The read-only overload. */
   const Array& at(std::size_t i) const& { return vector::operator[](checked(i)); }
   /** Moved out. */
   Array at(std::size_t i) && { return std::move(at(i)); }
@@ -1550,7 +1550,7 @@ class Outputs : public std::vector<Array> {
  private:
   std::size_t checked(std::size_t i) const {
     if (i < size()) return i;
-    throw UsageError("there is no output " + std::to_string(i) + ", for the call gave " +
+    throw UsageError("output " + std::to_string(i) + " does not exist: the call returned " +
                      std::to_string(size()));
   }
 };

@@ -9,7 +9,6 @@
 #include "array/array_to_send.h"
 #include "wire/array_attributes.h"
 #include "wire/checked_size.h"
-#include "wire/data_accessor.h"
 #include "wire/element_count.h"
 #include "wire/element_storage.h"
 #include "wire/sparse_storage.h"
@@ -79,25 +78,24 @@ void VORTENArrayProxy::resize(std::int32_t count) {
 
 std::size_t VORTENArrayProxy::getElementSize() const { return attributesOf(message()).elementSize; }
 
-void* VORTENArrayProxy::getData() const {
+// Asking for elements has their part sent from then on, unless it should have arrived.
+DataAccessor VORTENArrayProxy::elements() const {
   const DataAccessor access = accessData(message(), complex_);
-  if (access.realCount < requiredElements()) return nullptr;
-  if (!access.isPresent) content_->showPart();
-  return access.realData;
+  if (!access.isPresent && requiredElements() == 0) content_->showPart();
+  return access;
+}
+
+void* VORTENArrayProxy::getData() const {
+  const DataAccessor access = elements();
+  return access.realCount < requiredElements() ? nullptr : access.realData;
 }
 
 void* VORTENArrayProxy::getImagData() const {
-  const DataAccessor access = accessData(message(), complex_);
-  if (access.imagCount < requiredElements()) return nullptr;
-  if (!access.isPresent && requiredElements() == 0) content_->showPart();
-  return access.imagData;
+  const DataAccessor access = elements();
+  return access.imagCount < requiredElements() ? nullptr : access.imagData;
 }
 
-double VORTENArrayProxy::getScalar() const {
-  const DataAccessor access = accessData(message(), complex_);
-  if (!access.isPresent && requiredElements() == 0) content_->showPart();
-  return access.scalar;
-}
+double VORTENArrayProxy::getScalar() const { return elements().scalar; }
 
 std::unique_ptr<VORTENArrayProxy> VORTENArrayProxy::clone() {
   // Whoever shares the content is to see what is copied.

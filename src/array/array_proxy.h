@@ -8,6 +8,7 @@
 #include <span>
 
 #include "array/array_content.h"
+#include "wire/data_accessor.h"
 
 // What the caller's handles point to.
 struct hcyArray {
@@ -84,6 +85,7 @@ class VORTENArrayProxy : public hcyArray {
 
  private:
   void checkIndices();
+  DataAccessor elements() const;
 
   ContentPtr content_;
   bool complex_;

@@ -19,6 +19,11 @@ bool isCommitting(VORTEN_Array::QXType type) {
       type, []<class Class>(Class) { return WidenedClass<Class> || ContainerClass<Class>; });
 }
 
+// Whether an empty part is to be sent that the message does not have.
+bool needsPart(const ArrayContent& content) {
+  return content.isPartShown() && !accessData(content.message(), false).isPresent;
+}
+
 }  // namespace
 
 ArrayToSend ArrayToSend::of(ContentPtr content) {
@@ -28,7 +33,7 @@ ArrayToSend ArrayToSend::of(ContentPtr content) {
 }
 
 SentArray::SentArray(ArrayToSend array) : array_(std::move(array)) {
-  if (array_.content->isPartShown()) {
+  if (needsPart(*array_.content)) {
     array_.content = copyOf(*array_.content);
     VORTEN_Array& message = array_.content->message();
     dispatch_on_QXType(message.type(), PartPresenter{message});
@@ -71,7 +76,7 @@ std::optional<ArrayToSend> SendingOrder::elementToSend(const ArrayContent& conte
       return inputs_->inTurn(last->turn);
     }
   }
-  if (!content.arrays && !content.isPartShown()) return std::nullopt;
+  if (!content.arrays && !needsPart(content)) return std::nullopt;
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): only its count of owners changes
   return ArrayToSend::of(ContentPtr(const_cast<ArrayContent*>(&content)));
 }

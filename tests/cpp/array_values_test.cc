@@ -317,7 +317,7 @@ TEST(CppArrayOwner, movesAndCopies) {
 }
 
 TEST(CppArrayOwner, isSaidToBeEmptyWhereThereIsNoArray) {
-  const std::string text = "the Array is empty: there is no array in it";
+  const std::string text = "the Array is empty";
   EXPECT_EQ(refusalOf([] { static_cast<void>(Array().size()); }), text);
   EXPECT_EQ(refusalOf([] { static_cast<void>(Array().copy()); }), text);
   EXPECT_EQ(refusalOf([] { Array::cellOf({Array()}); }), text);

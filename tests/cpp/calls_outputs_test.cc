@@ -80,7 +80,7 @@ TEST_F(CppOutputs, areNotThereBeyondThoseThatWereAskedFor) {
     outputs[5];
     FAIL();
   } catch (const UsageError& error) {
-    EXPECT_STREQ(error.what(), "there is no output 5, for the call gave 1");
+    EXPECT_STREQ(error.what(), "output 5 does not exist: the call returned 1");
   }
 }
 

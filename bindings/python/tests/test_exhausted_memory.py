@@ -65,7 +65,7 @@ MANY = 1 << 25  # each of which takes a byte of the reply, and two or more of a 
                   + replies.field(17, replies.field(1, bytes(MANY // 2)))),
 ], ids=['complex', 'char', 'sparse'])
 def test_outputs(server, message):
-    """When the reply has been read there is no memory for a copy."""
+    """Memory runs out while an output that was read is copied."""
     from hcyclient import _client
     values_of = _client.values_of
 
