@@ -19,10 +19,6 @@ const std::string& emptyDoubleBytes() {
   return bytes;
 }
 
-std::uint8_t* copy(Bytes bytes, std::uint8_t* out) {
-  return std::copy(bytes.begin(), bytes.end(), out);
-}
-
 }  // namespace
 
 SlotFields::SlotFields(const SlotTable& slots, int number, const SendingOrder& order)
@@ -63,11 +59,11 @@ SlotFields::Element SlotFields::elementOf(const ArrayContent& content,
 }
 
 std::uint8_t* SlotFields::write(std::uint8_t* out) const {
-  if (arePacked_) return slots_.packed() ? copy(slots_.packed()->fields(), out) : out;
+  if (arePacked_) return slots_.packed() ? copyBytes(slots_.packed()->fields(), out) : out;
   for (std::size_t i = 0; i < elements_.size(); ++i) {
     const Element& element = elements_[i];
     if (element.content == nullptr && i < slots_.packedSize()) {
-      out = copy(slots_.packed()->fields(i, i + 1), out);
+      out = copyBytes(slots_.packed()->fields(i, i + 1), out);
       continue;
     }
     *out++ = tag_;

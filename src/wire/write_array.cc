@@ -4,8 +4,6 @@
 
 #include <google/protobuf/wire_format.h>
 
-#include <algorithm>
-
 #include "wire/checked_size.h"
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
@@ -13,10 +11,6 @@
 
 namespace hcy {
 namespace {
-
-std::uint8_t* copy(Bytes bytes, std::uint8_t* out) {
-  return std::copy(bytes.begin(), bytes.end(), out);
-}
 
 // Where the fields with numbers below this one end. Those that no schema knows stand behind all
 // others, and begin where the numbers fall again or at the very end.
@@ -80,13 +74,13 @@ void WrittenArray::placeElements() {
 
 std::uint8_t* WrittenArray::write(std::uint8_t* out) const {
   if (elements_ == nullptr) return message_.SerializeWithCachedSizesToArray(out);
-  out = copy(before_, out);
+  out = copyBytes(before_, out);
   out = writeVarint(lengthDelimitedTag(partNumber(message_.type())), out);
   out = writeVarint(partSize_, out);
-  out = copy(partBefore_, out);
+  out = copyBytes(partBefore_, out);
   out = elements_->write(out);
-  out = copy(partBehind_, out);
-  return copy(behind_, out);
+  out = copyBytes(partBehind_, out);
+  return copyBytes(behind_, out);
 }
 
 }  // namespace hcy

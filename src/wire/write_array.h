@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -34,7 +33,7 @@ class PackedFields : public ElementFields {
 
   std::size_t size() const override { return arrays_->fields().size(); }
   std::uint8_t* write(std::uint8_t* out) const override {
-    return std::copy(arrays_->fields().begin(), arrays_->fields().end(), out);
+    return copyBytes(arrays_->fields(), out);
   }
 
  private:
