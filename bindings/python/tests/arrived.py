@@ -91,10 +91,11 @@ class Numbers:
     def __init__(self, dtype):
         self.dtype = np.dtype(dtype)
         self.parts = {1: bytearray(), 2: bytearray()}
+        self.is_ever_complex = self.dtype != bool
 
     def read(self, message):
         for number, kind, content in fields(message):
-            if number in self.parts:
+            if number == 1 or number == 2 and self.is_ever_complex:
                 self._add(self.parts[number], kind, content)
 
     def _add(self, part, kind, content):
