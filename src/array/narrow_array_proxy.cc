@@ -8,6 +8,7 @@
 
 #include "wire/checked_size.h"
 #include "wire/element_storage.h"
+#include "wire/packed_varints.h"
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
 

@@ -12,6 +12,7 @@
 #include "wire/canonical_array.h"
 #include "wire/dispatch_on_QXType.h"
 #include "wire/packed_arrays_builder.h"
+#include "wire/packed_varints.h"
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
 #include "wire/wire_parts.h"

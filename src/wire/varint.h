@@ -1,18 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Base 128 varints, one by one and packed.
+// Base 128 varints, one by one.
 
 #pragma once
-
-#include <google/protobuf/repeated_field.h>
 
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <span>
-#include <vector>
-
-#include "wire/bytes.h"
 
 namespace hcy {
 
@@ -39,18 +33,5 @@ inline std::uint64_t readVarint(const std::uint8_t*& position, const std::uint8_
   position = nullptr;
   return 0;
 }
-
-// Appends packed varints, each converted to an element. False if they are broken or cut: then those
-// before are there.
-template <class Element>
-bool readPacked(Bytes packed, google::protobuf::RepeatedField<Element>& list);
-template <class Element>
-bool readPacked(Bytes packed, std::vector<Element>& list);
-
-// What 16-bit elements take as packed varints. A negative number takes ten bytes.
-template <class Element>
-std::size_t packedSize(std::span<const Element> elements);
-template <class Element>
-std::uint8_t* writePacked(std::span<const Element> elements, std::uint8_t* out);
 
 }  // namespace hcy

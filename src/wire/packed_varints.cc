@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "wire/packed_varints.h"
+
+#include <algorithm>
+#include <type_traits>
+
+#include "wire/varint.h"
+#include "wire/varint_ends.h"
+
+namespace hcy {
+namespace {
+
+using google::protobuf::RepeatedField;
+
+constexpr std::size_t kLongest = 10;
+
+template <class Element>
+Element elementOf(std::uint64_t varint) {
+  if constexpr (std::is_same_v<Element, bool>) {
+    return varint != 0;
+  } else {
+    return static_cast<Element>(varint);
+  }
+}
+
+// The low 16 bits of a varint of `length` bytes, of which three can be read.
+inline std::uint16_t lowBitsOf(const std::uint8_t* varint, std::size_t length) {
+  static constexpr std::uint32_t masks[kLongest + 1] = {
+      0, 0x7F, 0x3FFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF};
+  const std::uint32_t bits =
+      (varint[0] & 0x7FU) | (varint[1] & 0x7FU) << 7 | static_cast<std::uint32_t>(varint[2]) << 14;
+  return static_cast<std::uint16_t>(bits & masks[length]);
+}
+
+// The seven low bits of each byte, side by side.
+constexpr std::uint64_t joined(std::uint64_t bytes) {
+  bytes = (bytes & 0x007F007F007F007FU) | (bytes & 0x7F007F007F007F00U) >> 1;
+  bytes = (bytes & 0x00003FFF00003FFFU) | (bytes & 0x3FFF00003FFF0000U) >> 2;
+  return (bytes & 0x000000000FFFFFFFU) | (bytes & 0x0FFFFFFF00000000U) >> 4;
+}
+
+// The value of a varint of `length` bytes, of which ten can be read.
+inline std::uint64_t valueOf(const std::uint8_t* varint, std::size_t length) {
+  static constexpr struct {
+    std::uint64_t first, ninth, tenth;
+  } masks[kLongest + 1] = {{0, 0, 0},
+                           {0x7F, 0, 0},
+                           {0x3FFF, 0, 0},
+                           {0x1FFFFF, 0, 0},
+                           {0xFFFFFFF, 0, 0},
+                           {0x7FFFFFFFF, 0, 0},
+                           {0x3FFFFFFFFFF, 0, 0},
+                           {0x1FFFFFFFFFFFF, 0, 0},
+                           {0xFFFFFFFFFFFFFF, 0, 0},
+                           {0xFFFFFFFFFFFFFF, 0x7F, 0},
+                           {0xFFFFFFFFFFFFFF, 0x7F, 1}};
+  const auto& mask = masks[length];
+  return (joined(loadLittleEndian(varint)) & mask.first) | (varint[8] & mask.ninth) << 56 |
+         (varint[9] & mask.tenth) << 63;
+}
+
+// Reads varints block by block, without a branch for each of their lengths; up to a block and a
+// varint are left over. `position` is moved behind what was read, and becomes null if that is
+// broken.
+template <class Element>
+Element* readBlocks(const std::uint8_t*& position, const std::uint8_t* end, Element* elements) {
+  for (const std::uint8_t* block = position; end - block >= std::ptrdiff_t{kBlock + kLongest};
+       block += kBlock) {
+    std::uint64_t ends = varintEnds(block);
+    if (ends == UINT64_MAX && position == block) {
+      elements = std::transform(block, block + kBlock, elements, elementOf<Element>);
+      position += kBlock;
+      continue;
+    }
+    for (; ends != 0; ends &= ends - 1) {
+      const std::uint8_t* const next = block + std::countr_zero(ends) + 1;
+      const auto length = static_cast<std::size_t>(next - position);
+      if (length > kLongest) {
+        position = nullptr;
+        return elements;
+      }
+      if constexpr (sizeof(Element) == 2) {
+        *elements++ = lowBitsOf(position, length);
+      } else {
+        *elements++ = elementOf<Element>(valueOf(position, length));
+      }
+      position = next;
+    }
+  }
+  return elements;
+}
+
+// Reads packed varints, and moves `elements` behind the last one; false if they are broken. There
+// is room for one element for each byte that ends a varint.
+template <class Element>
+bool readAll(Bytes packed, Element*& elements) {
+  const std::uint8_t* position = packed.data();
+  const std::uint8_t* const end = position + packed.size();
+  elements = readBlocks(position, end, elements);
+  while (position != nullptr && position != end) {
+    const std::uint64_t varint = readVarint(position, end);
+    if (position != nullptr) *elements++ = elementOf<Element>(varint);
+  }
+  return position != nullptr;
+}
+
+std::size_t countVarints(Bytes packed) {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(packed, [](std::uint8_t byte) { return byte < 0x80; }));
+}
+
+template <class Element>
+std::size_t varintSizeOf(Element element) {
+  if constexpr (std::is_signed_v<Element>) {
+    if (element < 0) return kLongest;
+  }
+  const auto value = static_cast<std::uint16_t>(element);
+  return 1U + (value >= 0x80) + (value >= 0x4000);
+}
+
+// Writes an element where there is room for ten bytes. The numbers follow one another at random, so
+// there is no branch for each length.
+template <class Element>
+std::uint8_t* writeIntoTen(Element element, std::uint8_t* out) {
+  static constexpr std::uint64_t continued[] = {0, 0, 0x80, 0x8080};
+  const auto value = static_cast<std::uint64_t>(static_cast<std::uint16_t>(element));
+  const std::size_t length = 1U + (value >= 0x80) + (value >= 0x4000);
+  std::uint64_t bytes = (value & 0x7F) | (value & 0x3F80) << 1 | (value & 0xC000) << 2;
+  if constexpr (std::is_signed_v<Element>) {
+    // Sign-extended to 64 bits: seven bytes and the rest of the third are constant.
+    const std::uint64_t negative = -(value >> 15);
+    storeLittleEndian(bytes | continued[length] | (negative & 0xFFFFFFFFFFFC8080U), out);
+    out[8] = 0xFF;
+    out[9] = 0x01;
+    return out + length + (negative & (kLongest - 3));
+  } else {
+    storeLittleEndian(bytes | continued[length], out);
+    return out + length;
+  }
+}
+
+// Writes elements where there is room for ten bytes behind them.
+template <class Element, std::size_t size>
+std::uint8_t* writeGroup(std::span<const Element, size> elements, std::uint8_t* out) {
+  std::uint16_t bits = 0;
+  for (const Element element : elements) bits |= static_cast<std::uint16_t>(element);
+  if (bits < 0x80) {
+    const auto byteOf = [](Element element) { return static_cast<std::uint8_t>(element); };
+    return std::ranges::transform(elements, out, byteOf).out;
+  }
+  for (const Element element : elements) out = writeIntoTen(element, out);
+  return out;
+}
+
+}  // namespace
+
+template <class Element>
+bool readPacked(Bytes packed, RepeatedField<Element>& list) {
+  const std::size_t count = countVarints(packed);
+  const int size = list.size();
+  list.Reserve(size + static_cast<int>(count));
+  Element* const begin = list.AddNAlreadyReserved(static_cast<int>(count));
+  Element* elements = begin;
+  const bool isWhole = readAll(packed, elements);
+  list.Truncate(size + static_cast<int>(elements - begin));
+  return isWhole;
+}
+
+template <class Element>
+bool readPacked(Bytes packed, std::vector<Element>& list) {
+  const std::size_t count = countVarints(packed);
+  const std::size_t size = list.size();
+  list.resize(size + count);
+  Element* elements = list.data() + size;
+  const bool isWhole = readAll(packed, elements);
+  list.resize(static_cast<std::size_t>(elements - list.data()));
+  return isWhole;
+}
+
+template <class Element>
+std::size_t packedSize(std::span<const Element> elements) {
+  std::size_t size = 0;
+  for (const Element element : elements) size += varintSizeOf(element);
+  return size;
+}
+
+template <class Element>
+std::uint8_t* writePacked(std::span<const Element> elements, std::uint8_t* out) {
+  constexpr std::size_t group = 8;
+  // Each of those that follow takes a byte at least.
+  for (; elements.size() >= group + kLongest; elements = elements.subspan(group)) {
+    out = writeGroup(elements.template first<group>(), out);
+  }
+  for (const Element element : elements) {
+    // Sign-extended, as int32 values are.
+    out = writeVarint(static_cast<std::uint64_t>(static_cast<std::int64_t>(element)), out);
+  }
+  return out;
+}
+
+template bool readPacked(Bytes, RepeatedField<std::uint32_t>&);
+template bool readPacked(Bytes, RepeatedField<std::int32_t>&);
+template bool readPacked(Bytes, RepeatedField<std::uint64_t>&);
+template bool readPacked(Bytes, RepeatedField<std::int64_t>&);
+template bool readPacked(Bytes, RepeatedField<bool>&);
+template bool readPacked(Bytes, std::vector<std::uint16_t>&);
+template std::size_t packedSize(std::span<const std::uint16_t>);
+template std::size_t packedSize(std::span<const std::int16_t>);
+template std::size_t packedSize(std::span<const char16_t>);
+template std::uint8_t* writePacked(std::span<const std::uint16_t>, std::uint8_t*);
+template std::uint8_t* writePacked(std::span<const std::int16_t>, std::uint8_t*);
+template std::uint8_t* writePacked(std::span<const char16_t>, std::uint8_t*);
+
+}  // namespace hcy

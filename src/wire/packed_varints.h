@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Numbers as packed base 128 varints, which is how integers of 16 and 64 bits, characters, truth
+// values, dimensions and indices travel.
+
+#pragma once
+
+#include <google/protobuf/repeated_field.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "wire/bytes.h"
+
+namespace hcy {
+
+// Appends packed varints, each converted to an element. False if they are broken or cut: then those
+// before are there.
+template <class Element>
+bool readPacked(Bytes packed, google::protobuf::RepeatedField<Element>& list);
+template <class Element>
+bool readPacked(Bytes packed, std::vector<Element>& list);
+
+// How many bytes elements take as packed varints. A negative number takes ten.
+template <class Element>
+std::size_t packedSize(std::span<const Element> elements);
+// Writes that many bytes and returns their end.
+template <class Element>
+std::uint8_t* writePacked(std::span<const Element> elements, std::uint8_t* out);
+
+}  // namespace hcy

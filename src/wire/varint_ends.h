@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Where varints end in a block of bytes: at every byte without the highest bit.
+
+#pragma once
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace hcy {
+
+inline constexpr std::size_t kBlock = 64;
+
+// The first byte is the lowest.
+inline std::uint64_t loadLittleEndian(const std::uint8_t* bytes) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  return word;
+}
+
+inline void storeLittleEndian(std::uint64_t word, std::uint8_t* bytes) {
+  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  std::memcpy(bytes, &word, sizeof word);
+}
+
+// One bit for each byte of a block, the lowest for the first: set if a varint ends there.
+inline std::uint64_t varintEndsPortably(const std::uint8_t* block) {
+  std::uint64_t ends = 0;
+  for (std::size_t i = 0; i < kBlock; i += 8) {
+    const std::uint64_t highest = ~loadLittleEndian(block + i) >> 7 & 0x0101010101010101U;
+    // The product brings the lowest bit of byte k to bit 56 + k.
+    ends |= (highest * 0x0102040810204080U) >> 56 << i;
+  }
+  return ends;
+}
+
+inline std::uint64_t varintEnds(const std::uint8_t* block) {
+#ifdef __SSE2__
+  std::uint64_t continued = 0;
+  for (std::size_t i = 0; i < kBlock; i += 16) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + i));
+    continued |= static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm_movemask_epi8(bytes)))
+                 << i;
+  }
+  return ~continued;
+#else
+  return varintEndsPortably(block);
+#endif
+}
+
+}  // namespace hcy
