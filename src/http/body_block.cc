@@ -48,4 +48,12 @@ bool BodyBlock::reserve(std::size_t capacity) {
   return true;
 }
 
+void BodyBlock::trim(std::size_t capacity) {
+  if (!isMapped(capacity) || capacity >= capacity_) return;
+  char* const trimmed = resizeLargeBlock(data_, capacity_, capacity);
+  if (trimmed == nullptr) return;
+  data_ = trimmed;
+  capacity_ = capacity;
+}
+
 }  // namespace hcy

@@ -28,6 +28,9 @@ class BodyBlock {
   // perhaps. False, and nothing has changed, when memory cannot be had.
   bool reserve(std::size_t capacity);
 
+  // Gives back what a large block has beyond that many bytes.
+  void trim(std::size_t capacity);
+
  private:
   char* data_ = nullptr;
   std::size_t capacity_ = 0;

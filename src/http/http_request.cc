@@ -27,6 +27,8 @@ curl_slist* headerList() {
 struct Reception {
   CURL* handle;
   HttpResponse& response;
+  std::uint64_t requestSize;
+  BodyBlock* lent;  // the memory of the request's body, or null
   std::size_t headerSize = 0;
   std::exception_ptr failure = nullptr;
 };
@@ -41,6 +43,13 @@ long statusCodeOf(CURL* handle) {
   long code = 0;
   curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
   return code;
+}
+
+// Whether libcurl has passed on all of the request's body, and so reads it no more.
+bool isSent(const Reception& reception) {
+  curl_off_t sent = 0;
+  curl_easy_getinfo(reception.handle, CURLINFO_SIZE_UPLOAD_T, &sent);
+  return std::cmp_equal(sent, reception.requestSize);
 }
 
 std::size_t onHeaderLine(char* data, std::size_t size, std::size_t count, void* user) {
@@ -61,8 +70,9 @@ std::size_t onBodyData(char* data, std::size_t size, std::size_t count, void* us
   auto& reception = *static_cast<Reception*>(user);
   const std::size_t n = size * count;
   HttpResponse& response = reception.response;
-  if (response.bodySize() == 0 && statusCodeOf(reception.handle) != 200) {
-    response.keepAtMost(kMostKeptOfOthers);
+  if (response.bodySize() == 0) {
+    if (statusCodeOf(reception.handle) != 200) response.keepAtMost(kMostKeptOfOthers);
+    if (reception.lent != nullptr && isSent(reception)) response.takeMemory(*reception.lent);
   }
   return response.appendBody(data, n) ? n : 0;
 }
@@ -86,6 +96,7 @@ HttpRequest::HttpRequest(TransferHandle handle, std::string url, std::uint32_t r
       spareReply_(std::move(spareReply)) {}
 
 void HttpRequest::setBody(const void* data, std::uint64_t size) {
+  bodySize_ = size;
   curl_easy_setopt(handle_->curl.get(), CURLOPT_POSTFIELDS, data);
   curl_easy_setopt(handle_->curl.get(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(size));
 }
@@ -93,7 +104,7 @@ void HttpRequest::setBody(const void* data, std::uint64_t size) {
 std::unique_ptr<Response> HttpRequest::perform() {
   CURL* const handle = handle_->curl.get();
   auto response = std::make_unique<HttpResponse>(responseSizeLimit_, spareReply_);
-  Reception reception{handle, *response};
+  Reception reception{handle, *response, bodySize_, lent_};
   handle_->connections.dropUnread();
   setTextOption(handle, CURLOPT_URL, url_.c_str());
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headerList());
@@ -102,7 +113,10 @@ std::unique_ptr<Response> HttpRequest::perform() {
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBodyData);
   curl_easy_setopt(handle, CURLOPT_WRITEDATA, &reception);
 
+  handle_->buffers.fit(handle, bodySize_);
+
   const CURLcode code = curl_easy_perform(handle);
+  handle_->buffers.noteReply(response->bodySize());
   handle_->connections.note(handle);
   if (reception.failure) std::rethrow_exception(reception.failure);
   if (code != CURLE_OK) throw std::runtime_error(failureText(code));

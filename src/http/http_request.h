@@ -25,6 +25,7 @@ class HttpRequest : public Request {
               std::shared_ptr<SpareBlock> spareReply);
 
   void setBody(const void* data, std::uint64_t size) override;
+  void lendMemory(BodyBlock& memory) override { lent_ = &memory; }
 
   // Throws std::runtime_error with libcurl's text when the transfer fails, and what taking a
   // header line throws. The handle stays usable.
@@ -33,6 +34,8 @@ class HttpRequest : public Request {
  private:
   TransferHandle handle_;
   std::string url_;
+  std::uint64_t bodySize_ = 0;
+  BodyBlock* lent_ = nullptr;
   std::uint32_t responseSizeLimit_;
   std::shared_ptr<SpareBlock> spareReply_;
 };

@@ -70,6 +70,14 @@ HttpResponse::HttpResponse(std::uint32_t responseSizeLimit, std::shared_ptr<Spar
   if (!body_.reserve(1)) throw std::bad_alloc();
 }
 
+void HttpResponse::takeMemory(BodyBlock& memory) {
+  const std::uint64_t expected = std::min(declaredLength_, mostKept_);
+  if (expected <= SpareBlock::kMostKept || memory.capacity() <= SpareBlock::kMostKept) return;
+  spare_->giveBack(std::move(body_));
+  body_ = std::move(memory);
+  body_.trim(expected);
+}
+
 bool HttpResponse::appendBody(const char* bytes, std::size_t count) {
   if (declaredLength_ > responseSizeLimit_) return false;
   const std::uint64_t room = bodyLength_ < mostKept_ ? mostKept_ - bodyLength_ : 0;

@@ -30,6 +30,9 @@ class HttpResponse : public Response {
   // false, and has done nothing, if the declared length is over the limit or there is no memory.
   bool appendBody(const char* bytes, std::size_t count);
 
+  // Takes memory for a large body, which must not have begun, in the place of its own.
+  void takeMemory(BodyBlock& memory);
+
   // Keeps no more than that from now on.
   void keepAtMost(std::size_t size) { mostKept_ = size; }
 

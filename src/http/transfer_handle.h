@@ -8,6 +8,7 @@
 #include <new>
 
 #include "http/kept_connections.h"
+#include "http/transfer_buffers.h"
 
 namespace hcy {
 
@@ -15,10 +16,11 @@ struct CURLDeleter {
   void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
 };
 
-// A handle of libcurl, and the connections that it has kept.
+// A handle of libcurl, and what is known of its transfers.
 struct Transfer {
   std::unique_ptr<CURL, CURLDeleter> curl;
   KeptConnections connections;
+  TransferBuffers buffers;
 };
 
 // Owned by a client and every request that it made; the last owner releases it.

@@ -73,6 +73,7 @@ class RequestBody {
   RequestBody& operator=(const RequestBody&) = delete;
   ~RequestBody() { spare_.giveBack(std::move(block_)); }
 
+  BodyBlock& memory() { return block_; }
   const char* data() const { return block_.data(); }
   std::size_t size() const { return size_; }
 
@@ -82,9 +83,10 @@ class RequestBody {
   std::size_t size_ = 0;
 };
 
-std::unique_ptr<Response> post(QXClient& client, const char* url, const RequestBody& body) {
+std::unique_ptr<Response> post(QXClient& client, const char* url, RequestBody&& body) {
   const std::unique_ptr<Request> request = client.createRequest(url);
   request->setBody(body.data(), body.size());
+  request->lendMemory(body.memory());
   return request->perform();
 }
 

@@ -105,9 +105,11 @@ bool readAll(Bytes packed, Element*& elements) {
   return position != nullptr;
 }
 
+// In 32 bits, which hold the number of any body's bytes and are quick to add up.
 std::size_t countVarints(Bytes packed) {
-  return static_cast<std::size_t>(
-      std::ranges::count_if(packed, [](std::uint8_t byte) { return byte < 0x80; }));
+  std::uint32_t count = 0;
+  for (const std::uint8_t byte : packed) count += byte < 0x80;
+  return count;
 }
 
 template <class Element>

@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <string>
 
 #include "http/http_response.h"
@@ -107,6 +109,20 @@ TEST(SpareBlock, isNoLargerThan4MiB) {
   EXPECT_EQ(spare.take().capacity(), 0U);
 }
 
+TEST(BodyBlock, isTrimmedOnlyIfItStaysLarge) {
+  constexpr std::size_t most = SpareBlock::kMostKept;
+  BodyBlock block;
+  ASSERT_TRUE(block.reserve(4 * most));
+  std::fill_n(block.data(), 4 * most, 'x');
+  block.trim(5 * most);
+  EXPECT_EQ(block.capacity(), 4 * most);
+  block.trim(most);
+  EXPECT_EQ(block.capacity(), 4 * most);
+  block.trim(most + 1);
+  EXPECT_EQ(block.capacity(), most + 1);
+  EXPECT_EQ(std::string(block.data(), most + 1), std::string(most + 1, 'x'));
+}
+
 // The memory of one body serves the next.
 TEST(HttpResponse, takesItsMemoryFromTheSpareBlockAndGivesItBack) {
   const auto spare = std::make_shared<SpareBlock>();
@@ -133,6 +149,17 @@ TEST(HttpResponse, makesRoomForTheDeclaredLengthAtOnce) {
     EXPECT_TRUE(response.appendBody("a", 1));
   }
   EXPECT_EQ(spare->take().capacity(), 90U);
+}
+
+TEST(HttpResponse, givesBackWhatItDoesNotNeedOfMemoryThatItTakes) {
+  BodyBlock memory;
+  ASSERT_TRUE(memory.reserve(4 * kMostKept));
+  HttpResponse response(std::numeric_limits<std::uint32_t>::max());
+  response.addHeaderLine("Content-Length: " + std::to_string(2 * kMostKept) + "\r\n");
+  const std::size_t mapped = test::mappedBytes();
+  response.takeMemory(memory);
+  EXPECT_EQ(test::mappedBytes(), mapped - 2 * kMostKept);
+  EXPECT_EQ(memory.capacity(), 0U);
 }
 
 TEST(HttpResponse, takesMoreThanTheDeclaredLength) {

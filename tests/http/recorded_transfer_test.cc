@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -79,6 +80,50 @@ TEST_F(RecordedTransfer, setsAllItsOptionsAnewEachTime) {
                 ElementsAre("URL=" + server.url(), header, "HEADERFUNCTION", "HEADERDATA",
                             "WRITEFUNCTION", "WRITEDATA", "easy_perform"));
   }
+}
+
+class LargeBodies : public RecordedTransfer {
+ protected:
+  // The options that concern buffers, in a transfer of so many bytes to and from the server.
+  std::vector<std::string> bufferOptions(std::size_t sent, std::size_t received) {
+    const ScriptServer other(
+        {Connection{test::replyToEach(httpReply(200, "OK", std::string(received, 'r')))}});
+    const std::string body(sent, 's');
+    const std::unique_ptr<Request> made = client().createRequest(other.url());
+    made->setBody(body.data(), body.size());
+    recordedCurl().calls.clear();
+    made->perform();
+    std::vector<std::string> options = recordedCurl().calls;
+    std::erase_if(options, [](const std::string& call) {
+      return call.find("BUFFERSIZE") == std::string::npos;
+    });
+    return options;
+  }
+};
+
+TEST_F(LargeBodies, upTo64KiBPassThroughTheBuffersThatLibcurlHas) {
+  for (int i = 0; i < 2; ++i) EXPECT_THAT(bufferOptions(65536, 65536), ElementsAre());
+}
+
+TEST_F(LargeBodies, areSentThroughALargeBufferThatIsSetOnce) {
+  EXPECT_THAT(bufferOptions(65537, 1), ElementsAre("UPLOAD_BUFFERSIZE=524288"));
+  EXPECT_THAT(bufferOptions(65537, 1), ElementsAre());
+  EXPECT_THAT(bufferOptions(1, 1), ElementsAre());
+}
+
+TEST_F(LargeBodies, areReceivedThroughALargeBufferFromTheSecondOn) {
+  EXPECT_THAT(bufferOptions(1, 65537), ElementsAre());
+  EXPECT_THAT(bufferOptions(1, 1), ElementsAre("BUFFERSIZE=262144"));
+  EXPECT_THAT(bufferOptions(1, 65537), ElementsAre());
+}
+
+TEST_F(LargeBodies, setTheirBuffersLast) {
+  bufferOptions(1, 65537);
+  bufferOptions(65537, 1);
+  ASSERT_EQ(recordedCurl().calls.size(), 9U);
+  EXPECT_THAT(
+      std::span(recordedCurl().calls).subspan(5),
+      ElementsAre("WRITEDATA", "UPLOAD_BUFFERSIZE=524288", "BUFFERSIZE=262144", "easy_perform"));
 }
 
 TEST_F(RecordedTransfer, takesAHeaderLineWholeWhateverBytesItHolds) {

@@ -20,7 +20,8 @@ using Buffer = std::vector<std::uint8_t>;
 
 // A varint of so many bytes, at least as many as the value needs: the rest says nothing.
 void addVarint(std::uint64_t value, std::size_t length, Buffer& bytes) {
-  for (; length > 1; --length, value >>= 7) bytes.push_back(static_cast<std::uint8_t>(value | 0x80));
+  for (; length > 1; --length, value >>= 7)
+    bytes.push_back(static_cast<std::uint8_t>(value | 0x80));
   bytes.push_back(static_cast<std::uint8_t>(value & 0x7F));
 }
 
@@ -54,10 +55,9 @@ std::vector<Element> elementsOf(Bytes packed, bool& isWhole) {
 template <class List>
 class PackedVarints : public testing::Test {};
 
-using Lists =
-    testing::Types<RepeatedField<std::uint32_t>, RepeatedField<std::int32_t>,
-                   RepeatedField<std::uint64_t>, RepeatedField<std::int64_t>, RepeatedField<bool>,
-                   std::vector<std::uint16_t>>;
+using Lists = testing::Types<RepeatedField<std::uint32_t>, RepeatedField<std::int32_t>,
+                             RepeatedField<std::uint64_t>, RepeatedField<std::int64_t>,
+                             RepeatedField<bool>, std::vector<std::uint16_t>>;
 TYPED_TEST_SUITE(PackedVarints, Lists);
 
 // From memory of exactly that size, so that a read beyond its end is noticed.
