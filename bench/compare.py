@@ -13,14 +13,17 @@ import network
 from clients import PROGRAMS, Bench
 
 # Calls in one turn of a client: some tens of milliseconds of the faster ones.
-CALLS = {"W1": 1000, "W2": 40, "W3": 3, "W4": 3, "W5": 3, "W6": 20}
+CALLS = {"W1": 1000, "W2": 40, "W3": 3, "W4": 3, "W5": 3, "W6": 20, "W7": 3, "W8": 3, "W9": 20}
 TITLES = {
     "W1": "one 1-by-1 double",
     "W2": "1 MiB of doubles",
     "W3": "32 MiB of doubles",
     "W4": "4 Mi int16, half negative",
     "W5": "cell of 100,000 1-by-1 doubles",
-    "W6": "1 Mi char units",
+    "W6": "1 Mi char units, a tenth of them not ASCII",
+    "W7": "4 Mi uint64, varints of every length",
+    "W8": "4 Mi int64, half negative",
+    "W9": "1 Mi char units, all ASCII",
 }
 
 

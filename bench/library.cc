@@ -21,15 +21,20 @@ struct Destroyer {
 };
 using Array = std::unique_ptr<hcyArray, Destroyer>;
 
+constexpr hcyClassID classOf(std::int16_t) { return hcyINT16_CLASS; }
+constexpr hcyClassID classOf(std::uint64_t) { return hcyUINT64_CLASS; }
+constexpr hcyClassID classOf(std::int64_t) { return hcyINT64_CLASS; }
+
 struct Maker {
   Array operator()(const std::vector<double>& values) const {
     Array array(hcyCreateDoubleMatrix(values.size(), 1, hcyREAL));
     std::memcpy(hcyGetPr(array.get()), values.data(), values.size() * sizeof(double));
     return array;
   }
-  Array operator()(const std::vector<std::int16_t>& values) const {
-    Array array(hcyCreateNumericMatrix(values.size(), 1, hcyINT16_CLASS, hcyREAL));
-    std::memcpy(hcyGetData(array.get()), values.data(), values.size() * sizeof(std::int16_t));
+  template <class Integer>
+  Array operator()(const std::vector<Integer>& values) const {
+    Array array(hcyCreateNumericMatrix(values.size(), 1, classOf(Integer{}), hcyREAL));
+    std::memcpy(hcyGetData(array.get()), values.data(), values.size() * sizeof(Integer));
     return array;
   }
   Array operator()(const CellNumbers& cells) const {
@@ -60,6 +65,11 @@ CellNumbers numbersOf(const hcyArray* array, std::size_t count) {
   return cells;
 }
 
+template <class Integer>
+std::span<const Integer> integersOf(const hcyArray* array) {
+  return {static_cast<const Integer*>(hcyGetData(array)), hcyGetNumberOfElements(array)};
+}
+
 Readable readableOf(const hcyArray* array) {
   const std::size_t count = hcyGetNumberOfElements(array);
   Readable readable{hcyGetM(array), hcyGetN(array), {}};
@@ -68,8 +78,13 @@ Readable readableOf(const hcyArray* array) {
       readable.elements = std::span<const double>(hcyGetPr(array), count);
       break;
     case hcyINT16_CLASS:
-      readable.elements =
-          std::span<const std::int16_t>(static_cast<std::int16_t*>(hcyGetData(array)), count);
+      readable.elements = integersOf<std::int16_t>(array);
+      break;
+    case hcyUINT64_CLASS:
+      readable.elements = integersOf<std::uint64_t>(array);
+      break;
+    case hcyINT64_CLASS:
+      readable.elements = integersOf<std::int64_t>(array);
       break;
     case hcyCELL_CLASS:
       readable.elements = numbersOf(array, count);

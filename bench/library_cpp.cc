@@ -46,6 +46,8 @@ std::span<const Element> elementsOf(const Array& array) {
 Readable::Elements readableElementsOf(const Array& array) {
   if (array.is<double>()) return elementsOf<double>(array);
   if (array.is<std::int16_t>()) return elementsOf<std::int16_t>(array);
+  if (array.is<std::uint64_t>()) return elementsOf<std::uint64_t>(array);
+  if (array.is<std::int64_t>()) return elementsOf<std::int64_t>(array);
   if (array.isCell()) return numbersOf(array);
   const auto units = elementsOf<char16_t>(array);
   return std::u16string_view(units.data(), units.size());

@@ -19,12 +19,17 @@ import hcyclient  # noqa: E402
 
 MEBI = 1 << 20
 NAMED = {"W1": ("double", 1), "W2": ("double", MEBI // 8), "W3": ("double", 4 * MEBI),
-         "W4": ("int16", 4 * MEBI), "W5": ("cell", 100_000), "W6": ("char", MEBI)}
+         "W4": ("int16", 4 * MEBI), "W5": ("cell", 100_000), "W6": ("text", MEBI),
+         "W7": ("uint64", 4 * MEBI), "W8": ("int64", 4 * MEBI), "W9": ("ascii", MEBI)}
 
 
 def scattered(count):
     """The same numbers as in workload.cc."""
-    bits = np.arange(1, count + 1, dtype=np.uint64) * np.uint64(0x9E3779B97F4A7C15)
+    return mixed(np.arange(1, count + 1, dtype=np.uint64))
+
+
+def mixed(numbers):
+    bits = numbers * np.uint64(0x9E3779B97F4A7C15)
     bits = (bits ^ (bits >> np.uint64(30))) * np.uint64(0xBF58476D1CE4E5B9)
     return bits ^ (bits >> np.uint64(27))
 
@@ -35,8 +40,20 @@ def column(kind, count):
         return np.ldexp((bits >> np.uint64(11)).astype(float), -53).reshape(-1, 1)
     if kind == "int16":
         return bits.astype(np.uint16).view(np.int16).reshape(-1, 1)
-    if kind == "char":
-        return (bits % np.uint64(95) + np.uint64(32)).astype(np.uint8).tobytes().decode()
+    if kind in ("uint64", "int64"):
+        highest = np.uint64(1) << bits % np.uint64(10) * np.uint64(7) % np.uint64(64)
+        values = highest | (mixed(bits + np.uint64(1)) & (highest - np.uint64(1)))
+        if kind == "int64":
+            values = np.where(bits >> np.uint64(63), ~(values >> np.uint64(1)), values >> np.uint64(1))
+        return values.astype(kind).reshape(-1, 1)
+    if kind in ("ascii", "text"):
+        units = bits % np.uint64(95) + np.uint64(32)
+        if kind == "text":
+            bits >>= np.uint64(8)
+            kinds, codes = bits % np.uint64(100), bits // np.uint64(100)
+            units = np.where(kinds >= 98, 0x800 + codes % np.uint64(0xC800), np.where(
+                kinds >= 90, 0x80 + codes % np.uint64(0x780), units))
+        return units.astype("<u2").tobytes().decode("utf-16-le")
     if kind == "cell":
         cells = np.empty((count, 1), object)
         cells[:, 0] = column("double", count)[:, 0].tolist()

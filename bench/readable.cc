@@ -8,10 +8,8 @@ namespace hcy::bench {
 namespace {
 
 struct ToReadable {
-  Readable operator()(const std::vector<double>& values) const {
-    return {values.size(), 1, std::span(values)};
-  }
-  Readable operator()(const std::vector<std::int16_t>& values) const {
+  template <class Number>
+  Readable operator()(const std::vector<Number>& values) const {
     return {values.size(), 1, std::span(values)};
   }
   Readable operator()(const CellNumbers& cells) const { return {cells.numbers.size(), 1, cells}; }

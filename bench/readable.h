@@ -18,8 +18,9 @@ namespace hcy::bench {
 // The elements of a numeric or char array lie somewhere else; the numbers in the 1-by-1 elements
 // of a cell array are collected here.
 struct Readable {
-  using Elements = std::variant<std::span<const double>, std::span<const std::int16_t>, CellNumbers,
-                                std::u16string_view>;
+  using Elements = std::variant<std::span<const double>, std::span<const std::int16_t>,
+                                std::span<const std::uint64_t>, std::span<const std::int64_t>,
+                                CellNumbers, std::u16string_view>;
 
   std::size_t rows = 0;
   std::size_t columns = 0;

@@ -28,6 +28,16 @@ struct Filler {
     setShape(array, values.size(), 1);
     array.mutable_int16()->mutable_elements()->Add(values.begin(), values.end());
   }
+  void operator()(const std::vector<std::uint64_t>& values) const {
+    array.set_type(VORTEN_Array::UINT64);
+    setShape(array, values.size(), 1);
+    array.mutable_uint64()->mutable_elements()->Add(values.begin(), values.end());
+  }
+  void operator()(const std::vector<std::int64_t>& values) const {
+    array.set_type(VORTEN_Array::INT64);
+    setShape(array, values.size(), 1);
+    array.mutable_int64()->mutable_elements()->Add(values.begin(), values.end());
+  }
   void operator()(const CellNumbers& cells) const {
     array.set_type(VORTEN_Array::CELL);
     setShape(array, cells.numbers.size(), 1);
@@ -46,6 +56,11 @@ struct Filler {
     array.mutable_qxchar()->mutable_elements()->Add(text.begin(), text.end());
   }
 };
+
+template <class Number>
+std::span<const Number> spanOf(const google::protobuf::RepeatedField<Number>& elements) {
+  return {elements.data(), static_cast<std::size_t>(elements.size())};
+}
 
 CellNumbers numbersOf(const VORTEN_Array::Cell& cell) {
   CellNumbers cells;
@@ -74,11 +89,15 @@ ArrayReader::ArrayReader(const google::protobuf::RepeatedPtrField<VORTEN_Array>&
   readable_.rows = array.dimension(0);
   readable_.columns = array.dimension(1);
   switch (array.type()) {
-    case VORTEN_Array::DOUBLE: {
-      const auto& elements = array.qxdouble().elements();
-      readable_.elements = std::span(elements.data(), static_cast<std::size_t>(elements.size()));
+    case VORTEN_Array::DOUBLE:
+      readable_.elements = spanOf(array.qxdouble().elements());
       break;
-    }
+    case VORTEN_Array::UINT64:
+      readable_.elements = spanOf(array.uint64().elements());
+      break;
+    case VORTEN_Array::INT64:
+      readable_.elements = spanOf(array.int64().elements());
+      break;
     case VORTEN_Array::INT16:
       int16s_.assign(array.int16().elements().begin(), array.int16().elements().end());
       readable_.elements = std::span<const std::int16_t>(int16s_);

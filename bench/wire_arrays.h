@@ -18,7 +18,7 @@ namespace hcy::bench {
 // The parameters of a call with one output and the workload as its one input.
 client::VORTEN_Params paramsOf(const Workload& workload);
 
-// Reads the one array of a message. Doubles are read where the message holds them; int16 and chars,
+// Reads the one array of a message. Doubles and 64-bit integers are read where the message holds them; int16 and chars,
 // which are 32 bits wide there, are narrowed into memory of this object. The message must outlive
 // it.
 class ArrayReader {

@@ -18,12 +18,13 @@ struct CellNumbers {
   std::vector<double> numbers;
 };
 
-// A column of doubles, a column of int16, a column of cells, a row of chars.
-using Workload =
-    std::variant<std::vector<double>, std::vector<std::int16_t>, CellNumbers, std::u16string>;
+// A column of numbers, a column of cells, a row of chars.
+using Workload = std::variant<std::vector<double>, std::vector<std::int16_t>,
+                              std::vector<std::uint64_t>, std::vector<std::int64_t>, CellNumbers,
+                              std::u16string>;
 
-// By name, W1 to W6, or by kind and number of elements, such as "double:131072"; the kinds are
-// double, int16, cell and char. Throws std::invalid_argument for another text.
+// By name, W1 to W9, or by kind and number of elements, such as "double:131072"; the kinds are
+// double, int16, uint64, int64, cell, ascii and text. Throws std::invalid_argument for another text.
 Workload workloadOf(std::string_view text);
 
 }  // namespace hcy::bench
