@@ -12,7 +12,8 @@ namespace hcy {
 // The connections that libcurl has kept for a handle, to one server or to several.
 class KeptConnections {
  public:
-  // Notes the connection of the handle's last transfer, if libcurl has kept it.
+  // To be called after each transfer, the only time when libcurl opens and closes connections.
+  // Notes the transfer's own, if libcurl has kept it, and forgets those that are closed.
   void note(CURL* handle);
 
   // To be called before a transfer: what lies unread on a connection is not the answer to the next

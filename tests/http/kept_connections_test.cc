@@ -27,15 +27,20 @@ curl_socket_t socketOf(CURL* handle) {
   return socket;
 }
 
+std::unique_ptr<CURL, CURLDeleter> connectedTo(const test::UnlistenedPort& port) {
+  std::unique_ptr<CURL, CURLDeleter> handle(curl_easy_init());
+  curl_easy_setopt(handle.get(), CURLOPT_URL, port.url().c_str());
+  curl_easy_setopt(handle.get(), CURLOPT_CONNECT_ONLY, 1L);
+  EXPECT_EQ(curl_easy_perform(handle.get()), CURLE_OK);
+  return handle;
+}
+
 // A number under which libcurl had a connection may name another socket of the process by now.
 TEST(KeptConnections, areNotTheSocketsThatHaveGotTheirNumbers) {
   const test::ProcessCurl curl;
   const test::UnlistenedPort port;
-  const FileDescriptor listener = test::listenOn(port.number(), 1);
-  std::unique_ptr<CURL, CURLDeleter> handle(curl_easy_init());
-  curl_easy_setopt(handle.get(), CURLOPT_URL, port.url().c_str());
-  curl_easy_setopt(handle.get(), CURLOPT_CONNECT_ONLY, 1L);
-  ASSERT_EQ(curl_easy_perform(handle.get()), CURLE_OK);
+  const FileDescriptor listener = test::listenOn(port.number(), 2);
+  std::unique_ptr<CURL, CURLDeleter> handle = connectedTo(port);
   KeptConnections connections;
   connections.note(handle.get());
   const curl_socket_t number = socketOf(handle.get());
@@ -48,6 +53,8 @@ TEST(KeptConnections, areNotTheSocketsThatHaveGotTheirNumbers) {
   const FileDescriptor second(pair[1]);
   const FileDescriptor other(first.get() == number ? ::dup(number) : ::dup2(first.get(), number));
   ASSERT_EQ(::write(second.get(), "a", 1), 1);
+  handle = connectedTo(port);
+  connections.note(handle.get());
   connections.dropUnread();
   char byte = 0;
   EXPECT_EQ(::send(other.get(), "b", 1, MSG_NOSIGNAL), 1);
