@@ -2,7 +2,7 @@
 //
 // What an argument means, shown as the JSON that says it all.
 
-#include "argument.h"
+#include "arguments/argument.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "array_json.h"
-#include "source_text.h"
+#include "notations/array_json.h"
 #include "support/pki.h"
+#include "text/source_text.h"
 
 namespace hcy::test {
 namespace {

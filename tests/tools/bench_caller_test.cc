@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "bench_caller.h"
+#include "bench/bench_caller.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "argument.h"
-#include "exit_status.h"
+#include "arguments/argument.h"
+#include "calls/exit_status.h"
 #include "support/local_server.h"
 
 namespace hcy::test {

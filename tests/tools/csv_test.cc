@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "csv.h"
+#include "notations/csv.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "array_json.h"
-#include "json_array.h"
-#include "source_text.h"
+#include "notations/array_json.h"
+#include "notations/json_array.h"
+#include "text/source_text.h"
 
 namespace hcy::test {
 namespace {

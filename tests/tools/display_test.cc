@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "display.h"
+#include "output/display.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "argument.h"
-#include "progress_bar.h"
-#include "text.h"
+#include "arguments/argument.h"
+#include "output/progress_bar.h"
+#include "text/text.h"
 
 namespace hcy::test {
 namespace {

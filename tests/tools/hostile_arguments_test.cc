@@ -8,12 +8,12 @@
 #include <random>
 #include <string>
 
-#include "argument.h"
-#include "array_json.h"
-#include "csv.h"
-#include "display.h"
+#include "arguments/argument.h"
+#include "notations/array_json.h"
+#include "notations/csv.h"
+#include "output/display.h"
 #include "random_arrays.h"
-#include "source_text.h"
+#include "text/source_text.h"
 
 namespace hcy::test {
 namespace {

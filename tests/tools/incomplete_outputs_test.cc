@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "exit_status.h"
+#include "calls/exit_status.h"
 #include "replies.h"
 #include "support/call_test.h"
 

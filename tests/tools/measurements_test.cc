@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "measurements.h"
+#include "bench/measurements.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "argument.h"
-#include "element_bytes.h"
+#include "arguments/argument.h"
+#include "bench/element_bytes.h"
 
 namespace hcy::test {
 namespace {

@@ -2,18 +2,18 @@
 //
 // Each option reaches what it is for.
 
-#include "options.h"
+#include "settings/options.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "exit_status.h"
-#include "pass_phrase.h"
-#include "settings.h"
-#include "source_text.h"
+#include "calls/exit_status.h"
+#include "settings/pass_phrase.h"
+#include "settings/settings.h"
 #include "support/pki.h"
+#include "text/source_text.h"
 
 namespace hcy::test {
 namespace {

@@ -12,7 +12,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "element_types.h"
+#include "notations/element_types.h"
 
 namespace hcy::test {
 

@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "exit_status.h"
+#include "calls/exit_status.h"
 
 namespace hcy::test {
 namespace {

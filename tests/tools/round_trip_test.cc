@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "argument.h"
-#include "array_json.h"
+#include "arguments/argument.h"
+#include "notations/array_json.h"
 #include "random_arrays.h"
 #include "same_array.h"
 #include "support/local_server.h"

@@ -5,7 +5,7 @@
 #include <complex>
 #include <cstring>
 
-#include "element_types.h"
+#include "notations/element_types.h"
 
 namespace hcy::test {
 namespace {

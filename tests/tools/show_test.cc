@@ -2,7 +2,7 @@
 //
 // Files that are no bodies, or nearly so, are shown or refused.
 
-#include "show.h"
+#include "bodies/show.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,9 +12,9 @@
 #include <random>
 #include <string>
 
-#include "source_text.h"
 #include "support/pki.h"
 #include "support/wire_bytes.h"
+#include "text/source_text.h"
 
 namespace hcy::test {
 namespace {

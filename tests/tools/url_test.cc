@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "url.h"
+#include "settings/url.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "source_text.h"
+#include "text/source_text.h"
 
 namespace hcy::test {
 namespace {

@@ -8,13 +8,13 @@
 #include <iostream>
 #include <new>
 
-#include "bench.h"
-#include "call.h"
-#include "exit_status.h"
-#include "options.h"
-#include "show.h"
-#include "source_text.h"
-#include "text.h"
+#include "bench/bench.h"
+#include "bodies/show.h"
+#include "calls/call.h"
+#include "calls/exit_status.h"
+#include "settings/options.h"
+#include "text/source_text.h"
+#include "text/text.h"
 
 namespace {
 

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// hcy call: one call, and its outputs.
+
+#pragma once
+
+#include "settings/options.h"
+
+namespace hcy::tools {
+
+// Returns the exit status. Throws BadInput, and what the library throws when it does not start.
+int call(const Options& options);
+
+}  // namespace hcy::tools

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "calls/evaluation.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+namespace hcy::tools {
+namespace {
+
+using hcyclient::Array;
+
+// The account of the last failure of a context.
+class Failure {
+ public:
+  Failure(const hcyClientRuntime& runtime, const hcyclient::Context& context) : runtime_(runtime) {
+    runtime_.getLastErrorInfo(context.get(), &info_);
+  }
+  Failure(const Failure&) = delete;
+  Failure& operator=(const Failure&) = delete;
+  ~Failure() { runtime_.destroyLastErrorInfo(&info_); }
+
+  [[noreturn]] void raise() const {
+    if (info_.kind == HCY_HTTP_ERROR) {
+      const std::string_view line = info_.details.http.statusMessage;
+      throw hcyclient::HttpError(info_.details.http.statusCode,
+                                 std::string(line.substr(0, line.find_first_of("\r\n"))));
+    }
+    if (info_.kind != HCY_VORTEN_ERROR) {
+      throw hcyclient::TransportError(info_.details.generic.details);
+    }
+    const auto& error = info_.details.vorten;
+    std::vector<hcyclient::StackFrame> stack;
+    for (std::size_t i = 0; error.stack != nullptr && i < error.stackDepth; ++i) {
+      stack.push_back({error.stack[i].file, error.stack[i].name, error.stack[i].line});
+    }
+    throw hcyclient::FunctionError(error.message, error.identifier, std::move(stack));
+  }
+
+ private:
+  const hcyClientRuntime& runtime_;
+  hcyErrorInfo info_{};
+};
+
+}  // namespace
+
+std::vector<Array> evaluate(const hcyClientRuntime& runtime, const hcyclient::Context& context,
+                            const std::string& url, const std::vector<Array>& inputs, int nargout) {
+  std::vector<const hcyArray*> sent;
+  sent.reserve(inputs.size());
+  for (const Array& input : inputs) sent.push_back(input.get());
+  std::vector<hcyArray*> handles(static_cast<std::size_t>(nargout));
+  std::vector<Array> outputs(handles.size());
+  const int failed = runtime.feval(context.get(), url.c_str(), nargout, handles.data(),
+                                   static_cast<std::int32_t>(sent.size()), sent.data());
+  for (std::size_t i = 0; i < handles.size(); ++i) outputs[i] = Array::adopt(handles[i]);
+  if (failed != 0) Failure(runtime, context).raise();
+  return outputs;
+}
+
+}  // namespace hcy::tools

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Integers become doubles where no class is named, which must not change them.
+
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "notations/json_value.h"
+
+namespace hcy::tools {
+
+// Throws BadText, with what to write instead, if the number is written as an integer and no double
+// is equal to it.
+void requireExactInteger(std::string_view number, std::size_t offset);
+
+// The same for all numbers in the value.
+void requireExactIntegers(const JsonValue& value);
+
+}  // namespace hcy::tools

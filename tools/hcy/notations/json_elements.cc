@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "notations/json_elements.h"
+
+#include <utility>
+
+namespace hcy::tools {
+namespace {
+
+// How long the lists are, level by level, along the first elements.
+Shape lengthsOf(const JsonValue& data) {
+  Shape lengths;
+  for (const JsonValue* value = &data; const auto* const list = value->as<JsonList>();) {
+    lengths.push_back(list->size());
+    if (list->empty()) break;
+    value = &list->front();
+  }
+  return lengths;
+}
+
+// Appends the values in the order in which they are written, all lists being as long as said.
+void collect(const JsonValue& data, const Shape& lengths, std::size_t level,
+             std::vector<const JsonValue*>& values) {
+  const auto* const list = data.as<JsonList>();
+  if (level == lengths.size()) {
+    if (list != nullptr) throw BadText(data.offset, "a list where the others have a value");
+    values.push_back(&data);
+    return;
+  }
+  if (list == nullptr) throw BadText(data.offset, "a value where the others have a list");
+  if (list->size() != lengths[level]) {
+    throw BadText(data.offset, "the lists differ in length: " + std::to_string(list->size()) +
+                                   " and before " + std::to_string(lengths[level]));
+  }
+  for (const JsonValue& item : *list) collect(item, lengths, level + 1, values);
+}
+
+// From the order in which the last dimension runs fastest to that of the first one.
+std::vector<const JsonValue*> columnMajor(const std::vector<const JsonValue*>& rowMajor,
+                                          const Shape& shape) {
+  std::vector<const JsonValue*> values(rowMajor.size());
+  Shape subscripts(shape.size());
+  for (const JsonValue* const value : rowMajor) {
+    std::size_t index = 0;
+    for (std::size_t i = shape.size(); i-- > 0;) index = index * shape[i] + subscripts[i];
+    values[index] = value;
+    for (std::size_t i = shape.size(); i-- > 0 && ++subscripts[i] == shape[i];) subscripts[i] = 0;
+  }
+  return values;
+}
+
+}  // namespace
+
+std::size_t sizeFrom(const JsonValue& value, std::uint64_t largest) {
+  const auto size = elementFrom<std::uint64_t>(value);
+  if (size > largest) throw BadText(value.offset, "larger than " + std::to_string(largest));
+  return size;
+}
+
+Shape shapeFrom(const JsonValue& value) {
+  const auto* const list = value.as<JsonList>();
+  if (list == nullptr || list->size() < 2) {
+    throw BadText(value.offset, "a shape is a list of two dimensions or more");
+  }
+  Shape shape;
+  for (const JsonValue& dimension : *list) shape.push_back(sizeFrom(dimension));
+  return shape;
+}
+
+Elements nestedElements(const JsonValue& data) {
+  Shape shape = lengthsOf(data);
+  std::vector<const JsonValue*> values;
+  collect(data, shape, 0, values);
+  if (shape.empty()) shape = {1};
+  if (shape == Shape{0}) return {{0, 0}, {}};
+  if (shape.size() == 1) return {{1, shape[0]}, std::move(values)};
+  return {shape, columnMajor(values, shape)};
+}
+
+Elements flatElements(const JsonValue& data, const JsonValue& shape) {
+  Elements elements{shapeFrom(shape), {}};
+  const auto* const list = data.as<JsonList>();
+  if (list == nullptr) throw BadText(data.offset, "beside a shape stands a list of all elements");
+  requireCount(data, list->size(), elements.shape);
+  elements.values.reserve(list->size());
+  for (const JsonValue& item : *list) elements.values.push_back(&item);
+  return elements;
+}
+
+void requireCount(const JsonValue& data, std::size_t count, const Shape& shape) {
+  std::uint64_t wanted = 1;
+  bool isTooLarge = false;
+  bool isEmpty = false;
+  for (const std::uint64_t dimension : shape) {
+    isEmpty = isEmpty || dimension == 0;
+    isTooLarge = isTooLarge || wanted * dimension > kLargestSize;
+    if (!isTooLarge) wanted *= dimension;
+  }
+  if (isEmpty) wanted = 0;
+  if (isTooLarge && !isEmpty)
+    throw BadText(data.offset, "the shape is larger than an array can be");
+  if (count != wanted) {
+    throw BadText(data.offset, "the shape has " + std::to_string(wanted) + " elements, here are " +
+                                   std::to_string(count));
+  }
+}
+
+}  // namespace hcy::tools

@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "notations/json_value.h"
+
+#include <algorithm>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "text/source_text.h"
+
+namespace hcy::tools {
+namespace {
+
+// Walks over the text and tells how far the parser has come.
+class Reader {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = const char&;
+
+  Reader(const char* position, const char** reached) : position_(position), reached_(reached) {}
+  reference operator*() const { return *position_; }
+  Reader& operator++() {
+    *reached_ = ++position_;
+    return *this;
+  }
+  bool operator==(const Reader& other) const { return position_ == other.position_; }
+  bool operator!=(const Reader& other) const { return position_ != other.position_; }
+
+ private:
+  const char* position_;
+  const char** reached_;
+};
+
+bool belongsToNumber(char c) {
+  return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.' || c == 'e' || c == 'E';
+}
+
+// Where the number begins that ends at `end`.
+std::size_t startOfNumber(std::string_view text, std::size_t end) {
+  while (end > 0 && belongsToNumber(text[end - 1])) --end;
+  return end;
+}
+
+// Where the text begins whose second quote is before `end`: an even number of backslashes is
+// before a quote that is not escaped.
+std::size_t startOfText(std::string_view text, std::size_t end) {
+  for (std::size_t quote = end - 1; quote > 0;) {
+    quote = text.rfind('"', quote - 1);
+    if (quote == std::string_view::npos) return 0;
+    std::size_t first = quote;
+    while (first > 0 && text[first - 1] == '\\') --first;
+    if ((quote - first) % 2 == 0) return quote;
+  }
+  return 0;
+}
+
+// What nlohmann's parser says, without what is said elsewhere or differently: its name, the place,
+// and the text that it read last.
+std::string problemOf(const std::string& what) {
+  const std::size_t start = what.find(" - ");
+  if (start == std::string::npos) {
+    const std::size_t overflow = what.find("number overflow");
+    return overflow == std::string::npos ? "bad JSON" : "a number is too large for a double";
+  }
+  std::string problem = what.substr(start + 3);
+  const std::size_t last = problem.find("; last read: ");
+  if (last != std::string::npos) {
+    const std::size_t expected = problem.rfind("; expected ");
+    problem = problem.substr(0, last) +
+              (expected == std::string::npos || expected < last ? "" : problem.substr(expected));
+  }
+  return "bad JSON: " + problem;
+}
+
+// The number that begins here and that JSON does not have; empty for anything else.
+std::string_view missingNumber(std::string_view text) {
+  for (const std::string_view name : {"NaN", "Infinity", "-Infinity"}) {
+    if (text.starts_with(name)) return name;
+  }
+  return {};
+}
+
+// Builds the tree from what the parser meets.
+class Builder : public nlohmann::json_sax<nlohmann::json> {
+ public:
+  Builder(std::string_view text, const char* const& reached) : text_(text), reached_(reached) {}
+
+  JsonValue take() { return std::move(root_); }
+
+  bool null() override { return add(4, nullptr); }
+  bool boolean(bool value) override { return add(value ? 4 : 5, value); }
+  bool number_integer(number_integer_t) override { return addNumber(); }
+  bool number_unsigned(number_unsigned_t) override { return addNumber(); }
+  bool number_float(number_float_t, const string_t&) override { return addNumber(); }
+  bool string(string_t& value) override {
+    return add(offset() - startOfText(text_, offset()), std::move(value));
+  }
+  bool binary(binary_t&) override { return false; }  // there is none in a text
+  bool start_object(std::size_t) override { return open(JsonObject()); }
+  bool start_array(std::size_t) override { return open(JsonList()); }
+  bool end_array() override { return close(); }
+
+  bool key(string_t& name) override {
+    std::get<JsonObject>(open_.back()->content)
+        .push_back({startOfText(text_, offset()), std::move(name), {}});
+    return true;
+  }
+
+  bool end_object() override {
+    const JsonObject& members = std::get<JsonObject>(open_.back()->content);
+    std::vector<const JsonMember*> sorted(members.size());
+    std::transform(members.begin(), members.end(), sorted.begin(),
+                   [](const JsonMember& member) { return &member; });
+    const auto isBefore = [](const JsonMember* a, const JsonMember* b) {
+      return a->name < b->name;
+    };
+    std::stable_sort(sorted.begin(), sorted.end(), isBefore);
+    const auto twice = std::adjacent_find(
+        sorted.begin(), sorted.end(),
+        [](const JsonMember* a, const JsonMember* b) { return a->name == b->name; });
+    if (twice != sorted.end()) {
+      throw BadText((*std::next(twice))->offset, "the same name as before in this object");
+    }
+    return close();
+  }
+
+  bool parse_error(std::size_t end, const std::string&,
+                   const nlohmann::json::exception& problem) override {
+    const std::string what = problemOf(problem.what());
+    requireNoStrayComma(end);
+    if (end > text_.size()) throw BadText(text_.size(), what);  // it looked for more
+    if (belongsToNumber(text_[end - 1])) throw BadText(startOfNumber(text_, end), what);
+    if (what.find("unexpected string literal") != std::string::npos) {
+      throw BadText(startOfText(text_, end), what);
+    }
+    const bool isNegative = end > 1 && text_[end - 2] == '-';
+    const std::size_t start = end - (isNegative ? 2 : 1);
+    const std::string number(missingNumber(text_.substr(start)));
+    if (!number.empty()) {
+      throw BadText(start, R"(bad JSON: such a number is written {"$double":")" + number + "\"}");
+    }
+    throw BadText(end - 1, what);
+  }
+
+ private:
+  // The parser complains about the bracket, although the comma before it is what is too much.
+  void requireNoStrayComma(std::size_t end) const {
+    if (end == 0 || end > text_.size() || (text_[end - 1] != '}' && text_[end - 1] != ']')) return;
+    const std::size_t comma = text_.substr(0, end - 1).find_last_not_of(" \t\r\n");
+    if (comma == std::string_view::npos || text_[comma] != ',') return;
+    throw BadText(comma, std::string("bad JSON: a comma before '") + text_[end - 1] + "'");
+  }
+
+  // Behind the last character that the parser has looked at.
+  std::size_t offset() const { return static_cast<std::size_t>(reached_ - text_.data()); }
+
+  JsonValue& place() {
+    if (open_.empty()) return root_;
+    if (auto* const list = std::get_if<JsonList>(&open_.back()->content)) {
+      return list->emplace_back();
+    }
+    return std::get<JsonObject>(open_.back()->content).back().value;
+  }
+
+  template <class Content>
+  bool add(std::size_t length, Content content) {
+    JsonValue& value = place();
+    value.offset = offset() - length;
+    value.content = std::move(content);
+    return true;
+  }
+
+  // The parser has looked at the character behind a number, unless the text ended there.
+  bool addNumber() {
+    std::size_t end = offset();
+    if (!belongsToNumber(text_[end - 1])) --end;
+    const std::size_t start = startOfNumber(text_, end);
+    return add(offset() - start, JsonNumber{text_.substr(start, end - start)});
+  }
+
+  template <class Content>
+  bool open(Content content) {
+    if (open_.size() == kDeepestJson) {
+      throw BadText(offset() - 1, "nested deeper than " + std::to_string(kDeepestJson) + " levels");
+    }
+    JsonValue& value = place();
+    value.offset = offset() - 1;
+    value.content = std::move(content);
+    open_.push_back(&value);
+    return true;
+  }
+
+  bool close() {
+    open_.pop_back();
+    return true;
+  }
+
+  std::string_view text_;
+  const char* const& reached_;
+  JsonValue root_;
+  // What is open is the last of what it is in, so that none of them moves.
+  std::vector<JsonValue*> open_;
+};
+
+}  // namespace
+
+JsonValue parseJson(std::string_view text) {
+  // The parser would take it for the end.
+  const std::size_t nul = text.find('\0');
+  if (nul != std::string_view::npos) throw BadText(nul, "bad JSON: a NUL");
+  // Of nothing at all, newer parsers say something else.
+  if (text.empty()) {
+    throw BadText(0, "bad JSON: unexpected end of input; expected '[', '{', or a literal");
+  }
+  const char* reached = text.data();
+  Builder builder(text, reached);
+  const char* unused = nullptr;
+  nlohmann::json::sax_parse(Reader(text.data(), &reached),
+                            Reader(text.data() + text.size(), &unused), &builder);
+  return builder.take();
+}
+
+}  // namespace hcy::tools

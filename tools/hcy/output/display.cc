@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "output/display.h"
+
+#include <complex>
+#include <span>
+#include <vector>
+
+#include "notations/element_types.h"
+#include "notations/sparse_entries.h"
+#include "output/number_text.h"
+#include "output/places.h"
+#include "output/table.h"
+#include "text/text.h"
+
+namespace hcy::tools {
+namespace {
+
+using hcyclient::Span;
+
+class Display {
+ public:
+  explicit Display(std::size_t width) : width_(width) {}
+
+  std::string take() { return std::move(out_); }
+
+  void show(std::string_view name, const Array& array, std::size_t indent) {
+    const Shape shape = shapeOf(array);
+    const std::string header = std::string(indent, ' ') + std::string(name) + ": " +
+                               (array.isSparse() ? "sparse " : "") +
+                               (array.isComplex() ? "complex " : "") +
+                               std::string(array.className()) + " " + shapeText(shape);
+    if (array.isSparse()) {
+      showSparse(header, array, indent);
+    } else if (array.isCell()) {
+      line(header);
+      for (std::size_t i = 0; i < array.size(); ++i) {
+        show(placeText(i, shape), array[i], indent + 2);
+      }
+    } else if (array.isStruct()) {
+      showStruct(header, array, shape, indent);
+    } else if (array.isText()) {
+      showText(header, array, shape, indent);
+    } else {
+      withElementType(array.classId(), [&](auto type) {
+        showNumbers<typename decltype(type)::type>(header, array, shape, indent);
+      });
+    }
+  }
+
+ private:
+  void line(const std::string& text) { out_ += cutToWidth(text, width_) + "\n"; }
+
+  void showStruct(const std::string& header, const Array& array, const Shape& shape,
+                  std::size_t indent) {
+    const std::vector<std::string> names = array.fieldNames();
+    std::string fields;
+    for (const std::string& name : names) fields += (fields.empty() ? "" : ", ") + printable(name);
+    // As many of these as the server says, without a byte of its reply for each.
+    if (names.empty() && array.size() > 1) return line(header + " without fields");
+    line(array.size() == 0 && !names.empty() ? header + " with fields " + fields : header);
+    for (std::size_t i = 0; i < array.size(); ++i) {
+      const std::size_t inner = array.size() == 1 ? indent + 2 : indent + 4;
+      if (array.size() != 1) line(std::string(indent + 2, ' ') + placeText(i, shape) + ":");
+      for (const std::string& name : names) show(printable(name), array(i, name), inner);
+    }
+  }
+
+  void showText(const std::string& header, const Array& array, const Shape& shape,
+                std::size_t indent) {
+    const Span<const char16_t> units = array.span<char16_t>();
+    if (units.size() == 0) return line(header);
+    if (shape.size() == 2 && shape[0] == 1) {
+      return line(header + " = " + quotedForDisplay({units.data(), units.size()}));
+    }
+    line(header);
+    for (std::size_t page = 0; page < units.size(); page += shape[0] * shape[1]) {
+      showPage(page, shape, indent);
+      for (std::size_t i = 0; i < shape[0]; ++i) {
+        std::u16string row;
+        for (std::size_t j = 0; j < shape[1]; ++j) row += units[page + i + j * shape[0]];
+        line(std::string(indent + 2, ' ') + quotedForDisplay(row));
+      }
+    }
+  }
+
+  template <class T>
+  void showNumbers(const std::string& header, const Array& array, const Shape& shape,
+                   std::size_t indent) {
+    const Span<const T> real = array.span<T>();
+    Span<const T> imaginary;
+    if constexpr (isNumber<T>) imaginary = array.imaginary<T>();
+    const auto text = [&](std::size_t i) {
+      return i < imaginary.size() ? textOf<T>(real[i], imaginary[i]) : textOf<T>(real[i]);
+    };
+    if (array.size() == 1 && shape.size() == 2) return line(header + " = " + text(0));
+    line(header);
+    if (real.size() == 0) return;
+    for (std::size_t page = 0; page < real.size(); page += shape[0] * shape[1]) {
+      showPage(page, shape, indent);
+      out_ += alignedColumns(
+          shape[0], shape[1],
+          [&](std::size_t i, std::size_t j) { return text(page + i + j * shape[0]); }, indent + 2,
+          width_);
+    }
+  }
+
+  // Of an array of more than two dimensions, which matrix comes next.
+  void showPage(std::size_t index, const Shape& shape, std::size_t indent) {
+    if (shape.size() == 2) return;
+    line(std::string(indent + 2, ' ') + "(:, :, " +
+         placeText(index / (shape[0] * shape[1]), std::span(shape).subspan(2)).substr(1));
+  }
+
+  void showSparse(const std::string& header, const Array& array, std::size_t indent) {
+    if (array.is<bool>()) return showEntries<bool>(header, array, indent);
+    if (array.isComplex()) return showEntries<std::complex<double>>(header, array, indent);
+    showEntries<double>(header, array, indent);
+  }
+
+  template <class T>
+  void showEntries(const std::string& header, const Array& array, std::size_t indent) {
+    const auto entries = entriesOf<T>(array);
+    line(header + ", " + std::to_string(entries.size()) + " stored");
+    const auto cell = [&entries](std::size_t i, std::size_t j) {
+      const auto& entry = entries[i];
+      if (j == 0) {
+        return "(" + std::to_string(entry.row) + ", " + std::to_string(entry.column) + ")";
+      }
+      if constexpr (std::is_same_v<T, std::complex<double>>) {
+        return textOf(entry.value.real(), entry.value.imag());
+      } else {
+        return textOf<T>(entry.value);
+      }
+    };
+    out_ += alignedColumns(entries.size(), 2, cell, indent + 2, width_);
+  }
+
+  std::size_t width_;
+  std::string out_;
+};
+
+}  // namespace
+
+std::string display(std::string_view name, const hcyclient::Array& array, std::size_t width) {
+  Display display(width);
+  display.show(name, array, 0);
+  return display.take();
+}
+
+}  // namespace hcy::tools

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "settings/pass_phrase.h"
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <string_view>
+#include <system_error>
+
+#include "text/source_text.h"
+#include "text/text.h"
+
+namespace hcy::tools {
+namespace {
+
+class Descriptor {
+ public:
+  Descriptor(const char* file, int flags) : descriptor_(::open(file, flags | O_CLOEXEC)) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (isOpen()) ::close(descriptor_);
+  }
+  bool isOpen() const { return descriptor_ >= 0; }
+  int get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+// The next byte; false at the end, of which errno tells.
+bool readByte(const Descriptor& from, char& byte) {
+  ssize_t count = 0;
+  errno = 0;
+  do {
+    count = ::read(from.get(), &byte, 1);
+  } while (count < 0 && errno == EINTR);
+  return count == 1;
+}
+
+void append(Secret& secret, char byte) {
+  if (byte == '\0') throw BadInput("the pass phrase has a NUL inside");
+  if (!secret.append(byte)) {
+    throw BadInput("the pass phrase is longer than " + std::to_string(Secret::kLongest) + " bytes");
+  }
+}
+
+// Typing is neither shown nor turned into signals, which would leave the terminal so.
+class SilentTerminal {
+ public:
+  explicit SilentTerminal(const Descriptor& terminal) : terminal_(terminal) {
+    isSet_ = ::tcgetattr(terminal_.get(), &before_) == 0;
+    termios silent = before_;
+    silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ISIG | ICANON);
+    silent.c_cc[VMIN] = 1;
+    silent.c_cc[VTIME] = 0;
+    isSet_ = isSet_ && ::tcsetattr(terminal_.get(), TCSAFLUSH, &silent) == 0;
+    if (!isSet_) throw BadInput("the terminal cannot be kept from showing the pass phrase");
+  }
+  SilentTerminal(const SilentTerminal&) = delete;
+  SilentTerminal& operator=(const SilentTerminal&) = delete;
+  ~SilentTerminal() { ::tcsetattr(terminal_.get(), TCSAFLUSH, &before_); }
+
+  char interruptKey() const { return static_cast<char>(before_.c_cc[VINTR]); }
+  char eraseKey() const { return static_cast<char>(before_.c_cc[VERASE]); }
+  char killKey() const { return static_cast<char>(before_.c_cc[VKILL]); }
+  char endKey() const { return static_cast<char>(before_.c_cc[VEOF]); }
+
+ private:
+  const Descriptor& terminal_;
+  termios before_{};
+  bool isSet_ = false;
+};
+
+void write(const Descriptor& terminal, std::string_view text) {
+  // Where the question cannot be shown, the answer will not come either.
+  static_cast<void>(!::write(terminal.get(), text.data(), text.size()));
+}
+
+enum class Ended { kByLine, kByInterrupt, kByNothing };
+
+Ended readLine(const Descriptor& terminal, const SilentTerminal& silent, Secret& secret) {
+  for (char byte = 0; readByte(terminal, byte);) {
+    if (byte == '\n' || byte == '\r') return Ended::kByLine;
+    if (byte == silent.interruptKey()) return Ended::kByInterrupt;
+    if (byte == silent.endKey()) break;
+    if (byte == silent.eraseKey() || byte == '\b') {
+      secret.removeLast();
+    } else if (byte == silent.killKey()) {
+      secret.clear();
+    } else {
+      append(secret, byte);
+    }
+  }
+  return Ended::kByNothing;
+}
+
+}  // namespace
+
+Secret passPhraseOfFile(const std::string& file) {
+  const Descriptor from(file.c_str(), O_RDONLY);
+  Secret secret;
+  char byte = 0;
+  errno = from.isOpen() ? 0 : errno;
+  while (from.isOpen() && readByte(from, byte) && byte != '\n') append(secret, byte);
+  if (errno != 0) throw BadInput(printable(file) + ": " + std::generic_category().message(errno));
+  if (secret.text().ends_with('\r')) secret.removeLast();
+  if (secret.text().empty()) throw BadInput(printable(file) + ": its first line is empty");
+  return secret;
+}
+
+Secret passPhraseOfTerminal() {
+  const Descriptor terminal("/dev/tty", O_RDWR | O_NOCTTY);
+  if (!terminal.isOpen()) throw BadInput("there is no terminal to ask for the pass phrase on");
+  Secret secret;
+  Ended ended{};
+  {
+    const SilentTerminal silent(terminal);
+    write(terminal, "Pass phrase of the private key: ");
+    ended = readLine(terminal, silent, secret);
+    write(terminal, "\n");
+  }
+  if (ended == Ended::kByInterrupt) static_cast<void>(std::raise(SIGINT));
+  if (ended != Ended::kByLine || secret.text().empty()) throw BadInput("no pass phrase was given");
+  return secret;
+}
+
+}  // namespace hcy::tools

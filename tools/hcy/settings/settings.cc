@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "settings/settings.h"
+
+#include <chrono>
+
+#include "settings/pass_phrase.h"
+
+namespace hcy::tools {
+
+hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& settings) {
+  hcyclient::Config config(library);
+  if (settings.timeout) config.setTimeout(std::chrono::seconds(*settings.timeout));
+  if (settings.largestReply) config.setResponseSizeLimit(*settings.largestReply);
+  config.setClientCertificateFile(settings.certificateFile)
+      .setClientPrivateKeyFile(settings.keyFile)
+      .setAuthorityFile(settings.authorityFile)
+      .setRevocationListFile(settings.revocationListFile)
+      .setHostnameVerification(settings.verifiesHost)
+      .setPeerVerification(settings.verifiesPeer);
+  if (!settings.passPhraseFile.empty()) {
+    config.setPrivateKeyPassPhrase(passPhraseOfFile(settings.passPhraseFile).text());
+  } else if (settings.asksPassPhrase) {
+    config.setPrivateKeyPassPhrase(passPhraseOfTerminal().text());
+  }
+  return config;
+}
+
+}  // namespace hcy::tools

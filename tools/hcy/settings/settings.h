@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#pragma once
+
+#include <hcy/hcyclient.hpp>
+
+#include "settings/options.h"
+
+namespace hcy::tools {
+
+// A configuration with these settings; asks for the pass phrase if it is to be asked for. Throws
+// BadInput.
+hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& settings);
+
+}  // namespace hcy::tools

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "text/source_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <system_error>
+
+#include "text/text.h"
+
+namespace hcy::tools {
+namespace {
+
+// What goes into a call at all.
+constexpr std::size_t kLongestFile = 2147483647;
+
+// So much of a line is shown on either side of the place.
+constexpr std::size_t kExcerpt = 36;
+
+// The end of the last bytes of the text that are no more than the excerpt, between code points.
+std::string_view lastOf(std::string_view text) {
+  if (text.size() <= kExcerpt) return text;
+  text.remove_prefix(text.size() - kExcerpt);
+  while (!text.empty() && (static_cast<unsigned char>(text.front()) & 0xC0U) == 0x80) {
+    text.remove_prefix(1);
+  }
+  return text;
+}
+
+std::string_view firstOf(std::string_view text) {
+  std::size_t length = std::min(text.size(), kExcerpt);
+  while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80) {
+    ++length;
+  }
+  return text.substr(0, length);
+}
+
+struct FileCloser {
+  void operator()(std::FILE* file) const noexcept {
+    if (file != stdin) static_cast<void>(std::fclose(file));
+  }
+};
+
+[[noreturn]] void refuseFile(const std::string& name) {
+  throw BadInput(printable(name) + ": " + std::generic_category().message(errno));
+}
+
+}  // namespace
+
+std::string located(const std::string& name, std::string_view text, const BadText& problem) {
+  const std::size_t offset = std::min(problem.offset, text.size());
+  const std::string_view before = text.substr(0, offset);
+  const std::size_t lineStart = before.rfind('\n') + 1;  // npos + 1 is 0
+  const std::string_view head = before.substr(lineStart);
+  const std::string_view tail = text.substr(offset, text.find('\n', offset) - offset);
+  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+  std::size_t column = 1;
+  for (std::string_view rest = head; !rest.empty(); ++column) takeCodePoint(rest);
+
+  const std::string_view shownHead = lastOf(head);
+  const std::string_view shownTail = firstOf(tail);
+  const std::string start = (shownHead.size() < head.size() ? "…" : "") + printable(shownHead);
+  return name + ", line " + std::to_string(line) + ", column " + std::to_string(column) + ": " +
+         problem.what() + "\n  " + start + printable(shownTail) +
+         (shownTail.size() < tail.size() ? "…" : "") + "\n  " +
+         std::string(displayWidth(start), ' ') + "^";
+}
+
+std::string contentsOf(const std::string& file) {
+  const bool isStandardInput = file == "-";
+  const std::string name = isStandardInput ? "standard input" : file;
+  const std::unique_ptr<std::FILE, FileCloser> stream(
+      isStandardInput ? stdin : std::fopen(file.c_str(), "rb"));
+  if (!stream) refuseFile(name);
+  std::string contents;
+  std::array<char, 65536> piece{};
+  errno = 0;
+  while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), stream.get())) {
+    contents.append(piece.data(), count);
+    if (contents.size() > kLongestFile) {
+      throw BadInput(printable(name) + ": longer than " + std::to_string(kLongestFile) + " bytes");
+    }
+  }
+  if (std::ferror(stream.get()) != 0) refuseFile(name);
+  return contents;
+}
+
+}  // namespace hcy::tools
