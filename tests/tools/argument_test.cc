@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@
 namespace hcy::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -155,7 +157,7 @@ TEST(Argument, badJsonSaysWhere) {
                          "  int8:[1,200]\n"
                          "          ^"));
   EXPECT_THAT(refusalOf("int8:[1,false]"), HasSubstr("column 9: not a number"));
-  EXPECT_THAT(refusalOf("hello"), HasSubstr("stands in quotes"));
+  EXPECT_THAT(refusalOf("hello"), HasSubstr("(for text write '\"hello\"' or text:hello)"));
   EXPECT_EQ(refusalOf("@"),
             "argument 1, line 1, column 2: the name of a file is missing\n"
             "  @\n"
@@ -265,8 +267,10 @@ TEST(Argument, numbersThatJsonDoesNotHaveAreRefusedWithWhatToWrite) {
                                                    R"(written {"$double":"-Infinity"})"));
   EXPECT_THAT(refusalOf("Infinity"), HasSubstr(R"({"$double":"Infinity"})"));
   EXPECT_THAT(refusalOf("-NaN"), HasSubstr("column 2: bad JSON: invalid number"));
-  EXPECT_THAT(refusalOf("NaN"), testing::Not(HasSubstr("stands in quotes")));
-  EXPECT_THAT(refusalOf("Infinity"), testing::Not(HasSubstr("stands in quotes")));
+  EXPECT_THAT(refusalOf("NaN"),
+              testing::Not(HasSubstr("(for text write '\"hello\"' or text:hello)")));
+  EXPECT_THAT(refusalOf("Infinity"),
+              testing::Not(HasSubstr("(for text write '\"hello\"' or text:hello)")));
 }
 
 TEST(Argument, valuesThatDoNotFitAreRefused) {
@@ -329,6 +333,74 @@ TEST(Argument, partsOfTypedValuesThatAreNotWhatTheyShouldBeAreRefused) {
   EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":"a"})"), HasSubstr("a list of names"));
   EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":[1]})"), HasSubstr("not a name"));
   EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["\u0000"]})"), HasSubstr("cannot hold a NUL"));
+}
+
+TEST(Argument, textNeedsNoQuotes) {
+  const TestDirectory files;
+  const std::string file = files.write("notes.txt", "two\nlines, \"é\"\n");
+  EXPECT_EQ(meaningOf("text:hello"), R"(char "hello")");
+  EXPECT_EQ(meaningOf("text:int8:[1"), R"(char "int8:[1")");
+  EXPECT_EQ(meaningOf("text:"), R"(char "")");
+  EXPECT_EQ(meaningOf("text:@" + file), R"(char "two\nlines, \"é\"\n")");
+  EXPECT_THAT(refusalOf("text:a\xFF"), StartsWith("argument 1, line 1, column 7: the text is not"));
+  EXPECT_THAT(refusalOf("int8:text:a"), HasSubstr("a class cannot stand before text"));
+}
+
+TEST(Argument, aNotationBeforeAFileIsStrongerThanItsEnding) {
+  const TestDirectory files;
+  const std::string table = files.write("table.dat", "x\ty\n1\t2\n");
+  EXPECT_EQ(meaningOf("tsv:@" + table), "double [1,2]");
+  EXPECT_EQ(meaningOf("@" + files.write("a.TSV", "1\t2\n")), "double [1,2]");
+  EXPECT_EQ(meaningOf("json:@" + files.write("b.csv", "[3]")), "double 3");
+  EXPECT_EQ(meaningOf("csv:1,2"), "double [1,2]");
+  EXPECT_EQ(meaningOf("int8:csv:1,2"), R"(int8 {"$int8":[1,2]})");
+  EXPECT_EQ(tools::toJson(tools::arraysFrom({"csv:1;2"}, {';'})[0]), "[1,2]");
+  EXPECT_THAT(refusalOf("@" + table), HasSubstr("(text: and csv: before the file take it as"));
+  EXPECT_THAT(refusalOf("npy:[1]"), HasSubstr("npy: stands before @FILE or -"));
+  EXPECT_THAT(refusalOf("npy:@" + table), HasSubstr("table.dat: this is not a .npy file"));
+}
+
+TEST(Argument, columnsOfATable) {
+  const TestDirectory files;
+  const std::string table = "@" + files.write("t.csv", "x,\"a, b\"\n1,2\n3,4\n");
+  EXPECT_EQ(meaningOf(table + "[x]"), "double [[1],[3]]");
+  EXPECT_EQ(meaningOf("single:" + table + R"(["a, b",0])"), R"(single {"$single":[[2,1],[4,3]]})");
+  const auto arrays = tools::arraysFrom({table + "[0;1,x]", "5"});
+  ASSERT_EQ(arrays.size(), 3U);
+  EXPECT_EQ(tools::toJson(arrays[0]), "[[1],[3]]");
+  EXPECT_EQ(tools::toJson(arrays[1]), "[[2,1],[4,3]]");
+  EXPECT_THAT(refusalOf(table + "[y]"),
+              HasSubstr("t.csv, line 1, column 1: no column has the name y"));
+  EXPECT_THAT(refusalOf(table + "[]"), HasSubstr("the name of a column is missing"));
+  EXPECT_THAT(refusalOf(table + "[x;]"), HasSubstr("the name of a column is missing"));
+  EXPECT_THAT(refusalOf(table + "[\"x]"), HasSubstr("the quote is not closed"));
+  EXPECT_THAT(refusalOf(table + "[\"x\"y]"), HasSubstr("neither a comma nor a semicolon"));
+}
+
+TEST(Argument, classesHaveTheirNumpyNamesToo) {
+  EXPECT_EQ(meaningOf("float64:9007199254740993"), "double 9007199254740992");
+  EXPECT_EQ(meaningOf("float32:[1]"), R"(single {"$single":1})");
+  EXPECT_EQ(meaningOf("bool:[1,0]"), "logical [true,false]");
+  EXPECT_THAT(refusalOf("flaot32:1"),
+              AllOf(HasSubstr("there is no class flaot32; did you mean float32?\n"),
+                    HasSubstr("\n  classes: uint8 int8 "), HasSubstr("\n  notations: json text ")));
+  EXPECT_THAT(refusalOf("tex:1"), HasSubstr("did you mean text?"));
+  EXPECT_THAT(refusalOf("http:1"), HasSubstr("no class http\n  http:1\n"));
+}
+
+TEST(Argument, aTildeIsTheHomeDirectory) {
+  const TestDirectory files;
+  files.write("here.json", "7");
+  const std::string before = std::getenv("HOME") == nullptr ? "" : std::getenv("HOME");
+  ::setenv("HOME", files.path().c_str(), 1);
+  EXPECT_EQ(meaningOf("@~/here.json"), "double 7");
+  ::setenv("HOME", before.c_str(), 1);
+}
+
+TEST(Argument, quotesThatTheShellTookAreMentioned) {
+  EXPECT_THAT(refusalOf("{a:1}"), HasSubstr("(single quotes around the argument keep"));
+  EXPECT_THAT(refusalOf("[abc]"), HasSubstr("(single quotes around the argument keep"));
+  EXPECT_THAT(refusalOf("[1,]"), testing::Not(HasSubstr("single quotes")));
 }
 
 }  // namespace

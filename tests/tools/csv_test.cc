@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "notations/array_json.h"
 #include "notations/json_array.h"
@@ -13,8 +14,7 @@
 namespace hcy::test {
 namespace {
 
-std::string meaningOf(const std::string& csv) {
-  const tools::CsvTable table = tools::tableFrom(csv);
+std::string meaningOf(const tools::CsvTable& table) {
   if (!table.isOfNumbers) return tools::toJson(tools::cellOf(table));
   std::string text;
   for (const auto& line : table.lines) {
@@ -24,6 +24,20 @@ std::string meaningOf(const std::string& csv) {
     text += "| ";
   }
   return text;
+}
+
+std::string meaningOf(const std::string& csv, char delimiter = ',') {
+  return meaningOf(tools::tableFrom(csv, delimiter));
+}
+
+std::string choiceOf(const std::string& csv, const std::vector<tools::CsvColumns>& choices) {
+  try {
+    std::string text;
+    for (const auto& table : tools::tablesFrom(csv, ',', choices)) text += meaningOf(table) + "; ";
+    return text;
+  } catch (const tools::BadText& problem) {
+    return std::to_string(problem.offset) + " " + problem.what();
+  }
 }
 
 std::string refusalOf(const std::string& csv) {
@@ -38,7 +52,30 @@ TEST(Csv, numbers) {
   EXPECT_EQ(meaningOf("1,2\n3,4\n"), "1 2 | 3 4 | ");
   EXPECT_EQ(meaningOf("1, -2.5e3 \r\n+3,NaN"), "1 -2.5e3 | 3 NaN | ");
   EXPECT_EQ(meaningOf("1,\n,2\n"), "1 NaN | NaN 2 | ");
+  EXPECT_EQ(meaningOf("1,NA\n NA ,2\n"), "1 NaN | NaN 2 | ");
   EXPECT_EQ(meaningOf(""), "");
+}
+
+TEST(Csv, anotherCharacterSeparates) {
+  EXPECT_EQ(meaningOf("1;2\n3;4\n", ';'), "1 2 | 3 4 | ");
+  EXPECT_EQ(meaningOf("a,b\t\"c\td\"\n", '\t'), R"(["a,b","c\td"])");
+  EXPECT_EQ(meaningOf("x\ty\n1\t\n", '\t'), "1 NaN | ");
+}
+
+TEST(Csv, columnsAreChosenByNameOrNumber) {
+  const std::string csv = "id,x,y\na,1,2\nb,3,NA\n";
+  EXPECT_EQ(choiceOf(csv, {{{"x"}, {"y"}}}), "1 2 | 3 NaN | ; ");
+  EXPECT_EQ(choiceOf(csv, {{{"y"}}, {{"id"}}}),
+            R"(2 | NaN | ; {"$cell":["a","b"],"$shape":[2,1]}; )");
+  EXPECT_EQ(choiceOf(csv, {{{"", 2}, {"", 1}}}), "2 1 | NaN 3 | ; ");
+  EXPECT_EQ(choiceOf("1,2\n3,4\n", {{{"", 1}}}), "2 | 4 | ; ");
+  // A name that is a number, and a first line that only a name tells to be a header.
+  EXPECT_EQ(choiceOf("x,2025\n1,2\n", {{{"2025"}}}), "2 | ; ");
+  EXPECT_EQ(choiceOf("x\na\n", {{{"x"}}}), R"(["a"]; )");
+  EXPECT_EQ(choiceOf(csv, {{{"z"}}}), "0 no column has the name z");
+  EXPECT_EQ(choiceOf(csv, {{{"", 3}}}), "0 there is no column 3; columns count from 0");
+  EXPECT_EQ(choiceOf("x,x\n1,2\n", {{{"x"}}}), "0 two columns have the name x");
+  EXPECT_EQ(choiceOf("", {{{"x"}}}), "0 there are no columns to choose from");
 }
 
 TEST(Csv, aHeaderAndCommentsAreLeftOut) {

@@ -15,10 +15,10 @@ _hcy_files() {
 
 _hcy() {
   local word=$2 previous=${COMP_WORDS[COMP_CWORD - 1]}
-  local calling='--help --nargout --timeout --max-reply --ca --crl --cert --key --key-pass-file
+  local calling='--help --nargout --delimiter --timeout --max-reply --ca --crl --cert --key --key-pass-file
     --ask-key-pass --no-verify-host --no-verify-peer'
   local classes='double: single: int8: int16: int32: int64: uint8: uint16: uint32: uint64: logical:
-    char: struct: cell: complex: sparse:'
+    char: struct: cell: complex: sparse: float64: float32: bool: json: text: csv: tsv: npy:'
   COMPREPLY=()
 
   case $previous in
@@ -27,7 +27,7 @@ _hcy() {
       compopt -o filenames 2>/dev/null
       return
       ;;
-    -n | --nargout | --timeout | --max-reply | --width | --calls | --threads)
+    -n | --nargout | --timeout | --max-reply | --width | --delimiter | --calls | --threads)
       return
       ;;
   esac

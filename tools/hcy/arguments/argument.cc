@@ -2,16 +2,18 @@
 
 #include "arguments/argument.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <new>
 #include <string_view>
 #include <utility>
 
+#include "arguments/argument_words.h"
 #include "notations/csv.h"
 #include "notations/exact_integers.h"
 #include "notations/json_array.h"
 #include "notations/json_value.h"
+#include "notations/npy.h"
 #include "text/source_text.h"
 #include "text/text.h"
 
@@ -19,33 +21,11 @@ namespace hcy::tools {
 namespace {
 
 using hcyclient::Array;
-
-// The classes before an argument, the innermost first, and how long they are.
-struct Prefix {
-  std::vector<std::string_view> types;
-  std::size_t length = 0;
-};
-
-Prefix prefixOf(std::string_view argument) {
-  Prefix prefix;
-  for (;;) {
-    const std::string_view rest = argument.substr(prefix.length);
-    const std::size_t colon = rest.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789");
-    if (colon == 0 || colon == std::string_view::npos || rest[colon] != ':') return prefix;
-    const std::string_view type = rest.substr(0, colon);
-    if (std::find(typeNames().begin(), typeNames().end(), type) == typeNames().end()) {
-      throw BadText(prefix.length, "there is no class " + std::string(type));
-    }
-    // No more than one around complex or sparse.
-    if (prefix.types.size() == 2) throw BadText(prefix.length, "a class too many");
-    prefix.types.insert(prefix.types.begin(), type);
-    prefix.length += colon + 1;
-  }
-}
+using Classes = std::vector<std::string_view>;
 
 // Puts the classes around the value: int16:1 is {"$int16":1}.
-JsonValue typed(JsonValue value, const Prefix& prefix) {
-  for (const std::string_view type : prefix.types) {
+JsonValue typed(JsonValue value, const Classes& classes) {
+  for (const std::string_view type : classes) {
     const std::size_t offset = value.offset;
     JsonObject object;
     object.push_back({offset, "$" + std::string(type), std::move(value)});
@@ -54,75 +34,139 @@ JsonValue typed(JsonValue value, const Prefix& prefix) {
   return value;
 }
 
-bool isCsv(std::string_view file) {
-  constexpr std::string_view ending = ".csv";
-  return file.size() >= ending.size() &&
-         std::equal(ending.begin(), ending.end(), file.end() - ending.size(), [](char a, char b) {
-           return a == b || (b >= 'A' && b <= 'Z' && b - 'A' + 'a' == a);
-         });
-}
-
-Array arrayOfText(const Prefix& prefix, std::string_view text) {
-  return arrayFrom(typed(parseJson(text), prefix));
-}
-
-Array arrayOfCsv(const Prefix& prefix, std::string_view text) {
-  const CsvTable table = tableFrom(text);
-  if (table.isOfNumbers) {
-    const JsonValue numbers = numbersOf(table);
-    if (!prefix.types.empty()) return arrayFrom(typed(numbers, prefix));
-    requireExactIntegers(numbers);
-    return arrayFrom(typed(numbers, Prefix{{"double"}}));
+Array arrayOfText(std::string_view text) {
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::size_t offset = text.size() - rest.size();
+    if (!takeCodePoint(rest)) throw BadText(offset, "the text is not UTF-8");
   }
-  if (!prefix.types.empty()) throw BadText(0, "a class can only stand before numbers");
-  return cellOf(table);
+  return Array(text);
 }
 
-Array arrayOfFile(const Prefix& prefix, const std::string& file) {
-  const std::string text = contentsOf(file);
+Array arrayOfTable(const CsvTable& table, const Classes& classes) {
+  if (!table.isOfNumbers) {
+    if (!classes.empty()) throw BadText(0, "a class can only stand before numbers");
+    return cellOf(table);
+  }
+  const JsonValue numbers = numbersOf(table);
+  if (!classes.empty()) return arrayFrom(typed(numbers, classes));
+  requireExactIntegers(numbers);
+  return arrayFrom(typed(numbers, {"double"}));
+}
+
+std::vector<Array> arraysOfTables(const ArgumentWords& words, std::string_view text,
+                                  const ArgumentSettings& settings) {
+  const char delimiter = words.notation == Notation::kTsv ? '\t' : settings.delimiter;
+  std::vector<CsvTable> tables;
+  if (words.choices.empty()) {
+    tables.push_back(tableFrom(text, delimiter));
+  } else {
+    tables = tablesFrom(text, delimiter, words.choices);
+  }
+  std::vector<Array> arrays;
+  for (const CsvTable& table : tables) arrays.push_back(arrayOfTable(table, words.classes));
+  return arrays;
+}
+
+std::vector<Array> one(Array array) {
+  std::vector<Array> arrays;
+  arrays.push_back(std::move(array));
+  return arrays;
+}
+
+// What the text means. Throws BadText.
+std::vector<Array> arraysOf(const ArgumentWords& words, std::string_view text,
+                            const ArgumentSettings& settings) {
+  switch (words.notation) {
+    case Notation::kCsv:
+    case Notation::kTsv:
+      return arraysOfTables(words, text, settings);
+    case Notation::kText:
+      if (!words.classes.empty()) throw BadText(0, "a class cannot stand before text");
+      return one(arrayOfText(text));
+    case Notation::kNpy:
+      if (!words.classes.empty()) throw BadText(0, "a .npy file says its class itself");
+      return one(arrayOfNpy(text));
+    case Notation::kJson:
+      break;
+  }
+  return one(arrayFrom(typed(parseJson(text), words.classes)));
+}
+
+std::vector<Array> arraysOfFile(const ArgumentWords& words, const ArgumentSettings& settings) {
+  const std::string name = *words.file == "-" ? "standard input" : printable(*words.file);
+  const std::string text = contentsOf(*words.file);
   try {
-    return isCsv(file) ? arrayOfCsv(prefix, text) : arrayOfText(prefix, text);
+    return arraysOf(words, text, settings);
   } catch (const BadText& problem) {
-    throw BadInput(located(file == "-" ? "standard input" : printable(file), text, problem));
+    if (words.notation == Notation::kNpy) throw BadInput(name + ": " + problem.what());
+    const bool isOther = words.notation == Notation::kJson && !words.isNotationSaid &&
+                         !words.file->ends_with(".json");
+    throw BadInput(
+        located(name, text, problem) +
+        (isOther ? "\n  (text: and csv: before the file take it as text or a table)" : ""));
+  } catch (const BadInput& problem) {
+    throw BadInput(name + ": " + problem.what());
   }
 }
 
-// Words without quotes are the slip to expect.
-std::string hintFor(std::string_view argument) {
-  const bool isWord = !argument.empty() &&
-                      ((argument[0] | 0x20) >= 'a' && (argument[0] | 0x20) <= 'z') &&
-                      argument != "NaN" && argument != "Infinity";
-  return isWord ? "\n  (a text stands in quotes of JSON: '\"text\"')" : "";
+std::string listed(const std::vector<std::string_view>& words) {
+  std::string list;
+  for (const std::string_view word : words) list.append(" ").append(word);
+  return list;
 }
 
-Array arrayFromArgument(const std::string& argument, const std::string& name, bool& isInputRead) {
-  Prefix prefix;
+bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
+
+std::string hintForText(std::string_view word) {
+  const std::string text =
+      word.find_first_of("'\"\\\n") == std::string_view::npos ? printable(word) : "text";
+  return "\n  (for text write '\"" + text + "\"' or text:" + text + ")";
+}
+
+// The slips to expect: words without quotes, and quotes that the shell has taken away.
+std::string hintFor(std::string_view argument) {
+  if (argument.empty() || argument == "NaN" || argument == "Infinity") return {};
+  if (isLetter(argument[0])) return hintForText(argument);
+  const bool isOpen = argument[0] == '{' || argument[0] == '[';
+  const std::size_t word = argument.find_first_not_of("{[ ");
+  const bool isBare = isOpen && argument.find('"') == std::string_view::npos &&
+                      word != std::string_view::npos && isLetter(argument[word]);
+  return isBare ? "\n  (single quotes around the argument keep its quotes from the shell)" : "";
+}
+
+std::vector<Array> arraysFromArgument(const std::string& argument, const std::string& name,
+                                      const ArgumentSettings& settings, bool& isInputRead) {
+  ArgumentWords words;
   try {
-    prefix = prefixOf(argument);
-    const std::string_view rest = std::string_view(argument).substr(prefix.length);
-    if (rest == "@") throw BadText(1, "the name of a file is missing");
-    const std::string_view file = rest.starts_with('@') ? rest.substr(1) : rest;
-    if (file == "-" && std::exchange(isInputRead, true)) {
+    words = argumentWords(argument);
+    if (words.file == "-" && std::exchange(isInputRead, true)) {
       throw BadInput(name + ": the standard input has been read already");
     }
-    if (file == "-" || rest.starts_with('@')) return arrayOfFile(prefix, std::string(file));
-    return arrayOfText(prefix, rest);
+    if (words.file) return arraysOfFile(words, settings);
+    if (words.notation == Notation::kNpy) throw BadText(0, "npy: stands before @FILE or -");
+    return arraysOf(words, words.literal, settings);
+  } catch (const UnknownClass& problem) {
+    throw BadInput(located(name, argument, problem) + hintForText(argument) + "\n  classes:" +
+                   listed(classWords()) + "\n  notations:" + listed(notationWords()));
   } catch (const BadText& problem) {
-    const bool isInPrefix = prefix.length == 0;
-    const BadText moved(problem.offset + prefix.length, problem.what());
-    throw BadInput(located(name, argument, moved) + (isInPrefix ? hintFor(argument) : ""));
+    const bool isPlain = words.length == 0 && words.notation == Notation::kJson;
+    const BadText moved(problem.offset + words.length, problem.what());
+    throw BadInput(located(name, argument, moved) + (isPlain ? hintFor(argument) : ""));
   }
 }
 
 }  // namespace
 
-std::vector<hcyclient::Array> arraysFrom(const std::vector<std::string>& arguments) {
+std::vector<hcyclient::Array> arraysFrom(const std::vector<std::string>& arguments,
+                                         const ArgumentSettings& settings) {
   std::vector<Array> arrays;
   bool isInputRead = false;
+  std::size_t number = 0;
   for (const std::string& argument : arguments) {
-    const std::string name = "argument " + std::to_string(arrays.size() + 1);
+    const std::string name = "argument " + std::to_string(++number);
     try {
-      arrays.push_back(arrayFromArgument(argument, name, isInputRead));
+      std::vector<Array> made = arraysFromArgument(argument, name, settings, isInputRead);
+      std::move(made.begin(), made.end(), std::back_inserter(arrays));
     } catch (const std::bad_alloc&) {
       throw BadInput(name + ": there is not enough memory for it");
     }

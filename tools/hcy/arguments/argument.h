@@ -10,8 +10,15 @@
 
 namespace hcy::tools {
 
-// Each argument is JSON, a file (@data.json, @data.csv) or the standard input (-), with classes
-// before it or not (int16:[1,2]). Throws BadInput, which says of which argument and where.
-std::vector<hcyclient::Array> arraysFrom(const std::vector<std::string>& arguments);
+struct ArgumentSettings {
+  char delimiter = ',';  // of csv
+};
+
+// Each argument is JSON, text, a table or a .npy file: written out, from a file (@data.json), or
+// from the standard input (-), with classes before it or not (int16:[1,2]). An argument that
+// chooses columns of a table several times makes as many arrays. Throws BadInput, which says of
+// which argument and where.
+std::vector<hcyclient::Array> arraysFrom(const std::vector<std::string>& arguments,
+                                         const ArgumentSettings& settings = {});
 
 }  // namespace hcy::tools

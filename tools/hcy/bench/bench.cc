@@ -107,7 +107,8 @@ int report(const Measurements& measured, unsigned threads, double seconds) {
 
 int bench(const Options& options) {
   requireHttp(options.url);
-  const std::vector<hcyclient::Array> inputs = arraysFrom(options.arguments);
+  const std::vector<hcyclient::Array> inputs =
+      arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;
   const hcyclient::Config config = configFrom(library, options.settings);
   // Transfers at once leave the action for it to chance.

@@ -51,7 +51,8 @@ void show(const hcyclient::FunctionError& error) {
 
 int call(const Options& options) {
   requireHttp(options.url);
-  const std::vector<hcyclient::Array> inputs = arraysFrom(options.arguments);
+  const std::vector<hcyclient::Array> inputs =
+      arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;
   const hcyclient::Config config = configFrom(library, options.settings);
   const hcyclient::Context context(config);

@@ -22,6 +22,7 @@ void findNumber(CsvField& field, std::string_view text) {
   const auto first = std::min(text.find_first_not_of(blanks), text.size());
   text = text.substr(first, text.find_last_not_of(blanks) + 1 - first);
   if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
+  if (text == "NA") text = {};
   double number = 0;
   const char* const end = text.data() + text.size();
   const auto read = std::from_chars(text.data(), end, number);
@@ -39,7 +40,8 @@ void requireUtf8(const CsvField& field) {
 // Takes the text apart into lines of fields.
 class Splitter {
  public:
-  explicit Splitter(std::string_view text) : text_(text) {
+  Splitter(std::string_view text, char delimiter)
+      : text_(text), delimiter_(delimiter), fieldEnds_{delimiter, '\r', '\n'} {
     if (text_.starts_with("\xEF\xBB\xBF")) position_ = 3;
   }
 
@@ -73,10 +75,12 @@ class Splitter {
     do {
       fields.push_back(text_.substr(position_).starts_with('"') ? quotedField() : field());
       requireUtf8(fields.back());
-    } while (takes(','));
+    } while (takes(delimiter_));
     takes('\r');
     if (!takes('\n') && position_ < text_.size()) {
-      throw BadText(position_, "neither a comma nor the end of the line");
+      throw BadText(position_, std::string("neither a ") +
+                                   (delimiter_ == ',' ? "comma" : "delimiter") +
+                                   " nor the end of the line");
     }
     return fields;
   }
@@ -88,7 +92,7 @@ class Splitter {
   }
 
   CsvField field() {
-    const std::size_t end = std::min(text_.find_first_of(",\r\n", position_), text_.size());
+    const std::size_t end = std::min(text_.find_first_of(fieldEnds_, position_), text_.size());
     const std::string_view text = text_.substr(position_, end - position_);
     CsvField made{position_, std::string(text)};
     findNumber(made, text);
@@ -109,6 +113,8 @@ class Splitter {
   }
 
   std::string_view text_;
+  char delimiter_;
+  std::string fieldEnds_;
   std::size_t position_ = 0;
 };
 
@@ -124,16 +130,62 @@ bool isHeader(const Line& line) {
   });
 }
 
+std::size_t indexOf(const CsvColumn& column, const Line& header) {
+  if (column.index) {
+    if (*column.index < header.size()) return *column.index;
+    throw BadText(header.front().offset,
+                  "there is no column " + std::to_string(*column.index) + "; columns count from 0");
+  }
+  const auto isNamed = [&](const CsvField& field) { return field.text == column.name; };
+  const auto found = std::find_if(header.begin(), header.end(), isNamed);
+  if (found == header.end()) {
+    throw BadText(header.front().offset, "no column has the name " + printable(column.name));
+  }
+  if (std::find_if(std::next(found), header.end(), isNamed) != header.end()) {
+    throw BadText(found->offset, "two columns have the name " + printable(column.name));
+  }
+  return static_cast<std::size_t>(found - header.begin());
+}
+
+// The header is the first line if that is said, or if it looks like one.
+CsvTable tableOf(std::vector<Line> lines, bool hasHeader) {
+  CsvTable table{std::move(lines)};
+  std::vector<Line>& all = table.lines;
+  if (all.empty()) return table;
+  table.isOfNumbers = std::all_of(std::next(all.begin()), all.end(), isOfNumbers);
+  const bool looksLikeHeader = all.size() > 1 && table.isOfNumbers && isHeader(all.front());
+  if (hasHeader || looksLikeHeader) all.erase(all.begin());
+  table.isOfNumbers = table.isOfNumbers && (all.empty() || isOfNumbers(all.front()));
+  return table;
+}
+
+CsvTable columnsOf(const std::vector<Line>& lines, const CsvColumns& columns) {
+  std::vector<std::size_t> indices;
+  for (const CsvColumn& column : columns) indices.push_back(indexOf(column, lines.front()));
+  std::vector<Line> chosen;
+  chosen.reserve(lines.size());
+  for (const Line& line : lines) {
+    Line& fields = chosen.emplace_back();
+    for (const std::size_t index : indices) fields.push_back(line[index]);
+  }
+  const bool areNamed = std::any_of(columns.begin(), columns.end(),
+                                    [](const CsvColumn& column) { return !column.index; });
+  return tableOf(std::move(chosen), areNamed);
+}
+
 }  // namespace
 
-CsvTable tableFrom(std::string_view csv) {
-  CsvTable table{Splitter(csv).lines()};
-  std::vector<Line>& lines = table.lines;
-  if (lines.empty()) return table;
-  table.isOfNumbers = std::all_of(std::next(lines.begin()), lines.end(), isOfNumbers);
-  if (lines.size() > 1 && table.isOfNumbers && isHeader(lines.front())) lines.erase(lines.begin());
-  table.isOfNumbers = table.isOfNumbers && isOfNumbers(lines.front());
-  return table;
+CsvTable tableFrom(std::string_view csv, char delimiter) {
+  return tableOf(Splitter(csv, delimiter).lines(), false);
+}
+
+std::vector<CsvTable> tablesFrom(std::string_view csv, char delimiter,
+                                 const std::vector<CsvColumns>& choices) {
+  const std::vector<Line> lines = Splitter(csv, delimiter).lines();
+  if (lines.empty()) throw BadText(0, "there are no columns to choose from");
+  std::vector<CsvTable> tables;
+  for (const CsvColumns& columns : choices) tables.push_back(columnsOf(lines, columns));
+  return tables;
 }
 
 JsonValue numbersOf(const CsvTable& table) {
@@ -156,7 +208,7 @@ JsonValue numbersOf(const CsvTable& table) {
 
 hcyclient::Array cellOf(const CsvTable& table) {
   const std::size_t rows = table.lines.size();
-  const std::size_t columns = table.lines.front().size();
+  const std::size_t columns = rows == 0 ? 0 : table.lines.front().size();
   Array cell = Array::cells({rows, columns});
   for (std::size_t i = 0; i < rows; ++i) {
     for (std::size_t j = 0; j < columns; ++j) {

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cctype>
 #include <iostream>
 #include <memory>
 #include <string_view>
@@ -20,10 +21,23 @@ constexpr int kMostOutputs = 100000;
 constexpr const char* kArgumentHelp = R"(An ARG is one of
   5  true  '"text"'  '{"a":1}'                         JSON
   [1,2]  [[1],[2]]  [[1,2],[3,4]]                      a row, a column, rows
-  int16:[1,2]                                          JSON with a class before it
-  @data.json  @data.csv  -                             a file, the standard input
+  int16:[1,2]  float32:0.5                             JSON with a class before it
+  text:hello  text:@notes.txt  text:-                  text
+  @data.json  @table.csv  @table.tsv  @a.npy           a file
+  -  csv:-  tsv:-                                      the standard input
+  '@table.csv[x,y]'  '@table.csv[x;y]'                 columns: a matrix; one by one
 hcy(1) tells more.
 )";
+
+// Takes "\\t" for a tab.
+std::string delimiterProblem(std::string& text) {
+  if (text == "\\t") text = "\t";
+  constexpr std::string_view reserved = "\"#+-.\r\n";
+  const bool isPlain = text.size() == 1 && reserved.find(text[0]) == std::string_view::npos &&
+                       (text[0] == '\t' || (text[0] >= ' ' && text[0] <= '~')) &&
+                       !std::isalnum(static_cast<unsigned char>(text[0]));
+  return isPlain ? "" : "not a character that can separate fields: " + text;
+}
 
 // Says of each option what a user needs to know, and not how it is checked. Adds the inputs of a
 // function, which are no option of CLI11: it would split a list in brackets, and its versions
@@ -106,6 +120,13 @@ CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& 
   command->add_option("-n,--nargout", options.nargout, "Number of outputs [1]")
       ->type_name("N")
       ->check(unnamed(CLI::Range(0, kMostOutputs)));
+  command
+      ->add_option_function<std::string>(
+          "--delimiter",
+          [&options](const std::string& text) { options.argumentSettings.delimiter = text[0]; },
+          "Character between the fields of csv [,]")
+      ->type_name("C")
+      ->transform(unnamed(CLI::Validator(delimiterProblem, "", "")));
   command->footer(kArgumentHelp);
   return command;
 }

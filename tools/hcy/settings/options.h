@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "arguments/argument.h"
+
 namespace hcy::tools {
 
 // The settings of a connection; what is absent stays as the library has it.
@@ -32,6 +34,7 @@ struct Options {
   // call and bench
   std::string url;
   std::vector<std::string> arguments;
+  ArgumentSettings argumentSettings;
   int nargout = 1;
   Settings settings;
 

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "notations/npy.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "notations/array_json.h"
+#include "random_arrays.h"
+#include "same_array.h"
+#include "text/source_text.h"
+
+namespace hcy::test {
+namespace {
+
+using hcyclient::Array;
+
+std::string fileOf(const std::string& dictionary, const std::string& data) {
+  std::string file("\x93NUMPY\1\0", 8);
+  file += static_cast<char>(dictionary.size());
+  return file + '\0' + dictionary + data;
+}
+
+std::string fileOf(const std::string& type, const std::string& shape, const std::string& data,
+                   const std::string& isByColumns = "False") {
+  return fileOf("{'descr': '" + type + "', 'fortran_order': " + isByColumns +
+                    ", 'shape': " + shape + ", }",
+                data);
+}
+
+template <class T>
+std::string bytesOf(const std::vector<T>& values) {
+  return {reinterpret_cast<const char*>(values.data()), values.size() * sizeof(T)};
+}
+
+std::string meaningOf(const std::string& file) {
+  try {
+    return tools::toJson(tools::arrayOfNpy(file));
+  } catch (const tools::BadInput& problem) {
+    return problem.what();
+  }
+}
+
+TEST(Npy, elementsStandByRowsOrByColumns) {
+  const std::string data = bytesOf<double>({1, 2, 3, 4, 5, 6});
+  EXPECT_EQ(meaningOf(fileOf("<f8", "(2, 3)", data)), "[[1,2,3],[4,5,6]]");
+  EXPECT_EQ(meaningOf(fileOf("<f8", "(2, 3)", data, "True")), "[[1,3,5],[2,4,6]]");
+  EXPECT_EQ(meaningOf(fileOf("<f8", "(1, 2, 3)", data)),
+            R"({"$double":[1,4,2,5,3,6],"$shape":[1,2,3]})");
+  EXPECT_EQ(meaningOf(fileOf("<f8", "(6,)", data)), "[[1],[2],[3],[4],[5],[6]]");
+  EXPECT_EQ(meaningOf(fileOf("<f8", "()", data.substr(0, 8))), "1");
+  EXPECT_EQ(meaningOf(fileOf("<f8", "(0, 3)", "")), R"({"$double":[],"$shape":[0,3]})");
+}
+
+TEST(Npy, everyTypeThatHasAClass) {
+  const std::string bytes("\1\2\3\4\5\6\7\x88", 8);
+  EXPECT_EQ(meaningOf(fileOf("|u1", "()", bytes.substr(7))), R"({"$uint8":136})");
+  EXPECT_EQ(meaningOf(fileOf("|i1", "()", bytes.substr(7))), R"({"$int8":-120})");
+  EXPECT_EQ(meaningOf(fileOf("<u2", "()", bytes.substr(6))), R"({"$uint16":34823})");
+  EXPECT_EQ(meaningOf(fileOf(">u2", "()", bytes.substr(6))), R"({"$uint16":1928})");
+  EXPECT_EQ(meaningOf(fileOf("<i2", "()", bytes.substr(6))), R"({"$int16":-30713})");
+  EXPECT_EQ(meaningOf(fileOf("<u4", "()", bytes.substr(0, 4))), R"({"$uint32":67305985})");
+  EXPECT_EQ(meaningOf(fileOf(">i4", "()", bytes.substr(0, 4))), R"({"$int32":16909060})");
+  EXPECT_EQ(meaningOf(fileOf("<u8", "()", bytes)), R"({"$uint64":9801809732607083009})");
+  EXPECT_EQ(meaningOf(fileOf(">i8", "()", bytes)), R"({"$int64":72623859790382984})");
+  EXPECT_EQ(meaningOf(fileOf(">f4", "()", std::string("\x3f\x80\0\0", 4))), R"({"$single":1})");
+  EXPECT_EQ(meaningOf(fileOf("|b1", "(2,)", std::string("\0\2", 2))), "[[false],[true]]");
+  EXPECT_EQ(meaningOf(fileOf("<c8", "()", bytesOf<float>({1, 2}))),
+            R"({"$single":{"$complex":{"re":1,"im":2}}})");
+  EXPECT_EQ(meaningOf(fileOf("<c16", "(1, 2)", bytesOf<double>({1, 2, 3, 4}))),
+            R"({"$complex":{"re":[1,3],"im":[2,4]}})");
+}
+
+TEST(Npy, textsAreChar) {
+  EXPECT_EQ(meaningOf(fileOf("<U3", "()", bytesOf<std::uint32_t>({'h', 0x1F600, 0}))), "\"h😀\"");
+  EXPECT_EQ(meaningOf(fileOf("<U2", "(2,)", bytesOf<std::uint32_t>({'a', 'b', 'c', 0}))),
+            R"({"$char":["ab","c\u0000"]})");
+  EXPECT_EQ(meaningOf(fileOf("<U1", "(1, 2)", bytesOf<std::uint32_t>({'a', 'b'}))), R"("ab")");
+  EXPECT_EQ(meaningOf(fileOf("<U2", "(1, 1)", bytesOf<std::uint32_t>({'a', 'b'}))),
+            "texts in a .npy file are single characters if it has several dimensions");
+  EXPECT_EQ(meaningOf(fileOf("<U1", "()", bytesOf<std::uint32_t>({0x110000}))),
+            "the .npy file holds what is not a character");
+  EXPECT_EQ(meaningOf(fileOf("<U1", "(1,)", bytesOf<std::uint32_t>({0x10000}))),
+            "an array of characters in a .npy file can hold none above U+FFFF");
+}
+
+TEST(Npy, whatIsDamagedOrHasNoClassIsRefused) {
+  const std::string damaged = "the header of this .npy file is damaged";
+  const std::string whole = fileOf("<f8", "(1,)", bytesOf<double>({1}));
+  EXPECT_EQ(meaningOf(""), "this is not a .npy file");
+  EXPECT_EQ(meaningOf("[1,2]"), "this is not a .npy file");
+  for (std::size_t length = 6; length < whole.size() - 8; ++length) {
+    EXPECT_EQ(meaningOf(whole.substr(0, length)), damaged) << length;
+  }
+  EXPECT_EQ(meaningOf(whole.substr(0, whole.size() - 1)),
+            "the .npy file holds 7 bytes of elements where 1 elements of 8 bytes are named");
+  EXPECT_EQ(meaningOf(whole + "x"),
+            "the .npy file holds 9 bytes of elements where 1 elements of 8 bytes are named");
+  EXPECT_EQ(meaningOf(fileOf("<f2", "()", "xx")), "no class has the NumPy type <f2");
+  EXPECT_EQ(meaningOf(fileOf("|O", "()", "")), "no class has the NumPy type |O");
+  EXPECT_EQ(meaningOf(fileOf("{'descr': [('a', '<f8')], 'fortran_order': False, 'shape': ()}", "")),
+            "a structured type of NumPy cannot be an argument");
+  EXPECT_EQ(meaningOf(fileOf("{'descr': '<f8', 'shape': ()}", "12345678")), damaged);
+  EXPECT_EQ(meaningOf(fileOf("<f8", "(-1,)", "")), damaged);
+  EXPECT_EQ(meaningOf(fileOf("<f8", "(2147483647, 2147483647, 2147483647)", "")),
+            "the .npy file is larger than an array can be");
+  EXPECT_EQ(meaningOf(std::string("\x93NUMPY\4\0\1\0{", 11)),
+            "version 4 of the .npy format is not supported");
+}
+
+TEST(Npy, whatNumpyHasATypeForIsReadBackAsTheSameArray) {
+  RandomArrays arrays(20261122);
+  int written = 0;
+  for (int i = 0; i < 20000; ++i) {
+    const Array array = arrays.next();
+    std::string file;
+    try {
+      file = tools::npyOf(array);
+    } catch (const tools::BadInput&) {
+      continue;
+    }
+    ++written;
+    const Array read = tools::arrayOfNpy(file);
+    const bool isRow = array.isText() && array.shape().size() == 2 &&
+                       (array.shape()[0] == 1 || array.size() == 0);
+    // NumPy does not keep the NULs at the end of a text, nor an empty text's shape.
+    if (isRow && (array.size() == 0 || array.span<char16_t>()[array.size() - 1] == 0)) continue;
+    // An array without elements is real.
+    ASSERT_EQ(differenceOf(array, read), "") << tools::toJson(array);
+  }
+  EXPECT_GT(written, 5000);
+}
+
+TEST(Npy, whatNumpyHasNoTypeForIsRefused) {
+  EXPECT_THROW(tools::npyOf(Array::cells({1, 1})), tools::BadInput);
+  EXPECT_THROW(tools::npyOf(Array::structs({1, 1}, {"a"})), tools::BadInput);
+  EXPECT_THROW(tools::npyOf(Array::sparse<double>(1, 1, 1)), tools::BadInput);
+  EXPECT_THROW(tools::npyOf(Array::zeros<std::complex<std::int8_t>>(1, 1)), tools::BadInput);
+  EXPECT_THROW(tools::npyOf(Array::zeros<double>(hcyclient::Shape(33, 1))), tools::BadInput);
+}
+
+}  // namespace
+}  // namespace hcy::test

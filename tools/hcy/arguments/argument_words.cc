@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "arguments/argument_words.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+#include <utility>
+
+#include "notations/json_array.h"
+#include "text/suggestion.h"
+
+namespace hcy::tools {
+namespace {
+
+constexpr std::array<std::pair<std::string_view, Notation>, 5> kNotations = {
+    {{"json", Notation::kJson},
+     {"text", Notation::kText},
+     {"csv", Notation::kCsv},
+     {"tsv", Notation::kTsv},
+     {"npy", Notation::kNpy}}};
+
+// The names that NumPy gives to classes which have another one here.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kNumpyNames = {
+    {{"float64", "double"}, {"float32", "single"}, {"bool", "logical"}}};
+
+std::string_view classNamed(std::string_view word) {
+  for (const auto& [numpyName, name] : kNumpyNames) {
+    if (word == numpyName) return name;
+  }
+  return word;
+}
+
+[[noreturn]] void refuseWord(std::string_view word, std::size_t offset) {
+  std::vector<std::string_view> words = classWords();
+  words.insert(words.end(), notationWords().begin(), notationWords().end());
+  throw UnknownClass(offset,
+                     "there is no class " + std::string(word) + suggestionFor(word, words));
+}
+
+void takePrefix(std::string_view argument, ArgumentWords& words) {
+  while (!words.isNotationSaid) {
+    const std::string_view rest = argument.substr(words.length);
+    const std::size_t colon = rest.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789");
+    if (colon == 0 || colon == std::string_view::npos || rest[colon] != ':') return;
+    const std::string_view word = rest.substr(0, colon);
+    const auto notation = std::find_if(kNotations.begin(), kNotations.end(),
+                                       [word](const auto& known) { return known.first == word; });
+    const std::string_view type = classNamed(word);
+    if (notation != kNotations.end()) {
+      words.notation = notation->second;
+      words.isNotationSaid = true;
+    } else if (std::find(typeNames().begin(), typeNames().end(), type) == typeNames().end()) {
+      refuseWord(word, words.length);
+    } else {
+      // No more than one around complex or sparse.
+      if (words.classes.size() == 2) throw BadText(words.length, "a class too many");
+      words.classes.insert(words.classes.begin(), type);
+    }
+    words.length += colon + 1;
+  }
+}
+
+bool endsIn(std::string_view file, std::string_view ending) {
+  const auto isSame = [](char a, char b) {
+    return a == b || (b >= 'A' && b <= 'Z' && b - 'A' + 'a' == a);
+  };
+  return file.size() > ending.size() && file[file.size() - ending.size() - 1] == '.' &&
+         std::equal(ending.begin(), ending.end(), file.end() - ending.size(), isSame);
+}
+
+Notation notationOf(std::string_view file) {
+  for (const auto& [ending, notation] : kNotations) {
+    if (ending != "text" && endsIn(file, ending)) return notation;
+  }
+  return Notation::kJson;
+}
+
+bool isTable(Notation notation) {
+  return notation == Notation::kCsv || notation == Notation::kTsv;
+}
+
+// Reads [x,"a, b",0;y]: a choice of columns for each array.
+class ColumnReader {
+ public:
+  ColumnReader(std::string_view text, std::size_t offset) : text_(text), offset_(offset) {}
+
+  std::vector<CsvColumns> read() {
+    std::vector<CsvColumns> choices(1);
+    position_ = 1;
+    for (;;) {
+      choices.back().push_back(column());
+      const char end = position_ < text_.size() ? text_[position_++] : '\0';
+      if (end == ']' && position_ == text_.size()) return choices;
+      if (end == ';') {
+        choices.emplace_back();
+      } else if (end != ',') {
+        throw BadText(offset_ + position_ - 1, "neither a comma nor a semicolon");
+      }
+    }
+  }
+
+ private:
+  CsvColumn column() {
+    if (text_[position_] == '"') return {quoted()};
+    const std::size_t end = text_.find_first_of(",;]", position_);
+    const std::string_view name = text_.substr(position_, end - position_);
+    if (name.empty()) throw BadText(offset_ + position_, "the name of a column is missing");
+    position_ = end;
+    std::size_t index = 0;
+    const auto read = std::from_chars(name.data(), name.data() + name.size(), index);
+    if (read.ec == std::errc() && read.ptr == name.data() + name.size()) return {{}, index};
+    return {std::string(name)};
+  }
+
+  std::string quoted() {
+    std::string name;
+    const std::size_t start = position_;
+    do {
+      const std::size_t end = text_.find('"', position_ + 1);
+      if (end == std::string_view::npos) throw BadText(offset_ + start, "the quote is not closed");
+      if (position_ != start) name += '"';  // two quotes stand for one
+      name += text_.substr(position_ + 1, end - position_ - 1);
+      position_ = end + 1;
+    } while (text_.substr(position_).starts_with('"'));
+    return name;
+  }
+
+  std::string_view text_;
+  std::size_t offset_;
+  std::size_t position_ = 0;
+};
+
+std::string expanded(std::string_view file) {
+  const char* const home = std::getenv("HOME");
+  if (!file.starts_with("~/") || home == nullptr || *home == '\0') return std::string(file);
+  return home + std::string(file.substr(1));
+}
+
+}  // namespace
+
+const std::vector<std::string_view>& classWords() {
+  static const std::vector<std::string_view> words = [] {
+    std::vector<std::string_view> all = typeNames();
+    for (const auto& [numpyName, name] : kNumpyNames) all.push_back(numpyName);
+    return all;
+  }();
+  return words;
+}
+
+const std::vector<std::string_view>& notationWords() {
+  static const std::vector<std::string_view> words = [] {
+    std::vector<std::string_view> all;
+    for (const auto& [name, notation] : kNotations) all.push_back(name);
+    return all;
+  }();
+  return words;
+}
+
+ArgumentWords argumentWords(std::string_view argument) {
+  ArgumentWords words;
+  takePrefix(argument, words);
+  std::string_view rest = argument.substr(words.length);
+  if (rest == "@") throw BadText(words.length + 1, "the name of a file is missing");
+  const bool isStandardInput = rest == "-" || rest.starts_with("-[");
+  if (!rest.starts_with('@') && !isStandardInput) {
+    words.literal = rest;
+    return words;
+  }
+  if (rest.starts_with('@')) rest.remove_prefix(1);
+  const std::size_t bracket = rest.ends_with(']') ? rest.find('[') : std::string_view::npos;
+  const std::string_view file = rest.substr(0, bracket);
+  const Notation notation = words.isNotationSaid ? words.notation : notationOf(file);
+  if (bracket != std::string_view::npos && isTable(notation)) {
+    const auto offset = static_cast<std::size_t>(rest.data() - argument.data()) + bracket;
+    words.choices = ColumnReader(rest.substr(bracket), offset).read();
+    words.notation = notation;
+    words.file = expanded(file);
+  } else if (rest.starts_with("-[")) {
+    words.literal = rest;  // not a table: a mistake for the parser to tell
+  } else {
+    words.notation = words.isNotationSaid ? words.notation : notationOf(rest);
+    words.file = expanded(rest);
+  }
+  return words;
+}
+
+}  // namespace hcy::tools
