@@ -14,7 +14,7 @@ namespace hcy::test {
 namespace {
 
 std::string shown(const std::string& argument, std::size_t width = 0) {
-  return "\n" + tools::display("ans", tools::arraysFrom({argument})[0], width);
+  return "\n" + tools::display("ans", tools::arraysFrom({argument})[0], {width});
 }
 
 TEST(Display, singleValuesStandBehindTheirShape) {

@@ -25,7 +25,7 @@ std::string refusalOf(const std::string& argument) {
   try {
     const auto arrays = tools::arraysFrom({argument});
     tools::toJson(arrays[0]);
-    tools::display("x", arrays[0], 40);
+    tools::display("x", arrays[0], {40});
     return "";
   } catch (const tools::BadInput& problem) {
     return problem.what();

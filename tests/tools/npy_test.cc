@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "notations/array_json.h"
+#include "notations/no_notation.h"
 #include "random_arrays.h"
 #include "same_array.h"
 #include "text/source_text.h"
@@ -26,9 +27,9 @@ std::string fileOf(const std::string& dictionary, const std::string& data) {
 
 std::string fileOf(const std::string& type, const std::string& shape, const std::string& data,
                    const std::string& isByColumns = "False") {
-  return fileOf("{'descr': '" + type + "', 'fortran_order': " + isByColumns +
-                    ", 'shape': " + shape + ", }",
-                data);
+  return fileOf(
+      "{'descr': '" + type + "', 'fortran_order': " + isByColumns + ", 'shape': " + shape + ", }",
+      data);
 }
 
 template <class T>
@@ -119,13 +120,13 @@ TEST(Npy, whatNumpyHasATypeForIsReadBackAsTheSameArray) {
     std::string file;
     try {
       file = tools::npyOf(array);
-    } catch (const tools::BadInput&) {
+    } catch (const tools::NoNotation&) {
       continue;
     }
     ++written;
     const Array read = tools::arrayOfNpy(file);
-    const bool isRow = array.isText() && array.shape().size() == 2 &&
-                       (array.shape()[0] == 1 || array.size() == 0);
+    const bool isRow =
+        array.isText() && array.shape().size() == 2 && (array.shape()[0] == 1 || array.size() == 0);
     // NumPy does not keep the NULs at the end of a text, nor an empty text's shape.
     if (isRow && (array.size() == 0 || array.span<char16_t>()[array.size() - 1] == 0)) continue;
     // An array without elements is real.
@@ -135,11 +136,11 @@ TEST(Npy, whatNumpyHasATypeForIsReadBackAsTheSameArray) {
 }
 
 TEST(Npy, whatNumpyHasNoTypeForIsRefused) {
-  EXPECT_THROW(tools::npyOf(Array::cells({1, 1})), tools::BadInput);
-  EXPECT_THROW(tools::npyOf(Array::structs({1, 1}, {"a"})), tools::BadInput);
-  EXPECT_THROW(tools::npyOf(Array::sparse<double>(1, 1, 1)), tools::BadInput);
-  EXPECT_THROW(tools::npyOf(Array::zeros<std::complex<std::int8_t>>(1, 1)), tools::BadInput);
-  EXPECT_THROW(tools::npyOf(Array::zeros<double>(hcyclient::Shape(33, 1))), tools::BadInput);
+  EXPECT_THROW(tools::npyOf(Array::cells({1, 1})), tools::NoNotation);
+  EXPECT_THROW(tools::npyOf(Array::structs({1, 1}, {"a"})), tools::NoNotation);
+  EXPECT_THROW(tools::npyOf(Array::sparse<double>(1, 1, 1)), tools::NoNotation);
+  EXPECT_THROW(tools::npyOf(Array::zeros<std::complex<std::int8_t>>(1, 1)), tools::NoNotation);
+  EXPECT_THROW(tools::npyOf(Array::zeros<double>(hcyclient::Shape(33, 1))), tools::NoNotation);
 }
 
 }  // namespace

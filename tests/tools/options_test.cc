@@ -32,8 +32,8 @@ TEST(Options, argumentsMayLookLikeListsAndNegativeNumbersAndStandAnywhere) {
   EXPECT_EQ(parsed.options->url, "url");
   EXPECT_EQ(parsed.options->arguments, (std::vector<std::string>{"[1,2]", "-5", "-", "-1e3"}));
   EXPECT_EQ(parsed.options->nargout, 2);
-  EXPECT_EQ(parsed.options->width, 9U);
-  EXPECT_TRUE(parsed.options->asJson);
+  EXPECT_EQ(parsed.options->output.width, 9U);
+  EXPECT_EQ(parsed.options->output.form, tools::Form::kJson);
 }
 
 TEST(Options, everyWordBehindTheUrlIsAnInput) {

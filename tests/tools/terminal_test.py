@@ -43,6 +43,30 @@ class OnATerminal(unittest.TestCase):
         shown, _ = self.shown('call', self.url + '/echo', long_text)
         self.assertEqual(len(shown), 81)
 
+    def test_rows_and_elements_are_folded(self):
+        column = str([[i] for i in range(100)])
+        call = ['call', self.url + '/echo']
+        first, last = (''.join(f'  {i:2}\n' for i in span) for span in (range(10), range(90, 100)))
+        shown, _ = self.shown(*call, column)
+        self.assertEqual(shown, f'ans: double 100-by-1\n{first}  … 80 more rows\n{last}')
+        shown, _ = self.shown(*call, column, '--full')
+        self.assertEqual(shown.count('\n'), 101)
+        shown, _ = self.shown(*call, str([[i] for i in range(20)]))
+        self.assertEqual(shown.count('\n'), 21)
+        shown, _ = self.shown(*call, str(['a'] * 22).replace("'", '"'))
+        self.assertIn('  (0, 9): char 1-by-1 = "a"\n  … 2 more elements\n  (0, 12): char', shown)
+        shown, _ = self.shown(*call, '[' + ','.join(['{"a":1}'] * 21) + ']')
+        self.assertIn('  (0, 9):\n    a: double 1-by-1 = 1\n  … 1 more element\n  (0, 11):', shown)
+        pages = '{"$double":[' + ','.join(['1'] * 22) + '],"$shape":[1,1,22]}'
+        shown, _ = self.shown(*call, pages)
+        self.assertIn('  (:, :, 9)\n  1\n  … 2 more pages\n  (:, :, 12)\n', shown)
+        piped = subprocess.run([HCY, *call, column], capture_output=True, text=True, check=True)
+        self.assertEqual(piped.stdout.count('\n'), 101)
+
+    def test_raw_text_cannot_command_the_terminal(self):
+        shown, _ = self.shown('call', self.url + '/echo', r'"a\u001b[31m\nb"', '--raw')
+        self.assertEqual(shown, 'a\\u001b[31m\nb\n')
+
     def test_json_and_what_is_no_terminal_are_not_cut(self):
         numbers = list(range(100))
         shown, _ = self.shown('call', self.url + '/echo', str(numbers), '--json')

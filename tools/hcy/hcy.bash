@@ -22,7 +22,7 @@ _hcy() {
   COMPREPLY=()
 
   case $previous in
-    --ca | --crl | --cert | --key | --key-pass-file)
+    --ca | --crl | --cert | --key | --key-pass-file | -o | --output)
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       compopt -o filenames 2>/dev/null
       return
@@ -36,7 +36,7 @@ _hcy() {
   [ "$COMP_CWORD" -le 1 ] || command=${COMP_WORDS[1]}
   case $command:$word in
     :*) mapfile -t COMPREPLY < <(compgen -W 'call bench show --help --version' -- "$word") ;;
-    call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --width" -- "$word") ;;
+    call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full" -- "$word") ;;
     bench:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --calls --threads" -- "$word") ;;
     show:-*) mapfile -t COMPREPLY < <(compgen -W '--help --request --reply' -- "$word") ;;
     show:*)

@@ -35,8 +35,7 @@ std::string_view classNamed(std::string_view word) {
 [[noreturn]] void refuseWord(std::string_view word, std::size_t offset) {
   std::vector<std::string_view> words = classWords();
   words.insert(words.end(), notationWords().begin(), notationWords().end());
-  throw UnknownClass(offset,
-                     "there is no class " + std::string(word) + suggestionFor(word, words));
+  throw UnknownClass(offset, "there is no class " + std::string(word) + suggestionFor(word, words));
 }
 
 void takePrefix(std::string_view argument, ArgumentWords& words) {
@@ -77,9 +76,7 @@ Notation notationOf(std::string_view file) {
   return Notation::kJson;
 }
 
-bool isTable(Notation notation) {
-  return notation == Notation::kCsv || notation == Notation::kTsv;
-}
+bool isTable(Notation notation) { return notation == Notation::kCsv || notation == Notation::kTsv; }
 
 // Reads [x,"a, b",0;y]: a choice of columns for each array.
 class ColumnReader {

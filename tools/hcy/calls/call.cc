@@ -2,8 +2,7 @@
 
 #include "calls/call.h"
 
-#include <unistd.h>
-
+#include <cstddef>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -13,24 +12,13 @@
 #include "calls/evaluation.h"
 #include "calls/exit_status.h"
 #include "calls/incomplete_output.h"
-#include "notations/array_json.h"
-#include "output/display.h"
-#include "output/places.h"
-#include "output/terminal.h"
+#include "calls/outputs.h"
 #include "settings/settings.h"
 #include "settings/url.h"
 #include "text/text.h"
 
 namespace hcy::tools {
 namespace {
-
-void show(const std::vector<hcyclient::Array>& outputs, const Options& options) {
-  const std::size_t width = options.width.value_or(widthOf(STDOUT_FILENO));
-  for (std::size_t i = 0; i < outputs.size(); ++i) {
-    const std::string name = outputName(i, outputs.size());
-    print(options.asJson ? toJson(outputs[i]) + "\n" : display(name, outputs[i], width));
-  }
-}
 
 void show(const hcyclient::FunctionError& error) {
   const std::string_view message = error.what();
@@ -51,6 +39,7 @@ void show(const hcyclient::FunctionError& error) {
 
 int call(const Options& options) {
   requireHttp(options.url);
+  requireOutputs(options.output, static_cast<std::size_t>(options.nargout));
   const std::vector<hcyclient::Array> inputs =
       arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;
@@ -60,7 +49,7 @@ int call(const Options& options) {
     const auto outputs =
         evaluate(*library.runtime(), context, options.url, inputs, options.nargout);
     requireWhole(outputs);
-    show(outputs, options);
+    showOutputs(outputs, options.output);
     return kSuccess;
   } catch (const hcyclient::FunctionError& error) {
     show(error);

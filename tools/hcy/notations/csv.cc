@@ -175,6 +175,12 @@ CsvTable columnsOf(const std::vector<Line>& lines, const CsvColumns& columns) {
 
 }  // namespace
 
+bool isCsvNumber(std::string_view field) {
+  CsvField read;
+  findNumber(read, field);
+  return read.isNumber;
+}
+
 CsvTable tableFrom(std::string_view csv, char delimiter) {
   return tableOf(Splitter(csv, delimiter).lines(), false);
 }

@@ -36,6 +36,9 @@ struct CsvTable {
   bool isOfNumbers = true;
 };
 
+// Whether a field that is not in quotes would be taken for a number, which may be missing.
+bool isCsvNumber(std::string_view field);
+
 // Leaves out lines of nothing but blanks, lines that begin with #, and a first line without a
 // number above lines of nothing but numbers. Throws BadText. The table must not outlive the text.
 CsvTable tableFrom(std::string_view csv, char delimiter = ',');

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "notations/json_elements.h"
+#include "notations/no_notation.h"
 #include "notations/npy_header.h"
 #include "text/source_text.h"
 
@@ -29,7 +30,8 @@ T valueAt(const char* bytes, bool isBigEndian) {
 // The number of elements. Refuses a file that does not hold exactly them.
 std::size_t countOf(const NpyHeader& header, std::size_t bytes) {
   const std::size_t size = header.kind == 'U' ? 4 * header.itemSize : header.itemSize;
-  const bool isEmpty = std::find(header.shape.begin(), header.shape.end(), 0U) != header.shape.end();
+  const bool isEmpty =
+      std::find(header.shape.begin(), header.shape.end(), 0U) != header.shape.end();
   std::size_t count = isEmpty ? 0 : 1;
   for (const std::size_t dimension : header.shape) {
     if (count > kLargestSize / std::max<std::size_t>(dimension, 1)) {
@@ -187,7 +189,7 @@ void append(std::string& out, const T& value) {
 
 template <class T>
 std::string typeOf(std::size_t count) {
-  const char kind = std::is_same_v<T, bool>           ? 'b'
+  const char kind = std::is_same_v<T, bool>       ? 'b'
                     : std::is_floating_point_v<T> ? 'f'
                     : std::is_signed_v<T>         ? 'i'
                                                   : 'u';
@@ -228,7 +230,7 @@ std::string numberFile(const Array& array, const Shape& shape) {
     }
     return file;
   } else {
-    throw BadInput("NumPy has no complex integers, so this cannot be a .npy file");
+    throw NoNotation("NumPy has no complex integers, so this cannot be a .npy file");
   }
 }
 
@@ -248,13 +250,13 @@ hcyclient::Array arrayOfNpy(std::string_view bytes) {
 std::string npyOf(const hcyclient::Array& array) {
   if (array.isCell() || array.isStruct() || array.isSparse()) {
     const std::string kind(array.isSparse() ? "sparse" : array.className());
-    throw BadInput("a " + kind + " array cannot be a .npy file");
+    throw NoNotation("a " + kind + " array cannot be a .npy file");
   }
   Shape shape = array.shape();
   shape.resize(std::max<std::size_t>(shape.size(), 2), 1);
   if (shape.size() > kMostNpyDimensions) {
-    throw BadInput("a .npy file has no more than " + std::to_string(kMostNpyDimensions) +
-                   " dimensions");
+    throw NoNotation("a .npy file has no more than " + std::to_string(kMostNpyDimensions) +
+                     " dimensions");
   }
   if (array.isText()) return textFile(array, std::move(shape));
   return withElementType(array.classId(), [&](auto type) -> std::string {

@@ -16,9 +16,9 @@ namespace hcy::tools {
 // more memory than the bytes account for. Throws BadInput without the name of the file.
 hcyclient::Array arrayOfNpy(std::string_view bytes);
 
-// The file for an array, by columns; a char row becomes a single text. Throws BadInput if NumPy has
-// no type for the array: it is sparse, a cell, a struct, of complex integers, or has more than 32
-// dimensions. The array is whole.
+// The file for an array, by columns; a char row becomes a single text. Throws NoNotation if NumPy
+// has no type for the array: it is sparse, a cell, a struct, of complex integers, or has more than
+// 32 dimensions. The array is whole.
 std::string npyOf(const hcyclient::Array& array);
 
 }  // namespace hcy::tools

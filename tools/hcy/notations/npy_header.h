@@ -20,8 +20,8 @@ struct NpyHeader {
   char kind = 0;             // as in the type: 'f', 'i', 'u', 'b', 'c', 'U'
   std::size_t itemSize = 0;  // in bytes; of 'U' in characters
   bool isByColumns = false;
-  Shape shape;               // as in the file: of no dimension for a single value
-  std::size_t length = 0;    // of all that comes before the elements
+  Shape shape;             // as in the file: of no dimension for a single value
+  std::size_t length = 0;  // of all that comes before the elements
 };
 
 // Throws BadInput if there is no such header, or if its type is one that no class has.

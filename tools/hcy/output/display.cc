@@ -20,7 +20,7 @@ using hcyclient::Span;
 
 class Display {
  public:
-  explicit Display(std::size_t width) : width_(width) {}
+  explicit Display(const DisplaySize& size) : size_(size) {}
 
   std::string take() { return std::move(out_); }
 
@@ -34,9 +34,8 @@ class Display {
       showSparse(header, array, indent);
     } else if (array.isCell()) {
       line(header);
-      for (std::size_t i = 0; i < array.size(); ++i) {
-        show(placeText(i, shape), array[i], indent + 2);
-      }
+      forEachShown(array.size(), "element", indent,
+                   [&](std::size_t i) { show(placeText(i, shape), array[i], indent + 2); });
     } else if (array.isStruct()) {
       showStruct(header, array, shape, indent);
     } else if (array.isText()) {
@@ -49,7 +48,20 @@ class Display {
   }
 
  private:
-  void line(const std::string& text) { out_ += cutToWidth(text, width_) + "\n"; }
+  void line(const std::string& text) { out_ += cutToWidth(text, size_.width) + "\n"; }
+
+  // Calls use(i) for what is shown of `count`, and says between them what is left out.
+  template <class Use>
+  void forEachShown(std::size_t count, std::string_view what, std::size_t indent, Use use) {
+    const Fold fold(count, size_.rows);
+    for (std::size_t i = 0; i < count; ++i) {
+      if (i == fold.gap) {
+        line(std::string(indent + 2, ' ') + foldText(fold.left, what));
+        i += fold.left;
+      }
+      use(i);
+    }
+  }
 
   void showStruct(const std::string& header, const Array& array, const Shape& shape,
                   std::size_t indent) {
@@ -59,11 +71,11 @@ class Display {
     // As many of these as the server says, without a byte of its reply for each.
     if (names.empty() && array.size() > 1) return line(header + " without fields");
     line(array.size() == 0 && !names.empty() ? header + " with fields " + fields : header);
-    for (std::size_t i = 0; i < array.size(); ++i) {
+    forEachShown(array.size(), "element", indent, [&](std::size_t i) {
       const std::size_t inner = array.size() == 1 ? indent + 2 : indent + 4;
       if (array.size() != 1) line(std::string(indent + 2, ' ') + placeText(i, shape) + ":");
       for (const std::string& name : names) show(printable(name), array(i, name), inner);
-    }
+    });
   }
 
   void showText(const std::string& header, const Array& array, const Shape& shape,
@@ -74,14 +86,13 @@ class Display {
       return line(header + " = " + quotedForDisplay({units.data(), units.size()}));
     }
     line(header);
-    for (std::size_t page = 0; page < units.size(); page += shape[0] * shape[1]) {
-      showPage(page, shape, indent);
-      for (std::size_t i = 0; i < shape[0]; ++i) {
+    forEachPage(units.size(), shape, indent, [&](std::size_t page) {
+      forEachShown(shape[0], "row", indent, [&](std::size_t i) {
         std::u16string row;
         for (std::size_t j = 0; j < shape[1]; ++j) row += units[page + i + j * shape[0]];
         line(std::string(indent + 2, ' ') + quotedForDisplay(row));
-      }
-    }
+      });
+    });
   }
 
   template <class T>
@@ -96,20 +107,26 @@ class Display {
     if (array.size() == 1 && shape.size() == 2) return line(header + " = " + text(0));
     line(header);
     if (real.size() == 0) return;
-    for (std::size_t page = 0; page < real.size(); page += shape[0] * shape[1]) {
-      showPage(page, shape, indent);
+    forEachPage(real.size(), shape, indent, [&](std::size_t page) {
       out_ += alignedColumns(
           shape[0], shape[1],
           [&](std::size_t i, std::size_t j) { return text(page + i + j * shape[0]); }, indent + 2,
-          width_);
-    }
+          size_);
+    });
   }
 
-  // Of an array of more than two dimensions, which matrix comes next.
-  void showPage(std::size_t index, const Shape& shape, std::size_t indent) {
-    if (shape.size() == 2) return;
-    line(std::string(indent + 2, ' ') + "(:, :, " +
-         placeText(index / (shape[0] * shape[1]), std::span(shape).subspan(2)).substr(1));
+  // Calls use(index) for the first element of each matrix, which has its place before it if there
+  // are more than two dimensions. The array has elements.
+  template <class Use>
+  void forEachPage(std::size_t size, const Shape& shape, std::size_t indent, Use use) {
+    const std::size_t pageSize = shape[0] * shape[1];
+    forEachShown(size / pageSize, "page", indent, [&](std::size_t page) {
+      if (shape.size() > 2) {
+        line(std::string(indent + 2, ' ') + "(:, :, " +
+             placeText(page, std::span(shape).subspan(2)).substr(1));
+      }
+      use(page * pageSize);
+    });
   }
 
   void showSparse(const std::string& header, const Array& array, std::size_t indent) {
@@ -133,17 +150,17 @@ class Display {
         return textOf<T>(entry.value);
       }
     };
-    out_ += alignedColumns(entries.size(), 2, cell, indent + 2, width_);
+    out_ += alignedColumns(entries.size(), 2, cell, indent + 2, size_);
   }
 
-  std::size_t width_;
+  DisplaySize size_;
   std::string out_;
 };
 
 }  // namespace
 
-std::string display(std::string_view name, const hcyclient::Array& array, std::size_t width) {
-  Display display(width);
+std::string display(std::string_view name, const hcyclient::Array& array, const DisplaySize& size) {
+  Display display(size);
   display.show(name, array, 0);
   return display.take();
 }

@@ -20,6 +20,13 @@ std::size_t widthOf(int descriptor) {
   return size.ws_col;
 }
 
+std::size_t heightOf(int descriptor) {
+  if (!isTerminal(descriptor)) return 0;
+  winsize size{};
+  if (::ioctl(descriptor, TIOCGWINSZ, &size) != 0 || size.ws_row == 0) return 24;
+  return size.ws_row;
+}
+
 void print(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
     throw std::system_error(errno, std::generic_category(), "standard output");

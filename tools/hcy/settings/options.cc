@@ -8,6 +8,7 @@
 #include <iostream>
 #include <memory>
 #include <string_view>
+#include <tuple>
 
 #include "calls/exit_status.h"
 #include "text/text.h"
@@ -131,13 +132,41 @@ CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& 
   return command;
 }
 
+void addOutput(CLI::App& app, OutputSettings& output) {
+  const char* const group = "Output";
+  const std::vector<std::tuple<const char*, Form, const char*>> forms = {
+      {"--json", Form::kJson, "Show each output on a line, as JSON that can be an ARG"},
+      {"-r,--raw", Form::kRaw, "Show text and single numbers without quotes and class"},
+      {"--csv", Form::kCsv, "Show tables as comma-separated values"},
+      {"--tsv", Form::kTsv, "Show tables as values separated by tabs"}};
+  std::vector<CLI::Option*> flags;
+  for (const auto& [name, form, help] : forms) {
+    CLI::Option* const flag = app.add_flag_callback(
+        name, [&output, form = form] { output.form = form; }, help);
+    flag->group(group);
+    for (CLI::Option* const other : flags) flag->excludes(other);
+    flags.push_back(flag);
+  }
+  app.add_option("-o,--output", output.files,
+                 "Write to a file, by its ending: .json .csv .tsv .npy .txt; repeated, a file for "
+                 "each output")
+      ->type_name("FILE")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->group(group);
+  app.add_option("--width", output.width,
+                 "Columns to cut outputs to; 0 for no limit [that of the terminal]")
+      ->type_name("COLUMNS")
+      ->group(group);
+  app.add_flag_callback(
+         "--full", [&output] { output.isFolded = false; },
+         "Show all rows and elements on a terminal")
+      ->group(group);
+}
+
 void addCall(CLI::App& app, Options& options) {
   CLI::App* const call = addCalling(app, "call", "Call a function and show its outputs", options);
-  call->add_flag("--json", options.asJson,
-                 "Show each output on a line, as JSON that can be an ARG");
-  call->add_option("--width", options.width,
-                   "Columns to cut outputs to; 0 for no limit [that of the terminal]")
-      ->type_name("COLUMNS");
+  addOutput(*call, options.output);
   addSettings(*call, options.settings);
 }
 

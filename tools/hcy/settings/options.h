@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "arguments/argument.h"
+#include "calls/outputs.h"
 
 namespace hcy::tools {
 
@@ -39,8 +40,7 @@ struct Options {
   Settings settings;
 
   // call
-  bool asJson = false;
-  std::optional<std::size_t> width;
+  OutputSettings output;
 
   // bench
   std::uint64_t calls = 1000;

@@ -31,4 +31,7 @@ std::string located(const std::string& name, std::string_view text, const BadTex
 // The contents of a file, or of the standard input for "-"; throws BadInput.
 std::string contentsOf(const std::string& file);
 
+// Makes the file, or writes over it; throws std::system_error with its name.
+void writeFile(const std::string& file, std::string_view contents);
+
 }  // namespace hcy::tools

@@ -23,8 +23,7 @@ std::size_t distance(std::string_view a, std::string_view b) {
     for (std::size_t j = 1; j <= b.size(); ++j) {
       const std::size_t replaced = above[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
       row[j] = std::min({replaced, above[j] + 1, row[j - 1] + 1});
-      const bool isExchange =
-          i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1];
+      const bool isExchange = i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1];
       if (isExchange) row[j] = std::min(row[j], before[j - 2] + 1);
     }
     before = std::exchange(above, std::move(row));

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "calls/outputs.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
+#include "notations/array_json.h"
+#include "notations/csv_text.h"
+#include "notations/no_notation.h"
+#include "notations/npy.h"
+#include "notations/raw_text.h"
+#include "output/display.h"
+#include "output/places.h"
+#include "output/terminal.h"
+#include "text/source_text.h"
+#include "text/text.h"
+
+namespace hcy::tools {
+namespace {
+
+using hcyclient::Array;
+
+constexpr std::array<std::pair<std::string_view, Form>, 5> kEndings = {{{".json", Form::kJson},
+                                                                        {".csv", Form::kCsv},
+                                                                        {".tsv", Form::kTsv},
+                                                                        {".npy", Form::kNpy},
+                                                                        {".txt", Form::kRaw}}};
+
+std::optional<Form> formOf(const std::string& file) {
+  for (const auto& [ending, form] : kEndings) {
+    if (file.ends_with(ending)) return form;
+  }
+  return std::nullopt;
+}
+
+// What stays free for the command, the name of the output and the next prompt.
+constexpr std::size_t kOtherLines = 4;
+constexpr std::size_t kFewestRows = 6;
+
+DisplaySize sizeOf(const OutputSettings& settings) {
+  const std::size_t height = settings.isFolded ? heightOf(STDOUT_FILENO) : 0;
+  const std::size_t rows =
+      height == 0 ? 0 : std::max(height, kFewestRows + kOtherLines) - kOtherLines;
+  return {settings.width.value_or(widthOf(STDOUT_FILENO)), rows};
+}
+
+std::string textOf(const Array& output, const std::string& name, Form form,
+                   const OutputSettings& settings) {
+  switch (form) {
+    case Form::kJson:
+      return toJson(output) + "\n";
+    case Form::kRaw:
+      return rawText(output);
+    case Form::kCsv:
+      return csvOf(output, ',');
+    case Form::kTsv:
+      return csvOf(output, '\t');
+    case Form::kNpy:
+      return npyOf(output);
+    case Form::kDisplay:
+      break;
+  }
+  return display(name, output, settings.files.empty() ? sizeOf(settings) : DisplaySize());
+}
+
+// The same, in which a refusal says of which output.
+std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form,
+                   const OutputSettings& settings) {
+  const std::string name = outputName(i, outputs.size());
+  try {
+    return textOf(outputs[i], name, form, settings);
+  } catch (const NoNotation& problem) {
+    throw NoNotation(name + ": " + problem.what() + "; --json shows all of it");
+  }
+}
+
+// Tables follow each other after an empty line.
+std::string formedAll(const std::vector<Array>& outputs, Form form,
+                      const OutputSettings& settings) {
+  const bool isTable = form == Form::kCsv || form == Form::kTsv;
+  std::string all;
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    if (isTable && i > 0) all += '\n';
+    all += formed(outputs, i, form, settings);
+  }
+  return all;
+}
+
+}  // namespace
+
+void requireOutputs(const OutputSettings& settings, std::size_t count) {
+  const std::size_t files = settings.files.size();
+  if (files == 0) return;
+  if (files != 1 && files != count) {
+    throw BadInput("--output names " + std::to_string(files) + " files for " +
+                   std::to_string(count) + (count == 1 ? " output" : " outputs"));
+  }
+  for (const std::string& file : settings.files) {
+    const std::optional<Form> form = settings.form ? settings.form : formOf(file);
+    if (!form) {
+      throw BadInput("--output: " + printable(file) +
+                     " ends in none of .json, .csv, .tsv, .npy and .txt");
+    }
+    if (form == Form::kNpy && count != files) {
+      throw BadInput("--output: a .npy file holds one output; name one for each");
+    }
+  }
+}
+
+void showOutputs(const std::vector<hcyclient::Array>& outputs, const OutputSettings& settings) {
+  if (settings.files.empty()) {
+    const Form form = settings.form.value_or(Form::kDisplay);
+    std::string text = formedAll(outputs, form, settings);
+    // Only raw text could hold commands for the terminal.
+    if (form == Form::kRaw && isTerminal(STDOUT_FILENO)) text = printableLines(text, 0);
+    return print(text);
+  }
+  std::vector<std::string> contents;
+  for (std::size_t i = 0; i < settings.files.size(); ++i) {
+    const Form form = settings.form ? *settings.form : *formOf(settings.files[i]);
+    contents.push_back(settings.files.size() == 1 ? formedAll(outputs, form, settings)
+                                                  : formed(outputs, i, form, settings));
+  }
+  for (std::size_t i = 0; i < contents.size(); ++i) writeFile(settings.files[i], contents[i]);
+}
+
+}  // namespace hcy::tools
