@@ -10,8 +10,8 @@
 #include "notations/array_json.h"
 #include "notations/json_array.h"
 #include "notations/json_value.h"
-#include "text/source_text.h"
 #include "require.h"
+#include "text/source_text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);

@@ -56,7 +56,8 @@ TEST(CsvText, whatIsNoTableIsRefused) {
   EXPECT_EQ(csvOf(R"([[1,2],"a"])"), "an element is neither a real number nor text");
   EXPECT_EQ(csvOf("[[[1,2],[3,4]]]"), "an array of more than two dimensions cannot be a table");
   EXPECT_EQ(csvOf(R"(complex:{"re":1,"im":2})"), "complex numbers cannot be a table");
-  EXPECT_EQ(csvOf(R"(sparse:{"rows":1,"cols":1,"entries":[]})"), "a sparse array cannot be a table");
+  EXPECT_EQ(csvOf(R"(sparse:{"rows":1,"cols":1,"entries":[]})"),
+            "a sparse array cannot be a table");
   EXPECT_EQ(csvOf(R"({"x":[1,2],"y":[1]})"), "the fields of the struct differ in length");
   EXPECT_EQ(csvOf(R"({"x":[[1,2],[3,4]]})"), "a field of the struct is no column");
   EXPECT_EQ(csvOf("{}"), "a struct without fields cannot be a table");

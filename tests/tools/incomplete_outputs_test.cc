@@ -12,6 +12,7 @@
 #include "calls/exit_status.h"
 #include "replies.h"
 #include "support/call_test.h"
+#include "text/text.h"
 
 namespace hcy::test {
 namespace {
@@ -19,16 +20,17 @@ namespace {
 using testing::HasSubstr;
 
 const std::string kCause =
-    ".\n     The limit on the size of replies may have cut the reply; --max-reply BYTES raises "
-    "it.\n";
+    "The limit on the size of replies may have cut the reply; --max-reply BYTES raises it.";
 
 // Refused with this text, for a person and as JSON.
 void expectRefused(const std::string& array, const std::string& problem) {
-  for (const std::string options : {"", "--json"}) {
-    const Outcome outcome = called(resultOf({array}), options);
-    EXPECT_EQ(outcome.status, tools::kTransportError);
-    EXPECT_EQ(outcome.output, "hcy: ans" + problem + kCause);
-  }
+  const Outcome shown = called(resultOf({array}));
+  EXPECT_EQ(shown.status, tools::kTransportError);
+  EXPECT_EQ(shown.output, "hcy: ans" + problem + ".\n     " + kCause + "\n");
+  const Outcome json = called(resultOf({array}), "--json");
+  EXPECT_EQ(json.status, tools::kTransportError);
+  const auto message = tools::quotedJson("ans" + problem + ".\n" + kCause);
+  EXPECT_EQ(json.output, R"({"kind":"incomplete","message":)" + message.value_or("") + "}\n");
 }
 
 // An array whose dimensions name this many elements, and which has fewer.
@@ -119,7 +121,7 @@ TEST(IncompleteOutput, thePlaceIsNamed) {
   expectRefused(cellOf(structOf(structs)), ", (0, 1), b\\n, (0, 1), c" + fewer);
 
   const Outcome second = called(resultOf({doubleScalar(1), cellOf(short3)}), "-n 2");
-  EXPECT_EQ(second.output, "hcy: out 2, (0, 1)" + fewer + kCause);
+  EXPECT_EQ(second.output, "hcy: out 2, (0, 1)" + fewer + ".\n     " + kCause + "\n");
 }
 
 TEST(IncompleteOutput, isWhatTheSizeLimitLeavesOfAReplyWithoutALength) {
@@ -135,8 +137,8 @@ TEST(IncompleteOutput, isWhatTheSizeLimitLeavesOfAReplyWithoutALength) {
   EXPECT_EQ(cut.status, tools::kTransportError);
   EXPECT_EQ(cut.output,
             "hcy: ans is incomplete: its dimensions name 1000 elements, but not all of "
-            "them arrived" +
-                kCause);
+            "them arrived.\n     " +
+                kCause + "\n");
   EXPECT_EQ(calledWithLimit(body.size()).status, tools::kSuccess);
 }
 

@@ -9,6 +9,7 @@ import subprocess
 import tempfile
 import unittest
 
+from local_server import LocalServer
 from pseudo_terminal import PseudoTerminal
 
 CLASSES = ('double', 'single', 'int8', 'int16', 'int32', 'int64', 'uint8', 'uint16', 'uint32',
@@ -48,7 +49,7 @@ class Manual(unittest.TestCase):
 
     def test_it_names_every_option_and_no_other(self):
         page = output_of('groff', '-t', '-man', '-Tascii', '-P-cbou', FOLDER / 'hcy.1')
-        named = set(re.findall(r'(?<![\w-])--?[a-z][a-z-]*', page.replace('-\n', '-')))
+        named = set(re.findall(r'(?<![\w-])(?:--[a-z][a-z-]*|-[a-zA-Z](?!\w))', page.replace('-\n', '-')))
         options = set().union(options_of(), *(options_of(command) for command in COMMANDS))
         self.assertGreater(len(options), 20)
         self.assertEqual(named, options)
@@ -70,6 +71,36 @@ class Manual(unittest.TestCase):
         self.assertIn(f'"hcyclient {version}"', (FOLDER / 'hcy.1').read_text())
 
 
+class Examples(unittest.TestCase):
+    """Every example in a help and in the manual page does something."""
+
+    def run_examples(self, text):
+        lines = re.findall(r'^ *((?:HCY_\w+=\S+ )?hcy (?:call|bench|show|encode) .*)', text, re.M)
+        root = FOLDER.parents[1]
+        path = ':'.join([str(pathlib.Path(HCY).parent), os.environ['PATH']])
+        with LocalServer() as server, tempfile.TemporaryDirectory() as directory:
+            (pathlib.Path(directory) / 'bodies').symlink_to(root / 'tests/golden/files')
+            (pathlib.Path(directory) / 'examples').symlink_to(root / 'examples')
+            for line in lines:
+                command = line.replace('http://127.0.0.1:8080', server.url)
+                done = subprocess.run(['bash', '-c', command], cwd=directory, check=False, text=True,
+                                      env=dict(os.environ, PATH=path, no_proxy='*'),
+                                      stdin=subprocess.DEVNULL, capture_output=True)
+                self.assertEqual((line, done.returncode, done.stderr), (line, 0, ''))
+                self.assertNotEqual(done.stdout, '', line)
+        return len(lines)
+
+    def test_of_every_help(self):
+        for command in ((), *((command,) for command in COMMANDS)):
+            shown = output_of(HCY, *command, '--help')
+            self.assertEqual(output_of(HCY, 'help', *command), shown)
+            self.assertGreater(self.run_examples(shown.split('Examples:')[1]), 0)
+
+    def test_of_the_manual(self):
+        page = output_of('groff', '-t', '-man', '-Tascii', '-P-cbou', '-rLL=200n', FOLDER / 'hcy.1')
+        self.assertGreater(self.run_examples(page.split('EXAMPLES')[1]), 3)
+
+
 class Completion(unittest.TestCase):
     def completed(self, *words):
         """What is offered for the last word."""
@@ -82,7 +113,7 @@ class Completion(unittest.TestCase):
         for command in COMMANDS:
             long = {option for option in options_of(command) if option.startswith('--')}
             self.assertEqual(self.completed('hcy', command, 'x', '--'), long)
-        self.assertEqual(self.completed('hcy', ''), {*COMMANDS, '--help', '--version'})
+        self.assertEqual(self.completed('hcy', ''), {*COMMANDS, 'help', '--help', '--version'})
 
     def test_every_class_is_offered(self):
         offered = set().union(*(self.completed('hcy', 'call', 'x', letter)

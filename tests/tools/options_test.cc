@@ -112,6 +112,24 @@ TEST(Options, whatIsNotSaidStaysAsTheLibraryHasIt) {
   EXPECT_TRUE(library.runtime()->getPeerVerification(config.get()));
 }
 
+TEST(Options, settingsHaveTheNamesOfCurlToo) {
+  const TestDirectory files;
+  const std::string file = files.write("a.pem", "");
+  const auto parsed = parse({"call", "url", "-m", "0.25", "--cacert", file, "--crlfile", file, "-E",
+                             file, "--key", file, "-k"});
+  ASSERT_TRUE(parsed.options);
+  const tools::Settings& settings = parsed.options->settings;
+  EXPECT_EQ(settings.timeout, 0.25);
+  EXPECT_EQ(settings.authorityFile, file);
+  EXPECT_EQ(settings.revocationListFile, file);
+  EXPECT_EQ(settings.certificateFile, file);
+  EXPECT_FALSE(settings.verifiesHost);
+  EXPECT_FALSE(settings.verifiesPeer);
+  EXPECT_EQ(parse({"call", "url", "--max-time", "2"}).options->settings.timeout, 2);
+  const hcyclient::Library library;
+  EXPECT_EQ(library.runtime()->getTimeOut(tools::configFrom(library, settings).get()), 1U);
+}
+
 TEST(Options, mistakesAreMistakesOfUsage) {
   const TestDirectory files;
   const std::string key = files.write("key", "");
@@ -126,6 +144,9 @@ TEST(Options, mistakesAreMistakesOfUsage) {
       {"call", "url", "--timeout", "4294967296"},
       {"call", "url", "--timeout", "-1"},
       {"call", "url", "--timeout", "1s"},
+      {"call", "url", "--timeout", "nan"},
+      {"call", "url", "--delimiter", "ab"},
+      {"call", "url", "--csv", "--raw"},
       {"call", "url", "--ca", files.file("none")},
       {"call", "url", "--ask-key-pass"},
       {"call", "url", "--key-pass", "secret"},

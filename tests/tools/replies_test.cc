@@ -20,10 +20,14 @@ TEST(BrokenReply, fieldsThatJsonCannotHoldAreRefused) {
   const std::string one = bytesField(2, doubleScalar(1));
   const Outcome twice =
       called(structWith(bytesField(1, "a") + bytesField(1, "a") + one + one), "--json");
-  EXPECT_EQ(twice.output, "hcy: two fields of a struct have the same name\n");
+  EXPECT_EQ(twice.output,
+            R"({"kind":"output","message":"two fields of a struct have the same name"})"
+            "\n");
   EXPECT_EQ(twice.status, tools::kTransportError);
   const std::string odd = structWith(bytesField(1, "\xFF\x1B[2J") + one);
-  EXPECT_EQ(called(odd, "--json").output, "hcy: the name of a field is not UTF-8\n");
+  EXPECT_EQ(called(odd, "--json").output,
+            R"({"kind":"output","message":"the name of a field is not UTF-8"})"
+            "\n");
   EXPECT_EQ(called(odd).output, "ans: struct 1-by-1\n  \uFFFD\\u001b[2J: double 1-by-1 = 1\n");
 }
 
@@ -33,6 +37,15 @@ TEST(BrokenReply, textsOfErrorsReachTheTerminalAsText) {
   EXPECT_EQ(outcome.status, tools::kFunctionError);
   EXPECT_EQ(outcome.output,
             "hcy: bad\\u001b[2J\n     second\nidentifier: a\\nb\n  in \uFFFD, f\\n, line -1\n");
+}
+
+TEST(BrokenReply, textsOfErrorsBecomeJsonOfUtf8) {
+  const Outcome outcome =
+      called(errorResult("a\xFF\x1B", "b\"c", {stackFrame("f", "\x9B", 2)}), "--json");
+  EXPECT_EQ(outcome.status, tools::kFunctionError);
+  EXPECT_EQ(outcome.output,
+            "{\"kind\":\"function\",\"message\":\"a\uFFFD\\u001b\",\"identifier\":\"b\\\"c\","
+            "\"stack\":[{\"file\":\"f\",\"name\":\"\uFFFD\",\"line\":2}]}\n");
 }
 
 TEST(BrokenReply, anErrorWithoutAMessageSaysSo) {

@@ -15,19 +15,20 @@ _hcy_files() {
 
 _hcy() {
   local word=$2 previous=${COMP_WORDS[COMP_CWORD - 1]}
-  local calling='--help --nargout --delimiter --timeout --max-reply --ca --crl --cert --key --key-pass-file
-    --ask-key-pass --no-verify-host --no-verify-peer'
+  local calling='--help --nargout --delimiter --timeout --max-time --max-reply --ca --cacert --crl
+    --crlfile --cert --key --key-pass-file --ask-key-pass --no-verify-host --no-verify-peer
+    --insecure'
   local classes='double: single: int8: int16: int32: int64: uint8: uint16: uint32: uint64: logical:
     char: struct: cell: complex: sparse: float64: float32: bool: json: text: csv: tsv: npy:'
   COMPREPLY=()
 
   case $previous in
-    --ca | --crl | --cert | --key | --key-pass-file | -o | --output)
+    --ca | --cacert | --crl | --crlfile | -E | --cert | --key | --key-pass-file | -o | --output)
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       compopt -o filenames 2>/dev/null
       return
       ;;
-    -n | --nargout | --timeout | --max-reply | --width | --delimiter | --calls | --threads)
+    -n | --nargout | -m | --timeout | --max-time | --max-reply | --width | --delimiter | --calls | --threads)
       return
       ;;
   esac
@@ -35,7 +36,8 @@ _hcy() {
   local command=
   [ "$COMP_CWORD" -le 1 ] || command=${COMP_WORDS[1]}
   case $command:$word in
-    :*) mapfile -t COMPREPLY < <(compgen -W 'call bench show --help --version' -- "$word") ;;
+    help:*) mapfile -t COMPREPLY < <(compgen -W 'call bench show' -- "$word") ;;
+    :*) mapfile -t COMPREPLY < <(compgen -W 'call bench show help --help --version' -- "$word") ;;
     call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full" -- "$word") ;;
     bench:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --calls --threads" -- "$word") ;;
     show:-*) mapfile -t COMPREPLY < <(compgen -W '--help --request --reply' -- "$word") ;;

@@ -3,18 +3,15 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <exception>
-#include <hcy/hcyclient.hpp>
 #include <iostream>
-#include <new>
 
 #include "bench/bench.h"
 #include "bodies/show.h"
 #include "calls/call.h"
 #include "calls/exit_status.h"
+#include "calls/failure.h"
 #include "settings/options.h"
-#include "text/source_text.h"
-#include "text/text.h"
+#include "settings/target.h"
 
 namespace {
 
@@ -30,7 +27,8 @@ void occupyStandardDescriptors() {
   }
 }
 
-int run(const Options& options) {
+int run(Options& options) {
+  if (options.command != Command::kShow) resolveTarget(options);
   switch (options.command) {
     case Command::kCall:
       return call(options);
@@ -46,16 +44,15 @@ int run(const Options& options) {
 
 int main(int argc, char** argv) {
   occupyStandardDescriptors();
+  bool isJson = false;
   try {
-    const CommandLine commandLine = parseCommandLine(argc, argv);
-    return commandLine.options ? run(*commandLine.options) : commandLine.exitStatus;
-  } catch (const BadInput& problem) {
-    std::cerr << "hcy: " << problem.what() << '\n';
-    return kUsage;
-  } catch (const std::bad_alloc&) {
-    std::cerr << "hcy: there is not enough memory\n";
-  } catch (const std::exception& error) {
-    std::cerr << "hcy: " << printableLines(error.what(), 5) << '\n';
+    CommandLine commandLine = parseCommandLine(argc, argv);
+    if (!commandLine.options) return commandLine.exitStatus;
+    isJson = commandLine.options->isJson();
+    return run(*commandLine.options);
+  } catch (...) {
+    const Failure failure = currentFailure();
+    std::cerr << failureAs(isJson, failure);
+    return failure.exitStatus;
   }
-  return kTransportError;
 }

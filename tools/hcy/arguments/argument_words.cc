@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdlib>
 #include <utility>
 
 #include "notations/json_array.h"
@@ -129,12 +128,6 @@ class ColumnReader {
   std::size_t position_ = 0;
 };
 
-std::string expanded(std::string_view file) {
-  const char* const home = std::getenv("HOME");
-  if (!file.starts_with("~/") || home == nullptr || *home == '\0') return std::string(file);
-  return home + std::string(file.substr(1));
-}
-
 }  // namespace
 
 const std::vector<std::string_view>& classWords() {
@@ -173,12 +166,12 @@ ArgumentWords argumentWords(std::string_view argument) {
     const auto offset = static_cast<std::size_t>(rest.data() - argument.data()) + bracket;
     words.choices = ColumnReader(rest.substr(bracket), offset).read();
     words.notation = notation;
-    words.file = expanded(file);
+    words.file = expandedHome(file);
   } else if (rest.starts_with("-[")) {
     words.literal = rest;  // not a table: a mistake for the parser to tell
   } else {
     words.notation = words.isNotationSaid ? words.notation : notationOf(rest);
-    words.file = expanded(rest);
+    words.file = expandedHome(rest);
   }
   return words;
 }

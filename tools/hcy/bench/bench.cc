@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <iostream>
 #include <memory>
@@ -22,6 +23,7 @@
 #include "output/terminal.h"
 #include "settings/settings.h"
 #include "settings/url.h"
+#include "text/source_text.h"
 
 namespace hcy::tools {
 namespace {
@@ -107,6 +109,10 @@ int report(const Measurements& measured, unsigned threads, double seconds) {
 
 int bench(const Options& options) {
   requireHttp(options.url);
+  const double timeout = options.settings.timeout.value_or(0);
+  if (timeout != std::trunc(timeout)) {
+    throw BadInput("only a single call can be limited to a fraction of a second");
+  }
   const std::vector<hcyclient::Array> inputs =
       arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;

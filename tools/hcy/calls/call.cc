@@ -2,37 +2,36 @@
 
 #include "calls/call.h"
 
+#include <unistd.h>
+
+#include <cmath>
 #include <cstddef>
 #include <iostream>
-#include <string>
-#include <string_view>
+#include <optional>
 #include <vector>
 
 #include "arguments/argument.h"
+#include "calls/deadline.h"
 #include "calls/evaluation.h"
 #include "calls/exit_status.h"
+#include "calls/failure.h"
 #include "calls/incomplete_output.h"
 #include "calls/outputs.h"
 #include "settings/settings.h"
 #include "settings/url.h"
-#include "text/text.h"
 
 namespace hcy::tools {
 namespace {
 
-void show(const hcyclient::FunctionError& error) {
-  const std::string_view message = error.what();
-  std::cerr << "hcy: "
-            << (message.empty() ? "the function failed without a message"
-                                : printableLines(message, 5))
-            << '\n';
-  if (!error.identifier().empty()) {
-    std::cerr << "identifier: " << printable(error.identifier()) << '\n';
-  }
-  for (const hcyclient::StackFrame& frame : error.stack()) {
-    std::cerr << "  in " << printable(frame.name) << ", " << printable(frame.file) << ", line "
-              << frame.line << '\n';
-  }
+// Ends the program after a time that is no whole number of seconds, in the words of the library.
+void limit(std::optional<Deadline>& deadline, const Options& options) {
+  const double seconds = options.settings.timeout.value_or(0);
+  if (seconds == std::trunc(seconds)) return;
+  deadline.emplace(seconds, [&options] {
+    const Failure failure{"transport", "Timeout was reached", kTransportError};
+    std::cerr << failureAs(options.isJson(), failure) << std::flush;
+    ::_exit(failure.exitStatus);
+  });
 }
 
 }  // namespace
@@ -45,19 +44,13 @@ int call(const Options& options) {
   const hcyclient::Library library;
   const hcyclient::Config config = configFrom(library, options.settings);
   const hcyclient::Context context(config);
-  try {
-    const auto outputs =
-        evaluate(*library.runtime(), context, options.url, inputs, options.nargout);
-    requireWhole(outputs);
-    showOutputs(outputs, options.output);
-    return kSuccess;
-  } catch (const hcyclient::FunctionError& error) {
-    show(error);
-    return kFunctionError;
-  } catch (const hcyclient::HttpError& error) {
-    std::cerr << "hcy: " << printable(error.what()) << '\n';
-    return kHttpError;
-  }
+  std::optional<Deadline> deadline;
+  limit(deadline, options);
+  const auto outputs = evaluate(*library.runtime(), context, options.url, inputs, options.nargout);
+  deadline.reset();
+  requireWhole(outputs);
+  showOutputs(outputs, options.output);
+  return kSuccess;
 }
 
 }  // namespace hcy::tools

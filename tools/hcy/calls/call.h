@@ -8,7 +8,8 @@
 
 namespace hcy::tools {
 
-// Returns the exit status. Throws BadInput, and what the library throws when it does not start.
+// Returns the exit status. Throws BadInput, and whatever keeps the call or its outputs from
+// arriving.
 int call(const Options& options);
 
 }  // namespace hcy::tools

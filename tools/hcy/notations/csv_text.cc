@@ -105,11 +105,11 @@ Grid cellElements(const Array& array, const Shape& shape, char delimiter) {
 Grid numbers(const Array& array, const Shape& shape) {
   return withElementType(array.classId(), [&](auto type) -> Grid {
     using T = typename decltype(type)::type;
-    return {shape[0], shape[1],
-            [span = array.span<T>(), rows = shape[0]](std::string& out, std::size_t i,
-                                                      std::size_t j) {
-              if constexpr (!std::is_same_v<T, char16_t>) appendNumber<T>(out, span[i + j * rows]);
-            }};
+    return {
+        shape[0], shape[1],
+        [span = array.span<T>(), rows = shape[0]](std::string& out, std::size_t i, std::size_t j) {
+          if constexpr (!std::is_same_v<T, char16_t>) appendNumber<T>(out, span[i + j * rows]);
+        }};
   });
 }
 
@@ -143,7 +143,8 @@ std::vector<Array> columnsOf(const Array& array, const std::vector<std::string>&
   std::vector<Array> columns;
   for (const std::string& name : names) {
     Array column = array(0, name);
-    const bool isVector = column.shape().size() <= 2 && (column.rows() == 1 || column.columns() == 1);
+    const bool isVector =
+        column.shape().size() <= 2 && (column.rows() == 1 || column.columns() == 1);
     const bool isSingle = column.isText();
     if (!isSingle && !isVector) throw NoNotation("a field of the struct is no column");
     columns.push_back(std::move(column));

@@ -7,8 +7,8 @@
 
 namespace hcy::tools {
 
-// Text and single numbers as they are, without quotes and class, the rows of a char matrix on a line
-// each; anything else as JSON. Ends with a line end. The array is whole.
+// Text and single numbers as they are, without quotes and class, the rows of a char matrix on a
+// line each; anything else as JSON. Ends with a line end. The array is whole.
 std::string rawText(const hcyclient::Array& array);
 
 }  // namespace hcy::tools

@@ -5,12 +5,17 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <tuple>
 
 #include "calls/exit_status.h"
+#include "calls/failure.h"
+#include "text/suggestion.h"
 #include "text/text.h"
 
 namespace hcy::tools {
@@ -30,6 +35,31 @@ constexpr const char* kArgumentHelp = R"(An ARG is one of
 hcy(1) tells more.
 )";
 
+constexpr const char* kGeneralFooter = R"(hcy help COMMAND tells the options of a command.
+
+Examples:
+  hcy call http://127.0.0.1:8080/math/plus 2 3
+  HCY_SERVER=http://127.0.0.1:8080 hcy call math/plus 2 3
+)";
+
+constexpr const char* kCallExamples = R"(
+Examples:
+  hcy call http://127.0.0.1:8080/linalg/solve '[[2,0],[1,4]]' '[[1],[2]]'
+  hcy call http://127.0.0.1:8080/stats/describe @examples/data/norris.csv --csv
+  hcy call http://127.0.0.1:8080/text/upper text:hello --raw
+)";
+
+constexpr const char* kBenchExamples = R"(
+Examples:
+  hcy bench http://127.0.0.1:8080/echo '[1,2,3]' --calls 1000 --threads 2
+)";
+
+constexpr const char* kShowExamples = R"(
+Examples:
+  hcy show bodies/char.request.bin
+  hcy show --reply - < bodies/char.reply.bin
+)";
+
 // Takes "\\t" for a tab.
 std::string delimiterProblem(std::string& text) {
   if (text == "\\t") text = "\t";
@@ -38,6 +68,15 @@ std::string delimiterProblem(std::string& text) {
                        (text[0] == '\t' || (text[0] >= ' ' && text[0] <= '~')) &&
                        !std::isalnum(static_cast<unsigned char>(text[0]));
   return isPlain ? "" : "not a character that can separate fields: " + text;
+}
+
+std::string secondsProblem(const std::string& text) {
+  double seconds = 0;
+  const char* const end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, seconds);
+  const bool isNumber = read.ec == std::errc() && read.ptr == end;
+  const bool isInRange = seconds >= 0 && seconds <= std::numeric_limits<std::uint32_t>::max();
+  return isNumber && isInRange ? "" : "not a number of seconds: " + text;
 }
 
 // Says of each option what a user needs to know, and not how it is checked. Adds the inputs of a
@@ -77,9 +116,10 @@ CLI::Validator unnamed(Validator validator) {
 
 void addSettings(CLI::App& app, Settings& settings) {
   const char* const group = "Connection";
-  app.add_option("--timeout", settings.timeout,
+  app.add_option("-m,--timeout,--max-time", settings.timeout,
                  "Seconds that one call may take; 0 for no limit [120]")
       ->type_name("SECONDS")
+      ->check(unnamed(CLI::Validator(secondsProblem, "", "")))
       ->group(group);
   app.add_option("--max-reply", settings.largestReply, "Largest reply that is accepted [67108864]")
       ->type_name("BYTES")
@@ -90,10 +130,10 @@ void addSettings(CLI::App& app, Settings& settings) {
         ->check(unnamed(CLI::ExistingFile))
         ->group(group);
   };
-  addFile("--ca", settings.authorityFile,
+  addFile("--ca,--cacert", settings.authorityFile,
           "Authorities that the server's certificate is checked against (PEM)");
-  addFile("--crl", settings.revocationListFile, "Lists of revoked certificates (PEM)");
-  addFile("--cert", settings.certificateFile, "Certificate to show to the server (PEM)");
+  addFile("--crl,--crlfile", settings.revocationListFile, "Lists of revoked certificates (PEM)");
+  addFile("-E,--cert", settings.certificateFile, "Certificate to show to the server (PEM)");
   CLI::Option* const key = addFile("--key", settings.keyFile, "Its private key (PEM)");
   CLI::Option* const fromFile = addFile("--key-pass-file", settings.passPhraseFile,
                                         "File whose first line is the pass phrase of the key")
@@ -111,12 +151,19 @@ void addSettings(CLI::App& app, Settings& settings) {
          "--no-verify-peer", [&settings] { settings.verifiesPeer = false; },
          "Take a certificate that nobody trusted has signed")
       ->group(group);
+  app.add_flag_callback(
+         "-k,--insecure", [&settings] { settings.verifiesHost = settings.verifiesPeer = false; },
+         "Take any certificate: both of these")
+      ->group(group);
 }
 
 CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& help,
                      Options& options) {
   CLI::App* const command = app.add_subcommand(name, help);
-  command->add_option("URL", options.url, "The function")->required()->type_name("");
+  command
+      ->add_option("URL", options.url, "The function: a URL, @SERVER/PATH, or a path on HCY_SERVER")
+      ->required()
+      ->type_name("");
   command->allow_extras();  // the inputs
   command->add_option("-n,--nargout", options.nargout, "Number of outputs [1]")
       ->type_name("N")
@@ -128,7 +175,6 @@ CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& 
           "Character between the fields of csv [,]")
       ->type_name("C")
       ->transform(unnamed(CLI::Validator(delimiterProblem, "", "")));
-  command->footer(kArgumentHelp);
   return command;
 }
 
@@ -168,6 +214,7 @@ void addCall(CLI::App& app, Options& options) {
   CLI::App* const call = addCalling(app, "call", "Call a function and show its outputs", options);
   addOutput(*call, options.output);
   addSettings(*call, options.settings);
+  call->footer(std::string(kArgumentHelp) + kCallExamples);
 }
 
 void addBench(CLI::App& app, Options& options) {
@@ -182,6 +229,7 @@ void addBench(CLI::App& app, Options& options) {
       ->type_name("T")
       ->check(unnamed(CLI::Range(1U, 1024U)));
   addSettings(*bench, options.settings);
+  bench->footer(std::string(kArgumentHelp) + kBenchExamples);
 }
 
 void addShow(CLI::App& app, Options& options) {
@@ -194,6 +242,7 @@ void addShow(CLI::App& app, Options& options) {
   show->add_flag_callback(
           "--reply", [&options] { options.body = Body::kReply; }, "Take it for a reply")
       ->excludes(request);
+  show->footer(kShowExamples + 1);
 }
 
 bool isCommand(const CLI::App& app, std::string_view word) {
@@ -201,25 +250,62 @@ bool isCommand(const CLI::App& app, std::string_view word) {
   return !app.get_subcommands(hasName).empty();
 }
 
-CommandLine refused(std::string_view problem) {
-  std::cerr << "hcy: " << printable(problem) << "\nhcy --help lists the options.\n";
+std::string suggestedCommand(const CLI::App& app, std::string_view word) {
+  std::vector<std::string> names = {"help"};
+  for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(command->get_name());
+  }
+  return suggestionFor(word, {names.begin(), names.end()});
+}
+
+CommandLine refused(const std::string& problem, bool isJson) {
+  const Failure failure{"usage", printable(problem), kUsage};
+  std::cerr << failureAs(isJson, failure);
+  if (!isJson) std::cerr << "hcy --help lists the options.\n";
   return {std::nullopt, kUsage};
 }
 
 // An argument begins with a dash only as a negative number or as the standard input.
+bool isOption(std::string_view word) {
+  const bool isInput = word.starts_with("-[") && word.ends_with(']');
+  return word.size() > 1 && word[0] == '-' && (word[1] < '0' || word[1] > '9') && !isInput;
+}
+
 void requireNoOptions(const std::vector<std::string>& arguments) {
   for (const std::string& argument : arguments) {
-    if (argument.size() > 1 && argument[0] == '-' && (argument[1] < '0' || argument[1] > '9')) {
-      throw CLI::ExtrasError({argument});
-    }
+    if (isOption(argument)) throw CLI::ExtrasError({argument});
   }
 }
 
-// Two dashes end the options elsewhere; no argument can be mistaken for one here.
+// For the first word that is taken for an option which the command does not have.
+std::string suggestedOption(const CLI::App& app, const std::vector<std::string>& words) {
+  std::vector<std::string> names;
+  const auto commands = app.get_subcommands();
+  for (const CLI::Option* const option :
+       (commands.empty() ? &app : commands.front())->get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  const std::vector<std::string_view> known(names.begin(), names.end());
+  for (const std::string& word : words) {
+    const std::string name = word.substr(0, word.find('='));
+    if (!name.starts_with("--") || std::find(names.begin(), names.end(), name) != names.end()) {
+      continue;
+    }
+    return suggestionFor(name, known);
+  }
+  return {};
+}
+
+// Two dashes end the options elsewhere; no argument can be mistaken for one here. `help call` is
+// `call --help`.
 std::vector<std::string> wordsOf(int argc, char** argv) {
   std::vector<std::string> words(argv + 1, argv + argc);
   std::erase(words, "--");
-  std::reverse(words.begin(), words.end());  // as the parser takes them
+  if (!words.empty() && words.front() == "help") {
+    words.erase(words.begin());
+    words.resize(std::min<std::size_t>(words.size(), 1));
+    words.push_back("--help");
+  }
   return words;
 }
 
@@ -236,22 +322,27 @@ CommandLine parseCommandLine(int argc, char** argv) {
   app.set_version_flag("--version", "hcy " HCY_VERSION, "Print the version and exit");
   app.formatter(std::make_shared<Formatter>());
   app.require_subcommand(1);
+  app.footer(kGeneralFooter);
   addCall(app, options);
   addBench(app, options);
   addShow(app, options);
-  const std::string_view first = argc > 1 ? argv[1] : "";
-  if (!first.empty() && first[0] != '-' && !isCommand(app, first)) {
-    return refused("there is no command " + std::string(first));
+  const std::vector<std::string> words = wordsOf(argc, argv);
+  const bool isJson = std::find(words.begin(), words.end(), "--json") != words.end();
+  if (!words.empty() && words.front()[0] != '-' && !isCommand(app, words.front())) {
+    return refused("there is no command " + words.front() + suggestedCommand(app, words.front()),
+                   isJson);
   }
   try {
-    app.parse(wordsOf(argc, argv));
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // as the parser takes them
     const CLI::App* const command = app.get_subcommands().front();
     options.command = commandNamed(command->get_name());
     options.arguments = command->remaining();
     requireNoOptions(options.arguments);
+  } catch (const CLI::ExtrasError& problem) {
+    return refused(problem.what() + suggestedOption(app, words), isJson);
   } catch (const CLI::ParseError& outcome) {
     if (outcome.get_exit_code() == 0) return {std::nullopt, app.exit(outcome)};
-    return refused(outcome.what());
+    return refused(outcome.what(), isJson);
   }
   return {options, kSuccess};
 }

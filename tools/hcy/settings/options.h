@@ -17,7 +17,7 @@ namespace hcy::tools {
 
 // The settings of a connection; what is absent stays as the library has it.
 struct Settings {
-  std::optional<std::uint32_t> timeout;       // seconds
+  std::optional<double> timeout;              // seconds
   std::optional<std::uint32_t> largestReply;  // bytes
   std::string certificateFile, keyFile, authorityFile, revocationListFile;
   std::string passPhraseFile;
@@ -49,6 +49,9 @@ struct Options {
   // show
   std::string file;
   Body body = Body::kDetected;
+
+  // Whether outputs and failures are for a program to read.
+  bool isJson() const { return output.form == Form::kJson; }
 };
 
 struct CommandLine {

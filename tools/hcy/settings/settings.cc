@@ -3,6 +3,8 @@
 #include "settings/settings.h"
 
 #include <chrono>
+#include <cmath>
+#include <cstdint>
 
 #include "settings/pass_phrase.h"
 
@@ -10,7 +12,10 @@ namespace hcy::tools {
 
 hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& settings) {
   hcyclient::Config config(library);
-  if (settings.timeout) config.setTimeout(std::chrono::seconds(*settings.timeout));
+  if (settings.timeout) {
+    config.setTimeout(
+        std::chrono::seconds(static_cast<std::int64_t>(std::ceil(*settings.timeout))));
+  }
   if (settings.largestReply) config.setResponseSizeLimit(*settings.largestReply);
   config.setClientCertificateFile(settings.certificateFile)
       .setClientPrivateKeyFile(settings.keyFile)

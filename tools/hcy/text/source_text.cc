@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <system_error>
 
@@ -67,6 +68,12 @@ std::string located(const std::string& name, std::string_view text, const BadTex
          problem.what() + "\n  " + start + printable(shownTail) +
          (shownTail.size() < tail.size() ? "…" : "") + "\n  " +
          std::string(displayWidth(start), ' ') + "^";
+}
+
+std::string expandedHome(std::string_view file) {
+  const char* const home = std::getenv("HOME");
+  if (!file.starts_with("~/") || home == nullptr || *home == '\0') return std::string(file);
+  return home + std::string(file.substr(1));
 }
 
 std::string contentsOf(const std::string& file) {

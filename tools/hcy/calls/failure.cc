@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "calls/failure.h"
+
+#include <exception>
+#include <new>
+#include <system_error>
+
+#include "calls/exit_status.h"
+#include "calls/incomplete_output.h"
+#include "notations/no_notation.h"
+#include "text/source_text.h"
+#include "text/text.h"
+
+namespace hcy::tools {
+namespace {
+
+// What is not UTF-8 is replaced.
+std::string quoted(std::string_view text) {
+  std::string valid;
+  while (!text.empty()) appendUtf8(valid, takeCodePoint(text).value_or(0xFFFD));
+  return *quotedJson(std::string_view(valid));
+}
+
+}  // namespace
+
+Failure currentFailure() {
+  try {
+    throw;
+  } catch (const hcyclient::FunctionError& error) {
+    const std::string message = error.what();
+    return {"function",         message.empty() ? "the function failed without a message" : message,
+            kFunctionError,     std::nullopt,
+            error.identifier(), error.stack()};
+  } catch (const hcyclient::HttpError& error) {
+    return {"http", error.what(), kHttpError, error.status()};
+  } catch (const BadInput& problem) {
+    return {"usage", problem.what(), kUsage};
+  } catch (const IncompleteOutput& problem) {
+    return {"incomplete", problem.what(), kTransportError};
+  } catch (const NoNotation& problem) {
+    return {"output", problem.what(), kTransportError};
+  } catch (const hcyclient::UsageError& error) {
+    return {"output", error.what(), kTransportError};
+  } catch (const std::system_error& error) {
+    return {"output", error.what(), kTransportError};
+  } catch (const std::bad_alloc&) {
+    return {"transport", "there is not enough memory", kTransportError};
+  } catch (const std::exception& error) {
+    return {"transport", error.what(), kTransportError};
+  }
+}
+
+std::string failureText(const Failure& failure) {
+  // What the user gave wrong is shown as a text of ours, in which a mark stands below the place.
+  const bool isOurs = failure.kind == "usage";
+  std::string text =
+      "hcy: " + (isOurs ? failure.message : printableLines(failure.message, 5)) + "\n";
+  if (!failure.identifier.empty()) text += "identifier: " + printable(failure.identifier) + "\n";
+  for (const hcyclient::StackFrame& frame : failure.stack) {
+    text += "  in " + printable(frame.name) + ", " + printable(frame.file) + ", line " +
+            std::to_string(frame.line) + "\n";
+  }
+  return text;
+}
+
+std::string failureJson(const Failure& failure) {
+  std::string json =
+      "{\"kind\":" + quoted(failure.kind) + ",\"message\":" + quoted(failure.message);
+  if (failure.httpStatus) json += ",\"status\":" + std::to_string(*failure.httpStatus);
+  if (failure.kind == "function") {
+    json += ",\"identifier\":" + quoted(failure.identifier) + ",\"stack\":[";
+    for (const hcyclient::StackFrame& frame : failure.stack) {
+      if (&frame != &failure.stack.front()) json += ',';
+      json += "{\"file\":" + quoted(frame.file) + ",\"name\":" + quoted(frame.name) +
+              ",\"line\":" + std::to_string(frame.line) + "}";
+    }
+    json += ']';
+  }
+  return json + "}\n";
+}
+
+}  // namespace hcy::tools
