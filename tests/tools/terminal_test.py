@@ -126,6 +126,22 @@ class OnATerminal(unittest.TestCase):
         self.assertIn('hcy: standard output: No space left on device\n', shown)
         self.assertLess(time.monotonic() - start, 30)
 
+    def test_many_calls_show_how_far_they_are(self):
+        lines = '[0.15]\n' * 4
+        with tempfile.NamedTemporaryFile('w', suffix='.jsonl') as file:
+            file.write(lines)
+            file.flush()
+            arguments = [HCY, 'call', self.url + '/demo/sleep', '--each', file.name]
+            with PseudoTerminal(arguments, 40, stdout=subprocess.PIPE) as terminal:
+                shown, status = terminal.finish()
+                results = terminal.process.stdout.read().decode()
+        self.assertEqual((status, results), (0, '0.15\n' * 4))
+        self.assertRegex(shown, r'^(\r\[#*\.*\] \d/4  \d+ calls/s\x1b\[K)+\r\x1b\[K$')
+        # The number of lines in a pipe is not known before its end.
+        command = f"printf '{lines}' | {HCY} call {self.url}/demo/sleep --each > /dev/null"
+        shown, _ = PseudoTerminal(['sh', '-c', command.replace('\n', '\\n')], 40).finish()
+        self.assertRegex(shown, r'^(\r\d  \d+ calls/s\x1b\[K)+\r\x1b\[K$')
+
     def test_threads_call_at_once(self):
         shown, status = self.shown('bench', self.url + '/demo/sleep', '1', '--calls', '4',
                                    '--threads', '4')

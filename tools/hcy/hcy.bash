@@ -23,12 +23,12 @@ _hcy() {
   COMPREPLY=()
 
   case $previous in
-    --ca | --cacert | --crl | --crlfile | -E | --cert | --key | --key-pass-file | -o | --output)
+    --ca | --cacert | --crl | --crlfile | -E | --cert | --key | --key-pass-file | -o | --output | --each)
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       compopt -o filenames 2>/dev/null
       return
       ;;
-    -n | --nargout | -m | --timeout | --max-time | --max-reply | --width | --delimiter | --calls | --threads)
+    -n | --nargout | -m | --timeout | --max-time | --max-reply | --width | --delimiter | --retry | -j | --jobs | --calls | --threads)
       return
       ;;
   esac
@@ -38,7 +38,7 @@ _hcy() {
   case $command:$word in
     help:*) mapfile -t COMPREPLY < <(compgen -W 'call bench show' -- "$word") ;;
     :*) mapfile -t COMPREPLY < <(compgen -W 'call bench show help --help --version' -- "$word") ;;
-    call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full" -- "$word") ;;
+    call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full --retry --each --jobs" -- "$word") ;;
     bench:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --calls --threads" -- "$word") ;;
     show:-*) mapfile -t COMPREPLY < <(compgen -W '--help --request --reply' -- "$word") ;;
     show:*)

@@ -19,6 +19,7 @@ Caller::Caller(std::shared_ptr<Work> work, const hcyclient::Config& config,
     inputs_.push_back(input.copy());
     inputBytes_ += elementBytes(input);
   }
+  handles_ = handlesOf(inputs_);
 }
 
 void Caller::run() {
@@ -41,7 +42,7 @@ void Caller::run() {
 
 void Caller::callOnce() {
   const Clock::time_point start = Clock::now();
-  const auto outputs = evaluate(runtime_, context_, work_->url, inputs_, work_->nargout);
+  const auto outputs = evaluate(runtime_, context_, work_->url, handles_, work_->nargout);
   const std::chrono::duration<double> taken = Clock::now() - start;
   requireWhole(outputs);
   std::uint64_t bytes = 0;

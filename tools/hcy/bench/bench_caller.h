@@ -53,6 +53,7 @@ class Caller {
   const hcyClientRuntime& runtime_;
   hcyclient::Context context_;
   std::vector<hcyclient::Array> inputs_;
+  std::vector<const hcyArray*> handles_;
   std::uint64_t inputBytes_ = 0;
   mutable std::mutex mutex_;  // guards what is below
   Measurements measured_;

@@ -12,11 +12,13 @@
 
 #include "arguments/argument.h"
 #include "calls/deadline.h"
+#include "calls/each.h"
 #include "calls/evaluation.h"
 #include "calls/exit_status.h"
 #include "calls/failure.h"
 #include "calls/incomplete_output.h"
 #include "calls/outputs.h"
+#include "calls/retry.h"
 #include "settings/settings.h"
 #include "settings/url.h"
 
@@ -37,6 +39,7 @@ void limit(std::optional<Deadline>& deadline, const Options& options) {
 }  // namespace
 
 int call(const Options& options) {
+  if (options.each) return callEach(options);
   requireHttp(options.url);
   requireOutputs(options.output, static_cast<std::size_t>(options.nargout));
   const std::vector<hcyclient::Array> inputs =
@@ -46,7 +49,8 @@ int call(const Options& options) {
   const hcyclient::Context context(config);
   std::optional<Deadline> deadline;
   limit(deadline, options);
-  const auto outputs = evaluate(*library.runtime(), context, options.url, inputs, options.nargout);
+  const auto outputs = evaluateWithRetries(*library.runtime(), context, options.url,
+                                           handlesOf(inputs), options.nargout, options.retries);
   deadline.reset();
   requireWhole(outputs);
   showOutputs(outputs, options.output);

@@ -47,17 +47,22 @@ class Failure {
 }  // namespace
 
 std::vector<Array> evaluate(const hcyClientRuntime& runtime, const hcyclient::Context& context,
-                            const std::string& url, const std::vector<Array>& inputs, int nargout) {
-  std::vector<const hcyArray*> sent;
-  sent.reserve(inputs.size());
-  for (const Array& input : inputs) sent.push_back(input.get());
+                            const std::string& url, const std::vector<const hcyArray*>& inputs,
+                            int nargout) {
   std::vector<hcyArray*> handles(static_cast<std::size_t>(nargout));
   std::vector<Array> outputs(handles.size());
   const int failed = runtime.feval(context.get(), url.c_str(), nargout, handles.data(),
-                                   static_cast<std::int32_t>(sent.size()), sent.data());
+                                   static_cast<std::int32_t>(inputs.size()), inputs.data());
   for (std::size_t i = 0; i < handles.size(); ++i) outputs[i] = Array::adopt(handles[i]);
   if (failed != 0) Failure(runtime, context).raise();
   return outputs;
+}
+
+std::vector<const hcyArray*> handlesOf(const std::vector<Array>& arrays) {
+  std::vector<const hcyArray*> handles;
+  handles.reserve(arrays.size());
+  for (const Array& array : arrays) handles.push_back(array.get());
+  return handles;
 }
 
 }  // namespace hcy::tools

@@ -14,6 +14,8 @@ namespace hcy::tools {
 // tell where. Throws hcyclient::CallError if the call fails. The context belongs to the runtime.
 std::vector<hcyclient::Array> evaluate(const hcyClientRuntime& runtime,
                                        const hcyclient::Context& context, const std::string& url,
-                                       const std::vector<hcyclient::Array>& inputs, int nargout);
+                                       const std::vector<const hcyArray*>& inputs, int nargout);
+
+std::vector<const hcyArray*> handlesOf(const std::vector<hcyclient::Array>& arrays);
 
 }  // namespace hcy::tools

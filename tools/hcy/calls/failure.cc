@@ -54,8 +54,9 @@ Failure currentFailure() {
 std::string failureText(const Failure& failure) {
   // What the user gave wrong is shown as a text of ours, in which a mark stands below the place.
   const bool isOurs = failure.kind == "usage";
+  const std::string line = failure.line ? "line " + std::to_string(*failure.line) + ": " : "";
   std::string text =
-      "hcy: " + (isOurs ? failure.message : printableLines(failure.message, 5)) + "\n";
+      "hcy: " + line + (isOurs ? failure.message : printableLines(failure.message, 5)) + "\n";
   if (!failure.identifier.empty()) text += "identifier: " + printable(failure.identifier) + "\n";
   for (const hcyclient::StackFrame& frame : failure.stack) {
     text += "  in " + printable(frame.name) + ", " + printable(frame.file) + ", line " +
@@ -65,8 +66,9 @@ std::string failureText(const Failure& failure) {
 }
 
 std::string failureJson(const Failure& failure) {
-  std::string json =
-      "{\"kind\":" + quoted(failure.kind) + ",\"message\":" + quoted(failure.message);
+  std::string json = "{";
+  if (failure.line) json += "\"line\":" + std::to_string(*failure.line) + ",";
+  json += "\"kind\":" + quoted(failure.kind) + ",\"message\":" + quoted(failure.message);
   if (failure.httpStatus) json += ",\"status\":" + std::to_string(*failure.httpStatus);
   if (failure.kind == "function") {
     json += ",\"identifier\":" + quoted(failure.identifier) + ",\"stack\":[";

@@ -19,6 +19,7 @@ struct Failure {
   std::optional<std::uint32_t> httpStatus = {};
   std::string identifier = {};  // of a function's error
   std::vector<hcyclient::StackFrame> stack = {};
+  std::optional<std::uint64_t> line = {};  // of the arguments, if each line is a call
 };
 
 // The failure that the exception being handled is. Throws that exception again if it is not derived
@@ -28,8 +29,8 @@ Failure currentFailure();
 // For a person: "hcy: MESSAGE", and on lines of their own identifier and stack.
 std::string failureText(const Failure& failure);
 
-// An object on a line of its own: kind, message, and what else there is of status, identifier and
-// stack.
+// An object on a line of its own: kind, message, and what else there is of line, status,
+// identifier and stack.
 std::string failureJson(const Failure& failure);
 
 inline std::string failureAs(bool isJson, const Failure& failure) {

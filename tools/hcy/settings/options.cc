@@ -210,9 +210,33 @@ void addOutput(CLI::App& app, OutputSettings& output) {
       ->group(group);
 }
 
+void addEach(CLI::App& app, Options& options) {
+  const char* const group = "Many calls";
+  app.add_option("--retry", options.retries, "Times to call again after a failure on the way [0]")
+      ->type_name("N")
+      ->check(unnamed(CLI::Range(0U, 1000U)))
+      ->group(group);
+  CLI::Option* const each =
+      app.add_option_function<std::vector<std::string>>(
+             "--each",
+             [&options](const std::vector<std::string>& file) {
+               options.each = file.empty() || file.front().empty() ? "-" : file.front();
+             },
+             "Call for each line of a file or the standard input, a JSON list of arguments")
+          ->type_name("[FILE]")
+          ->expected(0, 1)
+          ->group(group);
+  app.add_option("-j,--jobs", options.jobs, "Calls that are under way at once [1]")
+      ->type_name("N")
+      ->check(unnamed(CLI::Range(1U, 1024U)))
+      ->needs(each)
+      ->group(group);
+}
+
 void addCall(CLI::App& app, Options& options) {
   CLI::App* const call = addCalling(app, "call", "Call a function and show its outputs", options);
   addOutput(*call, options.output);
+  addEach(*call, options);
   addSettings(*call, options.settings);
   call->footer(std::string(kArgumentHelp) + kCallExamples);
 }

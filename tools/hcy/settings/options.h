@@ -41,6 +41,9 @@ struct Options {
 
   // call
   OutputSettings output;
+  unsigned retries = 0;
+  std::optional<std::string> each;  // the file with a call on each line
+  unsigned jobs = 1;
 
   // bench
   std::uint64_t calls = 1000;

@@ -52,21 +52,25 @@ struct FileCloser {
 }  // namespace
 
 std::string located(const std::string& name, std::string_view text, const BadText& problem) {
+  const std::string_view before = text.substr(0, std::min(problem.offset, text.size()));
+  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
+  return name + ", line " + std::to_string(line) + ", " + locatedInLine(text, problem);
+}
+
+std::string locatedInLine(std::string_view text, const BadText& problem) {
   const std::size_t offset = std::min(problem.offset, text.size());
   const std::string_view before = text.substr(0, offset);
   const std::size_t lineStart = before.rfind('\n') + 1;  // npos + 1 is 0
   const std::string_view head = before.substr(lineStart);
   const std::string_view tail = text.substr(offset, text.find('\n', offset) - offset);
-  const auto line = 1 + std::count(before.begin(), before.end(), '\n');
   std::size_t column = 1;
   for (std::string_view rest = head; !rest.empty(); ++column) takeCodePoint(rest);
 
   const std::string_view shownHead = lastOf(head);
   const std::string_view shownTail = firstOf(tail);
   const std::string start = (shownHead.size() < head.size() ? "…" : "") + printable(shownHead);
-  return name + ", line " + std::to_string(line) + ", column " + std::to_string(column) + ": " +
-         problem.what() + "\n  " + start + printable(shownTail) +
-         (shownTail.size() < tail.size() ? "…" : "") + "\n  " +
+  return "column " + std::to_string(column) + ": " + problem.what() + "\n  " + start +
+         printable(shownTail) + (shownTail.size() < tail.size() ? "…" : "") + "\n  " +
          std::string(displayWidth(start), ' ') + "^";
 }
 

@@ -28,6 +28,9 @@ class BadText : public std::runtime_error {
 // place.
 std::string located(const std::string& name, std::string_view text, const BadText& problem);
 
+// The same of a text of one line, without name and line.
+std::string locatedInLine(std::string_view text, const BadText& problem);
+
 // The name of a file in which "~/" at the start is the home directory.
 std::string expandedHome(std::string_view file);
 

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "calls/each.h"
+
+#include <cmath>
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "arguments/argument.h"
+#include "calls/each_lines.h"
+#include "calls/exit_status.h"
+#include "calls/failure.h"
+#include "calls/incomplete_output.h"
+#include "calls/retry.h"
+#include "notations/array_json.h"
+#include "notations/json_array.h"
+#include "notations/json_value.h"
+#include "notations/raw_text.h"
+#include "settings/settings.h"
+#include "settings/url.h"
+#include "text/source_text.h"
+
+namespace hcy::tools {
+namespace {
+
+using hcyclient::Array;
+
+// So many answers of a thread may wait for an earlier one.
+constexpr std::uint64_t kAheadPerJob = 256;
+
+std::vector<Array> argumentsOf(const Line& line) {
+  try {
+    const JsonValue value = parseJson(line.text);
+    const auto* const list = value.as<JsonList>();
+    if (list == nullptr) throw BadText(value.offset, "a line is a list of arguments: [1, \"x\"]");
+    std::vector<Array> arrays;
+    for (const JsonValue& item : *list) arrays.push_back(arrayFrom(item));
+    return arrays;
+  } catch (const BadText& problem) {
+    throw BadInput(locatedInLine(line.text, problem));
+  }
+}
+
+std::string printed(const std::vector<Array>& outputs, Form form) {
+  if (outputs.size() == 1)
+    return form == Form::kRaw ? rawText(outputs[0]) : toJson(outputs[0]) + "\n";
+  std::string list = "[";
+  for (const Array& output : outputs) list += (list.size() == 1 ? "" : ",") + toJson(output);
+  return list + "]\n";
+}
+
+// What the threads share.
+struct Shared {
+  const Options& options;
+  const std::vector<Array>& inputs;  // before those of each line
+  LineSource& lines;
+  AnswerSink& answers;
+};
+
+class Caller {
+ public:
+  Caller(const Shared& shared, const hcyclient::Config& config)
+      : shared_(shared), runtime_(*config.runtime()), context_(config) {}
+
+  void run() {
+    try {
+      while (const auto line = shared_.lines.next()) {
+        if (!shared_.answers.awaitRoom(line->index)) return;
+        shared_.answers.put(line->index, answerTo(*line));
+      }
+    } catch (...) {
+      shared_.answers.fail(std::current_exception());
+    }
+  }
+
+ private:
+  Answer answerTo(const Line& line) {
+    const Options& options = shared_.options;
+    try {
+      const std::vector<Array> own = argumentsOf(line);
+      std::vector<const hcyArray*> sent;
+      for (const auto* const arrays : {&shared_.inputs, &own}) {
+        for (const Array& array : *arrays) sent.push_back(array.get());
+      }
+      const auto outputs = evaluateWithRetries(runtime_, context_, options.url, sent,
+                                               options.nargout, options.retries);
+      requireWhole(outputs);
+      return {printed(outputs, options.output.form.value_or(Form::kJson)), {}, kSuccess};
+    } catch (...) {
+      Failure failure = currentFailure();
+      failure.line = line.number;
+      return {"null\n", failureAs(options.isJson(), failure), failure.exitStatus};
+    }
+  }
+
+  const Shared& shared_;
+  const hcyClientRuntime& runtime_;
+  hcyclient::Context context_;
+};
+
+void requireForm(const Options& options) {
+  const Form form = options.output.form.value_or(Form::kJson);
+  if ((form != Form::kJson && form != Form::kRaw) || !options.output.files.empty()) {
+    throw BadInput("--each prints lines of JSON or, with --raw, of text; > FILE keeps them");
+  }
+  const double timeout = options.settings.timeout.value_or(0);
+  if (timeout != std::trunc(timeout)) {
+    throw BadInput("only a single call can be limited to a fraction of a second");
+  }
+}
+
+}  // namespace
+
+int callEach(const Options& options) {
+  requireHttp(options.url);
+  requireForm(options);
+  const std::vector<Array> inputs = arraysFrom(options.arguments, options.argumentSettings);
+  LineSource lines(*options.each);
+  const hcyclient::Library library;
+  const hcyclient::Config config = configFrom(library, options.settings);
+  // Transfers at once leave the action for it to chance.
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  AnswerSink answers(lines.count(), kAheadPerJob * options.jobs);
+  const Shared shared{options, inputs, lines, answers};
+  std::vector<std::unique_ptr<Caller>> callers;
+  for (unsigned i = 0; i < options.jobs; ++i) {
+    callers.push_back(std::make_unique<Caller>(shared, config));
+  }
+  {
+    std::vector<std::jthread> threads;
+    for (const auto& caller : callers) threads.emplace_back([&caller] { caller->run(); });
+  }
+  const AnswerCounts counts = answers.finish();
+  if (counts.failed > 0 && !options.isJson()) {
+    std::cerr << "hcy: " << counts.failed << " of " << counts.calls
+              << (counts.calls == 1 ? " call" : " calls") << " failed\n";
+  }
+  return counts.firstFailure;
+}
+
+}  // namespace hcy::tools

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// hcy call --each: a call for each line of a file.
+
+#pragma once
+
+#include "settings/options.h"
+
+namespace hcy::tools {
+
+// A line is a JSON list of the arguments that follow those of the command line. Prints a line for
+// each call in the order of the lines: its output (a list unless there is one), or null if the call
+// failed, which standard error tells. Returns the exit status of the first failure. Throws
+// BadInput, and what keeps the lines from being read or the results from being printed.
+int callEach(const Options& options);
+
+}  // namespace hcy::tools
