@@ -17,7 +17,7 @@ CLASSES = ('double', 'single', 'int8', 'int16', 'int32', 'int64', 'uint8', 'uint
 WORDS = (*CLASSES, 'float64', 'float32', 'bool', 'json', 'text', 'csv', 'tsv', 'npy')
 HCY = os.environ['HCY_PROGRAM']
 FOLDER = pathlib.Path(__file__).resolve().parents[2] / 'tools/hcy'
-COMMANDS = ('call', 'bench', 'show')
+COMMANDS = ('call', 'bench', 'encode', 'show')
 
 SHOWN_IN_A_SHELL = {
     'hcy ca\t': 'hcy call ',

@@ -36,16 +36,21 @@ _hcy() {
   local command=
   [ "$COMP_CWORD" -le 1 ] || command=${COMP_WORDS[1]}
   case $command:$word in
-    help:*) mapfile -t COMPREPLY < <(compgen -W 'call bench show' -- "$word") ;;
-    :*) mapfile -t COMPREPLY < <(compgen -W 'call bench show help --help --version' -- "$word") ;;
+    help:*) mapfile -t COMPREPLY < <(compgen -W 'call bench encode show' -- "$word") ;;
+    :*) mapfile -t COMPREPLY < <(compgen -W 'call bench encode show help --help --version' -- "$word") ;;
     call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full --retry --each --jobs" -- "$word") ;;
     bench:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --calls --threads" -- "$word") ;;
-    show:-*) mapfile -t COMPREPLY < <(compgen -W '--help --request --reply' -- "$word") ;;
+    encode:-*)
+      mapfile -t COMPREPLY < <(compgen -W '--help --nargout --delimiter --output' -- "$word")
+      ;;
+    show:-*)
+      mapfile -t COMPREPLY < <(compgen -W '--help --request --reply --schema' -- "$word")
+      ;;
     show:*)
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       compopt -o filenames 2>/dev/null
       ;;
-    call:@* | bench:@*) _hcy_files "$word" ;;
+    call:@* | bench:@* | encode:@*) _hcy_files "$word" ;;
     *:?*)
       # The colon would be a word of its own to the shell: a class is completed up to it.
       mapfile -t COMPREPLY < <(compgen -W "$classes" -- "$word")

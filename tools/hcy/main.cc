@@ -28,12 +28,15 @@ void occupyStandardDescriptors() {
 }
 
 int run(Options& options) {
-  if (options.command != Command::kShow) resolveTarget(options);
+  const bool hasUrl = options.command == Command::kCall || options.command == Command::kBench;
+  if (hasUrl) resolveTarget(options);
   switch (options.command) {
     case Command::kCall:
       return call(options);
     case Command::kBench:
       return bench(options);
+    case Command::kEncode:
+      return encode(options);
     case Command::kShow:
       return show(options);
   }

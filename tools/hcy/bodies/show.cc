@@ -2,17 +2,29 @@
 
 #include "bodies/show.h"
 
-#include <string>
+#include <google/protobuf/descriptor.h>
+#include <unistd.h>
 
+#include <string>
+#include <vector>
+
+#include "arguments/argument.h"
+#include "bodies/codec.h"
 #include "bodies/message_json.h"
 #include "bodies/wire_schema.h"
 #include "calls/exit_status.h"
+#include "calls/failure.h"
+#include "calls/incomplete_output.h"
+#include "notations/array_json.h"
 #include "output/terminal.h"
 #include "text/source_text.h"
 #include "text/text.h"
 
 namespace hcy::tools {
 namespace {
+
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Message;
 
 struct Candidate {
   const char* name;
@@ -52,23 +64,96 @@ const Candidate& chosen(const Candidate& request, const Candidate& reply, Body b
   return request.isLikely() && request.unknown.count < reply.unknown.count ? request : reply;
 }
 
+// What a body is said to be, or is found to be.
+struct Bodies {
+  explicit Bodies(const std::string& bytes)
+      : request("request", schema.makeRequest(), bytes),
+        reply("reply", schema.makeReply(), bytes) {}
+
+  WireSchema schema;
+  Candidate request, reply;
+};
+
+const FieldDescriptor& fieldOf(const Message& message, const char* name) {
+  return *message.GetDescriptor()->FindFieldByName(name);
+}
+
+// A reply whose outputs are the inputs of the request.
+std::string replyWith(const WireSchema& schema, const Message& request) {
+  const MessagePointer reply = schema.makeReply();
+  const FieldDescriptor& inputs = fieldOf(request, "rhs");
+  const FieldDescriptor& outputs = fieldOf(*reply, "lhs");
+  const int count = request.GetReflection()->FieldSize(request, &inputs);
+  for (int i = 0; i < count; ++i) {
+    const Message& input = request.GetReflection()->GetRepeatedMessage(request, &inputs, i);
+    reply->GetReflection()
+        ->AddMessage(reply.get(), &outputs)
+        ->ParseFromString(input.SerializeAsString());
+  }
+  return reply->SerializeAsString();
+}
+
+std::vector<hcyclient::Array> arraysOf(const std::string& reply, int count) {
+  const hcyclient::Library library;
+  auto arrays = outputsOf(library, reply, count);
+  requireWhole(arrays);
+  return arrays;
+}
+
+// As --each reads it.
+std::string listed(const std::vector<hcyclient::Array>& arrays) {
+  std::string list = "[";
+  for (const hcyclient::Array& array : arrays)
+    list += (list.size() == 1 ? "" : ",") + toJson(array);
+  return list + "]\n";
+}
+
+std::string arraysOfBody(const std::string& bytes, Body body) {
+  const Bodies bodies(bytes);
+  const Candidate& likely = chosen(bodies.request, bodies.reply, body, bytes.empty());
+  const Message& message = *likely.message;
+  const bool isRequest = &likely == &bodies.request;
+  const int count =
+      message.GetReflection()->FieldSize(message, &fieldOf(message, isRequest ? "rhs" : "lhs"));
+  if (isRequest) return listed(arraysOf(replyWith(bodies.schema, message), count));
+  std::string lines;
+  for (const hcyclient::Array& output : arraysOf(bytes, count)) lines += toJson(output) + "\n";
+  return lines;
+}
+
 }  // namespace
 
 std::string jsonOfBody(const std::string& bytes, Body body) {
-  const WireSchema schema;
-  const Candidate request("request", schema.makeRequest(), bytes);
-  const Candidate reply("reply", schema.makeReply(), bytes);
-  const Candidate& likely = chosen(request, reply, body, bytes.empty());
+  const Bodies bodies(bytes);
+  const Candidate& likely = chosen(bodies.request, bodies.reply, body, bytes.empty());
   return std::string("{\"") + likely.name + "\": " + toJson(*likely.message) + "}";
 }
 
 int show(const Options& options) {
   const std::string bytes = contentsOf(options.file);
   try {
-    print(jsonOfBody(bytes, options.body) + "\n");
+    print(options.showsSchema ? jsonOfBody(bytes, options.body) + "\n"
+                              : arraysOfBody(bytes, options.body));
+  } catch (const hcyclient::FunctionError&) {
+    print(failureText(currentFailure()));
   } catch (const BadInput& problem) {
     const std::string name = options.file == "-" ? "standard input" : printable(options.file);
     throw BadInput(name + ": " + problem.what());
+  }
+  return kSuccess;
+}
+
+int encode(const Options& options) {
+  if (options.output.files.empty() && isTerminal(STDOUT_FILENO)) {
+    throw BadInput("a body is not text; --output FILE or > FILE keeps it from the terminal");
+  }
+  const auto inputs = arraysFrom(options.arguments, options.argumentSettings);
+  const hcyclient::Library library;
+  const std::string body = requestBody(library, inputs, options.nargout);
+  if (options.output.files.empty()) {
+    print(body);
+  } else {
+    writeFile(options.output.files.front(), body);
   }
   return kSuccess;
 }

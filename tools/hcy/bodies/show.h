@@ -14,7 +14,13 @@ namespace hcy::tools {
 // neither, or not what it is said to be.
 std::string jsonOfBody(const std::string& bytes, Body body);
 
-// Returns the exit status. Throws BadInput.
+// Shows the arrays in a body, or with --schema its fields: those of a reply on a line each, as a
+// call prints them with --json, those of a request in one list, as --each reads it, and the error
+// of a reply as a call tells it. Returns the exit status. Throws BadInput, and IncompleteOutput.
 int show(const Options& options);
+
+// hcy encode: writes the body that a call sends. Returns the exit status. Throws BadInput, and what
+// keeps the body from being written.
+int encode(const Options& options);
 
 }  // namespace hcy::tools

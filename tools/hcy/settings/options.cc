@@ -54,10 +54,16 @@ Examples:
   hcy bench http://127.0.0.1:8080/echo '[1,2,3]' --calls 1000 --threads 2
 )";
 
+constexpr const char* kEncodeExamples = R"(
+Examples:
+  hcy encode 2 3 | hcy show -
+  hcy encode 2 3 | curl -s --data-binary @- http://127.0.0.1:8080/math/plus | hcy show -
+)";
+
 constexpr const char* kShowExamples = R"(
 Examples:
   hcy show bodies/char.request.bin
-  hcy show --reply - < bodies/char.reply.bin
+  hcy show --schema - < bodies/char.reply.bin
 )";
 
 // Takes "\\t" for a tab.
@@ -157,6 +163,20 @@ void addSettings(CLI::App& app, Settings& settings) {
       ->group(group);
 }
 
+void addInputs(CLI::App& command, Options& options) {
+  command.allow_extras();  // the inputs
+  command.add_option("-n,--nargout", options.nargout, "Number of outputs [1]")
+      ->type_name("N")
+      ->check(unnamed(CLI::Range(0, kMostOutputs)));
+  command
+      .add_option_function<std::string>(
+          "--delimiter",
+          [&options](const std::string& text) { options.argumentSettings.delimiter = text[0]; },
+          "Character between the fields of csv [,]")
+      ->type_name("C")
+      ->transform(unnamed(CLI::Validator(delimiterProblem, "", "")));
+}
+
 CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& help,
                      Options& options) {
   CLI::App* const command = app.add_subcommand(name, help);
@@ -164,17 +184,7 @@ CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& 
       ->add_option("URL", options.url, "The function: a URL, @SERVER/PATH, or a path on HCY_SERVER")
       ->required()
       ->type_name("");
-  command->allow_extras();  // the inputs
-  command->add_option("-n,--nargout", options.nargout, "Number of outputs [1]")
-      ->type_name("N")
-      ->check(unnamed(CLI::Range(0, kMostOutputs)));
-  command
-      ->add_option_function<std::string>(
-          "--delimiter",
-          [&options](const std::string& text) { options.argumentSettings.delimiter = text[0]; },
-          "Character between the fields of csv [,]")
-      ->type_name("C")
-      ->transform(unnamed(CLI::Validator(delimiterProblem, "", "")));
+  addInputs(*command, options);
   return command;
 }
 
@@ -256,8 +266,17 @@ void addBench(CLI::App& app, Options& options) {
   bench->footer(std::string(kArgumentHelp) + kBenchExamples);
 }
 
+void addEncode(CLI::App& app, Options& options) {
+  CLI::App* const encode = app.add_subcommand("encode", "Write the body of a request");
+  addInputs(*encode, options);
+  encode->add_option("-o,--output", options.output.files, "Write to a file")
+      ->type_name("FILE")
+      ->expected(1);
+  encode->footer(std::string(kArgumentHelp) + kEncodeExamples);
+}
+
 void addShow(CLI::App& app, Options& options) {
-  CLI::App* const show = app.add_subcommand("show", "Show the body of a request or reply as JSON");
+  CLI::App* const show = app.add_subcommand("show", "Show the body of a request or reply");
   show->add_option("FILE", options.file, "The body; - for the standard input")
       ->required()
       ->type_name("");
@@ -266,6 +285,8 @@ void addShow(CLI::App& app, Options& options) {
   show->add_flag_callback(
           "--reply", [&options] { options.body = Body::kReply; }, "Take it for a reply")
       ->excludes(request);
+  show->add_flag("--schema", options.showsSchema,
+                 "Show it field by field, as the schema names them, not as arrays");
   show->footer(kShowExamples + 1);
 }
 
@@ -335,6 +356,7 @@ std::vector<std::string> wordsOf(int argc, char** argv) {
 
 Command commandNamed(const std::string& name) {
   if (name == "call") return Command::kCall;
+  if (name == "encode") return Command::kEncode;
   return name == "bench" ? Command::kBench : Command::kShow;
 }
 
@@ -349,6 +371,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   app.footer(kGeneralFooter);
   addCall(app, options);
   addBench(app, options);
+  addEncode(app, options);
   addShow(app, options);
   const std::vector<std::string> words = wordsOf(argc, argv);
   const bool isJson = std::find(words.begin(), words.end(), "--json") != words.end();

@@ -26,7 +26,7 @@ struct Settings {
   bool verifiesPeer = true;
 };
 
-enum class Command { kCall, kBench, kShow };
+enum class Command { kCall, kBench, kEncode, kShow };
 enum class Body { kDetected, kRequest, kReply };
 
 struct Options {
@@ -52,6 +52,7 @@ struct Options {
   // show
   std::string file;
   Body body = Body::kDetected;
+  bool showsSchema = false;
 
   // Whether outputs and failures are for a program to read.
   bool isJson() const { return output.form == Form::kJson; }

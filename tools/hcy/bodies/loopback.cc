@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "bodies/loopback.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <random>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace hcy::tools {
+namespace {
+
+constexpr std::size_t kLongestHead = 65536;
+
+[[noreturn]] void fail(const char* what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+std::string randomPath() {
+  std::random_device random;
+  std::string path = "/";
+  for (int i = 0; i < 4; ++i) path += std::to_string(random());
+  return path;
+}
+
+bool sendAll(int connection, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = ::send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
+// Appends what has arrived; false at the end.
+bool receive(int connection, std::string& bytes) {
+  std::array<char, 65536> piece{};
+  ssize_t count = 0;
+  do {
+    count = ::recv(connection, piece.data(), piece.size(), 0);
+  } while (count < 0 && errno == EINTR);
+  if (count > 0) bytes.append(piece.data(), static_cast<std::size_t>(count));
+  return count > 0;
+}
+
+// As the library's transport writes it.
+std::size_t lengthIn(std::string_view head) {
+  constexpr std::string_view name = "\r\nContent-Length: ";
+  const std::size_t start = head.find(name);
+  std::size_t length = 0;
+  if (start == std::string_view::npos) return length;
+  const std::string_view digits = head.substr(start + name.size());
+  std::from_chars(digits.data(), digits.data() + digits.size(), length);
+  return length;
+}
+
+}  // namespace
+
+Loopback::Loopback(std::string reply) : reply_(std::move(reply)), path_(randomPath()) {
+  ::setenv("no_proxy", "127.0.0.1", 1);
+  ::setenv("NO_PROXY", "127.0.0.1", 1);
+  listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (listener_ < 0) fail("socket");
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* const generic = reinterpret_cast<sockaddr*>(&address);
+  if (::bind(listener_, generic, size) != 0 || ::listen(listener_, 8) != 0 ||
+      ::getsockname(listener_, generic, &size) != 0) {
+    const int problem = errno;
+    ::close(listener_);
+    errno = problem;
+    fail("127.0.0.1");
+  }
+  port_ = ntohs(address.sin_port);
+  thread_ = std::thread([this] { run(); });
+}
+
+std::string Loopback::url() const { return "http://127.0.0.1:" + std::to_string(port_) + path_; }
+
+std::string Loopback::takeBody() {
+  end();
+  return std::move(body_);
+}
+
+void Loopback::run() {
+  for (;;) {
+    const int connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+    if (connection < 0 && errno == EINTR) continue;
+    if (connection < 0) return;
+    const bool isServed = serve(connection);
+    ::close(connection);
+    if (isServed) return;
+  }
+}
+
+// Whether it was the request that is waited for.
+bool Loopback::serve(int connection) {
+  std::string bytes;
+  std::size_t end = std::string::npos;
+  while ((end = bytes.find("\r\n\r\n")) == std::string::npos) {
+    if (bytes.size() > kLongestHead || !receive(connection, bytes)) return false;
+  }
+  const std::string head = bytes.substr(0, end + 2);
+  if (!head.starts_with("POST " + path_ + " ")) return false;
+  if (head.find("\r\nExpect: 100-continue\r\n") != std::string::npos) {
+    sendAll(connection, "HTTP/1.1 100 Continue\r\n\r\n");
+  }
+  bytes.erase(0, end + 4);
+  const std::size_t length = lengthIn(head);
+  while (bytes.size() < length && receive(connection, bytes)) {
+  }
+  if (bytes.size() == length) body_ = std::move(bytes);
+  sendAll(connection, "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
+                          std::to_string(reply_.size()) + "\r\n\r\n");
+  sendAll(connection, reply_);
+  return true;
+}
+
+void Loopback::end() {
+  if (!thread_.joinable()) return;
+  ::shutdown(listener_, SHUT_RDWR);  // wakes a thread that still waits for a connection
+  thread_.join();
+  ::close(listener_);
+}
+
+}  // namespace hcy::tools
