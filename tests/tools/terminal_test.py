@@ -213,6 +213,18 @@ class PassPhrase(unittest.TestCase):
                               capture_output=True, text=True, check=False)
         self.assertEqual((done.stdout, done.stderr, done.returncode),
                          ('ans: double 1-by-1 = 5\n', '', 0))
+        seen = subprocess.run([*self.command, '--key-pass-file', self.file('pass'), '-v'],
+                              capture_output=True, text=True, check=False)
+        self.assertEqual((seen.stdout, seen.returncode), ('ans: double 1-by-1 = 5\n', 0))
+        self.assertIn('< HTTP 200 OK, ', seen.stderr)
+        self.assertNotIn('four words', seen.stderr)
+
+    def test_a_call_from_near_checks_certificates_as_any_other(self):
+        without_authority = [*self.command[:5], '-v']
+        seen = subprocess.run(without_authority, capture_output=True, text=True, check=False)
+        plain = subprocess.run(without_authority[:-1], capture_output=True, text=True, check=False)
+        self.assertEqual((seen.returncode, plain.returncode), (3, 3))
+        self.assertTrue(seen.stderr.endswith(plain.stderr), seen.stderr)
 
 
 def make_certificates(directory):

@@ -23,7 +23,7 @@ _hcy() {
   COMPREPLY=()
 
   case $previous in
-    --ca | --cacert | --crl | --crlfile | -E | --cert | --key | --key-pass-file | -o | --output | --each)
+    --ca | --cacert | --crl | --crlfile | -E | --cert | --key | --key-pass-file | -o | --output | --each | --save-request | --save-reply)
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       compopt -o filenames 2>/dev/null
       return
@@ -38,7 +38,7 @@ _hcy() {
   case $command:$word in
     help:*) mapfile -t COMPREPLY < <(compgen -W 'call bench encode show' -- "$word") ;;
     :*) mapfile -t COMPREPLY < <(compgen -W 'call bench encode show help --help --version' -- "$word") ;;
-    call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full --retry --each --jobs" -- "$word") ;;
+    call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full --verbose --save-request --save-reply --retry --each --jobs" -- "$word") ;;
     bench:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --calls --threads" -- "$word") ;;
     encode:-*)
       mapfile -t COMPREPLY < <(compgen -W '--help --nargout --delimiter --output' -- "$word")

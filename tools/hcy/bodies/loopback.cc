@@ -64,6 +64,20 @@ std::size_t lengthIn(std::string_view head) {
   return length;
 }
 
+// Its own, without those of any transport.
+std::vector<std::string> headersIn(std::string_view head) {
+  std::vector<std::string> headers;
+  head.remove_prefix(head.find("\r\n") + 2);
+  while (!head.empty()) {
+    const std::string_view line = head.substr(0, head.find("\r\n"));
+    head.remove_prefix(line.size() + 2);
+    const bool isOfTransport = line.starts_with("Host:") || line.starts_with("Content-Length:") ||
+                               line.starts_with("Accept:");
+    if (!isOfTransport) headers.emplace_back(line);
+  }
+  return headers;
+}
+
 }  // namespace
 
 Loopback::Loopback(std::string reply) : reply_(std::move(reply)), path_(randomPath()) {
@@ -89,9 +103,9 @@ Loopback::Loopback(std::string reply) : reply_(std::move(reply)), path_(randomPa
 
 std::string Loopback::url() const { return "http://127.0.0.1:" + std::to_string(port_) + path_; }
 
-std::string Loopback::takeBody() {
+EncodedRequest Loopback::takeRequest() {
   end();
-  return std::move(body_);
+  return std::move(request_);
 }
 
 void Loopback::run() {
@@ -121,7 +135,7 @@ bool Loopback::serve(int connection) {
   const std::size_t length = lengthIn(head);
   while (bytes.size() < length && receive(connection, bytes)) {
   }
-  if (bytes.size() == length) body_ = std::move(bytes);
+  if (bytes.size() == length) request_ = {headersIn(head), std::move(bytes)};
   sendAll(connection, "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
                           std::to_string(reply_.size()) + "\r\n\r\n");
   sendAll(connection, reply_);

@@ -9,6 +9,8 @@
 #include <string>
 #include <thread>
 
+#include "bodies/codec.h"
+
 namespace hcy::tools {
 
 // Answers one POST on 127.0.0.1 with a body, and keeps that of the request. Nobody who does not
@@ -23,8 +25,8 @@ class Loopback {
 
   std::string url() const;
 
-  // Ends the server; the body of the request, which is empty if none came.
-  std::string takeBody();
+  // Ends the server. Of what came there are no headers if nothing, or not all, came.
+  EncodedRequest takeRequest();
 
  private:
   void run();
@@ -33,7 +35,7 @@ class Loopback {
 
   std::string reply_;
   std::string path_;
-  std::string body_;
+  EncodedRequest request_;
   std::uint16_t port_ = 0;
   int listener_ = -1;
   std::thread thread_;

@@ -149,7 +149,7 @@ int encode(const Options& options) {
   }
   const auto inputs = arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;
-  const std::string body = requestBody(library, inputs, options.nargout);
+  const std::string body = requestOf(library, inputs, options.nargout).body;
   if (options.output.files.empty()) {
     print(body);
   } else {

@@ -17,6 +17,7 @@
 #include "calls/exit_status.h"
 #include "calls/failure.h"
 #include "calls/incomplete_output.h"
+#include "calls/open_call.h"
 #include "calls/outputs.h"
 #include "calls/retry.h"
 #include "settings/settings.h"
@@ -36,6 +37,18 @@ void limit(std::optional<Deadline>& deadline, const Options& options) {
   });
 }
 
+std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
+                                            const hcyclient::Config& config,
+                                            const std::vector<hcyclient::Array>& inputs,
+                                            const Options& options) {
+  if (options.isOpen()) return openCall(library, config, inputs, options);
+  const hcyclient::Context context(config);
+  std::optional<Deadline> deadline;
+  limit(deadline, options);
+  return evaluateWithRetries(*library.runtime(), context, options.url, handlesOf(inputs),
+                             options.nargout, options.retries);
+}
+
 }  // namespace
 
 int call(const Options& options) {
@@ -46,12 +59,7 @@ int call(const Options& options) {
       arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;
   const hcyclient::Config config = configFrom(library, options.settings);
-  const hcyclient::Context context(config);
-  std::optional<Deadline> deadline;
-  limit(deadline, options);
-  const auto outputs = evaluateWithRetries(*library.runtime(), context, options.url,
-                                           handlesOf(inputs), options.nargout, options.retries);
-  deadline.reset();
+  const auto outputs = outputsOfCall(library, config, inputs, options);
   requireWhole(outputs);
   showOutputs(outputs, options.output);
   return kSuccess;

@@ -220,12 +220,27 @@ void addOutput(CLI::App& app, OutputSettings& output) {
       ->group(group);
 }
 
-void addEach(CLI::App& app, Options& options) {
+// What shows a single call from near.
+std::vector<CLI::Option*> addSeeing(CLI::App& app, Options& options) {
+  const char* const group = "Seeing";
+  const std::vector<CLI::Option*> all = {
+      app.add_flag("-v,--verbose", options.isVerbose,
+                   "Show request, status, sizes and times on standard error"),
+      app.add_option("--save-request", options.requestFile, "Keep the body of the request")
+          ->type_name("FILE"),
+      app.add_option("--save-reply", options.replyFile, "Keep the body of the reply")
+          ->type_name("FILE")};
+  for (CLI::Option* const option : all) option->group(group);
+  return all;
+}
+
+void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& seeing) {
   const char* const group = "Many calls";
-  app.add_option("--retry", options.retries, "Times to call again after a failure on the way [0]")
-      ->type_name("N")
-      ->check(unnamed(CLI::Range(0U, 1000U)))
-      ->group(group);
+  CLI::Option* const retry = app.add_option("--retry", options.retries,
+                                            "Times to call again after a failure on the way [0]")
+                                 ->type_name("N")
+                                 ->check(unnamed(CLI::Range(0U, 1000U)))
+                                 ->group(group);
   CLI::Option* const each =
       app.add_option_function<std::vector<std::string>>(
              "--each",
@@ -236,6 +251,7 @@ void addEach(CLI::App& app, Options& options) {
           ->type_name("[FILE]")
           ->expected(0, 1)
           ->group(group);
+  for (CLI::Option* const option : seeing) option->excludes(each)->excludes(retry);
   app.add_option("-j,--jobs", options.jobs, "Calls that are under way at once [1]")
       ->type_name("N")
       ->check(unnamed(CLI::Range(1U, 1024U)))
@@ -246,7 +262,7 @@ void addEach(CLI::App& app, Options& options) {
 void addCall(CLI::App& app, Options& options) {
   CLI::App* const call = addCalling(app, "call", "Call a function and show its outputs", options);
   addOutput(*call, options.output);
-  addEach(*call, options);
+  addEach(*call, options, addSeeing(*call, options));
   addSettings(*call, options.settings);
   call->footer(std::string(kArgumentHelp) + kCallExamples);
 }

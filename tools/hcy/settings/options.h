@@ -41,6 +41,8 @@ struct Options {
 
   // call
   OutputSettings output;
+  bool isVerbose = false;
+  std::string requestFile, replyFile;  // where the bodies are kept
   unsigned retries = 0;
   std::optional<std::string> each;  // the file with a call on each line
   unsigned jobs = 1;
@@ -53,6 +55,9 @@ struct Options {
   std::string file;
   Body body = Body::kDetected;
   bool showsSchema = false;
+
+  // Whether the bodies and times of a call are wanted.
+  bool isOpen() const { return isVerbose || !requestFile.empty() || !replyFile.empty(); }
 
   // Whether outputs and failures are for a program to read.
   bool isJson() const { return output.form == Form::kJson; }

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "calls/open_call.h"
+
+#include <array>
+#include <cstdio>
+#include <iostream>
+#include <string>
+
+#include "bodies/codec.h"
+#include "bodies/exchange.h"
+#include "output/display.h"
+#include "output/terminal.h"
+#include "text/source_text.h"
+#include "text/text.h"
+
+namespace hcy::tools {
+namespace {
+
+constexpr std::size_t kShownWidth = 72;
+
+std::string bytesText(std::size_t bytes) {
+  return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+}
+
+std::string milliseconds(double seconds) {
+  std::array<char, 64> text{};
+  static_cast<void>(std::snprintf(text.data(), text.size(), "%.1f ms", seconds * 1e3));
+  return text.data();
+}
+
+void showRequest(const std::vector<hcyclient::Array>& inputs, const EncodedRequest& request,
+                 const Options& options) {
+  std::string text = "> POST " + printable(options.url) + "\n";
+  for (const std::string& header : request.headers) text += "> " + printable(header) + "\n";
+  text += "> " + bytesText(request.body.size()) + ", " + std::to_string(options.nargout) +
+          (options.nargout == 1 ? " output" : " outputs") + " asked for\n";
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    // The first line says class and shape, and what a single value is.
+    const std::string shown =
+        display("argument " + std::to_string(i + 1), inputs[i], {kShownWidth, 1});
+    text += ">   " + shown.substr(0, shown.find('\n')) + "\n";
+  }
+  std::cerr << text;
+}
+
+void showReply(const Exchange& exchange) {
+  std::cerr << "< HTTP " << exchange.status << (exchange.reason.empty() ? "" : " ")
+            << printable(exchange.reason) << ", " << bytesText(exchange.reply.size()) << '\n'
+            << "< connected after " << milliseconds(exchange.connected) << ", first byte after "
+            << milliseconds(exchange.firstByte) << ", all after " << milliseconds(exchange.total)
+            << '\n';
+}
+
+}  // namespace
+
+std::vector<hcyclient::Array> openCall(const hcyclient::Library& library,
+                                       const hcyclient::Config& config,
+                                       const std::vector<hcyclient::Array>& inputs,
+                                       const Options& options) {
+  const EncodedRequest request = requestOf(library, inputs, options.nargout);
+  if (options.isVerbose) showRequest(inputs, request, options);
+  if (!options.requestFile.empty()) writeFile(options.requestFile, request.body);
+  const double seconds =
+      options.settings.timeout.value_or(library.runtime()->getTimeOut(config.get()));
+  const Exchange exchange = post(config, options.url, request.headers, request.body, seconds);
+  if (options.isVerbose) showReply(exchange);
+  if (!options.replyFile.empty()) writeFile(options.replyFile, exchange.reply);
+  if (exchange.status != 200) throw hcyclient::HttpError(exchange.status, exchange.reason);
+  return outputsOf(library, exchange.reply, options.nargout,
+                   library.runtime()->getResponseSizeLimit(config.get()));
+}
+
+}  // namespace hcy::tools
