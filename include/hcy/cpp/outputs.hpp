@@ -1,0 +1,65 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file outputs.hpp
+ * @brief The outputs of a call. Included by hcyclient.hpp.
+ */
+#ifndef HCY_CPP_OUTPUTS_HPP
+#define HCY_CPP_OUTPUTS_HPP
+
+#include <cstddef>
+#include <hcy/cpp/array.hpp>
+#include <hcy/cpp/error.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace hcyclient {
+
+/** @addtogroup cpp_runtime
+ *  @{ */
+
+/**
+ * The outputs of a call: a vector of arrays that checks every index.
+ *
+ * What is asked of a temporary (`context.feval(url)[0]`) is moved out of it, so that nothing looks
+ * into outputs that are gone: `context.feval(url)[0].span<double>()` does not compile.
+ */
+class Outputs : public std::vector<Array> {
+ public:
+  Outputs() = default;
+
+  /** Output i; throws UsageError when there is none. */
+  Array& at(std::size_t i) & { return vector::operator[](checked(i)); }
+  /** The read-only overload. */
+  const Array& at(std::size_t i) const& { return vector::operator[](checked(i)); }
+  /** Moved out. */
+  Array at(std::size_t i) && { return std::move(at(i)); }
+  /** The outputs are gone after the expression. */
+  Array at(std::size_t i) const&& = delete;
+
+  Array& operator[](std::size_t i) & { return at(i); }            /**< As at(). */
+  const Array& operator[](std::size_t i) const& { return at(i); } /**< As at(). */
+  Array operator[](std::size_t i) && { return std::move(at(i)); } /**< As at(). */
+  Array operator[](std::size_t i) const&& = delete;               /**< As at(). */
+  Array& front() & { return at(0); }                              /**< As at(0). */
+  const Array& front() const& { return at(0); }                   /**< As at(0). */
+  Array front() && { return std::move(at(0)); }                   /**< As at(0). */
+  Array front() const&& = delete;                                 /**< As at(0). */
+  Array& back() & { return at(size() - 1); }                      /**< As at(size() - 1). */
+  const Array& back() const& { return at(size() - 1); }           /**< As at(size() - 1). */
+  Array back() && { return std::move(at(size() - 1)); }           /**< As at(size() - 1). */
+  Array back() const&& = delete;                                  /**< As at(size() - 1). */
+
+ private:
+  std::size_t checked(std::size_t i) const {
+    if (i < size()) return i;
+    throw UsageError("output " + std::to_string(i) + " does not exist: the call returned " +
+                     std::to_string(size()));
+  }
+};
+
+/** @} */
+
+}  // namespace hcyclient
+
+#endif  // HCY_CPP_OUTPUTS_HPP

@@ -1,0 +1,144 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file text.hpp
+ * @brief UTF-8 and UTF-16. Included by hcyclient.hpp.
+ */
+#ifndef HCY_CPP_TEXT_HPP
+#define HCY_CPP_TEXT_HPP
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <hcy/cpp/error.hpp>
+#include <string>
+#include <string_view>
+
+namespace hcyclient {
+
+namespace detail {
+
+// A text as the C functions take it, which would be cut short by a NUL inside.
+inline const char* cText(const std::string& text) {
+  if (text.find('\0') != std::string::npos) throw UsageError("a text has a NUL inside");
+  return text.c_str();
+}
+
+// Whether all bytes are ASCII, eight at a time.
+inline bool isAscii(std::string_view text) {
+  std::uint64_t seen = 0;
+  std::uint64_t eight = 0;
+  std::size_t i = 0;
+  for (; text.size() - i >= sizeof eight; i += sizeof eight) {
+    std::memcpy(&eight, text.data() + i, sizeof eight);
+    seen |= eight;
+  }
+  for (; i < text.size(); ++i) seen |= static_cast<unsigned char>(text[i]);
+  return (seen & 0x8080808080808080U) == 0;
+}
+
+// The same for code units, four at a time.
+inline bool isAscii(const char16_t* units, std::size_t count) {
+  std::uint64_t seen = 0;
+  std::uint64_t four = 0;
+  std::size_t i = 0;
+  for (; count - i >= 4; i += 4) {
+    std::memcpy(&four, units + i, sizeof four);
+    seen |= four;
+  }
+  for (; i < count; ++i) seen |= units[i];
+  return (seen & 0xFF80FF80FF80FF80U) == 0;
+}
+
+// Takes the code point at `position` and steps behind it.
+inline char32_t nextCodePoint(const char*& position, const char* end) {
+  const auto byteAt = [](const char* at) { return static_cast<unsigned char>(*at); };
+  const unsigned lead = byteAt(position++);
+  if (lead < 0x80) return lead;
+  const int following = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
+  constexpr char32_t smallest[] = {0x80, 0x800, 0x10000};
+  char32_t codePoint = lead & (0x3FU >> following);
+  bool isWellFormed = lead >= 0xC2 && lead <= 0xF4 && end - position >= following;
+  for (int i = 0; isWellFormed && i < following; ++i) {
+    isWellFormed = (byteAt(position) & 0xC0U) == 0x80;
+    codePoint = codePoint << 6 | (byteAt(position++) & 0x3FU);
+  }
+  if (!isWellFormed || codePoint < smallest[following - 1] || codePoint > 0x10FFFF ||
+      (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
+    throw UsageError("a text is not UTF-8");
+  }
+  return codePoint;
+}
+
+inline std::size_t utf16Length(std::string_view text) {
+  if (isAscii(text)) return text.size();
+  std::size_t units = 0;
+  const char* const end = text.data() + text.size();
+  for (const char* position = text.data(); position != end;) {
+    units += nextCodePoint(position, end) < 0x10000 ? 1U : 2U;
+  }
+  return units;
+}
+
+// The text has this many code units.
+inline void writeUtf16(std::string_view text, char16_t* out, std::size_t length) {
+  // As many as bytes: then each is one of ASCII.
+  if (length == text.size()) {
+    std::copy(text.begin(), text.end(), out);
+    return;
+  }
+  const char* const end = text.data() + text.size();
+  for (const char* position = text.data(); position != end;) {
+    const char32_t codePoint = nextCodePoint(position, end);
+    if (codePoint < 0x10000) {
+      *out++ = static_cast<char16_t>(codePoint);
+    } else {
+      *out++ = static_cast<char16_t>(0xD7C0 + (codePoint >> 10));
+      *out++ = static_cast<char16_t>(0xDC00 | (codePoint & 0x3FF));
+    }
+  }
+}
+
+inline void appendUtf8(char32_t codePoint, std::string& text) {
+  const auto append = [&text](char32_t byte) { text += static_cast<char>(byte); };
+  if (codePoint < 0x80) return append(codePoint);
+  if (codePoint < 0x800) {
+    append(0xC0 | codePoint >> 6);
+  } else {
+    if (codePoint < 0x10000) {
+      append(0xE0 | codePoint >> 12);
+    } else {
+      append(0xF0 + (codePoint >> 18));
+      append(0x80 | (codePoint >> 12 & 0x3F));
+    }
+    append(0x80 | (codePoint >> 6 & 0x3F));
+  }
+  append(0x80 | (codePoint & 0x3F));
+}
+
+// As hcyArrayToString(): a surrogate is combined with whatever unit follows it.
+inline std::string utf8Of(const char16_t* unit, std::size_t count) {
+  std::string text;
+  if (isAscii(unit, count)) {
+    text.resize(count);
+    std::transform(unit, unit + count, text.begin(),
+                   [](char16_t ascii) { return static_cast<char>(ascii); });
+    return text;
+  }
+  text.reserve(count);
+  for (const char16_t* const end = unit + count; unit != end;) {
+    char32_t codePoint = *unit++;
+    if (codePoint >= 0xD800 && codePoint <= 0xDFFF) {
+      if (unit == end) throw UsageError("the text ends inside a surrogate pair");
+      codePoint = ((codePoint - 0xD800) << 10 | (char32_t{*unit++} - 0xDC00)) + 0x10000;
+    }
+    appendUtf8(codePoint, text);
+  }
+  return text;
+}
+
+}  // namespace detail
+
+}  // namespace hcyclient
+
+#endif  // HCY_CPP_TEXT_HPP
