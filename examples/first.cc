@@ -7,8 +7,8 @@ int main(int argc, char** argv) try {
   const hcyclient::Library library;
   hcyclient::Context context{hcyclient::Config(library)};
 
-  const auto sums = context.feval(url, {2.0, 3.0});
-  std::cout << "2 + 3 = " << sums[0].scalar() << '\n';
+  const hcyclient::Array sum = context.call(url, 2.0, 3.0);
+  std::cout << "2 + 3 = " << sum.scalar() << '\n';
 } catch (const hcyclient::Error& error) {
   std::cout << "The call failed: " << error.what() << '\n';
   return 1;

@@ -19,10 +19,10 @@ int main(int argc, char** argv) try {
                                            {-3, -1, 2},
                                            {-2, 1, 2}});
   const Array b({8.0, -11.0, -3.0});
-  const auto outputs = context.feval(url, {A, b});
+  const Array x = context.call(url, A, b);
   int number = 0;
-  for (const double x : outputs[0].span<double>()) {
-    std::cout << 'x' << ++number << " = " << x << '\n';
+  for (const double value : x.span<double>()) {
+    std::cout << 'x' << ++number << " = " << value << '\n';
   }
 } catch (const hcyclient::Error& error) {
   std::cout << "The call failed: " << error.what() << '\n';

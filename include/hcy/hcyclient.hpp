@@ -7,8 +7,8 @@
  * const hcyclient::Library library;
  * const hcyclient::Config config(library);
  * hcyclient::Context context(config);
- * const auto sums = context.feval("http://127.0.0.1:8080/math/plus", {2.0, 3.0});
- * std::cout << sums[0].scalar() << '\n';
+ * hcyclient::Array sum = context.call("http://127.0.0.1:8080/math/plus", 2.0, 3.0);
+ * std::cout << sum.scalar() << '\n';
  * @endcode
  *
  * Header-only C++17 over the C functions alone: a program compiled with it depends on nothing but
@@ -44,13 +44,16 @@
 #include <hcy/cpp/config.hpp>
 #include <hcy/cpp/context.hpp>
 #include <hcy/cpp/error.hpp>
+#include <hcy/cpp/function.hpp>
 #include <hcy/cpp/input.hpp>
 #include <hcy/cpp/library.hpp>
 #include <hcy/cpp/outputs.hpp>
+#include <hcy/cpp/reason.hpp>
 #include <hcy/cpp/shape.hpp>
 #include <hcy/cpp/slot.hpp>
 #include <hcy/cpp/span.hpp>
 #include <hcy/cpp/sparse.hpp>
+#include <hcy/cpp/text.hpp>
 
 /** The C++ API of the library. */
 namespace hcyclient {

@@ -63,6 +63,9 @@ void useAll(Context& context, Array& array, const Array& seen) {
   context.feval("", {array, 2.0, 1, true, "text", {1.0}, seen[0], array("name"), u"units"}, 2);
   context.feval("", std::vector<Array>(), 0);
   context.feval("");
+  array = context.call("", array, 2.0, "text");
+  auto [first, second] = context.feval<2>("", array);
+  first = context.function("")(second);
 }
 
 }  // namespace hcyclient

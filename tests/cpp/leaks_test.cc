@@ -113,6 +113,9 @@ TEST(CppLeaks, areNotMadeByCalls) {
     for (Array& input : many) input = Array(1.0);
     context.feval(echo, many, 12);
     context.feval(echo, {kLong, 2.0, {1.0, 2.0}}, 3);
+    context.call(std::string_view(echo), kLong, std::vector<double>{1.0});
+    context.feval<2>(echo, kLong, kLong);
+    context.function(echo)(kLong);
   });
   failEachAllocation([&] { Context(Config(library)).feval(fail, {kLong, kLong, 3.0}, 0); });
   failEachAllocation([&] { Context(Config(library)).feval(nothing, {kLong}, 1); });

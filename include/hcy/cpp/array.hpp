@@ -354,19 +354,17 @@ class Array {
   Array operator[](std::size_t i) && { return static_cast<const Array&>(*this)[i]; }
 
   /** A field of a 1-by-1 struct array, or of the first element of a larger one. */
-  Slot operator()(const std::string& field) &;
+  Slot operator()(const CString& field) &;
   /** A field of element i of a struct array. */
-  Slot operator()(std::size_t i, const std::string& field) &;
+  Slot operator()(std::size_t i, const CString& field) &;
   /** A field, as a handle of its own. Throws as operator[]. */
-  Array operator()(const std::string& field) const& { return (*this)(0, field); }
+  Array operator()(const CString& field) const& { return (*this)(0, field); }
   /** The same of element i. */
-  Array operator()(std::size_t i, const std::string& field) const&;
+  Array operator()(std::size_t i, const CString& field) const&;
   /** The same. */
-  Array operator()(const std::string& field) && {
-    return static_cast<const Array&>(*this)(0, field);
-  }
+  Array operator()(const CString& field) && { return static_cast<const Array&>(*this)(0, field); }
   /** The same. */
-  Array operator()(std::size_t i, const std::string& field) && {
+  Array operator()(std::size_t i, const CString& field) && {
     return static_cast<const Array&>(*this)(i, field);
   }
 
@@ -379,21 +377,21 @@ class Array {
     return names;
   }
   /** Whether it is a struct array with such a field. */
-  bool hasField(const std::string& field) const {
-    return hcyGetFieldNumber(handle(), detail::cText(field)) >= 0;
+  bool hasField(const CString& field) const {
+    return hcyGetFieldNumber(handle(), field.c_str()) >= 0;
   }
   /** Adds a field behind the others, never set; nothing happens when it exists. Throws UsageError
    *  when the array is not a struct, IncompleteReply as resize(), std::bad_alloc when there is no
    *  room. */
-  void addField(const std::string& field) {
+  void addField(const CString& field) {
     if (!isStruct()) throw wrongClass("struct");
     requireElements();
-    if (hcyAddField(handle(), detail::cText(field)) < 0) throw std::bad_alloc();
+    if (hcyAddField(handle(), field.c_str()) < 0) throw std::bad_alloc();
   }
   /** Removes a field from every element. Throws UsageError when there is none, IncompleteReply as
    *  resize(). */
-  void removeField(const std::string& field) {
-    if (!hasField(field)) throw UsageError("there is no field " + field);
+  void removeField(const CString& field) {
+    if (!hasField(field)) throw UsageError("there is no field " + std::string(field.c_str()));
     requireElements();
     hcyRemoveField(handle(), hcyGetFieldNumber(handle(), field.c_str()));
   }

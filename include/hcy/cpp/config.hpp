@@ -108,7 +108,7 @@ class Config {
   // The library leaves a setting as it was when it cannot store the text.
   Config& setText(void (*set)(hcyClientConfig*, const char*),
                   const char* (*stored)(const hcyClientConfig*), const std::string& text) {
-    set(settings(), detail::cText(text));
+    set(settings(), CString(text).c_str());
     if (stored(settings()) != text) throw std::bad_alloc();
     return *this;
   }

@@ -18,11 +18,13 @@
 #include <hcy/cpp/error.hpp>
 #include <hcy/cpp/input.hpp>
 #include <hcy/cpp/outputs.hpp>
+#include <hcy/cpp/text.hpp>
 #include <hcy/cpp/whole.hpp>
 #include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -75,10 +77,17 @@ inline void requireHttp(std::string_view url) {
   throw UsageError("the URL does not begin with http:// or https://");
 }
 
+// Whether the one input is a list of arrays.
+template <class... Values>
+constexpr bool areArrays = sizeof...(Values) == 1 &&
+                           (std::is_base_of_v<std::vector<Array>, std::decay_t<Values>> && ...);
+
 }  // namespace detail
 
 /** @addtogroup cpp_runtime
  *  @{ */
+
+class Function;
 
 /** One connection to a server, kept alive between calls; used by one thread at a time. It is not to
  *  be moved or destroyed during a call. */
@@ -92,25 +101,60 @@ class Context {
         context_(create(config), {runtime_}) {}
 
   /**
-   * Evaluates a function on a server and returns its outputs: hcyClientRuntime::feval.
+   * Calls a function that returns one array: `Array x = context.call(url, a, 2.0, "text")`.
+   *
+   * @param url    full URL of the function: http or https. Any kind of string.
+   * @param inputs arrays, elements of containers (`cell[0]`), or values that an Array can be made
+   *               from; a std::vector<Array> alone is the list of inputs.
+   * @return the output.
+   * @throws CallError when the call fails: HttpError, FunctionError or TransportError;
+   *         IncompleteReply when an output did not arrive as a whole (the elements of cells and
+   *         structs are looked at when they are read); UsageError when the call cannot be made: the
+   *         URL is of another scheme or none, an Array is empty, the Context has been moved from,
+   *         or another thread is calling on it.
+   */
+  template <class... Values>
+  Array call(const CString& url, Values&&... inputs) {
+    return callFor<1>(
+        url, [](Received& received) { return received.take(0); }, std::forward<Values>(inputs)...);
+  }
+  /** The same with inputs in braces, which may hold lists: `context.call(url, {{1.0, 2.0}, a})`. */
+  Array call(const CString& url, std::initializer_list<Input> inputs) {
+    Received received(1);
+    evaluate(url, inputs.begin(), inputs.size(), received);
+    return received.take(0);
+  }
+
+  /** Calls a function that returns N arrays: `auto [u, s, v] = context.feval<3>(url, a)`. Inputs
+   * and failures are those of call(). */
+  template <std::size_t N, class... Values>
+  std::array<Array, N> feval(const CString& url, Values&&... inputs) {
+    return callFor<N>(
+        url, [](Received& received) { return takeAll(received, std::make_index_sequence<N>()); },
+        std::forward<Values>(inputs)...);
+  }
+
+  /**
+   * Calls a function and returns its outputs: hcyClientRuntime::feval.
    *
    * @param url     full URL of the function: http or https.
    * @param inputs  arrays, or values that become arrays: `{a, 2.0, "text", {1.0, 2.0}}`.
    * @param nargout number of outputs wanted.
    * @return nargout arrays.
-   * @throws HttpError, FunctionError or TransportError when the call fails, IncompleteReply when an
-   *         output did not arrive as a whole (the elements of cells and structs are looked at when
-   *         they are read), UsageError when the call cannot be made: the URL is of another scheme
-   * or none, the number of outputs is negative, an Array is empty, the Context has been moved from,
-   * or another thread is calling on it.
+   * @throws what call() throws; UsageError also when the number of outputs is negative.
    */
-  Outputs feval(const std::string& url, std::initializer_list<Input> inputs = {}, int nargout = 1) {
-    return call(url, inputs.begin(), inputs.size(), nargout);
+  Outputs feval(const CString& url, std::initializer_list<Input> inputs = {}, int nargout = 1) {
+    return outputsOf(url, inputs.begin(), inputs.size(), nargout);
   }
   /** The same with inputs that are arrays already. */
-  Outputs feval(const std::string& url, const std::vector<Array>& inputs, int nargout = 1) {
-    return call(url, inputs.data(), inputs.size(), nargout);
+  Outputs feval(const CString& url, const std::vector<Array>& inputs, int nargout = 1) {
+    return outputsOf(url, inputs.data(), inputs.size(), nargout);
   }
+
+  /** The function at a URL, to be called like one of C++: `auto plus = context.function(url)`. */
+  Function function(std::string url) &;
+  /** The function would not outlive the context. */
+  Function function(std::string url) && = delete;
 
   /** The context in the C interface, which stays owned here; null if moved from. */
   hcyClientContext* get() const noexcept { return context_.get(); }
@@ -129,6 +173,7 @@ class Context {
     ~Received() {
       for (std::size_t i = 0; i < count_; ++i) hcyDestroyArray(data()[i]);
     }
+    std::size_t size() const noexcept { return count_; }
     Array take(std::size_t i) noexcept { return Array::adopt(std::exchange(data()[i], nullptr)); }
 
    private:
@@ -161,28 +206,54 @@ class Context {
   static const hcyArray* handleOf(const Input& input) { return input.get(); }
   static const hcyArray* handleOf(const Array& input) { return Input(input).get(); }
 
+  template <std::size_t... I>
+  static std::array<Array, sizeof...(I)> takeAll(Received& received, std::index_sequence<I...>) {
+    static_cast<void>(received);  // if there are none to take
+    return {received.take(I)...};
+  }
+
+  // Makes what the values need, calls, and takes N outputs.
+  template <std::size_t N, class Take, class... Values>
+  auto callFor(const CString& url, const Take& take, Values&&... values) {
+    Received received(N);
+    if constexpr (detail::areArrays<Values...>) {
+      evaluate(url, values.data()..., (values.size(), ...), received);
+    } else {
+      static_assert((std::is_constructible_v<Input, Values&&> && ...),
+                    "an input is an Array, or a value that an Array can be made from");
+      const std::initializer_list<Input> inputs = {Input(std::forward<Values>(values))...};
+      evaluate(url, inputs.begin(), inputs.size(), received);
+    }
+    return take(received);
+  }
+
   template <class Inputs>
-  Outputs call(const std::string& url, const Inputs* inputs, std::size_t nargin, int nargout) {
-    if (!context_) throw UsageError("the Context has been moved from");
-    detail::requireHttp(url);
+  Outputs outputsOf(const CString& url, const Inputs* inputs, std::size_t nargin, int nargout) {
     if (nargout < 0) throw UsageError("the number of outputs is negative");
-    if (nargin > detail::largestSize) throw UsageError("there are too many inputs");
-    const Turn turn(busy_);
-    detail::Handles<const hcyArray*> handles(nargin);
-    for (std::size_t i = 0; i < nargin; ++i) handles.data()[i] = handleOf(inputs[i]);
     const auto count = static_cast<std::size_t>(nargout);
     Received received(count);
     Outputs outputs;
     outputs.reserve(count);
-    if (runtime_->feval(get(), detail::cText(url), nargout, received.data(),
-                        static_cast<std::int32_t>(nargin), handles.data()) != 0) {
-      throwFailure();
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-      if (!detail::isWhole(received.data()[i])) throwIncomplete(i, received.data()[i]);
-      outputs.push_back(received.take(i));
-    }
+    evaluate(url, inputs, nargin, received);
+    for (std::size_t i = 0; i < count; ++i) outputs.push_back(received.take(i));
     return outputs;
+  }
+
+  template <class Inputs>
+  void evaluate(const CString& url, const Inputs* inputs, std::size_t nargin, Received& received) {
+    if (!context_) throw UsageError("the Context has been moved from");
+    detail::requireHttp(url.c_str());
+    if (nargin > detail::largestSize) throw UsageError("there are too many inputs");
+    const Turn turn(busy_);
+    detail::Handles<const hcyArray*> handles(nargin);
+    for (std::size_t i = 0; i < nargin; ++i) handles.data()[i] = handleOf(inputs[i]);
+    if (runtime_->feval(get(), url.c_str(), static_cast<std::int32_t>(received.size()),
+                        received.data(), static_cast<std::int32_t>(nargin), handles.data()) != 0) {
+      throwFailure(url.c_str());
+    }
+    for (std::size_t i = 0; i < received.size(); ++i) {
+      if (!detail::isWhole(received.data()[i])) throwIncomplete(i, received.data()[i]);
+    }
   }
 
   [[noreturn]] void throwIncomplete(std::size_t number, const hcyArray* output) const {
@@ -192,7 +263,7 @@ class Context {
                           std::to_string(responseSizeLimit_) + " bytes) may have cut the reply");
   }
 
-  [[noreturn]] void throwFailure() const {
+  [[noreturn]] void throwFailure(std::string_view url) const {
     struct Record : hcyErrorInfo {
       const hcyClientRuntime* runtime;
       explicit Record(const hcyClientRuntime* table) : hcyErrorInfo{}, runtime(table) {}
@@ -204,15 +275,15 @@ class Context {
     if (record.kind == HCY_HTTP_ERROR) {
       const std::string_view line = record.details.http.statusMessage;
       throw HttpError(record.details.http.statusCode,
-                      std::string(line.substr(0, line.find_first_of("\r\n"))));
+                      std::string(line.substr(0, line.find_first_of("\r\n"))), url);
     }
-    if (record.kind != HCY_VORTEN_ERROR) throw TransportError(record.details.generic.details);
+    if (record.kind != HCY_VORTEN_ERROR) throw TransportError(record.details.generic.details, url);
     const auto& error = record.details.vorten;
     std::vector<StackFrame> stack;
     for (std::size_t i = 0; error.stack != nullptr && i < error.stackDepth; ++i) {
       stack.push_back({error.stack[i].file, error.stack[i].name, error.stack[i].line});
     }
-    throw FunctionError(error.message, error.identifier, std::move(stack));
+    throw FunctionError(error.message, error.identifier, std::move(stack), url);
   }
 
   const hcyClientRuntime* runtime_;

@@ -6,14 +6,32 @@
 #ifndef HCY_CPP_ERROR_HPP
 #define HCY_CPP_ERROR_HPP
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <hcy/cpp/reason.hpp>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace hcyclient {
+
+namespace detail {
+
+// The URL without a name and a password before the host, which are nobody's business in a log.
+inline std::string withoutUserInformation(std::string_view url) {
+  const std::size_t scheme = url.find("://");
+  const std::size_t host = scheme == std::string_view::npos ? 0 : scheme + 3;
+  const std::size_t end = std::min(url.find_first_of("/?#", host), url.size());
+  const std::size_t at = url.substr(host, end - host).rfind('@');
+  std::string text(url.substr(0, host));
+  return text.append(url.substr(at == std::string_view::npos ? host : host + at + 1));
+}
+
+}  // namespace detail
 
 /**
  * @defgroup cpp_errors C++: errors
@@ -47,8 +65,8 @@ class UsageError : public Error {
  *  of its dimensions. what() says which array, and how many elements its dimensions name. The usual
  *  reason is that the response size limit cut the reply: see Config::setResponseSizeLimit().
  *
- *  Context::feval() throws it for an incomplete output. An array that was adopted, and an element
- *  of a cell or struct array, are checked when they are read. */
+ *  A call throws it for an incomplete output. An array that was adopted, and an element of a cell
+ *  or struct array, are checked when they are read. */
 class IncompleteReply : public Error {
  public:
   using Error::Error;
@@ -57,15 +75,29 @@ class IncompleteReply : public Error {
 /** A call failed: the base of the three kinds of failure. The context can be used for more. */
 class CallError : public Error {
  public:
-  using Error::Error;
+  /** Takes over the message; user information is removed from the URL. */
+  explicit CallError(const std::string& message, std::string_view url = {})
+      : Error(message),
+        url_(std::make_shared<const std::string>(detail::withoutUserInformation(url))) {}
+
+  /** The URL of the call, without the name and the password that it may hold before the host.
+   *  Valid as long as this exception or a copy of it. */
+  const std::string& url() const noexcept { return *url_; }
+  /** The URL and what(), for a log: `http://host:8080/f: HTTP status 404 Not Found`. */
+  std::string describe() const { return url() + ": " + what(); }
+
+ private:
+  // Shared, so that copying the exception cannot fail.
+  std::shared_ptr<const std::string> url_;
 };
 
 /** The server answered with an HTTP status other than 200. */
 class HttpError : public CallError {
  public:
   /** Takes over status and reason. */
-  HttpError(std::uint32_t status, const std::string& reason)
-      : CallError("HTTP status " + std::to_string(status) + (reason.empty() ? "" : " ") + reason),
+  HttpError(std::uint32_t status, const std::string& reason, std::string_view url = {})
+      : CallError("HTTP status " + std::to_string(status) + (reason.empty() ? "" : " ") + reason,
+                  url),
         status_(status),
         reason_(std::make_shared<const std::string>(reason)) {}
 
@@ -73,6 +105,9 @@ class HttpError : public CallError {
   std::uint32_t status() const noexcept { return status_; }
   /** The reason phrase behind the status, without its line end; may be empty. */
   const std::string& reason() const noexcept { return *reason_; }
+  /** Whether the server had too much to do and did not run the function: status 503. The same call
+   *  may succeed later. */
+  bool isRetryable() const noexcept { return status_ == 503; }
 
  private:
   std::uint32_t status_;
@@ -90,8 +125,9 @@ struct StackFrame {
 class FunctionError : public CallError {
  public:
   /** Takes over the account of the error. */
-  FunctionError(const std::string& message, std::string identifier, std::vector<StackFrame> stack)
-      : CallError(message),
+  FunctionError(const std::string& message, std::string identifier, std::vector<StackFrame> stack,
+                std::string_view url = {})
+      : CallError(message, url),
         details_(
             std::make_shared<const Details>(Details{std::move(identifier), std::move(stack)})) {}
 
@@ -109,11 +145,22 @@ class FunctionError : public CallError {
   std::shared_ptr<const Details> details_;
 };
 
-/** The call failed otherwise; what() says how: transport, time-out, size limit, memory, or a
- *  number of outputs that differs. */
+/** The call failed otherwise. what() is the library's own text, and reason() tells what kind of
+ *  failure it is. */
 class TransportError : public CallError {
  public:
-  using CallError::CallError;
+  /** Takes over the library's text. */
+  explicit TransportError(const std::string& message, std::string_view url = {})
+      : CallError(message, url), reason_(detail::reasonOf(message)) {}
+
+  /** What went wrong, to decide by; what() is for a person. */
+  Reason reason() const noexcept { return reason_; }
+  /** Whether no connection came about, so that the function did not run: the same call may succeed
+   *  later. */
+  bool isRetryable() const noexcept { return reason_ == Reason::connectionRefused; }
+
+ private:
+  Reason reason_;
 };
 
 /** @} */

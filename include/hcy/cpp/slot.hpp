@@ -67,10 +67,10 @@ class Slot {
   /** Element i of the cell array in this place. */
   Slot operator[](std::size_t i) && { return {fetch(), this, i, nullptr}; }
   /** A field of the struct array in this place. */
-  Slot operator()(const std::string& field) && { return {fetch(), this, 0, detail::cText(field)}; }
+  Slot operator()(const CString& field) && { return {fetch(), this, 0, field.c_str()}; }
   /** A field of element i of the struct array in this place. */
-  Slot operator()(std::size_t i, const std::string& field) && {
-    return {fetch(), this, i, detail::cText(field)};
+  Slot operator()(std::size_t i, const CString& field) && {
+    return {fetch(), this, i, field.c_str()};
   }
 
  private:
@@ -166,12 +166,12 @@ class Slot {
 
 inline Slot Array::operator[](std::size_t i) & { return {handle(), i, nullptr}; }
 inline Array Array::operator[](std::size_t i) const& { return Slot(handle(), i, nullptr); }
-inline Slot Array::operator()(const std::string& field) & { return (*this)(0, field); }
-inline Slot Array::operator()(std::size_t i, const std::string& field) & {
-  return {handle(), i, detail::cText(field)};
+inline Slot Array::operator()(const CString& field) & { return (*this)(0, field); }
+inline Slot Array::operator()(std::size_t i, const CString& field) & {
+  return {handle(), i, field.c_str()};
 }
-inline Array Array::operator()(std::size_t i, const std::string& field) const& {
-  return Slot(handle(), i, detail::cText(field));
+inline Array Array::operator()(std::size_t i, const CString& field) const& {
+  return Slot(handle(), i, field.c_str());
 }
 
 inline Array::Array(const std::vector<std::string>& texts) : Array(cells({texts.size(), 1})) {
@@ -189,7 +189,7 @@ inline Array Array::structs(const Shape& shape, const std::vector<std::string>& 
   if (fields.size() > detail::largestSize) throw UsageError("there are too many fields");
   std::vector<const char*> names;
   names.reserve(fields.size());
-  for (const std::string& field : fields) names.push_back(detail::cText(field));
+  for (const std::string& field : fields) names.push_back(CString(field).c_str());
   detail::requireSizes(shape.data(), shape.size(), false, fields.size());
   return adopt(hcyCreateStructArray(shape.size(), shape.data(), static_cast<int>(names.size()),
                                     names.data()));

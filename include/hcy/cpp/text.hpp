@@ -16,13 +16,43 @@
 
 namespace hcyclient {
 
-namespace detail {
+/** @defgroup cpp_texts C++: strings
+ *  @brief Strings that C functions take.
+ *  @{ */
 
-// A text as the C functions take it, which would be cut short by a NUL inside.
-inline const char* cText(const std::string& text) {
-  if (text.find('\0') != std::string::npos) throw UsageError("a text has a NUL inside");
-  return text.c_str();
-}
+/** A URL or a name, as a parameter: any string converts to it. A std::string and a string literal
+ *  are used where they are, and a std::string_view is copied. A NUL inside throws UsageError. It
+ *  lives until the end of the full expression that it is written in, and is not kept. */
+class CString {
+ public:
+  /** Looks at a NUL-terminated string, which must not be null. */
+  CString(const char* text) noexcept : text_(text) {}
+  /** Looks at a string. */
+  CString(const std::string& text) : text_(withoutNul(text).c_str()) {}
+  /** Copies the view, which has no NUL behind it. */
+  CString(std::string_view text) : copy_(text), text_(withoutNul(copy_).c_str()) {}
+  /** Null is not a string. */
+  CString(std::nullptr_t) = delete;
+  CString(const CString&) = delete;
+  CString& operator=(const CString&) = delete;
+  ~CString() = default;
+
+  /** The string with a NUL behind it. */
+  const char* c_str() const noexcept { return text_; }
+
+ private:
+  static const std::string& withoutNul(const std::string& text) {
+    if (text.find('\0') != std::string::npos) throw UsageError("a text has a NUL inside");
+    return text;
+  }
+
+  std::string copy_;
+  const char* text_;
+};
+
+/** @} */
+
+namespace detail {
 
 // Whether all bytes are ASCII, eight at a time.
 inline bool isAscii(std::string_view text) {

@@ -1,0 +1,69 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file function.hpp
+ * @brief A function of a server as an object. Included by hcyclient.hpp.
+ */
+#ifndef HCY_CPP_FUNCTION_HPP
+#define HCY_CPP_FUNCTION_HPP
+
+#include <array>
+#include <cstddef>
+#include <hcy/cpp/array.hpp>
+#include <hcy/cpp/context.hpp>
+#include <hcy/cpp/input.hpp>
+#include <hcy/cpp/outputs.hpp>
+#include <initializer_list>
+#include <string>
+#include <utility>
+
+namespace hcyclient {
+
+/** @addtogroup cpp_runtime
+ *  @{ */
+
+/** A function of a server, called like one of C++. It refers to its Context, which has to stay
+ * where it is as long as the Function is used.
+ *
+ *  @code
+ *  auto solve = context.function("http://127.0.0.1:8080/linalg/solve");
+ *  Array x = solve(A, b);
+ *  @endcode */
+class Function {
+ public:
+  /** A function at a URL; nothing is sent yet. */
+  Function(Context& context, std::string url) noexcept : context_(&context), url_(std::move(url)) {}
+
+  /** As Context::call(). */
+  template <class... Values>
+  Array operator()(Values&&... inputs) const {
+    return context_->call(url_, std::forward<Values>(inputs)...);
+  }
+  /** The same with inputs in braces. */
+  Array operator()(std::initializer_list<Input> inputs) const {
+    return context_->call(url_, inputs);
+  }
+  /** As Context::feval() with N outputs: `auto [s, u] = svd.feval<2>(a)`. */
+  template <std::size_t N, class... Values>
+  std::array<Array, N> feval(Values&&... inputs) const {
+    return context_->template feval<N>(url_, std::forward<Values>(inputs)...);
+  }
+  /** As Context::feval(). */
+  Outputs feval(std::initializer_list<Input> inputs = {}, int nargout = 1) const {
+    return context_->feval(url_, inputs, nargout);
+  }
+
+  /** The URL that is called. */
+  const std::string& url() const noexcept { return url_; }
+
+ private:
+  Context* context_;
+  std::string url_;
+};
+
+inline Function Context::function(std::string url) & { return {*this, std::move(url)}; }
+
+/** @} */
+
+}  // namespace hcyclient
+
+#endif  // HCY_CPP_FUNCTION_HPP

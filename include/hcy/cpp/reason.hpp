@@ -1,0 +1,78 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file reason.hpp
+ * @brief Why a call failed, found from what the library reports. Included by hcyclient.hpp.
+ */
+#ifndef HCY_CPP_REASON_HPP
+#define HCY_CPP_REASON_HPP
+
+#include <string_view>
+
+namespace hcyclient {
+
+/** @addtogroup cpp_errors
+ *  @{ */
+
+/** What kind of failure a TransportError is. */
+enum class Reason {
+  timeout,           /**< the call took longer than Config::setTimeout() allows */
+  connectionRefused, /**< no connection to the server: nobody listens there, or a firewall is in
+                          the way */
+  nameNotResolved,   /**< the host of the URL, or the proxy, has no address */
+  tls,               /**< no TLS connection: certificates, keys or protocol versions do not fit */
+  replyTooLarge,     /**< the reply is over the response size limit (the library reports lack of
+                          memory for a reply in the same words) */
+  incompleteReply,   /**< the connection ended before the reply did */
+  wrongOutputCount,  /**< the function returned another number of outputs than the call wants */
+  classNotServed,    /**< an output is of a class that the library does not serve */
+  memory,            /**< memory is exhausted */
+  other              /**< anything else: see what() */
+};
+
+/** @} */
+
+namespace detail {
+
+struct ReasonText {
+  std::string_view start;
+  Reason reason;
+};
+
+// What the library's own texts, and those of libcurl 7.88 and of 8.x, begin with.
+inline constexpr ReasonText reasonTexts[] = {
+    {"Timeout was reached", Reason::timeout},
+    {"Couldn't connect to server", Reason::connectionRefused},
+    {"Could not connect to server", Reason::connectionRefused},
+    {"Couldn't resolve host name", Reason::nameNotResolved},
+    {"Could not resolve hostname", Reason::nameNotResolved},
+    {"Couldn't resolve proxy name", Reason::nameNotResolved},
+    {"Could not resolve proxy name", Reason::nameNotResolved},
+    {"SSL ", Reason::tls},
+    {"Problem with the local SSL certificate", Reason::tls},
+    {"Problem with the SSL CA cert", Reason::tls},
+    {"Couldn't use specified SSL cipher", Reason::tls},
+    {"Could not use specified SSL cipher", Reason::tls},
+    {"Failed to load CRL file", Reason::tls},
+    {"Failed to initialise SSL crypto engine", Reason::tls},
+    {"Issuer check against peer certificate failed", Reason::tls},
+    {"Failed writing received data to disk/application", Reason::replyTooLarge},
+    {"Transferred a partial file", Reason::incompleteReply},
+    {"Server returned nothing", Reason::incompleteReply},
+    {"Failure when receiving data from the peer", Reason::incompleteReply},
+    {"Number of outputs received from VORTEN", Reason::wrongOutputCount},
+    {"dispatch_on_QXType", Reason::classNotServed},
+    {"std::bad_alloc", Reason::memory},
+    {"Out of memory", Reason::memory}};
+
+inline Reason reasonOf(std::string_view text) noexcept {
+  for (const ReasonText& known : reasonTexts) {
+    if (text.compare(0, known.start.size(), known.start) == 0) return known.reason;
+  }
+  return Reason::other;
+}
+
+}  // namespace detail
+
+}  // namespace hcyclient
+
+#endif  // HCY_CPP_REASON_HPP
