@@ -41,19 +41,24 @@
 #include <hcy/hcyclient.h>
 
 #include <hcy/cpp/array.hpp>
+#include <hcy/cpp/compare.hpp>
 #include <hcy/cpp/config.hpp>
 #include <hcy/cpp/context.hpp>
 #include <hcy/cpp/error.hpp>
 #include <hcy/cpp/function.hpp>
 #include <hcy/cpp/input.hpp>
 #include <hcy/cpp/library.hpp>
+#include <hcy/cpp/make.hpp>
 #include <hcy/cpp/outputs.hpp>
+#include <hcy/cpp/print.hpp>
+#include <hcy/cpp/read.hpp>
 #include <hcy/cpp/reason.hpp>
 #include <hcy/cpp/shape.hpp>
 #include <hcy/cpp/slot.hpp>
 #include <hcy/cpp/span.hpp>
 #include <hcy/cpp/sparse.hpp>
 #include <hcy/cpp/text.hpp>
+#include <hcy/cpp/walk.hpp>
 
 /** The C++ API of the library. */
 namespace hcyclient {

@@ -115,10 +115,9 @@ template <class T>
 void expectAnotherClass(Array& array) {
   EXPECT_THROW(array.span<T>(), UsageError);
   EXPECT_THROW(const_cast<const Array&>(array).span<T>(), UsageError);
-  EXPECT_THROW(array.toVector<T>(), UsageError);
 }
 
-TYPED_TEST(CppArray, isNotReadAsAnotherClass) {
+TYPED_TEST(CppArray, isNotSeenAsAnotherClass) {
   using T = typename TypeParam::Type;
   Array array = Array::zeros<T>(1, 1);
   const auto check = [&array](auto other) {
@@ -325,7 +324,8 @@ TEST(CppArrayOwner, isSaidToBeEmptyWhereThereIsNoArray) {
 
 TEST(CppArrayOwner, tellsWhatIsWrong) {
   try {
-    Array({1.0f}, {1}).toVector<std::int8_t>();
+    const Array array = 1.0F;
+    static_cast<void>(array.span<std::int8_t>());
     FAIL();
   } catch (const Error& error) {
     EXPECT_STREQ(error.what(), "the array is single, not int8");

@@ -9,6 +9,8 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "memory/sweep.h"
@@ -63,6 +65,8 @@ TEST(CppLeaks, areNotMadeByArrays) {
     Array array({1.0, 2.0, 3.0, 4.0}, {2, 2, 1});
     array.resize({4, 1, 1});
     array.toVector<std::complex<double>>();
+    array.convertTo<int>().toVector<double>();
+    Array::fromRows(std::vector<std::vector<double>>{{1, 2}, {3, 4}});
     array.index({3, 0, 0});
     Array text = std::string_view(kLong);
     EXPECT_EQ(text.toString(), kLong);
@@ -79,6 +83,10 @@ TEST(CppLeaks, areNotMadeByContainers) {
     s.fieldNames();
     const Array cell = std::vector<std::string>{kLong, "short"};
     cell.toVector<std::string>();
+    for (const Array& element : cell) element.value_or(kLong);
+    for (auto [name, value] : s.copy().fields()) static_cast<void>(value == cell);
+    format(s);
+    Array::structOf(std::vector<std::pair<std::string, std::string>>{{kLong, kLong}});
   });
 }
 

@@ -13,11 +13,13 @@
 #include <cstdint>
 #include <hcy/cpp/element.hpp>
 #include <hcy/cpp/error.hpp>
+#include <hcy/cpp/sequence.hpp>
 #include <hcy/cpp/shape.hpp>
 #include <hcy/cpp/span.hpp>
 #include <hcy/cpp/text.hpp>
 #include <hcy/cpp/whole.hpp>
 #include <initializer_list>
+#include <iosfwd>
 #include <iterator>
 #include <memory>
 #include <new>
@@ -29,6 +31,10 @@
 
 namespace hcyclient {
 
+namespace detail {
+class Printer;
+}
+
 /**
  * @defgroup cpp_arrays C++: arrays
  * @brief Arrays of the VORTEN language as C++ values.
@@ -37,6 +43,8 @@ namespace hcyclient {
 
 template <class T>
 struct Entry;
+class CellIterator;
+class Fields;
 class Input;
 class Slot;
 struct Field;
@@ -78,27 +86,37 @@ class Array {
     }
   }
 
-  /** A column of the class of T. */
+  /** A column of the class of the elements: from a std::vector, std::array, std::span, Span or
+   * array of C++. */
+  template <class R, detail::IfSequence<R> = 0>
+  Array(const R& values) : Array(std::data(values), {std::size(values), 1}) {}
+  /** A column of values that are written down. */
   template <class T, detail::IfValue<T> = 0>
-  Array(const std::vector<T>& values) : Array(zeros<T>(values.size(), 1)) {
-    assign(values.begin(), values.size());
-  }
-  /** A column of the class of T. */
-  template <class T, detail::IfValue<T> = 0>
-  Array(std::initializer_list<T> values) : Array(zeros<T>(values.size(), 1)) {
-    assign(values.begin(), values.size());
-  }
+  Array(std::initializer_list<T> values) : Array(values.begin(), {values.size(), 1}) {}
+  /** A logical column. */
+  Array(const std::vector<bool>& values) : Array(values.begin(), values.end()) {}
+  /** A column of what the iterators lead through. */
+  template <class Iterator, detail::IfIterator<Iterator> = 0>
+  Array(Iterator first, Iterator last);
 
   /** An array of this shape, filled in column-major order; throws UsageError unless there is a
    *  value for each element. */
-  template <class T, detail::IfValue<T> = 0>
-  Array(const std::vector<T>& values, const Shape& shape) : Array(zeros<T>(shape)) {
-    assign(values.begin(), values.size());
-  }
+  template <class R, detail::IfSequence<R> = 0>
+  Array(const R& values, const Shape& shape)
+      : Array(filled(std::data(values), std::size(values), shape)) {}
   /** The same from values that are written down. */
   template <class T, detail::IfValue<T> = 0>
-  Array(std::initializer_list<T> values, const Shape& shape) : Array(zeros<T>(shape)) {
-    assign(values.begin(), values.size());
+  Array(std::initializer_list<T> values, const Shape& shape)
+      : Array(filled(values.begin(), values.size(), shape)) {}
+  /** The same from a vector of bool. */
+  Array(const std::vector<bool>& values, const Shape& shape)
+      : Array(filled(values.begin(), values.size(), shape)) {}
+  /** The same from as many values behind `data` as the shape has elements; null is for none. */
+  template <class T, detail::IfValue<T> = 0>
+  Array(const T* data, const Shape& shape) : Array(zeros<T>(shape)) {
+    if (data == nullptr && size() != 0)
+      throw UsageError("there are no values: the pointer is null");
+    assign(data, size());
   }
 
   /** A 1-by-n char array from UTF-8; 0-by-0 from the empty text. Throws UsageError when it is not
@@ -119,6 +137,13 @@ class Array {
     *this = zeros<char16_t>(units.empty() ? 0 : 1, units.size());
     std::copy(units.begin(), units.end(), dataOf<char16_t>());
   }
+#ifdef __cpp_char8_t
+  /** A 1-by-n char array from UTF-8. */
+  Array(std::u8string_view text)
+      : Array(std::string_view(reinterpret_cast<const char*>(text.data()), text.size())) {}
+  /** A 1-by-n char array from UTF-8. */
+  Array(const char8_t* text) : Array(std::u8string_view(text)) {}
+#endif
   /** A column of cells, each a text. */
   Array(const std::vector<std::string>& texts);
 
@@ -129,50 +154,40 @@ class Array {
     return array;
   }
 
-  /** A rows-by-columns array of zeros (false, NUL) of the class of T. */
-  template <class T, detail::IfValue<T> = 0>
-  static Array zeros(std::size_t rows, std::size_t columns) {
-    const std::size_t shape[] = {rows, columns};
-    detail::requireSizes(shape, 2, false);
-    if constexpr (std::is_same_v<T, bool>) {
-      return adopt(hcyCreateLogicalMatrix(rows, columns));
-    } else if constexpr (std::is_same_v<T, char16_t>) {
-      return adopt(hcyCreateCharArray(2, shape));
-    } else {
-      return adopt(hcyCreateNumericMatrix(rows, columns, classOf<T>(), complexityOf<T>()));
-    }
+  /** An array of zeros (false, NUL) of the class of T: `zeros<double>(rows, columns)`. */
+  template <class T, class... More, detail::IfValue<T> = 0, detail::IfIntegers<More...> = 0>
+  static Array zeros(Size rows, Size columns, More... more) {
+    const std::size_t shape[] = {rows, columns, Size(more)...};
+    return zerosOf<T>(shape, 2 + sizeof...(more));
   }
 
   /** An array of zeros (false, NUL) of the class of T. */
   template <class T, detail::IfValue<T> = 0>
   static Array zeros(const Shape& shape) {
-    detail::requireSizes(shape.data(), shape.size(), false);
-    if constexpr (std::is_same_v<T, bool>) {
-      return adopt(hcyCreateLogicalArray(shape.size(), shape.data()));
-    } else if constexpr (std::is_same_v<T, char16_t>) {
-      return adopt(hcyCreateCharArray(shape.size(), shape.data()));
-    } else {
-      return adopt(
-          hcyCreateNumericArray(shape.size(), shape.data(), classOf<T>(), complexityOf<T>()));
-    }
+    return zerosOf<T>(shape.data(), shape.size());
+  }
+
+  /** A row: 1-by-n. */
+  template <class T, detail::IfValue<T> = 0>
+  static Array row(std::initializer_list<T> values) {
+    return Array(values.begin(), {1, values.size()});
+  }
+  /** A row from a std::vector, std::array, std::span, Span or array of C++. */
+  template <class R, detail::IfSequence<R> = 0>
+  static Array row(const R& values) {
+    return Array(std::data(values), {1, std::size(values)});
   }
 
   /** A matrix by its rows: `fromRows<double>({{2, 1}, {1, 3}})`. Throws UsageError for rows that
    *  differ in length. */
   template <class T, detail::IfValue<T> = 0>
   static Array fromRows(std::initializer_list<std::initializer_list<T>> rows) {
-    const std::size_t columns = rows.size() == 0 ? 0 : rows.begin()->size();
-    std::vector<T> values(rows.size() * columns);
-    std::size_t i = 0;
-    for (const std::initializer_list<T>& row : rows) {
-      if (row.size() != columns) throw UsageError("the rows differ in length");
-      std::size_t at = i++;
-      for (const T& value : row) {
-        values[at] = value;
-        at += rows.size();
-      }
-    }
-    return Array(values, {rows.size(), columns});
+    return matrixOf<T>(rows);
+  }
+  /** The same from a std::vector<std::vector<T>> or another range of ranges of values. */
+  template <class Rows, detail::IfRows<Rows> = 0>
+  static Array fromRows(const Rows& rows) {
+    return matrixOf<typename detail::RowsOf<Rows>::Value>(rows);
   }
 
   /** A cell array whose elements were never set. */
@@ -180,19 +195,27 @@ class Array {
     detail::requireSizes(shape.data(), shape.size(), false);
     return adopt(hcyCreateCellArray(shape.size(), shape.data()));
   }
+  /** A cell array whose elements were never set. */
+  static Array cells(Size rows, Size columns) { return cells(Shape{rows, columns}); }
   /** A column of cells with these elements. */
   static Array cellOf(std::initializer_list<Input> elements);
+  /** A column of cells with the elements of a range, such as a std::vector<Array>. */
+  template <class R, detail::IfRange<R> = 0>
+  static Array cellOf(const R& elements);
 
   /** A struct array with these fields, never set. */
   static Array structs(const Shape& shape, const std::vector<std::string>& fields);
   /** A 1-by-1 struct array: `structOf({{"name", "Ada"}, {"born", 1815.0}})`. Throws UsageError when
    *  a field is named twice. */
   static Array structOf(std::initializer_list<Field> fields);
+  /** The same from a range of pairs of a name and a value, such as a std::map. */
+  template <class R, detail::IfRange<R> = 0>
+  static Array structOf(const R& fields);
 
   /** A sparse array with room for nzmax stored elements, to be filled through span(),
    *  rowIndices() and columnStarts(). T is double, std::complex<double> or bool. */
   template <class T>
-  static Array sparse(std::size_t rows, std::size_t columns, std::size_t nzmax) {
+  static Array sparse(Size rows, Size columns, Size nzmax) {
     const std::size_t shape[] = {rows, columns};
     detail::requireSizes(shape, 2, true);
     if (nzmax > detail::largestSize) {
@@ -208,7 +231,7 @@ class Array {
   /** A sparse array with these entries, in any order. Throws UsageError for an entry outside the
    *  array and for two in one place. */
   template <class T>
-  static Array sparse(std::size_t rows, std::size_t columns, std::vector<Entry<T>> entries);
+  static Array sparse(Size rows, Size columns, std::vector<Entry<T>> entries);
 
   /** A deep copy. */
   Array copy() const { return adopt(hcyDuplicateArray(handle())); }
@@ -250,17 +273,41 @@ class Array {
    *  and IncompleteReply when elements did not arrive, or the last one of a cell or struct array is
    *  of a class that the library does not serve. The array is as before then. */
   void resize(const Shape& shape);
-  /** The linear index of an element with zero-based subscripts; throws UsageError unless there is
-   *  one for each dimension, and below it. */
-  std::size_t index(const Shape& subscripts) const {
-    const Shape dimensions = shape();
-    bool isInside = subscripts.size() == dimensions.size();
-    for (std::size_t i = 0; isInside && i < dimensions.size(); ++i) {
-      isInside = subscripts[i] < dimensions[i];
-    }
-    if (!isInside) throw UsageError("the subscripts are outside the array");
-    return hcyCalcSingleSubscript(handle(), subscripts.size(), subscripts.data());
+  /** The dimensions in the array's own storage; valid until the shape changes or the array is
+   *  destroyed. */
+  Span<const std::size_t> dimensions() const& {
+    return {hcyGetDimensions(handle()), hcyGetNumberOfDimensions(get())};
   }
+  /** The dimensions would not outlive the array. */
+  Span<const std::size_t> dimensions() const&& = delete;
+  /** The linear index of an element with zero-based subscripts: `index(i, j)`, `index({i, j})`.
+   *  Throws UsageError unless there is one for each dimension, and below it. */
+  template <class... More, detail::IfIntegers<More...> = 0>
+  std::size_t index(Size i, Size j, More... more) const {
+    const std::size_t subscripts[] = {i, j, Size(more)...};
+    return linearIndex(subscripts, 2 + sizeof...(more));
+  }
+  /** The same. */
+  template <class T, detail::IfIntegers<T> = 0>
+  std::size_t index(std::initializer_list<T> subscripts) const {
+    constexpr std::size_t few = 8;
+    if (subscripts.size() > few) return index(Shape(subscripts.begin(), subscripts.end()));
+    std::size_t sizes[few] = {};
+    std::transform(subscripts.begin(), subscripts.end(), sizes, [](T i) { return Size(i); });
+    return linearIndex(sizes, subscripts.size());
+  }
+  /** The same. */
+  std::size_t index(const Shape& subscripts) const {
+    return linearIndex(subscripts.data(), subscripts.size());
+  }
+
+  /** An element by its zero-based subscripts, or by its linear index alone: `at<double>(i, j)`,
+   *  `at<std::complex<double>>(i)`. Of a sparse array, 0 where nothing is stored. The element is
+   *  converted if it keeps its value. Throws UsageError when there is no such element, it has
+   *  another value as a T, or the array holds no numbers (no code units, with T char16_t);
+   *  IncompleteReply when elements did not arrive. In a loop, span() is faster. */
+  template <class T, class... More, detail::IfValue<T> = 0, detail::IfIntegers<More...> = 0>
+  T at(Size i, More... more) const;
 
   /** The elements (of a complex array, the real parts) in the array's own storage. Of a sparse
    *  array, the values that there is room for: nzmax, but no more than size(). Throws UsageError
@@ -294,11 +341,36 @@ class Array {
   template <class T>
   Span<const T> imaginary() const&& = delete;
 
-  /** A copy of the elements, as span() const shows them; with T a std::complex, of both parts.
-   *  With T a std::string, the texts of the elements of a cell array. Throws as span() and
-   *  toString(). */
+  /** A copy of the elements in column-major order; of a sparse array, of the stored ones. Numbers
+   *  and logical values of another class are converted. With T a std::complex, both parts;
+   * otherwise the real ones. With T a std::string, the texts of the elements of a cell array.
+   * Throws UsageError when an element has another value as a T or the array is of another kind,
+   *  IncompleteReply when elements did not arrive; as toString() for texts. */
   template <class T>
   std::vector<T> toVector() const;
+
+  /** An array of the same shape and the class of T, with the same values. Throws UsageError when an
+   *  element has another value as a T, or an imaginary part and T has none; when the array is
+   * sparse and not of the class of T already; and when it holds no numbers. */
+  template <class T, detail::IfValue<T> = 0>
+  Array convertTo() const;
+
+  /** The one element of a 1-by-1 array as a T, if it keeps its value there: `scalar<int>()` of the
+   *  double 3. Throws UsageError otherwise, and as at(). */
+  template <class T, detail::IfValue<T> = 0>
+  T scalar() const;
+  /** scalar<T>(), or the fallback when the array has no elements, as a cell or field has none that
+   *  was never set. */
+  template <class T, detail::IfValue<T> = 0>
+  T value_or(T fallback) const;
+  /** toString(), or the fallback when the array has no elements. */
+  std::string value_or(std::string_view fallback) const;
+  /** The same for a field of a 1-by-1 struct: `options.value_or("tolerance", 1e-6)`. The fallback
+   *  counts also when there is no such field. Throws UsageError when the array is not a struct. */
+  template <class T, detail::IfValue<T> = 0>
+  T value_or(const CString& field, T fallback) const;
+  /** The same for a text. */
+  std::string value_or(const CString& field, std::string_view fallback) const;
 
   /** The text of a char array, read in column-major order, as UTF-8; empty when there are no
    *  elements. Throws UsageError when the array is of another class, or ends in a surrogate
@@ -345,28 +417,43 @@ class Array {
   std::vector<Entry<T>> entries() const;
 
   /** Element i of a cell array: to read, to assign to, or to go on into (`cell[1]("name")`). */
-  Slot operator[](std::size_t i) &;
+  Slot operator[](Size i) &;
   /** Element i of a cell array, as a handle of its own. Throws UsageError when there is none,
    *  IncompleteReply when it did not arrive or not as a whole, or is of a class that the library
    *  does not serve. */
-  Array operator[](std::size_t i) const&;
+  Array operator[](Size i) const&;
   /** The same. */
-  Array operator[](std::size_t i) && { return static_cast<const Array&>(*this)[i]; }
+  Array operator[](Size i) && { return static_cast<const Array&>(*this)[i]; }
 
   /** A field of a 1-by-1 struct array, or of the first element of a larger one. */
   Slot operator()(const CString& field) &;
   /** A field of element i of a struct array. */
-  Slot operator()(std::size_t i, const CString& field) &;
+  Slot operator()(Size i, const CString& field) &;
   /** A field, as a handle of its own. Throws as operator[]. */
   Array operator()(const CString& field) const& { return (*this)(0, field); }
   /** The same of element i. */
-  Array operator()(std::size_t i, const CString& field) const&;
+  Array operator()(Size i, const CString& field) const&;
   /** The same. */
   Array operator()(const CString& field) && { return static_cast<const Array&>(*this)(0, field); }
   /** The same. */
-  Array operator()(std::size_t i, const CString& field) && {
+  Array operator()(Size i, const CString& field) && {
     return static_cast<const Array&>(*this)(i, field);
   }
+
+  /** The elements of a cell array, in order: `for (Array element : cell)`. Each is a handle of its
+   *  own. Throws UsageError if the array is not a cell array; reading an element throws as
+   *  operator[]. */
+  CellIterator begin() const;
+  /** Behind the last element. */
+  CellIterator end() const;
+
+  /** Names and values of a 1-by-1 struct array: `for (auto [name, value] : s.fields())`. The array
+   *  has to stay as it is meanwhile. Throws UsageError if it is not a struct array. */
+  Fields fields() const&;
+  /** The same of element i. */
+  Fields fields(Size i) const&;
+  /** The same of an array that is gone otherwise: it is kept. */
+  Fields fields() &&;
 
   /** The names of the fields; none for an array that is no struct. */
   std::vector<std::string> fieldNames() const {
@@ -396,9 +483,21 @@ class Array {
     hcyRemoveField(handle(), hcyGetFieldNumber(handle(), field.c_str()));
   }
 
+  /** Whether class, shape, names of fields and all elements are the same. NaN differs from itself;
+   *  imaginary parts that are not there count as 0. A sparse array equals only a sparse one. Two
+   *  empty Arrays are equal. Throws IncompleteReply when elements did not arrive. */
+  friend bool operator==(const Array& a, const Array& b) { return a.equals(b); }
+  /** Whether something differs. */
+  friend bool operator!=(const Array& a, const Array& b) { return !a.equals(b); }
+  /** Writes format() of the array, as much as PrintLimits allows unless they are set. */
+  friend std::ostream& operator<<(std::ostream& out, const Array& array) {
+    return array.print(out);
+  }
+
  private:
   friend class Input;
   friend class Slot;
+  friend class detail::Printer;
 
   template <class T>
   static constexpr hcyClassID classOf() {
@@ -408,6 +507,29 @@ class Array {
   static constexpr hcyComplexity complexityOf() {
     return detail::Parts<T>::areTwo ? hcyCOMPLEX : hcyREAL;
   }
+
+  template <class T>
+  static Array zerosOf(const std::size_t* shape, std::size_t count);
+  template <class Iterator>
+  static Array filled(Iterator first, std::size_t count, const Shape& shape);
+  template <class T, class Rows>
+  static Array matrixOf(const Rows& rows);
+
+  std::ostream& print(std::ostream& out) const;
+  bool equals(const Array& other) const;
+  bool equalElements(const Array& other) const;
+  template <class T>
+  bool equalValues(const Array& other) const;
+
+  std::size_t linearIndex(const std::size_t* subscripts, std::size_t count) const;
+  std::size_t storedIndex(std::size_t i) const;
+  template <class Use>
+  auto withElementType(const Use& use) const;
+  template <class T, bool onlyReal, class Take>
+  void convertEach(const Take& take) const;
+  void addValue(const char* name, hcyArray* value);
+  template <class T>
+  bool readExactly(std::size_t i, T& value) const;
 
   hcyArray* handle() const {
     if (!handle_) throw UsageError("the Array is empty");
@@ -507,10 +629,6 @@ class Array {
   void assign(Iterator value, std::size_t count) {
     using T = typename std::iterator_traits<Iterator>::value_type;
     using Stored = typename detail::Element<detail::Part<T>>::Stored;
-    if (count != size()) {
-      throw UsageError(std::to_string(count) + " values do not fill " + std::to_string(size()) +
-                       " elements");
-    }
     if (count == 0) return;
     Stored* const real = dataOf<Stored>();
     if constexpr (detail::Parts<T>::areTwo) {

@@ -7,6 +7,7 @@
 #define HCY_CPP_INPUT_HPP
 
 #include <hcy/cpp/array.hpp>
+#include <hcy/cpp/text.hpp>
 #include <initializer_list>
 #include <string>
 #include <type_traits>
@@ -46,8 +47,8 @@ class Input {
 
 /** A named value for Array::structOf(). */
 struct Field {
-  std::string name; /**< name of the field */
-  Input value;      /**< what it holds */
+  CString name; /**< name of the field */
+  Input value;  /**< what it holds */
 };
 
 /** @} */

@@ -10,8 +10,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <hcy/cpp/error.hpp>
+#include <initializer_list>
+#include <iterator>
 #include <limits>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace hcyclient {
@@ -19,8 +23,41 @@ namespace hcyclient {
 /** @addtogroup cpp_arrays
  *  @{ */
 
-/** Dimensions: rows, columns, and more. One dimension alone means n-by-1. */
-using Shape = std::vector<std::size_t>;
+/** A dimension, an index or a number of elements, as a parameter: any integer type. A negative one
+ *  throws UsageError. */
+class Size {
+ public:
+  /** Takes over the value. */
+  template <class T, std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, bool>, int> = 0>
+  constexpr Size(T value) : value_(static_cast<std::size_t>(value)) {
+    if constexpr (std::is_signed_v<T>) {
+      if (value < 0) throw UsageError("a size or an index is negative: " + std::to_string(value));
+    }
+  }
+  /** The value. */
+  constexpr operator std::size_t() const noexcept { return value_; }
+
+ private:
+  std::size_t value_;
+};
+
+/** Dimensions: rows, columns, and more. One dimension alone means n-by-1. They may be written in
+ *  any integer type: `{rows, 3}`. */
+class Shape : public std::vector<std::size_t> {
+ public:
+  Shape() = default;
+  /** These dimensions; throws UsageError when one is negative. */
+  Shape(std::initializer_list<Size> dimensions) : vector(dimensions.begin(), dimensions.end()) {}
+  /** The same dimensions. */
+  Shape(std::vector<std::size_t> dimensions) noexcept : vector(std::move(dimensions)) {}
+  /** `count` dimensions of one size. */
+  Shape(Size count, Size value) : vector(count, value) {}
+  /** The dimensions that two iterators lead through. */
+  template <class Iterator, class = typename std::iterator_traits<Iterator>::iterator_category>
+  Shape(Iterator first, Iterator last) {
+    for (; first != last; ++first) push_back(Size(*first));
+  }
+};
 
 /** @} */
 

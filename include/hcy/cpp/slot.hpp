@@ -16,6 +16,7 @@
 #include <hcy/cpp/text.hpp>
 #include <hcy/cpp/whole.hpp>
 #include <initializer_list>
+#include <iosfwd>
 #include <new>
 #include <string>
 #include <utility>
@@ -30,8 +31,9 @@ namespace hcyclient {
  * The place of an element in a cell array or of a field in a struct array.
  *
  * It is for use where it is written: `cell[0] = 2.0`, `Array name = s("name")`,
- * `s(1, "list")[2].scalar()`. One that was stored (`auto slot = cell[0]`) does not compile when it
- * is used, for it does not keep its container alive.
+ * `s(1, "list")[2].scalar()`. It has every reader of an Array. One that was stored
+ * (`auto slot = cell[0]`) does not compile when it is used, for it does not keep its container
+ * alive: write `Array x = cell[0]`.
  *
  * An assignment behind more than one index or name stores each array on the way back into its
  * container, and so copies what they hold: where there is much to set, take the inner array out,
@@ -47,34 +49,145 @@ class Slot {
    *  element or field, IncompleteReply when the container came with a reply that ended before it.
    */
   void operator=(const Array& value) && { store(value.handle()); }
+  /** Stores a column of values that are written down. */
+  template <class T, detail::IfValue<T> = 0>
+  void operator=(std::initializer_list<T> values) && {
+    store(Array(values).handle());
+  }
   /** Stores what another place holds. */
   void operator=(Slot&& other) && { store(std::move(other).get().handle()); }
 
   /** A handle over the element; throws UsageError when there is none, IncompleteReply when it did
    * not arrive or not as a whole, or is of a class that the library does not serve. */
   Array get() && { return fetch(); }
+  /** A Slot is not kept: write `Array x = cell[0];`. */
+  Array get() & = delete;
   /** As get(). */
   operator Array() && { return fetch(); }
 
-  double scalar() && { return fetch().scalar(); }          /**< As Array::scalar(). */
+  /** @name Readers
+   *  Those of Array, of the array in this place. They throw as get() and the reader.
+   *  @{ */
+  hcyClassID classId() && { return fetch().classId(); } /**< As Array::classId(). */
+  hcyClassID classId() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  std::string_view className() && { return fetch().className(); } /**< As Array::className(). */
+  std::string_view className() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  bool isText() && { return fetch().isText(); } /**< As Array::isText(). */
+  bool isText() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  bool isCell() && { return fetch().isCell(); } /**< As Array::isCell(). */
+  bool isCell() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  bool isStruct() && { return fetch().isStruct(); } /**< As Array::isStruct(). */
+  bool isStruct() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  bool isSparse() && { return fetch().isSparse(); } /**< As Array::isSparse(). */
+  bool isSparse() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  bool isComplex() && { return fetch().isComplex(); } /**< As Array::isComplex(). */
+  bool isComplex() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  bool isEmpty() && { return fetch().isEmpty(); } /**< As Array::isEmpty(). */
+  bool isEmpty() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  std::size_t rows() && { return fetch().rows(); } /**< As Array::rows(). */
+  std::size_t rows() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  std::size_t columns() && { return fetch().columns(); } /**< As Array::columns(). */
+  std::size_t columns() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  std::size_t size() && { return fetch().size(); } /**< As Array::size(). */
+  std::size_t size() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  Shape shape() && { return fetch().shape(); } /**< As Array::shape(). */
+  Shape shape() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  double scalar() && { return fetch().scalar(); } /**< As Array::scalar(). */
+  double scalar() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
   std::string toString() && { return fetch().toString(); } /**< As Array::toString(). */
+  std::string toString() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  std::vector<std::string> fieldNames() && {
+    return fetch().fieldNames();
+  } /**< As Array::fieldNames(). */
+  std::vector<std::string> fieldNames() & =
+      delete;                                /**< A Slot is not kept: write `Array x = cell[0];`. */
+  Array copy() && { return fetch().copy(); } /**< As Array::copy(). */
+  Array copy() & = delete;                   /**< A Slot is not kept: write `Array x = cell[0];`. */
+  /** As Array::is(). */
+  template <class T>
+  bool is() && {
+    return fetch().is<T>();
+  }
+  /** As Array::index(). */
+  template <class... Sizes>
+  std::size_t index(Sizes... subscripts) && {
+    return fetch().index(subscripts...);
+  }
+  /** As Array::at(). */
+  template <class T, class... Sizes>
+  T at(Sizes... subscripts) && {
+    return fetch().at<T>(subscripts...);
+  }
+  /** As Array::scalar(). */
+  template <class T>
+  T scalar() && {
+    return fetch().scalar<T>();
+  }
   /** As Array::toVector(). */
   template <class T>
   std::vector<T> toVector() && {
     return fetch().toVector<T>();
   }
+  /** As Array::convertTo(). */
+  template <class T>
+  Array convertTo() && {
+    return fetch().convertTo<T>();
+  }
+  /** As Array::entries(). */
+  template <class T>
+  std::vector<Entry<T>> entries() && {
+    return fetch().entries<T>();
+  }
+  /** As Array::value_or(). */
+  template <class T>
+  auto value_or(T fallback) && {
+    return fetch().value_or(fallback);
+  }
+  /** As Array::value_or(). */
+  template <class T>
+  auto value_or(const CString& field, T fallback) && {
+    return fetch().value_or(field, fallback);
+  }
+  /** As Array::hasField(). */
+  bool hasField(const CString& field) && { return fetch().hasField(field); }
+  /** As Array::fields(). */
+  Fields fields(Size i = 0) &&;
+  /** As operator== of arrays. */
+  friend bool operator==(Slot&& a, const Array& b) { return a.fetch() == b; }
+  /** As operator== of arrays. */
+  friend bool operator==(Slot&& a, Slot&& b) { return a.fetch() == b.fetch(); }
+  /** As operator!= of arrays. */
+  friend bool operator!=(Slot&& a, const Array& b) { return a.fetch() != b; }
+  /** As operator!= of arrays. */
+  friend bool operator!=(Slot&& a, Slot&& b) { return a.fetch() != b.fetch(); }
+  /** As operator<< of arrays. */
+  friend std::ostream& operator<<(std::ostream& out, Slot&& slot) { return out << slot.fetch(); }
+  /** @} */
+
+  /** @name What a Slot cannot do
+   *  The elements would not outlive the expression: write `Array x = cell[0];` and read x.
+   *  @{ */
+  template <class T>
+  Span<const T> span() const = delete;
+  template <class T>
+  Span<const T> imaginary() const = delete;
+  Span<const std::size_t> rowIndices() const = delete;
+  Span<const std::size_t> columnStarts() const = delete;
+  Span<const std::size_t> dimensions() const = delete;
+  void begin() const = delete; /**< write `for (Array element : cell[0].get())` */
+  void end() const = delete;   /**< as begin() */
+  /** @} */
 
   /** Element i of the cell array in this place. */
-  Slot operator[](std::size_t i) && { return {fetch(), this, i, nullptr}; }
+  Slot operator[](Size i) && { return {fetch(), this, i, nullptr}; }
   /** A field of the struct array in this place. */
   Slot operator()(const CString& field) && { return {fetch(), this, 0, field.c_str()}; }
   /** A field of element i of the struct array in this place. */
-  Slot operator()(std::size_t i, const CString& field) && {
-    return {fetch(), this, i, field.c_str()};
-  }
+  Slot operator()(Size i, const CString& field) && { return {fetch(), this, i, field.c_str()}; }
 
  private:
   friend class Array;
+  friend class Fields;
 
   // The name is null for an element of a cell array. All that is pointed to lives until the end of
   // the full expression.
@@ -164,50 +277,14 @@ class Slot {
   const char* field_;
 };
 
-inline Slot Array::operator[](std::size_t i) & { return {handle(), i, nullptr}; }
-inline Array Array::operator[](std::size_t i) const& { return Slot(handle(), i, nullptr); }
+inline Slot Array::operator[](Size i) & { return {handle(), i, nullptr}; }
+inline Array Array::operator[](Size i) const& { return Slot(handle(), i, nullptr); }
 inline Slot Array::operator()(const CString& field) & { return (*this)(0, field); }
-inline Slot Array::operator()(std::size_t i, const CString& field) & {
+inline Slot Array::operator()(Size i, const CString& field) & {
   return {handle(), i, field.c_str()};
 }
-inline Array Array::operator()(std::size_t i, const CString& field) const& {
+inline Array Array::operator()(Size i, const CString& field) const& {
   return Slot(handle(), i, field.c_str());
-}
-
-inline Array::Array(const std::vector<std::string>& texts) : Array(cells({texts.size(), 1})) {
-  for (std::size_t i = 0; i < texts.size(); ++i) (*this)[i] = texts[i];
-}
-
-inline Array Array::cellOf(std::initializer_list<Input> elements) {
-  Array made = cells({elements.size(), 1});
-  std::size_t i = 0;
-  for (const Input& element : elements) hcySetCell(made.get(), i++, element.get());
-  return made;
-}
-
-inline Array Array::structs(const Shape& shape, const std::vector<std::string>& fields) {
-  if (fields.size() > detail::largestSize) throw UsageError("there are too many fields");
-  std::vector<const char*> names;
-  names.reserve(fields.size());
-  for (const std::string& field : fields) names.push_back(CString(field).c_str());
-  detail::requireSizes(shape.data(), shape.size(), false, fields.size());
-  return adopt(hcyCreateStructArray(shape.size(), shape.data(), static_cast<int>(names.size()),
-                                    names.data()));
-}
-
-inline Array Array::structOf(std::initializer_list<Field> fields) {
-  std::vector<std::string> names;
-  names.reserve(fields.size());
-  for (const Field& field : fields) names.push_back(field.name);
-  Array made = structs({1, 1}, names);
-  int number = 0;
-  for (const Field& field : fields) {
-    if (hcyGetFieldNumber(made.get(), field.name.c_str()) != number++) {
-      throw UsageError("two fields have the same name: " + field.name);
-    }
-    hcySetField(made.get(), 0, field.name.c_str(), field.value.get());
-  }
-  return made;
 }
 
 inline void Array::requireElements() const {
@@ -229,25 +306,6 @@ inline void Array::resize(const Shape& shape) {
   if (isSparse()) detail::requireSizes(shape.data(), shape.size(), true);
   requireElements();
   if (hcySetDimensions(handle(), shape.data(), shape.size()) != 0) throw std::bad_alloc();
-}
-
-template <class T>
-std::vector<T> Array::toVector() const {
-  if constexpr (std::is_same_v<T, std::string>) {
-    std::vector<std::string> texts;
-    if (!isCell()) throw wrongClass("cell");
-    for (std::size_t i = 0; i < size(); ++i) texts.push_back((*this)[i].toString());
-    return texts;
-  } else {
-    using Stored = typename detail::Element<detail::Part<T>>::Stored;
-    const Span<const Stored> real = span<Stored>();
-    std::vector<T> values(real.begin(), real.end());
-    if constexpr (detail::Parts<T>::areTwo) {
-      const Span<const Stored> parts = imaginary<Stored>();
-      for (std::size_t i = 0; i < parts.size(); ++i) values[i].imag(parts[i]);
-    }
-    return values;
-  }
 }
 
 /** @} */

@@ -8,8 +8,13 @@
 
 #include <cstddef>
 #include <hcy/cpp/error.hpp>
+#include <iterator>
 #include <string>
 #include <type_traits>
+
+#if __cplusplus >= 202002L
+#include <ranges>
+#endif
 
 namespace hcyclient {
 
@@ -20,13 +25,19 @@ namespace hcyclient {
  */
 
 /** The elements of an array in its own storage. It owns nothing and stays valid as long as a data
- *  pointer of the C interface: until the number of elements changes or the array is destroyed. */
+ *  pointer of the C interface: until the number of elements changes or the array is destroyed. It
+ *  has the members of std::span, and converts to one in C++20. */
 template <class T>
 class Span {
  public:
-  using element_type = T;                 /**< as seen, const or not */
-  using value_type = std::remove_cv_t<T>; /**< as copied */
-  using iterator = T*;                    /**< elements lie without gaps */
+  using element_type = T;                                   /**< as seen, const or not */
+  using value_type = std::remove_cv_t<T>;                   /**< as copied */
+  using size_type = std::size_t;                            /**< of sizes and indices */
+  using difference_type = std::ptrdiff_t;                   /**< between iterators */
+  using pointer = T*;                                       /**< to an element */
+  using reference = T&;                                     /**< to an element */
+  using iterator = T*;                                      /**< elements lie without gaps */
+  using reverse_iterator = std::reverse_iterator<iterator>; /**< from the last element on */
 
   Span() noexcept = default;
   /** Views `size` elements from `data` on. */
@@ -34,16 +45,35 @@ class Span {
   /** A view that cannot write. */
   operator Span<const T>() const noexcept { return {data_, size_}; }
 
-  T* data() const noexcept { return data_; }                       /**< The first element. */
-  std::size_t size() const noexcept { return size_; }              /**< How many there are. */
-  bool empty() const noexcept { return size_ == 0; }               /**< Whether there are none. */
-  T* begin() const noexcept { return data_; }                      /**< The first element. */
-  T* end() const noexcept { return data_ + size_; }                /**< Behind the last element. */
+  T* data() const noexcept { return data_; }                            /**< The first element. */
+  std::size_t size() const noexcept { return size_; }                   /**< How many there are. */
+  std::size_t size_bytes() const noexcept { return size_ * sizeof(T); } /**< Bytes they take. */
+  bool empty() const noexcept { return size_ == 0; } /**< Whether there are none. */
+  T* begin() const noexcept { return data_; }        /**< The first element. */
+  T* end() const noexcept { return data_ + size_; }  /**< Behind the last element. */
+  /** The last element. */
+  reverse_iterator rbegin() const noexcept { return reverse_iterator(end()); }
+  /** Before the first element. */
+  reverse_iterator rend() const noexcept { return reverse_iterator(begin()); }
   T& operator[](std::size_t i) const noexcept { return data_[i]; } /**< Element i, unchecked. */
+  T& front() const noexcept { return data_[0]; }                   /**< The first, unchecked. */
+  T& back() const noexcept { return data_[size_ - 1]; }            /**< The last, unchecked. */
   /** Element i; throws UsageError when there is none. */
   T& at(std::size_t i) const {
     if (i >= size_) throw UsageError("there is no element " + std::to_string(i));
     return data_[i];
+  }
+
+  /** The first `count` elements, unchecked. */
+  Span first(std::size_t count) const noexcept { return {data_, count}; }
+  /** The last `count` elements, unchecked. */
+  Span last(std::size_t count) const noexcept { return {data_ + (size_ - count), count}; }
+  /** The elements from `offset` on, unchecked. */
+  Span subspan(std::size_t offset) const noexcept { return {data_ + offset, size_ - offset}; }
+  /** `count` elements from `offset` on, unchecked: column j of a matrix is
+   *  `subspan(j * rows, rows)`. */
+  Span subspan(std::size_t offset, std::size_t count) const noexcept {
+    return {data_ + offset, count};
   }
 
  private:
@@ -54,5 +84,14 @@ class Span {
 /** @} */
 
 }  // namespace hcyclient
+
+#if __cplusplus >= 202002L
+/** The elements outlive the Span. */
+template <class T>
+inline constexpr bool std::ranges::enable_borrowed_range<hcyclient::Span<T>> = true;
+/** A Span is cheap to copy. */
+template <class T>
+inline constexpr bool std::ranges::enable_view<hcyclient::Span<T>> = true;
+#endif
 
 #endif  // HCY_CPP_SPAN_HPP

@@ -25,7 +25,7 @@ struct Entry {
 };
 
 template <class T>
-Array Array::sparse(std::size_t rows, std::size_t columns, std::vector<Entry<T>> entries) {
+Array Array::sparse(Size rows, Size columns, std::vector<Entry<T>> entries) {
   std::sort(entries.begin(), entries.end(), [](const Entry<T>& a, const Entry<T>& b) {
     return a.column != b.column ? a.column < b.column : a.row < b.row;
   });

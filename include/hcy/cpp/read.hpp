@@ -1,0 +1,233 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file read.hpp
+ * @brief Elements of an array as values of C++. Included by hcyclient.hpp.
+ */
+#ifndef HCY_CPP_READ_HPP
+#define HCY_CPP_READ_HPP
+
+#include <hcy/hcyclient.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <hcy/cpp/array.hpp>
+#include <hcy/cpp/convert.hpp>
+#include <hcy/cpp/slot.hpp>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace hcyclient {
+
+namespace detail {
+
+template <class T>
+struct TypeTag {
+  using Type = T;
+};
+
+inline UsageError notExact(std::size_t i, std::string_view className) {
+  return UsageError("the value does not fit: element " + std::to_string(i) +
+                    " has no exact value as " + std::string(className));
+}
+
+}  // namespace detail
+
+/** @addtogroup cpp_arrays
+ *  @{ */
+
+// Calls with the type that numbers and logical values of the array are stored as.
+template <class Use>
+auto Array::withElementType(const Use& use) const {
+  switch (classId()) {
+    case hcyUINT8_CLASS:
+      return use(detail::TypeTag<std::uint8_t>());
+    case hcyINT8_CLASS:
+      return use(detail::TypeTag<std::int8_t>());
+    case hcyUINT16_CLASS:
+      return use(detail::TypeTag<std::uint16_t>());
+    case hcyINT16_CLASS:
+      return use(detail::TypeTag<std::int16_t>());
+    case hcyUINT32_CLASS:
+      return use(detail::TypeTag<std::uint32_t>());
+    case hcyINT32_CLASS:
+      return use(detail::TypeTag<std::int32_t>());
+    case hcyUINT64_CLASS:
+      return use(detail::TypeTag<std::uint64_t>());
+    case hcyINT64_CLASS:
+      return use(detail::TypeTag<std::int64_t>());
+    case hcySINGLE_CLASS:
+      return use(detail::TypeTag<float>());
+    case hcyDOUBLE_CLASS:
+      return use(detail::TypeTag<double>());
+    case hcyLOGICAL_CLASS:
+      return use(detail::TypeTag<bool>());
+    default:
+      throw wrongClass("numeric or logical");
+  }
+}
+
+inline std::size_t Array::linearIndex(const std::size_t* subscripts, std::size_t count) const {
+  const Span<const std::size_t> sizes = dimensions();
+  if (count != sizes.size() ||
+      !std::equal(sizes.begin(), sizes.end(), subscripts,
+                  [](std::size_t size, std::size_t subscript) { return subscript < size; })) {
+    throw UsageError("the subscripts are outside the array");
+  }
+  return hcyCalcSingleSubscript(get(), count, subscripts);
+}
+
+// Where a sparse array stores an element; the number of stored ones if it does not.
+inline std::size_t Array::storedIndex(std::size_t i) const {
+  const Span<const std::size_t> starts = columnStarts();
+  const Span<const std::size_t> rowOf = rowIndices();
+  const std::size_t* const end = rowOf.begin() + std::min(starts[i / rows() + 1], rowOf.size());
+  const std::size_t* const first = rowOf.begin() + std::min(starts[i / rows()], rowOf.size());
+  const std::size_t* const found = first < end ? std::find(first, end, i % rows()) : end;
+  return found == end ? rowOf.size() : static_cast<std::size_t>(found - rowOf.begin());
+}
+
+// Reads number i of those that span() shows; false if it has no exact value as a T.
+template <class T>
+bool Array::readExactly(std::size_t i, T& value) const {
+  if constexpr (std::is_same_v<T, char16_t>) {
+    value = span<char16_t>()[i];
+    return true;
+  } else {
+    return withElementType([this, i, &value](auto tag) {
+      using Stored = typename decltype(tag)::Type;
+      Stored imaginaryPart{};
+      if constexpr (detail::isNumeric<Stored>) {
+        if (this->isComplex()) {
+          const Span<const Stored> parts = this->imaginary<Stored>();
+          if (i < parts.size()) imaginaryPart = parts[i];
+        }
+      }
+      return detail::convertParts(this->span<Stored>()[i], imaginaryPart, value);
+    });
+  }
+}
+
+template <class T, class... More, detail::IfValue<T>, detail::IfIntegers<More...>>
+T Array::at(Size i, More... more) const {
+  std::size_t place = i;
+  if constexpr (sizeof...(More) > 0) {
+    place = index(i, more...);
+  } else if (place >= size()) {
+    throw UsageError("there is no element " + std::to_string(place));
+  }
+  const std::size_t stored = isSparse() ? storedIndex(place) : place;
+  if (isSparse() && stored == rowIndices().size()) return T{};
+  T value{};
+  if (!readExactly(stored, value)) throw detail::notExact(place, nameOf(classOf<T>()));
+  return value;
+}
+
+template <class T, detail::IfValue<T>>
+T Array::scalar() const {
+  if (size() != 1) {
+    throw UsageError("the array has not one element, but " + std::to_string(size()));
+  }
+  return at<T>(0);
+}
+
+template <class T, detail::IfValue<T>>
+T Array::value_or(T fallback) const {
+  return isEmpty() ? fallback : scalar<T>();
+}
+
+inline std::string Array::value_or(std::string_view fallback) const {
+  return isEmpty() ? std::string(fallback) : toString();
+}
+
+template <class T, detail::IfValue<T>>
+T Array::value_or(const CString& field, T fallback) const {
+  if (!isStruct()) throw wrongClass("struct");
+  return isEmpty() || !hasField(field) ? fallback : (*this)(field).value_or(fallback);
+}
+
+inline std::string Array::value_or(const CString& field, std::string_view fallback) const {
+  if (!isStruct()) throw wrongClass("struct");
+  return isEmpty() || !hasField(field) ? std::string(fallback) : (*this)(field).value_or(fallback);
+}
+
+template <class T>
+std::vector<T> Array::toVector() const {
+  if constexpr (std::is_same_v<T, std::string>) {
+    std::vector<std::string> texts;
+    if (!isCell()) throw wrongClass("cell");
+    for (std::size_t i = 0; i < size(); ++i) texts.push_back((*this)[i].toString());
+    return texts;
+  } else {
+    using Stored = typename detail::Element<detail::Part<T>>::Stored;
+    if constexpr (!std::is_same_v<Stored, char16_t>) {
+      if (!is<Stored>()) {
+        std::vector<T> values;
+        values.reserve(isSparse() ? countToRead() : size());
+        convertEach<T, false>([&values](std::size_t, T value) { values.push_back(value); });
+        return values;
+      }
+    }
+    const Span<const Stored> real = span<Stored>();
+    std::vector<T> values(real.begin(), real.end());
+    if constexpr (detail::Parts<T>::areTwo) {
+      const Span<const Stored> parts = imaginary<Stored>();
+      for (std::size_t i = 0; i < parts.size(); ++i) values[i].imag(parts[i]);
+    }
+    return values;
+  }
+}
+
+// Hands the elements over as T, one after another; those that have no exact value there throw. Of
+// complex numbers, a T that has no imaginary part takes the real parts, or only such as are real.
+template <class T, bool onlyReal, class Take>
+void Array::convertEach(const Take& take) const {
+  withElementType([this, &take](auto tag) {
+    using Stored = typename decltype(tag)::Type;
+    const Span<const Stored> real = this->span<Stored>();
+    Span<const Stored> parts;
+    if constexpr ((detail::Parts<T>::areTwo || onlyReal) && detail::isNumeric<Stored>) {
+      parts = this->imaginary<Stored>();
+    }
+    for (std::size_t i = 0; i < real.size(); ++i) {
+      T value{};
+      if (!detail::convertParts(real[i], i < parts.size() ? parts[i] : Stored{}, value)) {
+        throw detail::notExact(i, nameOf(classOf<T>()));
+      }
+      take(i, value);
+    }
+  });
+}
+
+template <class T, detail::IfValue<T>>
+Array Array::convertTo() const {
+  using Stored = typename detail::Element<detail::Part<T>>::Stored;
+  requireWhole();
+  if (is<Stored>() && isComplex() == detail::Parts<T>::areTwo) return copy();
+  if (isSparse()) throw UsageError("the array is sparse: convert its entries()");
+  if constexpr (std::is_same_v<T, char16_t>) {
+    throw wrongClass("char");
+  } else {
+    Array made = zerosOf<T>(hcyGetDimensions(get()), hcyGetNumberOfDimensions(get()));
+    Stored* const real = made.dataOf<Stored>();
+    if constexpr (detail::Parts<T>::areTwo) {
+      auto* const imaginaryParts = static_cast<Stored*>(hcyGetImagData(made.get()));
+      convertEach<T, true>([real, imaginaryParts](std::size_t i, T value) {
+        real[i] = value.real();
+        imaginaryParts[i] = value.imag();
+      });
+    } else {
+      convertEach<T, true>(
+          [real](std::size_t i, T value) { real[i] = static_cast<Stored>(value); });
+    }
+    return made;
+  }
+}
+
+/** @} */
+
+}  // namespace hcyclient
+
+#endif  // HCY_CPP_READ_HPP

@@ -1,0 +1,143 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file walk.hpp
+ * @brief Cells and fields one after another. Included by hcyclient.hpp.
+ */
+#ifndef HCY_CPP_WALK_HPP
+#define HCY_CPP_WALK_HPP
+
+#include <hcy/hcyclient.h>
+
+#include <cstddef>
+#include <hcy/cpp/array.hpp>
+#include <hcy/cpp/slot.hpp>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace hcyclient {
+
+/** @addtogroup cpp_arrays
+ *  @{ */
+
+/** Leads through the elements of a cell array: see Array::begin(). */
+class CellIterator {
+ public:
+  using iterator_category = std::input_iterator_tag; /**< each element is read once */
+  using value_type = Array;                          /**< a handle over the element */
+  using difference_type = std::ptrdiff_t;            /**< between indices */
+  using pointer = void;                              /**< there is nothing to point to */
+  using reference = Array;                           /**< made anew each time */
+
+  CellIterator() noexcept = default;
+  /** At element i. */
+  CellIterator(const Array& cell, std::size_t i) noexcept : cell_(&cell), i_(i) {}
+  /** The element, as a handle of its own; throws as Array::operator[]. */
+  Array operator*() const { return (*cell_)[i_]; }
+  /** To the next element. */
+  CellIterator& operator++() noexcept {
+    ++i_;
+    return *this;
+  }
+  /** The same. */
+  void operator++(int) noexcept { ++i_; }
+  /** Whether both are at one element. */
+  friend bool operator==(CellIterator a, CellIterator b) noexcept { return a.i_ == b.i_; }
+  /** Whether they are not. */
+  friend bool operator!=(CellIterator a, CellIterator b) noexcept { return a.i_ != b.i_; }
+
+ private:
+  const Array* cell_ = nullptr;
+  std::size_t i_ = 0;
+};
+
+/** A field of a struct array. */
+struct NamedValue {
+  std::string_view
+      name;    /**< in the storage of the array; valid until a field is added or removed */
+  Array value; /**< a handle of its own */
+};
+
+/** The fields of one element of a struct array: see Array::fields(). */
+class Fields {
+ public:
+  /** Leads through the fields. */
+  class Iterator {
+   public:
+    using iterator_category = std::input_iterator_tag; /**< each field is read once */
+    using value_type = NamedValue;                     /**< name and value */
+    using difference_type = std::ptrdiff_t;            /**< between numbers of fields */
+    using pointer = void;                              /**< there is nothing to point to */
+    using reference = NamedValue;                      /**< made anew each time */
+
+    Iterator() noexcept = default;
+    /** At a field by its number. */
+    Iterator(const Fields& fields, int number) noexcept : fields_(&fields), number_(number) {}
+    /** The field; throws as Array::operator(). */
+    NamedValue operator*() const { return fields_->at(number_); }
+    /** To the next field. */
+    Iterator& operator++() noexcept {
+      ++number_;
+      return *this;
+    }
+    /** The same. */
+    void operator++(int) noexcept { ++number_; }
+    /** Whether both are at one field. */
+    friend bool operator==(Iterator a, Iterator b) noexcept { return a.number_ == b.number_; }
+    /** Whether they are not. */
+    friend bool operator!=(Iterator a, Iterator b) noexcept { return a.number_ != b.number_; }
+
+   private:
+    const Fields* fields_ = nullptr;
+    int number_ = 0;
+  };
+
+  /** Of element i of the array behind the handle, which has to stay. */
+  Fields(hcyArray* array, std::size_t i) noexcept : array_(array), i_(i) {}
+  /** Of element i of an array that is kept. */
+  Fields(Array array, std::size_t i) noexcept
+      : owned_(std::move(array)), array_(owned_.get()), i_(i) {}
+
+  /** The first field. */
+  Iterator begin() const noexcept { return {*this, 0}; }
+  /** Behind the last field. */
+  Iterator end() const noexcept { return {*this, hcyGetNumberOfFields(array_)}; }
+
+ private:
+  NamedValue at(int number) const {
+    const char* const name = hcyGetFieldNameByNumber(array_, number);
+    return {name, Slot(array_, i_, name)};
+  }
+
+  Array owned_;
+  hcyArray* array_;
+  std::size_t i_;
+};
+
+inline CellIterator Array::begin() const {
+  if (!isCell()) throw wrongClass("cell");
+  return {*this, 0};
+}
+inline CellIterator Array::end() const { return {*this, size()}; }
+
+inline Fields Array::fields() const& { return fields(0); }
+inline Fields Array::fields(Size i) const& {
+  if (!isStruct()) throw wrongClass("struct");
+  if (i >= size()) throw UsageError("there is no element " + std::to_string(i));
+  return {get(), i};
+}
+inline Fields Slot::fields(Size i) && {
+  Array array = fetch();
+  static_cast<void>(std::as_const(array).fields(i));
+  return {std::move(array), i};
+}
+inline Fields Array::fields() && {
+  static_cast<void>(fields(0));
+  return {std::move(*this), 0};
+}
+
+/** @} */
+
+}  // namespace hcyclient
+
+#endif  // HCY_CPP_WALK_HPP
