@@ -50,9 +50,11 @@
 #include <hcy/cpp/library.hpp>
 #include <hcy/cpp/make.hpp>
 #include <hcy/cpp/outputs.hpp>
+#include <hcy/cpp/pool.hpp>
 #include <hcy/cpp/print.hpp>
 #include <hcy/cpp/read.hpp>
 #include <hcy/cpp/reason.hpp>
+#include <hcy/cpp/retry.hpp>
 #include <hcy/cpp/shape.hpp>
 #include <hcy/cpp/slot.hpp>
 #include <hcy/cpp/span.hpp>

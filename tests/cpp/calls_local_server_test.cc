@@ -5,8 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
+#include <filesystem>
 #include <hcy/hcyclient.hpp>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -23,7 +26,7 @@ using hcy::test::UnlistenedPort;
 static_assert(std::is_nothrow_move_constructible_v<Library> &&
               !std::is_copy_constructible_v<Library>);
 static_assert(std::is_nothrow_move_constructible_v<Config> &&
-              !std::is_copy_constructible_v<Config>);
+              std::is_copy_constructible_v<Config> && std::is_copy_assignable_v<Config>);
 static_assert(std::is_nothrow_move_constructible_v<Context> &&
               !std::is_copy_constructible_v<Context>);
 static_assert(sizeof(Library) == sizeof(void*));
@@ -163,15 +166,44 @@ TEST(CppConfig, keepsWhatIsSet) {
       .setHostnameVerification(false)
       .setPeerVerification(false);
   const hcyClientRuntime* const runtime = library.runtime();
-  EXPECT_EQ(runtime->getTimeOut(config.get()), 120U);
-  EXPECT_EQ(runtime->getResponseSizeLimit(config.get()), 7U);
-  EXPECT_STREQ(runtime->getClientCertFile(config.get()), "certificate");
-  EXPECT_STREQ(runtime->getClientPrivateKeyFile(config.get()), "key");
-  EXPECT_STREQ(runtime->getPrivateKeyPasswd(config.get()), "phrase");
-  EXPECT_STREQ(runtime->getCAFile(config.get()), "authority");
-  EXPECT_STREQ(runtime->getRevocationListFile(config.get()), "list");
-  EXPECT_FALSE(runtime->getHostnameVerification(config.get()));
-  EXPECT_FALSE(runtime->getPeerVerification(config.get()));
+  Config assigned(library);
+  assigned = config;
+  for (const Config& seen : {config, Config(config), assigned}) {
+    EXPECT_EQ(runtime->getTimeOut(seen.get()), 120U);
+    EXPECT_EQ(seen.timeout(), std::chrono::minutes(2));
+    EXPECT_EQ(runtime->getResponseSizeLimit(seen.get()), 7U);
+    EXPECT_EQ(seen.responseSizeLimit(), 7U);
+    EXPECT_STREQ(runtime->getClientCertFile(seen.get()), "certificate");
+    EXPECT_EQ(seen.clientCertificateFile(), "certificate");
+    EXPECT_STREQ(runtime->getClientPrivateKeyFile(seen.get()), "key");
+    EXPECT_EQ(seen.clientPrivateKeyFile(), "key");
+    EXPECT_STREQ(runtime->getPrivateKeyPasswd(seen.get()), "phrase");
+    EXPECT_EQ(seen.privateKeyPassPhrase(), "phrase");
+    EXPECT_STREQ(runtime->getCAFile(seen.get()), "authority");
+    EXPECT_EQ(seen.authorityFile(), "authority");
+    EXPECT_STREQ(runtime->getRevocationListFile(seen.get()), "list");
+    EXPECT_EQ(seen.revocationListFile(), "list");
+    EXPECT_FALSE(runtime->getHostnameVerification(seen.get()) || seen.hostnameVerification());
+    EXPECT_FALSE(runtime->getPeerVerification(seen.get()) || seen.peerVerification());
+  }
+  // Copies are apart.
+  assigned.setAuthorityFile("another");
+  EXPECT_EQ(config.authorityFile(), "authority");
+}
+
+TEST(CppConfig, takesDurationsAndPaths) {
+  const Library library;
+  Config config(library);
+  EXPECT_EQ(config.setTimeout(std::chrono::milliseconds(1500)).timeout(), std::chrono::seconds(2));
+  EXPECT_EQ(config.setTimeout(std::chrono::hours(1)).timeout(), std::chrono::hours(1));
+  EXPECT_EQ(config.setTimeout(std::chrono::duration<double>(0.1)).timeout(),
+            std::chrono::seconds(1));
+  EXPECT_EQ(config.setTimeout(std::chrono::seconds(0)).timeout(), std::chrono::seconds(0));
+  EXPECT_THROW(config.setTimeout(std::chrono::duration<double>(std::nan(""))), UsageError);
+  EXPECT_THROW(config.setTimeout(std::chrono::hours(10000000)), UsageError);
+  EXPECT_THROW(config.setTimeout(std::chrono::milliseconds(-1001)), UsageError);
+  EXPECT_EQ(config.setAuthorityFile(std::filesystem::path("a") / "b").authorityFile(), "a/b");
+  EXPECT_EQ(config.setAuthorityFile(std::string_view("abc").substr(1)).authorityFile(), "bc");
 }
 
 TEST(CppConfig, refusesWhatTheLibraryCannotHold) {

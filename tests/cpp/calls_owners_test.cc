@@ -126,6 +126,8 @@ TEST(CppOwners, cannotBeUsedOnceTheyHaveBeenMovedFrom) {
   EXPECT_EQ(refusalOf([&] { config.setPeerVerification(true); }), text);
   EXPECT_EQ(refusalOf([&] { Context made(config); }), text);
   EXPECT_EQ(refusalOf([&] { config.runtime(); }), text);
+  EXPECT_EQ(refusalOf([&] { config.timeout(); }), text);
+  EXPECT_EQ(refusalOf([&] { Config copy(config); }), text);
   EXPECT_EQ(config.get(), nullptr);
   config = std::move(movedConfig);
   EXPECT_NO_THROW(Context{config});

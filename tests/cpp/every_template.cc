@@ -66,6 +66,14 @@ void useAll(Context& context, Array& array, const Array& seen) {
   array = context.call("", array, 2.0, "text");
   auto [first, second] = context.feval<2>("", array);
   first = context.function("")(second);
+  first = Retry{}.run([&] { return context.call(""); });
+}
+
+void usePool(Pool& pool, Array& array);
+void usePool(Pool& pool, Array& array) {
+  array = pool.call("", array, 2.0).get();
+  std::vector<Array> arrays = pool.feval("", std::vector<Array>()).get();
+  arrays = pool.map("", arrays);
 }
 
 }  // namespace hcyclient

@@ -179,7 +179,8 @@ TEST(CppLeaks, areNotMadeBySettings) {
   failEachAllocation([&] {
     Config config(library);
     config.setAuthorityFile(kLong.c_str()).setPrivateKeyPassPhrase(kLong.c_str());
-    Context context(config);
+    const Config copy = config;
+    Context context(copy);
     Context moved = std::move(context);
   });
 }

@@ -9,6 +9,7 @@
 #include <hcy/hcyclient.h>
 
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <hcy/cpp/error.hpp>
 #include <hcy/cpp/library.hpp>
@@ -17,28 +18,60 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 
 namespace hcyclient {
 
 /** @addtogroup cpp_runtime
  *  @{ */
 
-/** The settings of contexts that are made from it afterwards. The setters return the
- *  configuration; they throw UsageError for a value that the library cannot hold, std::bad_alloc
- *  when memory is exhausted. The comments of hcyClientRuntime say what each setting means. */
+/** The settings of contexts that are made from it afterwards. It can be copied and read. The
+ * setters return the configuration; they throw UsageError for a value that the library cannot hold,
+ *  std::bad_alloc when memory is exhausted. The comments of hcyClientRuntime say what each setting
+ *  means. */
 class Config {
  public:
   /** A configuration with the defaults of the library. */
   explicit Config(const Library& library)
       : runtime_(library.runtime()), config_(create(runtime_), {runtime_}) {}
+  /** A configuration with the same settings. Throws UsageError when the other one has been moved
+   *  from. */
+  Config(const Config& other) : runtime_(other.runtime()), config_(create(runtime_), {runtime_}) {
+    runtime_->setTimeOut(get(), runtime_->getTimeOut(other.get()));
+    runtime_->setResponseSizeLimit(get(), other.responseSizeLimit());
+    setText(runtime_->setClientCertFile, runtime_->getClientCertFile,
+            other.clientCertificateFile());
+    setText(runtime_->setClientPrivateKeyFile, runtime_->getClientPrivateKeyFile,
+            other.clientPrivateKeyFile());
+    setText(runtime_->setPrivateKeyPasswd, runtime_->getPrivateKeyPasswd,
+            other.privateKeyPassPhrase());
+    setText(runtime_->setCAFile, runtime_->getCAFile, other.authorityFile());
+    setText(runtime_->setRevocationListFile, runtime_->getRevocationListFile,
+            other.revocationListFile());
+    setHostnameVerification(other.hostnameVerification());
+    setPeerVerification(other.peerVerification());
+  }
+  /** Takes over the same settings; throws as the copy constructor, and is as before then. */
+  Config& operator=(const Config& other) { return *this = Config(other); }
+  Config(Config&&) noexcept = default;
+  Config& operator=(Config&&) noexcept = default;
+  ~Config() = default;
 
-  /** How long one call may take, connection and transfer together; 0 for no limit. */
-  Config& setTimeout(std::chrono::seconds timeout) {
-    if (timeout.count() < 0 || timeout.count() > std::numeric_limits<std::uint32_t>::max()) {
+  /** How long one call may take, connection and transfer together; 0 for no limit. Parts of a
+   * second count as a whole one. */
+  template <class Number, class Period>
+  Config& setTimeout(std::chrono::duration<Number, Period> timeout) {
+    const double seconds = std::ceil(std::chrono::duration<double>(timeout).count());
+    // Written so that NaN is refused.
+    if (!(seconds >= 0 && seconds <= std::numeric_limits<std::uint32_t>::max())) {
       throw UsageError("the time-out is out of range");
     }
-    runtime_->setTimeOut(settings(), static_cast<std::uint32_t>(timeout.count()));
+    runtime_->setTimeOut(settings(), static_cast<std::uint32_t>(seconds));
     return *this;
+  }
+  /** The same as it is set. */
+  std::chrono::seconds timeout() const {
+    return std::chrono::seconds(runtime_->getTimeOut(settings()));
   }
   /** The size in bytes of the largest reply body that is accepted. A larger one fails the call if
    *  its length is declared. Otherwise it is cut there, and what is incomplete then throws
@@ -47,36 +80,52 @@ class Config {
     runtime_->setResponseSizeLimit(settings(), bytes);
     return *this;
   }
-  /** The file (PEM) of the client's certificate. */
-  Config& setClientCertificateFile(const std::string& file) {
+  /** The same as it is set. */
+  std::uint32_t responseSizeLimit() const { return runtime_->getResponseSizeLimit(settings()); }
+  /** The file (PEM) of the client's certificate: a string or a std::filesystem::path. */
+  Config& setClientCertificateFile(const CString& file) {
     return setText(runtime_->setClientCertFile, runtime_->getClientCertFile, file);
   }
+  /** The same as it is set; empty for none. */
+  std::string clientCertificateFile() const { return runtime_->getClientCertFile(settings()); }
   /** The file (PEM) of the private key of the client's certificate. */
-  Config& setClientPrivateKeyFile(const std::string& file) {
+  Config& setClientPrivateKeyFile(const CString& file) {
     return setText(runtime_->setClientPrivateKeyFile, runtime_->getClientPrivateKeyFile, file);
   }
+  /** The same as it is set; empty for none. */
+  std::string clientPrivateKeyFile() const { return runtime_->getClientPrivateKeyFile(settings()); }
   /** The pass phrase of the private key. */
-  Config& setPrivateKeyPassPhrase(const std::string& passPhrase) {
+  Config& setPrivateKeyPassPhrase(const CString& passPhrase) {
     return setText(runtime_->setPrivateKeyPasswd, runtime_->getPrivateKeyPasswd, passPhrase);
   }
+  /** The same as it is set; empty for none. */
+  std::string privateKeyPassPhrase() const { return runtime_->getPrivateKeyPasswd(settings()); }
   /** The file (PEM) of the authorities that the server's certificate is checked against. */
-  Config& setAuthorityFile(const std::string& file) {
+  Config& setAuthorityFile(const CString& file) {
     return setText(runtime_->setCAFile, runtime_->getCAFile, file);
   }
+  /** The same as it is set; empty for those of the system. */
+  std::string authorityFile() const { return runtime_->getCAFile(settings()); }
   /** The file (PEM) of certificate revocation lists. */
-  Config& setRevocationListFile(const std::string& file) {
+  Config& setRevocationListFile(const CString& file) {
     return setText(runtime_->setRevocationListFile, runtime_->getRevocationListFile, file);
   }
+  /** The same as it is set; empty for none. */
+  std::string revocationListFile() const { return runtime_->getRevocationListFile(settings()); }
   /** Whether the server's certificate must name the host of the URL. */
   Config& setHostnameVerification(bool verify) {
     runtime_->setHostnameVerification(settings(), verify);
     return *this;
   }
+  /** The same as it is set. */
+  bool hostnameVerification() const { return runtime_->getHostnameVerification(settings()); }
   /** Whether the server's certificate chain is verified. */
   Config& setPeerVerification(bool verify) {
     runtime_->setPeerVerification(settings(), verify);
     return *this;
   }
+  /** The same as it is set. */
+  bool peerVerification() const { return runtime_->getPeerVerification(settings()); }
 
   /** The table of the C interface, by which get() may be asked for its settings. Throws UsageError
    *  when the Config has been moved from. */
@@ -107,9 +156,9 @@ class Config {
 
   // The library leaves a setting as it was when it cannot store the text.
   Config& setText(void (*set)(hcyClientConfig*, const char*),
-                  const char* (*stored)(const hcyClientConfig*), const std::string& text) {
-    set(settings(), CString(text).c_str());
-    if (stored(settings()) != text) throw std::bad_alloc();
+                  const char* (*stored)(const hcyClientConfig*), const CString& text) {
+    set(settings(), text.c_str());
+    if (std::string_view(stored(get())) != text.c_str()) throw std::bad_alloc();
     return *this;
   }
 

@@ -50,6 +50,8 @@ class Shape : public std::vector<std::size_t> {
   Shape(std::initializer_list<Size> dimensions) : vector(dimensions.begin(), dimensions.end()) {}
   /** The same dimensions. */
   Shape(std::vector<std::size_t> dimensions) noexcept : vector(std::move(dimensions)) {}
+  /** `count` dimensions of 0. */
+  explicit Shape(std::size_t count) : vector(count) {}
   /** `count` dimensions of one size. */
   Shape(Size count, Size value) : vector(count, value) {}
   /** The dimensions that two iterators lead through. */

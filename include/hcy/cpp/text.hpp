@@ -13,6 +13,8 @@
 #include <hcy/cpp/error.hpp>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace hcyclient {
 
@@ -31,6 +33,10 @@ class CString {
   CString(const std::string& text) : text_(withoutNul(text).c_str()) {}
   /** Copies the view, which has no NUL behind it. */
   CString(std::string_view text) : copy_(text), text_(withoutNul(copy_).c_str()) {}
+  /** Looks at a std::filesystem::path. */
+  template <class Path, class = std::enable_if_t<std::is_same_v<
+                            decltype(std::declval<const Path&>().native()), const std::string&>>>
+  CString(const Path& path) : CString(path.native()) {}
   /** Null is not a string. */
   CString(std::nullptr_t) = delete;
   CString(const CString&) = delete;

@@ -1,0 +1,294 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file pool.hpp
+ * @brief Calls on several threads. Included by hcyclient.hpp.
+ */
+#ifndef HCY_CPP_POOL_HPP
+#define HCY_CPP_POOL_HPP
+
+#include <algorithm>
+#include <condition_variable>
+#include <csignal>
+#include <cstddef>
+#include <deque>
+#include <exception>
+#include <future>
+#include <hcy/cpp/array.hpp>
+#include <hcy/cpp/config.hpp>
+#include <hcy/cpp/context.hpp>
+#include <hcy/cpp/error.hpp>
+#include <hcy/cpp/retry.hpp>
+#include <hcy/cpp/shape.hpp>
+#include <iterator>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace hcyclient {
+
+/** @addtogroup cpp_errors
+ *  @{ */
+
+/** A call was dropped before it began, because Pool::abandon() was called. */
+class CallAbandoned : public Error {
+ public:
+  using Error::Error;
+};
+
+/** @} */
+
+namespace detail {
+
+// A call that waits for a thread, and whoever waits for the call.
+class Job {
+ public:
+  Job() = default;
+  Job(const Job&) = delete;
+  Job& operator=(const Job&) = delete;
+  virtual ~Job() = default;
+  virtual void run(Context& context) noexcept = 0;
+  virtual void abandon() noexcept = 0;
+};
+
+template <class Work>
+class JobOf : public Job {
+ public:
+  using Result = std::invoke_result_t<Work&, Context&>;
+
+  explicit JobOf(Work work) : work_(std::move(work)) {}
+  std::future<Result> future() { return promise_.get_future(); }
+  void run(Context& context) noexcept override {
+    try {
+      promise_.set_value(work_(context));
+    } catch (...) {
+      promise_.set_exception(std::current_exception());
+    }
+  }
+  void abandon() noexcept override {
+    promise_.set_exception(
+        std::make_exception_ptr(CallAbandoned("the Pool was abandoned before the call began")));
+  }
+
+ private:
+  Work work_;
+  std::promise<Result> promise_;
+};
+
+// An array to keep: an lvalue is copied, as the caller keeps it too.
+template <class T>
+Array kept(T&& value) {
+  if constexpr (std::is_same_v<T, Array&> || std::is_same_v<T, const Array&>) {
+    return value.copy();
+  } else {
+    return Array(std::forward<T>(value));
+  }
+}
+
+}  // namespace detail
+
+/** @addtogroup cpp_runtime
+ *  @{ */
+
+/** What a Pool does apart from calling. */
+struct PoolOptions {
+  std::size_t queue = 0; /**< calls that may wait for a thread; 0 for twice as many as threads */
+  Retry retry = {};      /**< whether a call that the server did not take is made again */
+};
+
+/**
+ * Threads that call, each with a Context of its own.
+ *
+ * @code
+ * hcyclient::Pool pool(config, 8);
+ * std::future<hcyclient::Array> sum = pool.call(url, 2.0, 3.0);
+ * std::vector<hcyclient::Array> all = pool.map(url, std::vector<double>{1, 2, 3});
+ * @endcode
+ *
+ * A call waits in a queue until a thread is free; where the queue is full, whoever makes the call
+ * waits. All members may be called by several threads at once. The threads do not see SIGPIPE. The
+ * Library has to outlive the Pool.
+ */
+class Pool {
+  // Waits for all, as they use what the caller owns.
+  struct Results {
+    Results() = default;
+    Results(const Results&) = delete;
+    Results& operator=(const Results&) = delete;
+    ~Results() {
+      for (const std::future<Array>& future : futures) {
+        if (future.valid()) future.wait();
+      }
+    }
+    std::vector<std::future<Array>> futures;
+  };
+
+  template <class Work>
+  auto submit(Work work) {
+    auto job = std::make_unique<detail::JobOf<Work>>(std::move(work));
+    auto future = job->future();
+    std::unique_lock<std::mutex> lock(mutex_);
+    hasRoom_.wait(lock, [this] { return isStopping_ || jobs_.size() < room_; });
+    if (isStopping_) throw UsageError("the Pool has been stopped");
+    jobs_.push_back(std::move(job));
+    lock.unlock();
+    hasWork_.notify_one();
+    return future;
+  }
+
+  template <class Call>
+  auto attempt(const Call& call) {
+    return retry_.run(call, [this](std::chrono::milliseconds pause) {
+      std::unique_lock<std::mutex> lock(mutex_);
+      return !isAbandoned_.wait_for(lock, pause, [this] { return dropsJobs_; });
+    });
+  }
+
+ public:
+  /** Starts the threads; throws UsageError when there are none, InitializationError or
+   *  std::system_error when a context or a thread cannot be had. */
+  explicit Pool(const Config& config, Size threads, const PoolOptions& options = {})
+      : retry_(options.retry), room_(options.queue > 0 ? options.queue : 2 * threads) {
+    if (threads == 0) throw UsageError("a Pool needs a thread");
+    contexts_.reserve(threads);
+    for (std::size_t i = 0; i < threads; ++i) contexts_.emplace_back(config);
+    threads_.reserve(threads);
+    try {
+      for (Context& context : contexts_) threads_.emplace_back([this, &context] { work(context); });
+    } catch (...) {
+      abandon();
+      throw;
+    }
+  }
+  Pool(const Pool&) = delete;
+  Pool& operator=(const Pool&) = delete;
+  /** As stop(): waits for all calls. */
+  ~Pool() { stop(); }
+
+  /** Makes a call for any number of outputs.
+   *
+   * @param url     full URL of the function.
+   * @param inputs  the arrays. They are moved in, or copied from a vector that the caller keeps.
+   * @param nargout number of outputs wanted.
+   * @return a future of nargout arrays, which throws what Context::feval() throws, or
+   *         CallAbandoned. Its destructor does not wait.
+   * @throws UsageError when the Pool has been stopped.
+   */
+  std::future<std::vector<Array>> feval(std::string url, std::vector<Array>&& inputs,
+                                        int nargout = 1) {
+    return submit([this, url = std::move(url), inputs = std::move(inputs),
+                   nargout](Context& context) -> std::vector<Array> {
+      return attempt([&] { return context.feval(url, inputs, nargout); });
+    });
+  }
+  /** The same with copies of the inputs. */
+  std::future<std::vector<Array>> feval(std::string url, const std::vector<Array>& inputs,
+                                        int nargout = 1) {
+    std::vector<Array> copies;
+    copies.reserve(inputs.size());
+    for (const Array& input : inputs) copies.push_back(input.copy());
+    return feval(std::move(url), std::move(copies), nargout);
+  }
+
+  /** Makes a call for one output. Values are as in Context::call(); an Array is moved in, or copied
+   *  if the caller keeps it. Otherwise as feval(). */
+  template <class... Values>
+  std::future<Array> call(std::string url, Values&&... values) {
+    std::vector<Array> inputs;
+    inputs.reserve(sizeof...(Values));
+    (inputs.push_back(detail::kept(std::forward<Values>(values))), ...);
+    return submit([this, url = std::move(url), inputs = std::move(inputs)](Context& context) {
+      return attempt([&] { return context.call(url, inputs); });
+    });
+  }
+
+  /** Calls a function once for each element of a range, which is its one input, and returns the
+   *  outputs in the same order. Throws what the first of the calls throws that failed, in the order
+   *  of the range; no call is running any more then. Not to be called by a function that itself
+   *  runs in the Pool. */
+  template <class Range>
+  std::vector<Array> map(const std::string& url, const Range& inputs) {
+    Results results;
+    for (const auto& input : inputs) {
+      results.futures.push_back(submit([this, &url, &input](Context& context) {
+        return attempt([&] { return context.call(url, input); });
+      }));
+    }
+    std::vector<Array> outputs;
+    outputs.reserve(results.futures.size());
+    for (std::future<Array>& result : results.futures) outputs.push_back(result.get());
+    return outputs;
+  }
+
+  /** Waits for all calls, also those that are still in the queue, and ends the threads. Further
+   *  calls throw UsageError. */
+  void stop() noexcept { finish(false); }
+  /** Drops the calls that are still in the queue, whose futures throw CallAbandoned, waits for
+   * those that are running, and ends the threads. Further calls throw UsageError. */
+  void abandon() noexcept { finish(true); }
+
+ private:
+  void work(Context& context) {
+    // A server that closes a connection while it is written to would end the process.
+    sigset_t pipe;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+    while (const std::unique_ptr<detail::Job> job = next()) job->run(context);
+  }
+
+  // Null when there is nothing left to do.
+  std::unique_ptr<detail::Job> next() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    hasWork_.wait(lock, [this] { return isStopping_ || !jobs_.empty(); });
+    if (jobs_.empty()) return nullptr;
+    std::unique_ptr<detail::Job> job = std::move(jobs_.front());
+    jobs_.pop_front();
+    lock.unlock();
+    hasRoom_.notify_one();
+    return job;
+  }
+
+  void finish(bool dropJobs) noexcept {
+    std::deque<std::unique_ptr<detail::Job>> dropped;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      isStopping_ = true;
+      if (dropJobs) {
+        dropsJobs_ = true;
+        dropped.swap(jobs_);
+      }
+    }
+    hasWork_.notify_all();
+    hasRoom_.notify_all();
+    isAbandoned_.notify_all();
+    for (const std::unique_ptr<detail::Job>& job : dropped) job->abandon();
+    // One thread ends the others, and whoever else stops the Pool waits for it.
+    const std::lock_guard<std::mutex> lock(joining_);
+    for (std::thread& thread : threads_) {
+      if (thread.joinable()) thread.join();
+    }
+  }
+
+  const Retry retry_;
+  const std::size_t room_;
+  std::vector<Context> contexts_;
+  std::vector<std::thread> threads_;
+  std::mutex mutex_;
+  std::mutex joining_;
+  std::condition_variable hasWork_;
+  std::condition_variable hasRoom_;
+  std::condition_variable isAbandoned_;
+  std::deque<std::unique_ptr<detail::Job>> jobs_;
+  bool isStopping_ = false;
+  bool dropsJobs_ = false;
+};
+
+/** @} */
+
+}  // namespace hcyclient
+
+#endif  // HCY_CPP_POOL_HPP

@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Calls on several threads, and further attempts at calls that a server did not take.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <hcy/hcyclient.hpp>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "reply_arrays.h"
+#include "support/local_server.h"
+#include "support/loopback.h"
+#include "support/script_server.h"
+
+namespace hcyclient {
+namespace {
+
+using hcy::test::Connection;
+using std::chrono::milliseconds;
+
+class CppPool : public ::testing::Test {
+ protected:
+  const hcy::test::LocalServer server;
+  const Library library;
+  const Config config{library};
+  const std::string plus = server.url("/math/plus"), echo = server.url("/echo"),
+                    sleep = server.url("/demo/sleep");
+};
+
+TEST_F(CppPool, givesFutures) {
+  Pool pool(config, 2);
+  std::vector<Array> inputs;
+  inputs.emplace_back(2.0);
+  inputs.emplace_back(3.0);
+  std::future<std::vector<Array>> both = pool.feval(echo, inputs, 2);
+  std::future<std::vector<Array>> sum = pool.feval(plus, std::move(inputs));
+  const Array kept = 1.0;
+  std::future<Array> next = pool.call(plus, kept, Array(4.0));
+  EXPECT_EQ(both.get()[1].scalar(), 3);
+  EXPECT_EQ(sum.get()[0].scalar(), 5);
+  EXPECT_EQ(next.get().scalar(), 5);
+  EXPECT_EQ(pool.call(echo, "text").get().toString(), "text");
+  EXPECT_THROW(pool.call(server.url("/nothing")).get(), HttpError);
+  EXPECT_THROW(pool.call("ftp://nowhere").get(), UsageError);
+}
+
+TEST_F(CppPool, mapsInOrder) {
+  Pool pool(config, 4, {2, {}});
+  std::vector<double> numbers;
+  for (int i = 0; i < 40; ++i) numbers.push_back(i);
+  const std::vector<Array> echoed = pool.map(echo, numbers);
+  ASSERT_EQ(echoed.size(), numbers.size());
+  for (std::size_t i = 0; i < numbers.size(); ++i) EXPECT_EQ(echoed[i].scalar(), numbers[i]);
+  EXPECT_EQ(pool.map(echo, echoed)[39].scalar(), 39);
+  EXPECT_TRUE(pool.map(echo, std::vector<double>()).empty());
+  // The server takes no cells there, and the first failure is told.
+  std::vector<Array> texts;
+  for (const char* text : {"a", "b"}) texts.push_back(Array::cellOf({text}));
+  EXPECT_THROW(pool.map(server.url("/text/upper"), texts), FunctionError);
+}
+
+TEST_F(CppPool, callsOnSeveralThreadsAtOnce) {
+  Pool pool(config, 4);
+  const auto start = std::chrono::steady_clock::now();
+  pool.map(sleep, std::vector<double>(4, 0.3));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, milliseconds(1100));
+}
+
+TEST_F(CppPool, waitsForAllCallsAtItsEnd) {
+  std::future<Array> last;
+  {
+    Pool pool(config, 1);
+    static_cast<void>(pool.call(sleep, 0.1));
+    last = pool.call(echo, 7.0);
+  }
+  ASSERT_EQ(last.wait_for(milliseconds(0)), std::future_status::ready);
+  EXPECT_EQ(last.get().scalar(), 7);
+}
+
+TEST_F(CppPool, dropsCallsThatHaveNotBegun) {
+  const hcy::test::ScriptServer stalling(
+      {Connection{hcy::test::readRequest(), hcy::test::waitForClose()}});
+  Config limited = config;
+  limited.setTimeout(std::chrono::seconds(1));
+  Pool pool(limited, 1, {8, {}});
+  std::future<Array> running = pool.call(stalling.url());
+  ASSERT_TRUE(stalling.waitForRequests(1));
+  std::future<Array> waiting = pool.call(echo, 1.0);
+  pool.abandon();
+  EXPECT_THROW(waiting.get(), CallAbandoned);
+  EXPECT_THROW(running.get(), TransportError);
+  EXPECT_THROW(pool.call(echo, 1.0), UsageError);
+  pool.stop();
+}
+
+TEST_F(CppPool, letsTheCallerWaitForRoom) {
+  Pool pool(config, 1, {1, {}});
+  const auto start = std::chrono::steady_clock::now();
+  // The first one runs, the second one waits in the queue, and the third one has no room there.
+  for (int i = 0; i < 3; ++i) static_cast<void>(pool.call(sleep, 0.3));
+  EXPECT_GT(std::chrono::steady_clock::now() - start, milliseconds(200));
+  // Whoever waits for room learns that there will be none.
+  std::thread stopping([&pool] { pool.abandon(); });
+  EXPECT_THROW(
+      {
+        for (;;) static_cast<void>(pool.call(sleep, 0.1));
+      },
+      UsageError);
+  stopping.join();
+}
+
+TEST_F(CppPool, needsAThread) { EXPECT_THROW(Pool(config, 0), UsageError); }
+
+// Answers with status 503 on the first connections, and with the number 2 on the next one.
+std::vector<Connection> busyAtFirst(int refusals) {
+  const std::string busy = hcy::test::httpReply(503, "Service Unavailable", "");
+  std::vector<Connection> connections;
+  for (int i = 0; i < refusals; ++i) {
+    connections.push_back(
+        Connection{hcy::test::readRequest(), hcy::test::send(busy), hcy::test::close()});
+  }
+  connections.push_back(Connection{hcy::test::replyToEach(
+      hcy::test::httpReply(200, "OK", hcy::test::resultOf({test::twos({1}, 1)})))});
+  return connections;
+}
+
+TEST_F(CppPool, callsAgainIfItIsTold) {
+  const hcy::test::ScriptServer busy(busyAtFirst(2));
+  Pool pool(config, 1, {0, {3, milliseconds(1)}});
+  EXPECT_EQ(pool.call(busy.url()).get().scalar(), 2);
+  EXPECT_EQ(busy.requests().size(), 3U);
+  // A pause ends with the Pool.
+  const hcy::test::UnlistenedPort unlistened;
+  Pool patient(config, 1, {0, {2, std::chrono::hours(1)}});
+  std::future<Array> refused = patient.call(unlistened.url());
+  patient.abandon();
+  try {
+    refused.get();
+    FAIL();
+  } catch (const CallError& error) {
+    EXPECT_NE(error.describe(), "");
+  } catch (const CallAbandoned&) {  // it had not begun
+  }
+}
+
+TEST_F(CppPool, retriesBareCallsToo) {
+  const hcy::test::ScriptServer busy(busyAtFirst(1));
+  Context context(config);
+  const auto call = [&] { return context.call(busy.url()).scalar(); };
+  EXPECT_THROW(Retry{}.run(call), HttpError);
+  EXPECT_EQ((Retry{2, milliseconds(1)}.run(call)), 2);
+  int calls = 0;
+  const auto fail = [&calls](const auto& error) {
+    calls = 0;
+    const auto attempt = [&calls, &error] {
+      ++calls;
+      throw error;
+    };
+    try {
+      Retry{3, milliseconds(1)}.run(attempt);
+    } catch (const CallError&) {
+    }
+    return calls;
+  };
+  EXPECT_EQ(fail(TransportError("Couldn't connect to server")), 3);
+  EXPECT_EQ(fail(HttpError(503, "")), 3);
+  EXPECT_EQ(fail(TransportError("Timeout was reached")), 1);
+  EXPECT_EQ(fail(HttpError(500, "")), 1);
+  EXPECT_EQ(fail(FunctionError("", "", {})), 1);
+}
+
+}  // namespace
+}  // namespace hcyclient
