@@ -11,6 +11,7 @@ set(cmake_package ${CMAKE_INSTALL_LIBDIR}/cmake/hcyclient)
 
 install(TARGETS hcyclient EXPORT hcyclientTargets
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development)
+install(TARGETS hcyclient_cpp EXPORT hcyclientTargets)
 install(FILES LICENSE DESTINATION ${documents} COMPONENT runtime)
 
 install(DIRECTORY include/hcy DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)

@@ -14,12 +14,22 @@ int main(int argc, char** argv) {
   hcyArray *a = hcyCreateDoubleScalar(2.0), *b = hcyCreateDoubleScalar(3.0), *sum = NULL;
   const hcyArray* inputs[] = {a, b};
   int failed = runtime->feval(context, url, 1, &sum, 2, inputs);
-  const double* value = failed ? NULL : hcyGetPr(sum); /* null if it did not arrive */
-  if (value == NULL)
-    printf("The call failed.\n"); /* getLastErrorInfo says why */
-  else
-    printf("2 + 3 = %g\n", *value);
-  failed = value == NULL;
+  if (failed) {
+    hcyErrorInfo error;
+    runtime->getLastErrorInfo(context, &error);
+    if (error.kind == HCY_HTTP_ERROR)
+      printf("The call failed: HTTP status %u\n", (unsigned)error.details.http.statusCode);
+    else
+      printf("The call failed: %s\n", error.kind == HCY_VORTEN_ERROR
+                                          ? error.details.vorten.message
+                                          : error.details.generic.details);
+    runtime->destroyLastErrorInfo(&error);
+  } else if (hcyGetPr(sum) == NULL) {
+    printf("The sum did not arrive.\n");
+    failed = 1;
+  } else {
+    printf("2 + 3 = %g\n", *hcyGetPr(sum));
+  }
 
   hcyDestroyArray(a), hcyDestroyArray(b), hcyDestroyArray(sum);
   runtime->destroyContext(context), runtime->destroyConfig(config);
