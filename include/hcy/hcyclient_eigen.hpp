@@ -1,0 +1,179 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file hcyclient_eigen.hpp
+ * @brief Arrays from matrices of Eigen (3.4 or newer) and back. It is not part of hcyclient.hpp.
+ *
+ * @code
+ * Eigen::MatrixXd A = ...;
+ * hcyclient::Array x = context.call(url, hcyclient::toArray(A), hcyclient::toArray(b));
+ * auto view = hcyclient::asEigen<double>(x);                   // no copy; x has to stay
+ * Eigen::VectorXd mine = hcyclient::toEigen<Eigen::VectorXd>(x);  // a copy
+ * @endcode
+ */
+#ifndef HCY_HCYCLIENT_EIGEN_HPP
+#define HCY_HCYCLIENT_EIGEN_HPP
+
+#include <Eigen/Core>
+#include <Eigen/SparseCore>
+#include <algorithm>
+#include <cstddef>
+#include <hcy/hcyclient.hpp>
+#include <string>
+
+namespace hcyclient {
+
+namespace detail {
+
+// Eigen counts in signed numbers; the indices of an array are the same numbers without a sign.
+using SparseIndex = std::make_signed_t<std::size_t>;
+template <class T>
+using EigenMatrix = Eigen::Matrix<T, Eigen::Dynamic, Eigen::Dynamic>;
+template <class T>
+using EigenSparse = Eigen::SparseMatrix<T, Eigen::ColMajor, SparseIndex>;
+
+inline void requireMatrix(const Array& array) {
+  if (array.dimensions().size() == 2) return;
+  throw UsageError("the array has more than two dimensions: " +
+                   shapeText(array.dimensions().data(), array.dimensions().size()));
+}
+
+template <class T>
+Eigen::Map<EigenMatrix<T>> mapOf(T* data, const Array& array) {
+  return {data, static_cast<Eigen::Index>(array.rows()),
+          static_cast<Eigen::Index>(array.columns())};
+}
+
+}  // namespace detail
+
+/**
+ * @defgroup cpp_eigen C++: Eigen
+ * @brief Arrays from matrices of Eigen and back.
+ * @{
+ */
+
+/** An array of the class of the scalars, with the elements of a matrix, vector or expression, which
+ *  are evaluated into the array. */
+template <class Derived>
+Array toArray(const Eigen::DenseBase<Derived>& matrix) {
+  using T = typename Derived::Scalar;
+  using Part = detail::Part<T>;
+  Array array = Array::zeros<T>(matrix.rows(), matrix.cols());
+  if (matrix.size() == 0) return array;
+  auto real = detail::mapOf(array.span<Part>().data(), array);
+  if constexpr (detail::Parts<T>::areTwo) {
+    // Evaluated once, for the two parts.
+    const auto& values = matrix.derived().eval();
+    real = values.real();
+    detail::mapOf(array.imaginary<Part>().data(), array) = values.imag();
+  } else {
+    real = matrix.derived();
+  }
+  return array;
+}
+
+/** A sparse array with the stored elements of a sparse matrix or expression: of double,
+ *  std::complex<double> or bool. */
+template <class Derived>
+Array toArray(const Eigen::SparseMatrixBase<Derived>& matrix) {
+  using T = typename Derived::Scalar;
+  using Part = detail::Part<T>;
+  // Column after column, without gaps.
+  detail::EigenSparse<T> packed = matrix.derived();
+  packed.makeCompressed();
+  const auto count = static_cast<std::size_t>(packed.nonZeros());
+  Array array = Array::sparse<T>(packed.rows(), packed.cols(), count);
+  const Span<std::size_t> starts = array.columnStarts();
+  std::copy_n(packed.outerIndexPtr(), starts.size(), starts.begin());
+  if (count == 0) return array;
+  std::copy_n(packed.innerIndexPtr(), count, array.rowIndices().begin());
+  const Span<Part> real = array.span<Part>();
+  if constexpr (detail::Parts<T>::areTwo) {
+    const Span<Part> imaginary = array.imaginary<Part>();
+    for (std::size_t i = 0; i < count; ++i) {
+      real[i] = packed.valuePtr()[i].real();
+      imaginary[i] = packed.valuePtr()[i].imag();
+    }
+  } else {
+    std::copy_n(packed.valuePtr(), count, real.begin());
+  }
+  return array;
+}
+
+/** The elements of a matrix in the array's own storage, to read and to write; of a complex one, the
+ *  real parts. Valid as a Span is. Throws UsageError unless the array is full, of the class of T
+ * and of two dimensions, IncompleteReply when elements did not arrive. */
+template <class T>
+Eigen::Map<detail::EigenMatrix<T>> asEigen(Array& array) {
+  detail::requireMatrix(array);
+  if (array.isSparse()) throw UsageError("the array is sparse: see asSparseEigen()");
+  return detail::mapOf(array.span<T>().data(), array);
+}
+/** The same to read. */
+template <class T>
+Eigen::Map<const detail::EigenMatrix<T>> asEigen(const Array& array) {
+  detail::requireMatrix(array);
+  if (array.isSparse()) throw UsageError("the array is sparse: see asSparseEigen()");
+  return {array.span<T>().data(), static_cast<Eigen::Index>(array.rows()),
+          static_cast<Eigen::Index>(array.columns())};
+}
+/** The elements would not outlive the array: keep it, as in `Array x = context.call(...);`. */
+template <class T>
+void asEigen(const Array&& array) = delete;
+
+/** A sparse matrix in the array's own storage, to read; of a complex one, the real parts. T is
+ *  double or bool. Valid as a Span is. Throws UsageError unless the array is sparse and of the
+ * class of T, IncompleteReply when it did not arrive. */
+template <class T>
+Eigen::Map<const detail::EigenSparse<T>> asSparseEigen(const Array& array) {
+  const Span<const std::size_t> starts = array.columnStarts();
+  const Span<const T> values = array.span<T>();
+  return {static_cast<Eigen::Index>(array.rows()),
+          static_cast<Eigen::Index>(array.columns()),
+          static_cast<Eigen::Index>(values.size()),
+          reinterpret_cast<const detail::SparseIndex*>(starts.data()),
+          reinterpret_cast<const detail::SparseIndex*>(array.rowIndices().data()),
+          values.data()};
+}
+/** The elements would not outlive the array: keep it, as in `Array x = context.call(...);`. */
+template <class T>
+void asSparseEigen(const Array&& array) = delete;
+
+/** A copy as a matrix or vector of Eigen, also of another class if each element keeps its value:
+ *  `toEigen<Eigen::MatrixXcd>(array)`. Throws UsageError when the sizes do not fit the type, the
+ *  array is sparse, has more than two dimensions, or an element has no exact value there;
+ *  IncompleteReply when elements did not arrive. */
+template <class Matrix>
+Matrix toEigen(const Array& array) {
+  using T = typename Matrix::Scalar;
+  detail::requireMatrix(array);
+  if (array.isSparse()) throw UsageError("the array is sparse: see asSparseEigen()");
+  const auto rows = static_cast<Eigen::Index>(array.rows());
+  const auto columns = static_cast<Eigen::Index>(array.columns());
+  const auto fits = [](Eigen::Index size, int fixed) {
+    return fixed == Eigen::Dynamic || size == fixed;
+  };
+  if (!fits(rows, Matrix::RowsAtCompileTime) || !fits(columns, Matrix::ColsAtCompileTime)) {
+    throw UsageError("the array does not fit the type of the matrix: " +
+                     detail::shapeText(array.dimensions().data(), 2));
+  }
+  const Array converted = array.convertTo<T>();
+  using Part = detail::Part<T>;
+  Matrix matrix(rows, columns);
+  if constexpr (detail::Parts<T>::areTwo) {
+    const Span<const Part> imaginary = converted.imaginary<Part>();
+    matrix.real() = asEigen<Part>(converted);
+    matrix.imag().setZero();
+    if (!imaginary.empty()) {
+      matrix.imag() = Eigen::Map<const detail::EigenMatrix<Part>>(imaginary.data(), rows, columns);
+    }
+  } else {
+    matrix = asEigen<Part>(converted);
+  }
+  return matrix;
+}
+
+/** @} */
+
+}  // namespace hcyclient
+
+#endif  // HCY_HCYCLIENT_EIGEN_HPP
