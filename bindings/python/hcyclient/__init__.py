@@ -7,6 +7,7 @@
         x = client.feval('http://127.0.0.1:8080/linalg/solve', np.eye(2), np.ones((2, 1)))
 """
 from ._client import Client, Function
+from ._tables import records
 from ._values import Cell, CompressedColumns, complex_dtype
 from .errors import Error, FunctionError, HttpError, IncompleteReply, StackFrame, TransportError
 
@@ -22,5 +23,6 @@ __all__ = [
     'StackFrame',
     'TransportError',
     'complex_dtype',
+    'records',
 ]
 __version__ = '1.1.0'

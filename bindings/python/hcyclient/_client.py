@@ -15,12 +15,15 @@ import numpy as np
 from ._connection import Connection
 from ._inputs import handles_of
 from ._library import LARGEST_SIZE, Handle
-from ._outputs import values_of
+from ._natural import NaturalReader
+from ._outputs import ExactReader
 from ._records import last_failure
 
+Results = Literal['natural', 'exact']
 Path = Union[str, bytes, 'os.PathLike[str]', 'os.PathLike[bytes]']
 _LONGEST_TIMEOUT = 2147483  # in seconds; libcurl takes no more
 _LARGEST_LIMIT = 0xFFFFFFFF
+_READERS = {'natural': NaturalReader(), 'exact': ExactReader()}
 _SCHEME = re.compile(rb'https?://', re.IGNORECASE)
 
 
@@ -37,13 +40,17 @@ class Client:
     revocation_list_file     certificate revocation lists (PEM), one of each authority in the chain
     verify_hostname          whether the server's certificate has to name the host of the URL
     verify_peer              whether the server's certificate is verified
+    results                  'natural' for numbers, vectors, strings, dictionaries and lists, as the
+                             guide's table says; 'exact' to keep all shapes
     """
 
     def __init__(self, *, timeout: Optional[int] = 120, response_size_limit: int = 64 << 20,
                  client_cert_file: Optional[Path] = None, client_key_file: Optional[Path] = None,
                  client_key_passphrase: Union[str, bytes, None] = None,
                  ca_file: Optional[Path] = None, revocation_list_file: Optional[Path] = None,
-                 verify_hostname: bool = True, verify_peer: bool = True) -> None:
+                 verify_hostname: bool = True, verify_peer: bool = True,
+                 results: Results = 'natural') -> None:
+        self._reader = _reader(results)
         self._connection = Connection({
             'timeout': 0 if timeout is None else _number('timeout', timeout, 1, _LONGEST_TIMEOUT),
             'size_limit': _number('response_size_limit', response_size_limit, 0,
@@ -60,18 +67,22 @@ class Client:
         weakref.finalize(self, self._connection.end)
 
     @overload
-    def feval(self, url: str, *arguments: Any) -> Any: ...
+    def feval(self, url: str, *arguments: Any, results: Optional[Results] = None) -> Any: ...
     @overload
-    def feval(self, url: str, *arguments: Any, nargout: Literal[0]) -> None: ...
+    def feval(self, url: str, *arguments: Any, nargout: Literal[0],
+              results: Optional[Results] = None) -> None: ...
     @overload
-    def feval(self, url: str, *arguments: Any, nargout: Literal[1]) -> Any: ...
+    def feval(self, url: str, *arguments: Any, nargout: Literal[1],
+              results: Optional[Results] = None) -> Any: ...
     @overload
-    def feval(self, url: str, *arguments: Any, nargout: Literal[2, 3, 4, 5, 6, 7, 8, 9]
-              ) -> tuple[Any, ...]: ...
+    def feval(self, url: str, *arguments: Any, nargout: Literal[2, 3, 4, 5, 6, 7, 8, 9],
+              results: Optional[Results] = None) -> tuple[Any, ...]: ...
     @overload
-    def feval(self, url: str, *arguments: Any, nargout: int) -> Any: ...
+    def feval(self, url: str, *arguments: Any, nargout: int,
+              results: Optional[Results] = None) -> Any: ...
 
-    def feval(self, url: str, *arguments: Any, nargout: int = 1) -> Any:
+    def feval(self, url: str, *arguments: Any, nargout: int = 1,
+              results: Optional[Results] = None) -> Any:
         """Evaluates the function of this URL on its server, and returns its output, a tuple of
         them for a nargout over 1, None for 0. Blocks until the reply, the time-out or a failure.
 
@@ -80,7 +91,7 @@ class Client:
         TransportError if the call fails; IncompleteReply if the reply does not hold all that its
         outputs consist of; RuntimeError if the client is closed, in use by another thread, or was
         made by another process."""
-        return self._evaluate(_encoded(url), arguments, nargout)
+        return self._evaluate(_encoded(url), arguments, nargout, results)
 
     def function(self, url: str) -> Function:
         """The function of this URL, to be called like one of Python. Raises ValueError if the URL
@@ -107,18 +118,21 @@ class Client:
                  traceback: Optional[TracebackType]) -> None:
         self.close()
 
-    def _evaluate(self, url: bytes, arguments: tuple[Any, ...], nargout: int) -> Any:
+    def _evaluate(self, url: bytes, arguments: tuple[Any, ...], nargout: int,
+                  results: Optional[Results]) -> Any:
+        reader = self._reader if results is None else _reader(results)
         connection, turn = self._connection, object()
         turns = connection.turns
         try:
             _begin(connection, turn)
-            return self._call(url, arguments, nargout)
+            return self._call(url, arguments, nargout, reader)
         finally:
             # No function is called here, and no interrupt delivered: the turn ends for certain.
             if None in turns and turns[None] is turn:
                 del turns[None]
 
-    def _call(self, url: bytes, arguments: tuple[Any, ...], nargout: int) -> Any:
+    def _call(self, url: bytes, arguments: tuple[Any, ...], nargout: int, reader: ExactReader
+              ) -> Any:
         connection = self._connection
         if not connection.context or connection.process != os.getpid():
             raise _unusable(connection)
@@ -137,7 +151,7 @@ class Client:
         del inputs
         if failed:
             raise last_failure(connection.runtime, connection.context)
-        values = values_of(outputs)
+        values = reader.values_of(outputs)
         if nargout == 1:
             return values[0]
         return tuple(values) if nargout else None
@@ -152,19 +166,23 @@ class Function:
         self._encoded = _encoded(url)
 
     @overload
-    def __call__(self, *arguments: Any) -> Any: ...
+    def __call__(self, *arguments: Any, results: Optional[Results] = None) -> Any: ...
     @overload
-    def __call__(self, *arguments: Any, nargout: Literal[0]) -> None: ...
+    def __call__(self, *arguments: Any, nargout: Literal[0],
+                 results: Optional[Results] = None) -> None: ...
     @overload
-    def __call__(self, *arguments: Any, nargout: Literal[1]) -> Any: ...
+    def __call__(self, *arguments: Any, nargout: Literal[1],
+                 results: Optional[Results] = None) -> Any: ...
     @overload
-    def __call__(self, *arguments: Any, nargout: Literal[2, 3, 4, 5, 6, 7, 8, 9]
-                 ) -> tuple[Any, ...]: ...
+    def __call__(self, *arguments: Any, nargout: Literal[2, 3, 4, 5, 6, 7, 8, 9],
+                 results: Optional[Results] = None) -> tuple[Any, ...]: ...
     @overload
-    def __call__(self, *arguments: Any, nargout: int) -> Any: ...
+    def __call__(self, *arguments: Any, nargout: int,
+                 results: Optional[Results] = None) -> Any: ...
 
-    def __call__(self, *arguments: Any, nargout: int = 1) -> Any:
-        return self.client._evaluate(self._encoded, arguments, nargout)
+    def __call__(self, *arguments: Any, nargout: int = 1,
+                 results: Optional[Results] = None) -> Any:
+        return self.client._evaluate(self._encoded, arguments, nargout, results)
 
     def __repr__(self) -> str:
         return f'<function {self.url}>'
@@ -192,6 +210,13 @@ def _encoded(url: str) -> bytes:
     if not _SCHEME.match(encoded):
         raise ValueError('a URL begins with http:// or https://, and this one does not')
     return encoded
+
+
+def _reader(results: Results) -> ExactReader:
+    try:
+        return _READERS[results]
+    except (KeyError, TypeError):
+        raise ValueError(f"results is 'natural' or 'exact', not {results!r}") from None
 
 
 def _c_text(name: str, text: Union[str, bytes]) -> bytes:

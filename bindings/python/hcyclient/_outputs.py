@@ -26,34 +26,120 @@ _COMPLEX_DTYPES = [complex_dtype(dtype) for dtype in DTYPES[:library.SINGLE]] + 
 _MOST_DIMENSIONS: int = getattr(np, 'MAXDIMS', 64)  # NumPy 2 does not name them any more
 
 
-def values_of(outputs: list[Handle]) -> list[Any]:
-    """Raises a TransportError that says which output has no value, and destroys all of them then:
-    an exception that is kept keeps the frames that it passed through, and so what they hold."""
-    values: list[Any] = []
-    try:
-        for output in outputs:
-            values.append(_value_of(output))
-        return values
-    except Unreadable as unreadable:
-        kind, text = unreadable.kind, unreadable.text(len(values))
-    outputs.clear()
-    del values, output
-    raise kind(text)
+class ExactReader:
+    """Keeps the shape of every array, as far as Python has a type that tells it."""
 
+    def values_of(self, outputs: list[Handle]) -> list[Any]:
+        """Raises a TransportError that says which output has no value, and destroys all of them
+        then: an exception that is kept keeps the frames that it passed through, and so what they
+        hold."""
+        values: list[Any] = []
+        try:
+            for output in outputs:
+                values.append(self.value_of(output))
+            return values
+        except Unreadable as unreadable:
+            kind, text = unreadable.kind, unreadable.text(len(values))
+        outputs.clear()
+        del values, output
+        raise kind(text)
 
-def _value_of(handle: Handle) -> Any:
-    number = library.get_class(handle)
-    shape = _shape(handle)
-    count = element_count(shape)
-    if number in (library.DOUBLE, library.LOGICAL) and library.is_sparse(handle):
-        return sparse_value(handle, shape, count)
-    if number == library.STRUCT:
-        return _structs(handle, shape, count)
-    if number == library.CELL:
-        return _cells(handle, shape, count)
-    if number == library.CHAR:
-        return _text(handle, shape, count)
-    return _numbers(handle, number, shape, count)
+    def value_of(self, handle: Handle) -> Any:
+        number = library.get_class(handle)
+        shape = _shape(handle)
+        count = element_count(shape)
+        if number in (library.DOUBLE, library.LOGICAL) and library.is_sparse(handle):
+            return sparse_value(handle, shape, count)
+        if number == library.STRUCT:
+            return self.structs(handle, shape, count)
+        if number == library.CELL:
+            return self.cells(handle, shape, count)
+        if number == library.CHAR:
+            return self.text(handle, shape, count)
+        return self.numbers(handle, number, shape, count)
+
+    def numbers(self, handle: Handle, number: int, shape: Shape, count: int) -> Any:
+        if number == library.DOUBLE and shape == (0, 0):
+            return None
+        return number_array(handle, number, shape, count)
+
+    def text(self, handle: Handle, shape: Shape, count: int) -> Any:
+        """A row, and what is 0-by-0, is a string; anything else an array of characters."""
+        is_string = is_row(shape) or shape == (0, 0)
+        if count == 0:
+            return '' if is_string else empty(shape, 'U1')
+        if is_string:
+            return decoded(ctypes.string_at(code_units(handle, count), count * CHAR_UNIT.itemsize))
+        return characters(handle, shape, count)
+
+    def is_list(self, shape: Shape) -> bool:
+        """Whether the elements of a container of this shape make a list."""
+        return is_row(shape)
+
+    def cells(self, handle: Handle, shape: Shape, count: int) -> Any:
+        """A list, also if it is 0-by-0, or an array of objects."""
+        get = library.get_cell
+        values = Cell()
+        try:
+            for i in range(count):
+                values.append(self.element(get(handle, i), count))
+        except Unreadable as unreadable:
+            unreadable.inside(self.index(shape, len(values)))
+            raise
+        is_list = self.is_list(shape) or shape == (0, 0)
+        return values if is_list else filled(values, shape, object)
+
+    def structs(self, handle: Handle, shape: Shape, count: int) -> Any:
+        """One is a dictionary, several in a row are a list of dictionaries; anything else, and
+        what has no fields, is a structured array."""
+        names = field_names(handle)
+        if shape == (1, 1):
+            return self.struct(handle, 0, names, count)
+        if not names:
+            return _structs_without_fields(shape, count)
+        structs = self.dictionaries(handle, names, shape, count)
+        if self.is_list(shape) and count:
+            return structs
+        return filled([tuple(struct.values()) for struct in structs], shape, struct_dtype(names))
+
+    def dictionaries(self, handle: Handle, names: dict[str, int], shape: Shape, count: int
+                     ) -> list[dict[str, Any]]:
+        structs: list[dict[str, Any]] = []
+        try:
+            for i in range(count):
+                structs.append(self.struct(handle, i, names, count))
+        except Unreadable as unreadable:
+            unreadable.inside(self.index(shape, len(structs)))
+            raise
+        return structs
+
+    def struct(self, handle: Handle, index: int, names: dict[str, int], count: int
+               ) -> dict[str, Any]:
+        fields: dict[str, Any] = {}
+        name = ''
+        try:
+            for name, number in names.items():
+                fields[name] = self.element(library.get_field(handle, index, number), count)
+        except Unreadable as unreadable:
+            unreadable.inside(name)
+            raise
+        return fields
+
+    def element(self, element: Handle, count: int) -> Any:
+        """The value of one of so many elements."""
+        if not element:
+            raise missing_element(count)
+        return self.value_of(element)
+
+    def index(self, shape: Shape, position: int) -> object:
+        """The subscript of an element in Python: that of a list is a number."""
+        if self.is_list(shape):
+            return position
+        subscripts = []
+        for dimension in shape:
+            position, subscript = divmod(position, dimension)
+            subscripts.append(subscript)
+        return tuple(subscripts)
 
 
 def _shape(handle: Handle) -> Shape:
@@ -67,10 +153,11 @@ def _shape(handle: Handle) -> Shape:
     return shape if count != 1 else (shape[0], 1)
 
 
-def _numbers(handle: Handle, number: int, shape: Shape, count: int) -> Any:
+def number_array(handle: Handle, number: int, shape: Shape, count: int) -> NDArray:
+    """Numbers or truth values."""
     dtype = DTYPES[number]
     if count == 0:
-        return None if number == library.DOUBLE and shape == (0, 0) else _empty(shape, dtype)
+        return empty(shape, dtype)
     if number == library.LOGICAL:
         return _elements(handle, library.get_logicals(handle), shape, dtype)
     real = _elements(handle, library.get_data(handle), shape, dtype)
@@ -87,7 +174,7 @@ def _elements(handle: Handle, address: Any, shape: Shape, dtype: Any) -> NDArray
     return view(handle, address, shape, dtype)
 
 
-def _empty(shape: Shape, dtype: Any) -> NDArray:
+def empty(shape: Shape, dtype: Any) -> NDArray:
     try:
         return np.empty(shape, dtype, order='F')
     except ValueError:  # the other dimensions are too large
@@ -105,107 +192,50 @@ def _complex_numbers(number: int, real: NDArray, imaginary: NDArray) -> NDArray:
     return values
 
 
-def _text(handle: Handle, shape: Shape, count: int) -> Any:
-    """A row, and what is 0-by-0, is a text; anything else an array of characters."""
-    is_text = _is_row(shape) or shape == (0, 0)
-    if count == 0:
-        return '' if is_text else _empty(shape, 'U1')
+def code_units(handle: Handle, count: int) -> Any:
+    """The address of so many."""
     address = library.get_chars(handle)
     if not address:
         raise missing_elements(count)
-    if is_text:
-        units = ctypes.string_at(address, count * CHAR_UNIT.itemsize)
-        return units.decode(UTF16, 'surrogatepass')
-    return view(handle, address, shape, CHAR_UNIT).astype(np.uint32, order='F').view('U1')
+    return address
 
 
-def _is_row(shape: Shape) -> bool:
+def decoded(units: bytes) -> str:
+    return units.decode(UTF16, 'surrogatepass')
+
+
+def characters(handle: Handle, shape: Shape, count: int) -> NDArray:
+    units = view(handle, code_units(handle, count), shape, CHAR_UNIT)
+    return units.astype(np.uint32, order='F').view('U1')
+
+
+def is_row(shape: Shape) -> bool:
     return len(shape) == 2 and shape[0] == 1
 
 
-def _index(shape: Shape, position: int) -> object:
-    """The subscript of an element in Python: those of a row are a list."""
-    if _is_row(shape):
-        return position
-    subscripts = []
-    for dimension in shape:
-        position, subscript = divmod(position, dimension)
-        subscripts.append(subscript)
-    return tuple(subscripts)
-
-
-def _element(element: Handle, count: int) -> Any:
-    """The value of one of so many elements."""
-    if not element:
-        raise missing_element(count)
-    return _value_of(element)
-
-
-def _filled(values: list[Any], shape: Shape, dtype: Any) -> NDArray:
+def filled(values: list[Any], shape: Shape, dtype: Any) -> NDArray:
     """An array of values that come column after column. They are gathered first: dimensions may
     name more elements than there are."""
     if not values:
-        return _empty(shape, dtype)
+        return empty(shape, dtype)
     array = np.empty(len(values), dtype)
     for i, value in enumerate(values):
         array[i] = value
     return array.reshape(shape, order='F')
 
 
-def _cells(handle: Handle, shape: Shape, count: int) -> Any:
-    """A row, and what is 0-by-0, is a list; anything else an array of objects."""
-    get = library.get_cell
-    values = Cell()
-    try:
-        for i in range(count):
-            values.append(_element(get(handle, i), count))
-    except Unreadable as unreadable:
-        unreadable.inside(_index(shape, len(values)))
-        raise
-    return values if _is_row(shape) or shape == (0, 0) else _filled(values, shape, object)
+def struct_dtype(names: dict[str, int]) -> np.dtype[Any]:
+    return np.dtype({'names': list(names), 'formats': [object] * len(names)})
 
 
-def _structs(handle: Handle, shape: Shape, count: int) -> Any:
-    """One is a dictionary, several in a row are a list of dictionaries; anything else, and what
-    has no fields, is a structured array."""
-    names = _field_names(handle)
-    if shape == (1, 1):
-        return _struct(handle, 0, names, count)
-    dtype = np.dtype({'names': list(names), 'formats': [object] * len(names)})
-    if not names:
-        return _structs_without_fields(shape, count, dtype)
-    structs: list[dict[str, Any]] = []
-    try:
-        for i in range(count):
-            structs.append(_struct(handle, i, names, count))
-    except Unreadable as unreadable:
-        unreadable.inside(_index(shape, len(structs)))
-        raise
-    if _is_row(shape) and count:
-        return structs
-    return _filled([tuple(struct.values()) for struct in structs], shape, dtype)
-
-
-def _structs_without_fields(shape: Shape, count: int, dtype: np.dtype[Any]) -> NDArray:
+def _structs_without_fields(shape: Shape, count: int) -> NDArray:
     """A few bytes of a reply can name any number of them; in NumPy they take no memory either."""
     if count > library.LARGEST_SIZE:
         raise malformed(f'an array of shape {shape}')
-    return _empty(shape, dtype)
+    return empty(shape, struct_dtype({}))
 
 
-def _struct(handle: Handle, index: int, names: dict[str, int], count: int) -> dict[str, Any]:
-    fields: dict[str, Any] = {}
-    name = ''
-    try:
-        for name, number in names.items():
-            fields[name] = _element(library.get_field(handle, index, number), count)
-    except Unreadable as unreadable:
-        unreadable.inside(name)
-        raise
-    return fields
-
-
-def _field_names(handle: Handle) -> dict[str, int]:
+def field_names(handle: Handle) -> dict[str, int]:
     """With their numbers. A server may send several fields with one name, of which the library
     gives the first."""
     return {library.get_field_name(handle, number).decode(errors='surrogateescape'): number

@@ -14,7 +14,9 @@ for _name in list(os.environ):
 
 import hcyclient  # noqa: E402
 
-hypothesis.settings.register_profile('server', deadline=None, database=None, print_blob=True)
+# The same examples each time, unless HCY_RANDOM is set: then other ones.
+hypothesis.settings.register_profile('server', deadline=None, database=None, print_blob=True,
+                                     derandomize=not os.environ.get('HCY_RANDOM'))
 hypothesis.settings.load_profile('server')
 
 
@@ -36,13 +38,14 @@ def server():
 
 @pytest.fixture(scope='session')
 def session_client():
-    with hcyclient.Client() as client:
+    with hcyclient.Client(results='exact') as client:
         yield client
 
 
 @pytest.fixture
 def client():
-    with hcyclient.Client() as made:
+    """Its results are exact, so that tests see all that came."""
+    with hcyclient.Client(results='exact') as made:
         yield made
 
 

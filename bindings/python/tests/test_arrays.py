@@ -65,7 +65,7 @@ def test_a_view_outlives_its_client(server):
     with hcyclient.Client() as client:
         back = client.feval(server + '/echo', np.arange(3.0))
     del client
-    np.testing.assert_array_equal(back, [[0], [1], [2]])
+    np.testing.assert_array_equal(back, [0, 1, 2])
 
 
 def test_a_view_outlives_the_library(server):

@@ -27,7 +27,7 @@ def test_the_number_of_outputs_decides_what_is_returned(server, client):
 
 def test_it_solves(server):
     with hcyclient.Client(timeout=30) as client:
-        a, b = np.array([[2.0, 1], [1, 3]]), np.array([[3.0], [5]])
+        a, b = np.array([[2.0, 1], [1, 3]]), np.array([3.0, 5])
         x = client.feval(server + '/linalg/solve', a, b)
     np.testing.assert_allclose(a @ x, b)
 

@@ -111,7 +111,7 @@ def answered():
     """Calls a server with a reply of one's choice, and looks at what is returned."""
     body = [b'']
     with replies.answering(lambda: body[0]) as url, \
-            hcyclient.Client(response_size_limit=1 << 17) as client:
+            hcyclient.Client(response_size_limit=1 << 17, results='exact') as client:
         def call(reply, nargout):
             body[0] = reply
             values = client.feval(url, nargout=nargout)

@@ -1,0 +1,50 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Values as Python's users expect them: numbers, vectors, strings, dictionaries and lists."""
+from __future__ import annotations
+
+from typing import Any
+
+import numpy as np
+
+from . import _library as library
+from ._library import Handle
+from ._outputs import ExactReader, Shape, code_units, decoded, empty, field_names
+from ._outputs import number_array
+from ._storage import CHAR_UNIT, view
+
+
+def _is_vector(shape: Shape) -> bool:
+    return len(shape) == 2 and 1 in shape
+
+
+class NaturalReader(ExactReader):
+    """Gives up the difference between rows, columns and lists."""
+
+    def numbers(self, handle: Handle, number: int, shape: Shape, count: int) -> Any:
+        array = number_array(handle, number, shape, count)
+        if not _is_vector(shape):
+            return array
+        return array[0, 0] if count == 1 else array.reshape(-1)
+
+    def text(self, handle: Handle, shape: Shape, count: int) -> Any:
+        """A matrix of characters is an array of strings, without the blanks and NULs that make
+        its rows equally long."""
+        if len(shape) > 2 or shape[0] == 1 or shape == (0, 0):
+            return super().text(handle, shape, count)
+        if count == 0:
+            empty(shape, 'U1')  # refuses what no array may have
+            return np.broadcast_to(np.array('', 'U1'), shape[:1])  # which takes no memory
+        units = view(handle, code_units(handle, count), shape, CHAR_UNIT)
+        return np.array([decoded(row.tobytes()).rstrip('\0 ') for row in units])
+
+    def is_list(self, shape: Shape) -> bool:
+        return _is_vector(shape)
+
+    def structs(self, handle: Handle, shape: Shape, count: int) -> Any:
+        """One is a dictionary, any other number a list of dictionaries, column after column.
+        Without fields they are as in the exact reader, since a list of them would take memory that
+        nothing of the reply stands for."""
+        names = field_names(handle)
+        if shape == (1, 1) or not names:
+            return super().structs(handle, shape, count)
+        return self.dictionaries(handle, names, shape, count)
