@@ -109,7 +109,7 @@ def main():
     if sys.argv[3:] not in ([], ["1"]):
         raise SystemExit("python_client: one thread is all that it knows")
     value = workload(name)
-    with hcyclient.Client(response_size_limit=2**31 - 1) as client:
+    with hcyclient.Client(response_size_limit=2**31 - 1, results="exact") as client:
         function = client.function(f"http://127.0.0.1:{port}/echo")
         before = start_peak()
         for line in sys.stdin:

@@ -1,65 +1,69 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
 """The blocks of the guide to Python. Usage: python.py SERVER_URL"""
+import os
 import sys
 
-server = sys.argv[1]
+os.environ['HCY_SERVER'] = server = sys.argv[1]
 
 # A first call.
 import hcyclient
 import numpy as np
 
-with hcyclient.Client(timeout=30) as client:
-    A = np.array([[2.0, 1.0], [1.0, 3.0]])
-    b = np.array([3.0, 5.0])
-    x = client.feval(server + '/linalg/solve', A, b)
-    print(x, np.allclose(A @ x, b))
+client = hcyclient.Client()  # of the server that HCY_SERVER names
 
-client = hcyclient.Client()
+A = np.array([[2.0, 1.0], [1.0, 3.0]])
+b = np.array([3.0, 5.0])
+x = client.linalg.solve(A, b)
+print(x, np.allclose(A @ x, b))
+
+# Three ways to name a function.
+print(client.math.plus(2, 3))
+print(client.feval('math/plus', 2, 3))
+print(client.feval(server + '/math/plus', 2, 3))
+
+# A block that closes the client.
+with hcyclient.Client(server, timeout=30) as other:
+    print(f'{other.math.plus(1, 1.5):.2f}')
 
 # Several outputs, and none.
-u, s, v = client.feval(server + '/linalg/svd', A, nargout=3)
+u, s, v = client.linalg.svd(A, nargout=3)
 print(np.allclose(u @ s @ v.T, A))
-print(client.feval(server + '/echo', A, nargout=0))
+print(client.echo(A, nargout=0))
 
-# A function.
-plus = client.function(server + '/math/plus')
-print(f'{plus(2, 3):.2f}')
-
-# Containers.
-echo = client.function(server + '/echo')
-print(echo(['text', {'size': 'large'}]))
-
-statistics = client.feval(server + '/stats/describe', A)
+# One struct or several.
+statistics = client.stats.describe(A)
 print(*[column['mean'] for column in hcyclient.records(statistics)])
 
-print(client.feval(server + '/text/split', 'one two'))
+# Exact results.
+row = np.array([[1.0, 2.0, 3.0]])
+print(client.echo(row).shape, client.echo(row, results='exact').shape)
 
 # Text of several rows.
-print(echo(np.array(['ab', 'cd'])).tolist())
+print(client.echo(np.array(['ab', 'cd'])).tolist())
 
 # Cells and structs in more than a row.
 cells = np.empty((2, 1), object)
 cells[:, 0] = ['first', 'second']
-print(echo(cells), echo(cells, results='exact').shape)
+print(client.echo(cells), client.echo(cells, results='exact').shape)
 
 points = np.zeros((2, 2), [('x', 'f8'), ('name', object)])
-print(len(echo(points)), echo(points, results='exact').dtype.names)
+print(len(client.echo(points)), client.echo(points, results='exact').dtype.names)
 
 # A cell of dictionaries.
 from hcyclient import Cell
 
-print(type(echo([{'a': 1}, {'a': 2}])).__name__)
-print(type(echo(Cell([{'a': 1}, {'a': 2}]))).__name__)
+print(type(client.echo([{'a': 1}, {'a': 2}])).__name__)
+print(type(client.echo(Cell([{'a': 1}, {'a': 2}]))).__name__)
 
 # What cannot be carried.
 try:
-    echo('first', {'a': [1, 2, 3, {4}]})
+    client.echo('first', {'a': [1, 2, 3, {4}]})
 except TypeError as error:
     print(error)
 
 # Views.
-large = echo(np.ones((1000, 1000)))
+large = client.echo(np.ones((1000, 1000)))
 column = large[:, 0]  # a view of the library's own storage, which lives as long as it does
 del large
 print(column.sum(), column.flags.owndata)
@@ -67,43 +71,75 @@ print(column.sum(), column.flags.owndata)
 # Complex integers.
 dtype = hcyclient.complex_dtype('int16')
 numbers = np.array([(1, 2), (3, -4)], dtype)
-print(echo(numbers)['imag'])
+print(client.echo(numbers)['imag'])
 
 # Sparse matrices.
 from scipy.sparse import csc_matrix
 
 matrix = csc_matrix(np.diag([1.0, 2.0, 3.0]))
-print(client.feval(server + '/sparse/multiply', matrix, np.ones(3)))
+print(client.sparse.multiply(matrix, np.ones(3)))
+
+# Many calls at once.
+print(*client.map('math/plus', range(5), range(5), workers=4))
+
+
+def show(done, total):
+    print(f'{done} of {total}')
+
+
+sums = list(client.map('math/plus', [1, 2, 3], [10, 20, 30], progress=show))
+
+future = client.submit('math/plus', 2, 3)
+print(future.result())
+
+# Threads.
+from concurrent.futures import ThreadPoolExecutor
+
+with ThreadPoolExecutor(4) as threads:
+    print(*threads.map(client.math.plus, range(5), range(5)))
+
+# Coroutines.
+import asyncio
+
+
+async def main():
+    async with hcyclient.AsyncClient(server) as client:
+        print(*await asyncio.gather(*(client.math.plus(i, i) for i in range(5))))
+        try:
+            await asyncio.wait_for(client.demo.sleep(60), timeout=0.1)
+        except asyncio.TimeoutError:
+            print('cancelled')
+
+
+asyncio.run(main())
+
+# An interrupt.
+import signal
+
+
+def ring(signum, frame):
+    raise TimeoutError('half a second is enough')
+
+
+signal.signal(signal.SIGALRM, ring)
+signal.setitimer(signal.ITIMER_REAL, 0.5)
+try:
+    client.demo.sleep(60)
+except TimeoutError as error:
+    print(error)
+print(client.math.plus(2, 3))
 
 # Errors.
-for function in ('demo/fail', 'no/such/function'):
+for name in ('demo/fail', 'no/such/function'):
     try:
-        client.feval(f'{server}/{function}', 'example:id', 'This was asked for.')
+        client.feval(name, 'example:id', 'This was asked for.')
     except hcyclient.FunctionError as error:
         print(error.identifier, '-', error.message)
         for frame in error.stack:
             print(f'  in {frame.name}, {frame.file}, line {frame.line}')
     except hcyclient.HttpError as error:
         print(error.status, error.reason)
-    except hcyclient.TransportError as error:
-        print(error.text)
-
-# Threads.
-from concurrent.futures import ThreadPoolExecutor
-from threading import local
-
-own = local()  # a client for each thread
-
-
-def start():
-    own.client = hcyclient.Client()
-
-
-def double(number):
-    return own.client.feval(server + '/math/plus', number, number)
-
-
-with ThreadPoolExecutor(4, initializer=start) as threads:
-    print(*threads.map(double, range(5)))
+    except ConnectionError as error:  # Python's own, of which hcyclient.ConnectionError is a kind
+        print('try again later:', error)
 
 client.close()

@@ -3,24 +3,32 @@
 
     import hcyclient, numpy as np
 
-    with hcyclient.Client() as client:
-        x = client.feval('http://127.0.0.1:8080/linalg/solve', np.eye(2), np.ones((2, 1)))
+    with hcyclient.Client('http://127.0.0.1:8080') as client:
+        x = client.linalg.solve(np.eye(2), np.ones(2))
 """
+from ._async import AsyncClient, AsyncFunction
 from ._client import Client, Function
 from ._tables import records
 from ._values import Cell, CompressedColumns, complex_dtype
-from .errors import Error, FunctionError, HttpError, IncompleteReply, StackFrame, TransportError
+from .errors import CertificateError, ConnectionError, Error, FunctionError, HttpError
+from .errors import IncompleteReply, ReplyTooLarge, StackFrame, TimeoutError, TransportError
 
 __all__ = [
+    'AsyncClient',
+    'AsyncFunction',
     'Cell',
+    'CertificateError',
     'Client',
     'CompressedColumns',
+    'ConnectionError',
     'Error',
     'Function',
     'FunctionError',
     'HttpError',
     'IncompleteReply',
+    'ReplyTooLarge',
     'StackFrame',
+    'TimeoutError',
     'TransportError',
     'complex_dtype',
     'records',

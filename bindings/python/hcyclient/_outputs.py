@@ -18,6 +18,7 @@ from ._library import Handle
 from ._sparse import sparse_value
 from ._storage import CHAR_UNIT, DTYPES, NDArray, element_count, view
 from ._unreadable import Unreadable, malformed, missing_element, missing_elements, no_dimensions
+from ._urls import public
 from ._values import Cell, complex_dtype
 
 Shape = Tuple[int, ...]
@@ -29,7 +30,7 @@ _MOST_DIMENSIONS: int = getattr(np, 'MAXDIMS', 64)  # NumPy 2 does not name them
 class ExactReader:
     """Keeps the shape of every array, as far as Python has a type that tells it."""
 
-    def values_of(self, outputs: list[Handle]) -> list[Any]:
+    def values_of(self, outputs: list[Handle], url: bytes) -> list[Any]:
         """Raises a TransportError that says which output has no value, and destroys all of them
         then: an exception that is kept keeps the frames that it passed through, and so what they
         hold."""
@@ -42,7 +43,7 @@ class ExactReader:
             kind, text = unreadable.kind, unreadable.text(len(values))
         outputs.clear()
         del values, output
-        raise kind(text)
+        raise kind(text, public(url))
 
     def value_of(self, handle: Handle) -> Any:
         number = library.get_class(handle)

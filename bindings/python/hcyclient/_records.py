@@ -6,7 +6,8 @@ from ctypes import POINTER, Structure, Union, byref, c_char_p, c_int32, c_size_t
 from typing import Optional
 
 from ._runtime import Runtime
-from .errors import Error, FunctionError, HttpError, StackFrame, TransportError
+from ._transport_errors import transport_error
+from .errors import Error, FunctionError, HttpError, StackFrame
 
 HTTP_ERROR, VORTEN_ERROR = 0, 1
 
@@ -41,23 +42,23 @@ def _text(found: Optional[bytes]) -> str:
     return (found or b'').decode(errors='backslashreplace')
 
 
-def _exception(info: _ErrorInfo) -> Error:
+def _exception(info: _ErrorInfo, url: str) -> Error:
     if info.kind == HTTP_ERROR:
         http = info.details.http
-        return HttpError(http.status, _text(http.reason).strip())
+        return HttpError(http.status, _text(http.reason).strip(), url)
     if info.kind == VORTEN_ERROR:
         vorten = info.details.vorten
         frames = vorten.stack[:vorten.depth] if vorten.stack else []
         return FunctionError(_text(vorten.message), _text(vorten.identifier), tuple(
-            StackFrame(_text(frame.file), _text(frame.name), frame.line) for frame in frames))
-    return TransportError(_text(info.details.generic.text))
+            StackFrame(_text(frame.file), _text(frame.name), frame.line) for frame in frames), url)
+    return transport_error(_text(info.details.generic.text), url)
 
 
-def last_failure(runtime: Runtime, context: c_void_p) -> Error:
-    """What the last failed call of the context failed with."""
+def last_failure(runtime: Runtime, context: c_void_p, url: str) -> Error:
+    """What the last failed call of the context, which was of this URL, failed with."""
     info = _ErrorInfo()
     try:
         runtime.get_error(context, byref(info))
-        return _exception(info)
+        return _exception(info, url)
     finally:
         runtime.destroy_error(byref(info))

@@ -7,6 +7,7 @@ import pickle
 import subprocess
 import sys
 import threading
+import time
 import weakref
 
 import numpy as np
@@ -57,13 +58,15 @@ def test_a_bad_url(client):
 
 @pytest.mark.parametrize('url', [
     'file:///etc/hostname', 'FILE:///etc/hostname', 'ftp://127.0.0.1/f', 'telnet://127.0.0.1',
-    'dict://127.0.0.1/f', '127.0.0.1:8080/echo', 'localhost/echo', '//127.0.0.1/echo', 'http:/h/f',
-    'http:h/f', 'https//h/f', 'shttp://h/f', ' http://h/f', 'http\u017f://h/f', ''])
-def test_a_url_of_another_scheme(client, url):
-    for call in (client.feval, client.function):
-        with pytest.raises(ValueError) as raised:
-            call(url)
-        assert str(raised.value) == 'a URL begins with http:// or https://, and this one does not'
+    'dict://127.0.0.1/f', 'localhost:8080/echo', '//127.0.0.1/echo', 'http:/h/f', 'http:h/f',
+    'shttp://h/f', ' http://h/f', 'http\u017f://h/f'])
+def test_a_url_of_another_scheme(url):
+    for client in hcyclient.Client(), hcyclient.Client('http://127.0.0.1:1'):
+        for call in (client.feval, client.function):
+            with pytest.raises(ValueError) as raised:
+                call(url)
+            assert str(raised.value) == (
+                'a URL begins with http:// or https://, and this one does not')
 
 
 def test_the_scheme_in_capitals(server, client):
@@ -77,7 +80,8 @@ def test_an_http_error(server, client):
     with pytest.raises(HttpError) as raised:
         client.feval(server + '/no/such/function')
     assert (raised.value.status, raised.value.reason) == (404, 'Not Found')
-    assert str(raised.value) == 'HTTP status 404 Not Found'
+    assert raised.value.url == server + '/no/such/function'
+    assert str(raised.value) == f'{server}/no/such/function: HTTP status 404 Not Found'
     assert str(HttpError(404, '')) == 'HTTP status 404'
 
 
@@ -103,7 +107,8 @@ def test_a_transport_error(client):
     library = ctypes.CDLL('libcurl.so.4')
     library.curl_easy_strerror.restype = ctypes.c_char_p
     could_not_connect = library.curl_easy_strerror(7).decode()
-    assert raised.value.text == could_not_connect == str(raised.value)
+    assert raised.value.text == could_not_connect
+    assert str(raised.value) == 'http://127.0.0.1:1/any: ' + could_not_connect
 
 
 def test_another_number_of_outputs_is_a_transport_error(client):
@@ -130,6 +135,13 @@ def test_errors_can_be_sent_to_another_process(error):
     assert type(again) is type(error) and isinstance(again, Error) and vars(again) == vars(error)
 
 
+def await_true(condition):
+    deadline = time.monotonic() + 30
+    while not condition():
+        assert time.monotonic() < deadline
+        time.sleep(0.005)
+
+
 def test_a_closed_client_says_so(server):
     client = hcyclient.Client()
     function = client.function(server + '/echo')
@@ -152,11 +164,12 @@ def test_a_closed_client_has_no_connection(server):
 def test_a_client_that_nobody_holds_is_closed(server):
     client = hcyclient.Client()
     client.feval(server + '/echo', 1)
-    connection = client._connection
     gone = weakref.ref(client)
+    open_files = len(os.listdir('/proc/self/fd'))
     del client
     gc.collect()
-    assert gone() is None and not connection.context
+    assert gone() is None
+    await_true(lambda: len(os.listdir('/proc/self/fd')) < open_files)
 
 
 def test_the_library_is_started_for_the_first_client_and_ended_with_the_last(server):
@@ -234,30 +247,6 @@ with hcyclient.Client() as client:
 ''', server], env=environment, check=True)
 
 
-def test_two_threads_at_once_are_told(client):
-    asked, told = threading.Event(), threading.Event()
-
-    def hold():
-        asked.set()
-        told.wait()
-
-    outcome = []
-    body = replies.result(replies.double_array([1, 1], 5))
-    with replies.answering(body, meanwhile=hold) as url:
-        thread = threading.Thread(target=lambda: outcome.append(client.feval(url).item()))
-        thread.start()
-        asked.wait()
-        try:
-            for use in (lambda: client.feval(url), client.close, lambda: client.feval(url)):
-                with pytest.raises(RuntimeError, match='in use by another call: each thread needs'):
-                    use()
-        finally:
-            told.set()
-            thread.join()
-        assert outcome == [5]
-        assert client.feval(url).item() == 5
-
-
 def test_a_client_each_for_many_threads(server):
     failures = []
 
@@ -296,43 +285,47 @@ def in_child(function):
     return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
 
 
-def test_after_a_fork_only_the_parent_uses_the_client(server, client):
+def test_a_client_opens_anew_after_a_fork(server, client):
     assert client.feval(server + '/echo', 'before') == 'before'
+    parent_files = len(os.listdir('/proc/self/fd'))
 
     def use():
+        if client.feval(server + '/echo', 'x') != 'x' or client._pool.connections != 1:
+            return 1
+        if len(os.listdir('/proc/self/fd')) <= parent_files:
+            return 2  # it took the parent's connection
         client.close()
-        client._connection.end()  # as if nobody held it any more
-        assert client._connection.context  # is left to the parent
-        try:
-            client.feval(server + '/echo', 1)
-        except RuntimeError as error:
-            assert 'before the process forked: make one in the child' in str(error)
-            with hcyclient.Client() as own:
-                return 7 if own.feval(server + '/echo', 'x') == 'x' else 1
+        return 7
 
     assert in_child(use) == 7
     assert client.feval(server + '/echo', 'after') == 'after'
 
 
-def test_a_fork_during_a_call_of_another_thread(client):
+def test_a_closed_client_stays_closed_after_a_fork():
+    client = hcyclient.Client('http://127.0.0.1:1')
+    client.close()
+
+    def use():
+        try:
+            client.feval('x')
+        except RuntimeError as error:
+            return 7 if 'this client is closed' in str(error) else 1
+
+    assert in_child(use) == 7
+
+
+def test_a_fork_during_a_call_of_another_thread(client, server):
     asked, told = threading.Event(), threading.Event()
 
     def hold():
         asked.set()
         told.wait()
 
-    def use():
-        client.close()
-        try:
-            client.feval('http://127.0.0.1')
-        except RuntimeError as error:
-            return 7 if 'before the process forked' in str(error) else 1
-
     with replies.answering(replies.result(), meanwhile=hold) as url:
         thread = threading.Thread(target=client.feval, args=(url,), kwargs={'nargout': 0})
         thread.start()
         asked.wait()
-        outcome = in_child(use)
+        outcome = in_child(lambda: 7 if client.feval(server + '/echo', 'x') == 'x' else 1)
         told.set()
         thread.join()
     assert outcome == 7
@@ -346,8 +339,9 @@ from hcyclient import _library
 _library.terminate = lambda: os._exit(3)
 client = hcyclient.Client()
 threading.Thread(target=client.feval, args=(sys.argv[1] + '/demo/sleep', 900), daemon=True).start()
-while not client._connection.turns:
+while not client._pool.connections:
     time.sleep(0.01)
+time.sleep(0.1)
 ''', server], timeout=300)
     assert outcome.returncode == 0
 
@@ -387,13 +381,13 @@ def test_a_fork_while_another_thread_makes_a_client():
 def test_a_client_that_cannot_be_made_leaves_nothing(client, monkeypatch):
     from hcyclient import _runtime
     users = _runtime._users
-    runtime = client._connection.runtime
+    runtime = client._pool._runtime
     configs, destroy = [], runtime.destroy_config
     monkeypatch.setattr(runtime, 'destroy_config', lambda config: configs.append(destroy(config)))
     for name, text in [('create_config', 'configuration'), ('create_context', 'context')]:
         with monkeypatch.context() as patch:
             patch.setattr(runtime, name, lambda *_: 1)
-            with pytest.raises(Error, match=f'for a {text} cannot be had'):
+            with pytest.raises(Error, match=f'there is no memory .*for a {text}'):
                 hcyclient.Client()
     hcyclient.Client().close()
     assert _runtime._users == users and len(configs) == 2  # of the second client and of the third

@@ -69,9 +69,9 @@ def test_outputs(server, message):
     from hcyclient._outputs import ExactReader
     values_of = ExactReader.values_of
 
-    def limited(reader, outputs):
+    def limited(*arguments):
         leave(8)
-        return values_of(reader, outputs)
+        return values_of(*arguments)
 
     def call(client):
         ExactReader.values_of = limited  # in a process of its own

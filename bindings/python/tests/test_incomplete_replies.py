@@ -26,7 +26,8 @@ def complaint(client, *outputs):
     with pytest.raises(IncompleteReply) as raised:
         answer(client, *outputs)
     assert isinstance(raised.value, hcyclient.TransportError)
-    assert raised.value.text == str(raised.value) and raised.value.text.endswith(CUT)
+    assert raised.value.text.endswith(CUT) and raised.value.url.startswith('http://127.0.0.1:')
+    assert str(raised.value) == f'{raised.value.url}: {raised.value.text}'
     return raised.value.text[:-len(CUT)]
 
 
@@ -221,7 +222,7 @@ def test_the_limit_cuts_a_reply_of_unknown_length(output):
             client.feval(url)
         for limit in range(100, len(reply), 501):
             with hcyclient.Client(response_size_limit=limit) as client:
-                with pytest.raises(IncompleteReply, match='^output 0.*response_size_limit'):
+                with pytest.raises(IncompleteReply, match=f'^{url}: output 0.*response_size_limit'):
                     client.feval(url)
 
 

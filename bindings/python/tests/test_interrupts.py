@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-"""An interrupt during a call is delivered after it, and nothing is lost with it."""
+"""An interrupt ends a call at once, and nothing is lost with it."""
+import contextlib
+import os
 import signal
 import subprocess
 import sys
@@ -9,23 +11,99 @@ import time
 import pytest
 import replies
 
+import hcyclient
 
-@pytest.mark.parametrize('status', [200, 500])
-def test_it_is_delivered_after_the_call(client, status):
-    answered = []
 
-    def interrupt():
-        signal.pthread_kill(threading.main_thread().ident, signal.SIGINT)
-        time.sleep(0.2)
-        answered.append(True)
+class Alarm(Exception):
+    pass
 
-    body = replies.result(replies.double_array([1, 1], 5))
-    with replies.answering(body, status, meanwhile=interrupt) as url:
+
+@contextlib.contextmanager
+def alarm_after(seconds):
+    def ring(*_):
+        raise Alarm
+    before = signal.signal(signal.SIGALRM, ring)
+    signal.setitimer(signal.ITIMER_REAL, seconds)
+    try:
+        yield
+    finally:
+        signal.setitimer(signal.ITIMER_REAL, 0)
+        signal.signal(signal.SIGALRM, before)
+
+
+@contextlib.contextmanager
+def held():
+    """The URL of a server that answers when it is told; what tells it, and when it was asked."""
+    asked, told = threading.Event(), threading.Event()
+
+    def hold():
+        asked.set()
+        told.wait(60)
+
+    with replies.answering(replies.result(replies.double_array([1, 1], 5)), meanwhile=hold) as url:
+        try:
+            yield url, asked, told
+        finally:
+            told.set()
+
+
+def test_ctrl_c_ends_a_call(client):
+    with held() as (url, asked, told):
+        def interrupt():
+            asked.wait()
+            sent.append(time.monotonic())
+            signal.pthread_kill(threading.main_thread().ident, signal.SIGINT)
+
+        sent = []
+        thread = threading.Thread(target=interrupt)
+        thread.start()
         with pytest.raises(KeyboardInterrupt):
             client.feval(url)
-        assert answered
-    with replies.answering(body) as url:
+        assert time.monotonic() - sent[0] < 0.1
+        thread.join()
+        told.set()
         assert client.feval(url).item() == 5
+
+
+def test_what_a_handler_raises_ends_a_call(server):
+    with hcyclient.Client(server, connections=1) as client:
+        for _ in range(3):
+            start = time.monotonic()
+            with pytest.raises(Alarm), alarm_after(0.1):
+                client.demo.sleep(900)
+            assert 0.1 <= time.monotonic() - start < 0.2
+            assert client.math.plus(2, 3) == 5  # on another connection
+            assert client._pool.connections == 1
+
+
+def test_a_handler_that_raises_nothing_ends_no_call(client):
+    rung = []
+    signal.signal(signal.SIGALRM, lambda *_: (rung.append(1), told.set()))
+    with held() as (url, asked, told):
+        signal.setitimer(signal.ITIMER_REAL, 0.1)
+        assert client.feval(url).item() == 5 and rung == [1]
+
+
+def test_an_abandoned_connection_ends_by_itself(client):
+    files = len(os.listdir('/proc/self/fd'))
+    with held() as (url, asked, told):
+        with pytest.raises(Alarm), alarm_after(0.1):
+            client.feval(url)
+        assert client._pool.connections == 0 and len(client._pool._workers) == 1
+        told.set()
+        deadline = time.monotonic() + 30
+        while client._pool._workers:
+            assert time.monotonic() < deadline
+            time.sleep(0.01)
+    assert len(os.listdir('/proc/self/fd')) <= files
+
+
+def test_a_signal_handler_may_call(server, client):
+    back = []
+    signal.signal(signal.SIGALRM, lambda *_: back.append(client.feval(server + '/echo', 'x')))
+    signal.setitimer(signal.ITIMER_REAL, 0.1)
+    client.feval(server + '/demo/sleep', 0.3, nargout=0)
+    assert back == ['x']
 
 
 # Interrupts at any moment of calls, each with a mebibyte in and two out. One that was lost on the
@@ -65,8 +143,12 @@ with hcyclient.Client() as client:
 '''
 
 
+# HCY_LONG is how many interrupts there are.
+ROUNDS = os.environ.get('HCY_LONG', '250')
+
+
 def test_many_lose_no_array_and_leave_the_client_usable(server):
-    outcome = subprocess.run([sys.executable, '-c', MANY, server, '250'], check=True,
+    outcome = subprocess.run([sys.executable, '-c', MANY, server, ROUNDS], check=True,
                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     lost, grown = map(int, outcome.stdout.split())
     assert lost == 0 and outcome.stderr == ''

@@ -57,7 +57,7 @@ def call(url, **settings):
 
 
 def refusal(url, **settings):
-    with pytest.raises(hcyclient.TransportError) as raised:
+    with pytest.raises(hcyclient.CertificateError) as raised:
         call(url, **settings)
     return raised.value.text
 
@@ -65,17 +65,19 @@ def refusal(url, **settings):
 def test_timeout(server):
     start = time.monotonic()
     with hcyclient.Client(timeout=1) as client:
-        with pytest.raises(hcyclient.TransportError, match='Timeout was reached'):
+        with pytest.raises(TimeoutError, match='Timeout was reached') as raised:
             client.feval(server + '/demo/sleep', 30)
+    assert type(raised.value) is hcyclient.TimeoutError
     assert 0.9 < time.monotonic() - start < 29
     assert call(server, timeout=None) == 'x'
 
 
-@pytest.mark.parametrize('settings, expected', [({}, 120), ({'timeout': 2147483}, 2147483),
-                                                ({'timeout': None}, 0)])
+@pytest.mark.parametrize('settings, expected', [
+    ({}, 120), ({'timeout': 2147483}, 2147483), ({'timeout': None}, 0), ({'timeout': 0.1}, 1),
+    ({'timeout': 2.5}, 3), ({'timeout': np.float32(2)}, 2)])
 def test_timeout_as_the_library_takes_it(settings, expected, monkeypatch):
     with hcyclient.Client() as client:
-        runtime, seen = client._connection.runtime, []
+        runtime, seen = client._pool._runtime, []
         monkeypatch.setattr(runtime, 'set_timeout', lambda _, seconds: seen.append(seconds))
         hcyclient.Client(**settings).close()
         assert seen == [expected]
@@ -84,8 +86,10 @@ def test_timeout_as_the_library_takes_it(settings, expected, monkeypatch):
 def test_response_size_limit(server):
     with hcyclient.Client(response_size_limit=1000) as client:
         assert client.feval(server + '/echo', np.ones(100)).size == 100
-        with pytest.raises(hcyclient.TransportError, match='response size limit'):
+        with pytest.raises(hcyclient.ReplyTooLarge) as raised:
             client.feval(server + '/echo', np.ones(200))
+    assert 'larger than the response size limit' in raised.value.text
+    assert raised.value.text.endswith('The argument response_size_limit of the client increases it.')
 
 
 def test_certificates(tls_server, files):
@@ -93,10 +97,24 @@ def test_certificates(tls_server, files):
     assert call(tls_server, **{name: str(path) for name, path in files.items()}) == 'x'
 
 
-@pytest.mark.parametrize('name', ['ca_file', 'client_cert_file'])
-def test_a_certificate_that_is_missing(tls_server, files, name):
-    del files[name]
+def test_an_authority_that_is_missing(tls_server, files):
+    del files['ca_file']
     refusal(tls_server, **files)
+
+
+def test_a_certificate_of_the_client_that_is_missing(tls_server, files):
+    del files['client_cert_file']
+    with pytest.raises(hcyclient.TransportError):
+        call(tls_server, **files)
+
+
+@pytest.mark.parametrize('name', ['client_cert_file', 'client_key_file', 'ca_file',
+                                  'revocation_list_file'])
+def test_a_file_that_is_missing(name, tmp_path):
+    for kind, path in (FileNotFoundError, tmp_path / 'none.pem'), (IsADirectoryError, tmp_path):
+        with pytest.raises(kind, match=name) as raised:
+            hcyclient.Client(**{name: path})
+        assert raised.value.filename == str(path)
 
 
 def test_a_key_of_another_certificate(tls_server, files, pki):
@@ -130,12 +148,14 @@ def test_verify_peer(tls_server, files):
 
 @pytest.mark.parametrize('settings, kind', [
     ({'timeout': 0}, ValueError), ({'timeout': -1}, ValueError), ({'timeout': 2147484}, ValueError),
-    ({'timeout': 1.5}, TypeError), ({'response_size_limit': -1}, ValueError),
+    ({'timeout': '1'}, TypeError), ({'timeout': True}, TypeError),
+    ({'timeout': []}, TypeError), ({'timeout': float('nan')}, ValueError), ({'response_size_limit': -1}, ValueError),
     ({'response_size_limit': 2**32}, ValueError), ({'ca_file': 'a\0b'}, ValueError),
     ({'ca_file': 3}, TypeError), ({'client_key_passphrase': 'a\0b'}, ValueError),
     ({'client_key_passphrase': 5}, TypeError), ({'client_key_passphrase': [65]}, TypeError),
     ({'verify_peer': None}, TypeError), ({'verify_hostname': 0}, TypeError),
-    ({'tls': True}, TypeError)])
+    ({'connections': 0}, ValueError), ({'connections': 1001}, ValueError),
+    ({'connections': 1.5}, TypeError), ({'tls': True}, TypeError)])
 def test_settings_that_make_no_sense(settings, kind):
     with pytest.raises(kind):
         hcyclient.Client(**settings)

@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import pathlib
-from typing import Any
+from concurrent.futures import Future
+from typing import Any, Iterator
 
 import hcyclient
 
@@ -14,6 +15,20 @@ first, second = pair
 function: hcyclient.Function = client.function('http://h/f')
 triple: tuple[Any, ...] = function(1, nargout=3)
 cells: list[Any] = hcyclient.Cell([1, 2])
+relative: hcyclient.Client = hcyclient.Client('http://h', connections=2)
+plus: hcyclient.Function = relative.math.plus
+future: Future[Any] = relative.submit('math/plus', 1, 2)
+sums: Iterator[Any] = relative.map(plus, [1], [2], progress=lambda done, total: None)
+rows: list[dict[str, Any]] = hcyclient.records({'a': 1})
+
+
+async def calls() -> None:
+    async with hcyclient.AsyncClient('http://h') as asynchronous:
+        pair: tuple[Any, ...] = await asynchronous.feval('f', nargout=2)
+        one: float = await asynchronous.math.plus(1, 2)
+        function: hcyclient.AsyncFunction = asynchronous.function('f')
+        print(pair, one, function)
+
 
 try:
     number: float = function(1).item()
@@ -24,10 +39,13 @@ except hcyclient.HttpError as error:
     status: int = error.status
 except hcyclient.IncompleteReply as error:
     failure: hcyclient.TransportError = error
+except hcyclient.TimeoutError as error:
+    builtin: TimeoutError = error
+    url: str = error.url
 
 # Each of these is an error, or mypy tells of an ignorance that is not needed.
 client.feval(b'http://h/f')  # type: ignore[call-overload]
 client.feval('http://h/f', nargout='2')  # type: ignore[call-overload]
-hcyclient.Client(timeout=1.5)  # type: ignore[arg-type]
+hcyclient.Client(timeout='1')  # type: ignore[arg-type]
 hcyclient.Client(tls=True)  # type: ignore[call-arg]
 nothing: int = function(1, nargout=0)  # type: ignore[assignment]

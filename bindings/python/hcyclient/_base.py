@@ -1,0 +1,105 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What clients of both kinds have in common: settings, and a pool of connections."""
+from __future__ import annotations
+
+import weakref
+from typing import Any, Optional, Union
+
+from ._library import LARGEST_SIZE
+from ._outputs import ExactReader
+from ._pool import Pool
+from ._settings import Path, Results, connection_count, library_settings, number, reader
+from ._urls import function_url, public, server_url
+
+
+class BaseClient:
+    """See Client."""
+
+    def __init__(self, server: Optional[str] = None, *,
+                 timeout: Union[int, float, None] = 120, response_size_limit: int = 64 << 20,
+                 client_cert_file: Optional[Path] = None, client_key_file: Optional[Path] = None,
+                 client_key_passphrase: Union[str, bytes, None] = None,
+                 ca_file: Optional[Path] = None, revocation_list_file: Optional[Path] = None,
+                 verify_hostname: bool = True, verify_peer: bool = True,
+                 results: Results = 'natural', connections: int = 8) -> None:
+        self._settings: dict[str, Any] = {
+            'server': server_url(server), 'timeout': timeout,
+            'response_size_limit': response_size_limit, 'client_cert_file': client_cert_file,
+            'client_key_file': client_key_file, 'client_key_passphrase': client_key_passphrase,
+            'ca_file': ca_file, 'revocation_list_file': revocation_list_file,
+            'verify_hostname': verify_hostname, 'verify_peer': verify_peer, 'results': results,
+            'connections': connections}
+        self._reader = reader(results)
+        self._pool = Pool(library_settings(self._settings), connection_count(connections))
+        # A process that ends closes its connections without us.
+        weakref.finalize(self, self._pool.close, wait=False).atexit = False
+
+    @property
+    def server(self) -> Optional[str]:
+        """The URL that names of functions are relative to."""
+        server: Optional[str] = self._settings['server']
+        return server
+
+    @property
+    def settings(self) -> dict[str, Any]:
+        """The arguments that make such a client, the pass phrase included."""
+        return dict(self._settings)
+
+    @property
+    def closed(self) -> bool:
+        """Whether the client has been closed."""
+        return self._pool.closed
+
+    def _kind(self, nargout: int, results: Optional[Results]) -> tuple[int, ExactReader]:
+        """How many outputs a call has, and what reads them."""
+        return (number('nargout', nargout, 0, LARGEST_SIZE),
+                self._reader if results is None else reader(results))
+
+    def _url(self, name: str) -> bytes:
+        return function_url(self._settings['server'], name)
+
+    def _require_name(self, name: str) -> None:
+        """Raises AttributeError unless it can be that of a function."""
+        if name.startswith('_'):
+            raise AttributeError(f'{type(self).__name__!r} object has no attribute {name!r}')
+        if self._settings['server'] is None:
+            raise AttributeError(f'{type(self).__name__!r} object has no attribute {name!r}, and no '
+                                 "server that could have such a function: give the URL of one, as in "
+                                 f"{type(self).__name__}('http://127.0.0.1:8080')")
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return _made, (type(self), self._settings)
+
+    def __repr__(self) -> str:
+        server = self._settings['server']
+        where = public(server) if server else 'without a server'
+        pool = self._pool
+        state = 'closed' if pool.closed else f'{pool.connections} of {pool.most} connections open'
+        return f'<{type(self).__name__} {where}, {state}>'
+
+
+def _made(kind: type[BaseClient], settings: dict[str, Any]) -> BaseClient:
+    return kind(**settings)
+
+
+class BaseFunction:
+    """A function on a server, and the functions whose names begin with its own."""
+
+    def __init__(self, client: Any, name: str) -> None:
+        self.client = client
+        self._encoded: bytes = client._url(name)
+
+    @property
+    def url(self) -> str:
+        return self._encoded.decode()
+
+    def __getattr__(self, name: str) -> Any:
+        if name.startswith('_'):
+            raise AttributeError(f'{type(self).__name__!r} object has no attribute {name!r}')
+        return type(self)(self.client, f'{self.url}/{name}')
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        return type(self), (self.client, self.url)
+
+    def __repr__(self) -> str:
+        return f'<function {public(self._encoded)}>'

@@ -1,0 +1,166 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Calls on their way through a pool.
+
+A job is run by a thread of the pool, and owns all that the library reads and writes meanwhile. So
+whoever waits for it may leave at any time.
+"""
+from __future__ import annotations
+
+from _thread import allocate_lock
+from concurrent.futures import Future
+from ctypes import byref, c_void_p, sizeof
+from typing import Any, Callable, NoReturn, Optional
+
+from ._connection import Connection
+from ._inputs import handles_of
+from ._library import Handle
+from ._outputs import ExactReader
+from ._records import last_failure
+from ._urls import public
+
+CLOSED = 'this client was closed during the call'
+
+
+class Call:
+    """One evaluation of a function. prepare() and result() belong to the one who asks for it,
+    evaluate() to a connection. The pool reads `wanted` and `finished`: an unwanted call is not
+    begun, and a connection that it holds is no longer counted."""
+
+    __slots__ = ('url', 'nargout', 'reader', 'inputs', 'outputs', 'room', 'failure', 'wanted',
+                 'finished')
+
+    def __init__(self, url: bytes, nargout: int, reader: ExactReader) -> None:
+        self.url = url
+        self.nargout = nargout
+        self.reader = reader
+        self.failure: Optional[BaseException] = None
+        self.wanted = True
+        self.finished = False
+
+    def prepare(self, arguments: tuple[Any, ...]) -> None:
+        """Raises TypeError if one of them cannot be carried."""
+        self.inputs = handles_of(arguments)
+        if self.nargout == 1:
+            self.outputs = [Handle()]
+            self.room: Any = byref(self.outputs[0])
+        else:
+            room = (c_void_p * self.nargout)()
+            # They own what the call will write, from the moment that it does.
+            self.outputs = [Handle.from_buffer(room, i * sizeof(c_void_p))
+                            for i in range(self.nargout)]
+            self.room = room
+
+    def evaluate(self, connection: Connection) -> None:
+        count = len(self.inputs)
+        pointers = (c_void_p * count)(*[handle.value for handle in self.inputs])
+        if connection.feval(connection.context, self.url, self.nargout, self.room, count, pointers):
+            self.failure = last_failure(connection.runtime, connection.context, public(self.url))
+        self.inputs = []
+
+    def result(self) -> Any:
+        """Raises what the call failed with. The outputs are nobody's afterwards: an exception that
+        is kept keeps this call."""
+        outputs, self.outputs, self.room = self.outputs, [], None
+        if self.failure is not None:
+            self._raise_failure()
+        values = self.reader.values_of(outputs, self.url)
+        if self.nargout == 1:
+            return values[0]
+        return tuple(values) if self.nargout else None
+
+    def _raise_failure(self) -> NoReturn:
+        """And keeps it no longer: it keeps this call, and nothing should keep itself alive."""
+        failure, self.failure = self.failure, None
+        try:
+            assert failure is not None
+            raise failure
+        finally:
+            del failure
+
+    def run(self, connection: Connection) -> bool:
+        """What a thread of the pool does. Raises nothing, and returns whether the call was wanted
+        to its end."""
+        raise NotImplementedError
+
+    def fail(self, error: BaseException) -> None:
+        """Ends the call for whoever waits for it, while it may still run."""
+        raise NotImplementedError
+
+
+class AwaitedCall(Call):
+    """A thread waits for it, which prepares it and reads its result: only the transfer takes place
+    on the thread of the pool."""
+
+    __slots__ = ('ended', 'error')
+
+    def __init__(self, url: bytes, nargout: int, reader: ExactReader) -> None:
+        super().__init__(url, nargout, reader)
+        self.error: Optional[BaseException] = None
+        self.ended = allocate_lock()
+        self.ended.acquire()
+
+    def run(self, connection: Connection) -> bool:
+        try:
+            self.evaluate(connection)
+        except BaseException as error:
+            self.failure = error
+        if not self.wanted:
+            return False
+        self.finished = True  # first, so that the next call finds the thread idle
+        self._end()
+        return True
+
+    def fail(self, error: BaseException) -> None:
+        self.error = error
+        self.wanted = False
+        self._end()
+
+    def _end(self) -> None:
+        try:
+            self.ended.release()
+        except RuntimeError:  # it has been released: a call may end while its client is closed
+            pass
+
+    def result(self) -> Any:
+        if self.error is not None:
+            raise self.error
+        return super().result()
+
+
+class Task(Call):
+    """Takes place on the thread of the pool as a whole, for a future. It holds its client, which
+    would be closed otherwise when nobody else does."""
+
+    __slots__ = ('client', 'arguments', 'future')
+
+    def __init__(self, url: bytes, nargout: int, reader: ExactReader, client: object,
+                 arguments: tuple[Any, ...]) -> None:
+        super().__init__(url, nargout, reader)
+        self.client = client
+        self.arguments = arguments
+        self.future: Future[Any] = Future()
+
+    def run(self, connection: Connection) -> bool:
+        if self.future.set_running_or_notify_cancel():
+            try:
+                self.prepare(self.arguments)
+                self.evaluate(connection)
+                value = self.result()
+            except BaseException as error:
+                self._settle(self.future.set_exception, error)
+            else:
+                self._settle(self.future.set_result, value)
+        self.finished = self.wanted
+        return self.wanted
+
+    def fail(self, error: BaseException) -> None:
+        self.wanted = False
+        if not self.future.cancelled():
+            self._settle(self.future.set_exception, error)
+
+    @staticmethod
+    def _settle(settle: Callable[[Any], None], outcome: Any) -> None:
+        try:
+            settle(outcome)
+        except Exception:  # it has been settled: a call may end while its client is closed
+            pass

@@ -1,0 +1,244 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The connections of a client, each with a thread of its own that makes the calls.
+
+The interpreter runs signal handlers on its main thread alone, and not while that is inside the
+library. So calls are made on other threads, and whoever waits for one can be interrupted. A call
+that nobody waits for any more goes on alone; its connection ends with it, and another one takes its
+place.
+"""
+from __future__ import annotations
+
+import os
+import threading
+import weakref
+from _thread import allocate_lock, get_ident, start_new_thread
+from collections import deque
+from typing import Any, List, Mapping, Optional
+
+from . import _runtime
+from ._connection import Connection
+from ._jobs import CLOSED, AwaitedCall, Call
+
+# In seconds: how often someone who waits looks whether all is well.
+_LOOK = 0.05
+_LONGEST_FAREWELL = 5.0
+
+
+class _Bell:
+    """Wakes threads that wait for a job. It is a pipe because that takes half the time of a lock:
+    the system has the one who is woken begin when the one who rings waits himself."""
+
+    def __init__(self) -> None:
+        self._reading, self._writing = os.pipe()
+        os.set_blocking(self._writing, False)
+
+    def ring(self) -> None:
+        try:
+            os.write(self._writing, b'.')
+        except BlockingIOError:  # it has been rung often enough for everybody
+            pass
+
+    def wait(self) -> None:
+        os.read(self._reading, 1)
+
+    def __del__(self) -> None:
+        os.close(self._reading)
+        os.close(self._writing)
+
+
+class _Worker:
+    """A thread, and the job that it is at."""
+
+    __slots__ = ('job', 'thread', 'ended')
+
+    def __init__(self) -> None:
+        self.job: Optional[Call] = None
+        self.thread = 0
+        self.ended = allocate_lock()
+        self.ended.acquire()
+
+    def is_idle(self) -> bool:
+        job = self.job
+        return job is None or job.finished
+
+    def counts(self) -> bool:
+        job = self.job
+        return job is None or job.wanted or job.finished
+
+
+class Pool:
+    """Holds `most` connections at most, which are opened when they are needed and kept open."""
+
+    def __init__(self, settings: Mapping[str, Any], most: int) -> None:
+        self.settings = settings
+        self.most = most
+        self.closed = False
+        self._runtime: Optional[_runtime.Runtime] = _runtime.acquire()
+        try:
+            # At once, so that whoever makes a client hears what is wrong with it.
+            first = Connection(settings)
+        except BaseException:
+            _runtime.release()
+            raise
+        self._begin(first)
+        _pools.add(self)
+
+    def _begin(self, *connections: Connection) -> None:
+        # Reentrant: the collector and signal handlers may come back here.
+        self._lock = threading.RLock()
+        self._bell = _Bell()
+        self._jobs: deque[Call] = deque()
+        self._workers: List[_Worker] = []
+        self._spare = list(connections)
+
+    def begin_anew(self) -> None:
+        """In a child process, which has none of the threads; the connections are the parent's."""
+        self._begin()
+
+    @property
+    def connections(self) -> int:
+        """How many there are."""
+        return sum(worker.counts() for worker in list(self._workers))
+
+    def finish(self, job: AwaitedCall) -> Any:
+        """Returns the result of a call, or raises what it, or a signal handler, raises."""
+        try:
+            self.start(job)
+            while not job.ended.acquire(True, _LOOK):
+                self._add_worker_if_needed()
+        finally:
+            job.wanted = False  # which calls no function, and so cannot be interrupted itself
+        return job.result()
+
+    def start(self, job: Call) -> None:
+        self._require_open()
+        self._jobs.append(job)
+        self._add_worker_if_needed()
+        if self.closed:  # since then
+            self._fail_waiting_jobs()
+        self._bell.ring()  # last, since whoever waits for the job now waits
+
+    def abandon(self, job: Call) -> None:
+        job.wanted = False
+        self._add_worker_if_needed()
+
+    def close(self, wait: bool = True) -> None:
+        """Ends all idle connections, and waits until they have ended. Calls that are under way fail
+        for those who wait for them, and go on alone."""
+        with self._lock:
+            self.closed = True
+            workers = list(self._workers)
+            runtime, self._runtime = self._runtime, None
+        if runtime is not None:  # each connection holds it, too
+            _runtime.release()
+        self._fail_waiting_jobs()
+        idle = [worker for worker in workers if worker.is_idle()]
+        for worker in workers:
+            job = worker.job
+            if job is not None and not job.finished:
+                job.fail(RuntimeError(CLOSED))
+            self._bell.ring()
+        while self._spare:
+            self._spare.pop().end()
+        for worker in idle:
+            if wait and worker.thread != get_ident():
+                worker.ended.acquire(True, _LONGEST_FAREWELL)
+
+    def _require_open(self) -> None:
+        if self.closed:
+            raise RuntimeError('this client is closed')
+
+    def _fail_waiting_jobs(self) -> None:
+        while self._jobs:
+            job = self._next_job()
+            if job is not None:
+                job.fail(RuntimeError(CLOSED))
+
+    def _next_job(self) -> Optional[Call]:
+        try:
+            return self._jobs.popleft()
+        except IndexError:
+            return None
+
+    def _needs_worker(self) -> bool:
+        waiting = len(self._jobs)
+        for worker in self._workers:
+            job = worker.job
+            if job is None or job.finished:
+                waiting -= 1
+                if waiting <= 0:
+                    return False
+        return waiting > 0 and self.connections < self.most
+
+    def _add_worker_if_needed(self) -> None:
+        if not self._needs_worker():
+            return
+        with self._lock:
+            if self.closed or not self._needs_worker():
+                return
+            worker = _Worker()
+            self._workers.append(worker)
+            try:
+                start_new_thread(self._work, (worker,))
+            except BaseException as error:
+                self._workers.remove(worker)
+                if not (isinstance(error, RuntimeError) and self._workers):
+                    raise  # there is no thread to wait for
+
+    def _work(self, worker: _Worker) -> None:
+        with self._lock:
+            if worker not in self._workers:
+                return  # whoever started it was interrupted
+            worker.thread = get_ident()
+        connection: Optional[Connection] = None
+        try:
+            while True:
+                job = self._next_job() if self._jobs else None
+                if job is None:
+                    if self.closed:
+                        break
+                    self._bell.wait()
+                    continue
+                worker.job = job
+                if self._jobs:
+                    self._add_worker_if_needed()
+                connection = connection or self._connection_for(job)
+                goes_on = connection is None or self._run(job, connection)
+                worker.job = job = None  # an idle thread keeps nothing alive
+                if not goes_on:
+                    break
+        finally:
+            if connection is not None:
+                connection.end()
+            del connection
+            with self._lock:
+                self._workers.remove(worker)
+            worker.ended.release()
+
+    def _connection_for(self, job: Call) -> Optional[Connection]:
+        try:
+            return self._spare.pop() if self._spare else Connection(self.settings)
+        except BaseException as error:
+            job.fail(error)
+            return None
+
+    def _run(self, job: Call, connection: Connection) -> bool:
+        """Whether the connection is used further."""
+        if self.closed:
+            job.fail(RuntimeError(CLOSED))
+        elif not job.wanted:
+            return True
+        else:
+            return job.run(connection) and not self.closed
+        return False
+
+
+_pools: weakref.WeakSet[Pool] = weakref.WeakSet()
+
+
+def _begin_anew() -> None:
+    for pool in list(_pools):
+        pool.begin_anew()
+
+
+os.register_at_fork(after_in_child=_begin_anew)

@@ -1,0 +1,41 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Which exception stands for a text of the library.
+
+Most texts are libcurl's. Those of libcurl 7 and 8 differ: both are here.
+"""
+from __future__ import annotations
+
+from .errors import CertificateError, ConnectionError, ReplyTooLarge, TimeoutError, TransportError
+
+_KINDS: dict[str, type[TransportError]] = {
+    'Timeout was reached': TimeoutError,
+    **dict.fromkeys([
+        "Couldn't resolve proxy name", 'Could not resolve proxy name',
+        "Couldn't resolve host name", 'Could not resolve hostname',
+        "Couldn't connect to server", 'Could not connect to server',
+        'Server returned nothing (no headers, no data)',
+        'Failed sending data to the peer',
+        'Failure when receiving data from the peer',
+        'Transferred a partial file',
+        'SSL connect error',
+        'proxy handshake error',
+    ], ConnectionError),
+    **dict.fromkeys([
+        'SSL peer certificate or SSH remote key was not OK',
+        'Problem with the local SSL certificate',
+        'Problem with the SSL CA cert (path? access rights?)',
+        'Failed to load CRL file (path? access rights?, format?)',
+        'Issuer check against peer certificate failed',
+        'SSL server certificate status verification FAILED',
+        'SSL Client Certificate required',
+    ], CertificateError),
+}
+_LIMIT = 'response size limit'
+_ADVICE = 'You can increase response size limit using setResponseSizeLimit method.'
+_OUR_ADVICE = 'The argument response_size_limit of the client increases it.'
+
+
+def transport_error(text: str, url: str) -> TransportError:
+    if _LIMIT in text:
+        return ReplyTooLarge(text.replace(_ADVICE, _OUR_ADVICE), url)
+    return _KINDS.get(text, TransportError)(text, url)
