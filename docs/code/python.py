@@ -31,6 +31,18 @@ u, s, v = client.linalg.svd(A, nargout=3)
 print(np.allclose(u @ s @ v.T, A))
 print(client.echo(A, nargout=0))
 
+# Lists.
+from hcyclient import Cell
+
+print(client.linalg.solve([[2, 0], [0, 4]], [1, 2]))
+print(type(client.echo(Cell([1, 2]))).__name__)
+
+# What cannot be carried.
+try:
+    client.echo('first', {'a': [1, 'two', {3}]})
+except TypeError as error:
+    print(error)
+
 # One struct or several.
 statistics = client.stats.describe(A)
 print(*[column['mean'] for column in hcyclient.records(statistics)])
@@ -51,16 +63,8 @@ points = np.zeros((2, 2), [('x', 'f8'), ('name', object)])
 print(len(client.echo(points)), client.echo(points, results='exact').dtype.names)
 
 # A cell of dictionaries.
-from hcyclient import Cell
-
 print(type(client.echo([{'a': 1}, {'a': 2}])).__name__)
 print(type(client.echo(Cell([{'a': 1}, {'a': 2}]))).__name__)
-
-# What cannot be carried.
-try:
-    client.echo('first', {'a': [1, 2, 3, {4}]})
-except TypeError as error:
-    print(error)
 
 # Views.
 large = client.echo(np.ones((1000, 1000)))

@@ -10,7 +10,8 @@ import numpy as np
 
 from . import _library as library
 from ._library import COMPLEX, LARGEST_SIZE, LOGICAL, REAL, Handle
-from ._refusal import CannotCarry
+from ._refusal import CannotCarry, array_of
+from ._sequences import double_of
 from ._storage import CHAR_UNIT, DTYPES, NDArray, Shape, element_count, resize, view
 
 UTF16 = 'utf-16-le' if sys.byteorder == 'little' else 'utf-16-be'
@@ -34,7 +35,8 @@ def sized(handle: Handle, shape: Shape) -> Handle:
         return handle
     if max(shape) > LARGEST_SIZE or not resize(handle, shape):
         if max(shape) > LARGEST_SIZE or element_count(shape) > LARGEST_SIZE:
-            raise CannotCarry(f'array of shape {tuple(shape)}: it is too large')
+            raise CannotCarry(f'array of shape {tuple(shape)}: it is too large',
+                              'several calls with a part of it each')
         raise MemoryError
     return handle
 
@@ -54,6 +56,8 @@ def _write(handle: Handle, address: int, shape: Shape, dtype: np.dtype[Any], par
 def numeric_array(value: NDArray) -> Handle:
     """From an array of any dtype that there is a class for."""
     number = _CLASSES.get(value.dtype.char)
+    if value.dtype.char == 'e':  # a half is a single
+        return numeric_array(value.astype(np.float32))
     if number is None:
         return _complex_array(value)
     shape = matrix_shape(value.shape)
@@ -81,7 +85,7 @@ def _complex_array(value: NDArray) -> Handle:
     elif is_complex_integer(dtype):
         number, real, imaginary = _CLASSES[dtype['real'].char], value['real'], value['imag']
     else:
-        raise CannotCarry(f'array of dtype {dtype}')
+        raise array_of(dtype)
     shape = matrix_shape(value.shape)
     handle = _created(shape, library.create_numeric, number, COMPLEX)
     if value.size:
@@ -96,14 +100,7 @@ def real_scalar(value: float) -> Handle:
 
 
 def integer_scalar(value: int) -> Handle:
-    try:
-        number = float(value)
-    except OverflowError:
-        raise CannotCarry('int that is too large for a double') from None
-    if number != value:
-        raise CannotCarry(f'int {value}, which no double is equal to: say which class by '
-                          'numpy.int64 or numpy.uint64')
-    return real_scalar(number)
+    return real_scalar(double_of(value))
 
 
 def logical_scalar(value: bool) -> Handle:
@@ -143,7 +140,8 @@ def _code_units(value: NDArray) -> NDArray:
     """The code units of an array of single characters."""
     points = _code_points(value)
     if points.size and points.max() > np.iinfo(CHAR_UNIT).max:
-        raise CannotCarry('array of characters with one that takes two code units')
+        raise CannotCarry('array of characters with one that takes two code units',
+                          'an array of strings in one dimension')
     return points.astype(CHAR_UNIT)
 
 
@@ -160,7 +158,8 @@ def _rows_of_units(value: NDArray) -> NDArray:
 def text_array(value: NDArray) -> Handle:
     """From an array of texts in one dimension, a row each, or of characters in more."""
     if value.size and value.dtype.itemsize and _code_points(value).max() > sys.maxunicode:
-        raise CannotCarry('array of texts with a number that is no character')
+        raise CannotCarry('array of texts with a number that is no character',
+                          '.view(\'uint32\')')
     if value.ndim == 0:
         return text(value.item())
     if value.ndim == 1:
@@ -169,7 +168,7 @@ def text_array(value: NDArray) -> Handle:
         units = _code_units(value)
     else:
         raise CannotCarry(f'array of dtype {value.dtype} in {value.ndim} dimensions: longer texts '
-                          'are carried in one dimension')
+                          'are carried in one dimension', '.astype(object) for a cell of them')
     handle = _new_text(units.shape)
     if units.size:
         _write(handle, library.get_chars(handle), units.shape, CHAR_UNIT, units)

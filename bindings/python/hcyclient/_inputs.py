@@ -10,8 +10,11 @@ import numpy as np
 from . import _library as library
 from ._dense_inputs import integer_scalar, is_complex_integer, logical_scalar, matrix_shape
 from ._dense_inputs import nothing, numeric_array, real_scalar, scalar, sized, text, text_array
+from ._foreign import array_of_object, fields_of, frame_columns, has_array, pandas_of
+from ._foreign import series_array, unmasked
 from ._library import Handle
 from ._refusal import CannotCarry, object_of
+from ._sequences import numbers_in
 from ._sparse import compressed_columns, is_scipy_sparse, scipy_sparse
 from ._storage import NDArray
 from ._values import Cell, CompressedColumns
@@ -26,7 +29,7 @@ def handles_of(arguments: Iterable[Any]) -> list[Handle]:
     except CannotCarry as refusal:
         raise refusal.as_type_error(len(handles) + 1) from None
     except RecursionError:
-        raise CannotCarry('what is nested too deeply, or holds itself').as_type_error(
+        raise CannotCarry('what is nested too deeply, or holds itself', 'less of it').as_type_error(
             len(handles) + 1) from None
     return handles
 
@@ -82,14 +85,37 @@ def _cell(value: Sequence[Any]) -> Handle:
 
 
 def _sequence(value: Sequence[Any]) -> Handle:
-    """A struct array, if they are dictionaries with the same keys; a cell array otherwise."""
-    first = value[0] if value else None
-    if isinstance(first, Mapping) and all(
-            isinstance(element, Mapping) and element.keys() == first.keys() for element in value):
-        names = list(first)
-        return _structs((1, len(value)), names, ((i,) for i in range(len(value))),
-                        ([element[name] for name in names] for element in value))
-    return _cell(value)
+    """Numbers are an array of them; dictionaries and the like with the same keys are a struct
+    array; anything else is a cell array."""
+    numbers = numbers_in(value)
+    if numbers is not None:
+        return numeric_array(numbers)
+    structs = _same_fields(value)
+    if not structs:
+        return _cell(value)
+    names = list(structs[0])
+    return _structs((1, len(structs)), names, ((i,) for i in range(len(structs))),
+                    ([element[name] for name in names] for element in structs))
+
+
+def _same_fields(value: Sequence[Any]) -> list[Mapping[Any, Any]]:
+    """The fields of each element, if all have some, and the same ones."""
+    found: list[Mapping[Any, Any]] = []
+    for element in value:
+        fields = fields_of(element)
+        if fields is None or found and fields.keys() != found[0].keys():
+            return []
+        found.append(fields)
+    return found
+
+
+def _tuple(value: tuple[Any, ...]) -> Handle:
+    fields = fields_of(value)
+    return _sequence(value) if fields is None else _mapping(fields)
+
+
+def _range(value: range) -> Handle:
+    return _sequence(list(value))
 
 
 def _mapping(value: Mapping[Any, Any]) -> Handle:
@@ -118,28 +144,38 @@ def _structs(shape: Sequence[int], names: list[Any], places: Iterable[tuple[obje
 
 def _field_name(name: Any) -> bytes:
     if not isinstance(name, str):
-        raise CannotCarry(f'key of type {type(name).__name__}: the name of a field is a str')
+        raise CannotCarry(f'key of type {type(name).__name__}: the name of a field is a str',
+                          'str(x)')
     try:
         encoded = name.encode(errors='surrogateescape')
     except UnicodeEncodeError:
-        raise CannotCarry(f'key {name!r}: it is no text') from None
+        raise CannotCarry(f'key {name!r}: it is no text', 'a key without surrogates') from None
     if b'\0' in encoded:
-        raise CannotCarry(f'key {name!r}: the name of a field has no NUL')
+        raise CannotCarry(f'key {name!r}: the name of a field has no NUL', 'a key without it')
     return encoded
 
 
 def _conversion_of(value: Any) -> Callable[[Any], Handle]:
-    """For types that are derived from those of the table, and for sparse matrices."""
+    """For types that are derived from those of the table, and for those of other libraries."""
     if isinstance(value, np.ma.MaskedArray):
-        raise object_of(value)
+        return lambda masked: _array(unmasked(masked))
     if isinstance(value, (np.ndarray, np.generic)) and not isinstance(value, str):
         return lambda derived: _array(np.asarray(derived))  # not of a class with ways of its own
     if is_scipy_sparse(value):  # first, as one kind of them is derived from dict
         return scipy_sparse
+    pandas = pandas_of(value)
+    if pandas is not None:
+        is_frame = isinstance(value, pandas.DataFrame)
+        return (lambda frame: _mapping(frame_columns(frame))) if is_frame else (
+            lambda series: _array(series_array(series)))
     for base, convert in _DERIVED:
         if isinstance(value, base):
             return convert
-    raise object_of(value)
+    if has_array(value):
+        return lambda other: _array(array_of_object(other))
+    if fields_of(value) is None:
+        raise object_of(value)
+    return lambda instance: _mapping(fields_of(instance) or {})
 
 
 _CONVERSIONS: dict[type, Callable[[Any], Handle]] = {
@@ -152,6 +188,7 @@ _CONVERSIONS: dict[type, Callable[[Any], Handle]] = {
     dict: _mapping,
     list: _sequence,
     tuple: _sequence,
+    range: _range,
     Cell: _cell,
     CompressedColumns: compressed_columns,
     type(None): nothing,
@@ -159,4 +196,4 @@ _CONVERSIONS: dict[type, Callable[[Any], Handle]] = {
 _DERIVED: list[tuple[type, Callable[[Any], Handle]]] = [
     (float, real_scalar), (int, integer_scalar), (complex, scalar),
     (str, text), (Mapping, _mapping), (Cell, _cell), (CompressedColumns, compressed_columns),
-    (list, _sequence), (tuple, _sequence)]
+    (list, _sequence), (tuple, _tuple)]

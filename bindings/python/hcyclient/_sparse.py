@@ -15,6 +15,7 @@ from ._storage import DTYPES, SIZE, NDArray, require_memory, view
 from ._unreadable import malformed, missing_elements, missing_indices
 from ._values import CompressedColumns
 
+_SCIPY = 'scipy.sparse.csc_matrix(...), which checks what it is made of'
 _DOUBLE, _LOGICAL = DTYPES[library.DOUBLE], DTYPES[library.LOGICAL]
 
 
@@ -38,13 +39,14 @@ def compressed_columns(value: CompressedColumns) -> Handle:
     data, indices, indptr = map(np.asarray, value[:3])
     if data.dtype.char not in '?dD':
         raise CannotCarry(f'sparse matrix of dtype {data.dtype}: only float64, complex128 and bool '
-                          'are carried')
+                          'are carried', ".astype('float64')")
     if data.ndim != 1 or not _are_indices(indices) or not _are_indices(indptr):
-        raise CannotCarry('sparse matrix whose parts are not lists of values, rows and columns')
+        raise CannotCarry('sparse matrix whose parts are not lists of values, rows and columns',
+                          _SCIPY)
     stored = int(indptr[-1]) if indptr.size else 0
     if stored > min(len(data), len(indices), LARGEST_SIZE) or not _make_sense(
             rows, columns, indices[:stored], indptr):
-        raise CannotCarry('sparse matrix whose rows and columns make no sense')
+        raise CannotCarry('sparse matrix whose rows and columns make no sense', _SCIPY)
     require_memory(columns + 1 + 3 * stored)
     if data.dtype == _LOGICAL:
         handle: Handle = library.create_sparse_logical(rows, columns, stored)
@@ -64,11 +66,12 @@ def _rows_and_columns(shape: Any) -> tuple[int, int]:
     try:
         rows, columns = map(index, shape)
     except (TypeError, ValueError):
-        raise CannotCarry('sparse matrix whose shape is not two whole numbers') from None
+        raise CannotCarry('sparse matrix whose shape is not two whole numbers', _SCIPY) from None
     if min(rows, columns) < 0:
-        raise CannotCarry(f'sparse matrix of shape {(rows, columns)}')
+        raise CannotCarry(f'sparse matrix of shape {(rows, columns)}', _SCIPY)
     if max(rows, columns + 1) > LARGEST_SIZE:
-        raise CannotCarry(f'sparse matrix of shape {(rows, columns)}: it is too large')
+        raise CannotCarry(f'sparse matrix of shape {(rows, columns)}: it is too large',
+                          'several calls with a part of it each')
     return rows, columns
 
 

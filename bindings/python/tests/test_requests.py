@@ -1,10 +1,15 @@
 # SPDX-License-Identifier: Apache-2.0
 """What a server gets to see, where what comes back from an echo does not tell."""
+import collections
+
 import numpy as np
 import pytest
 import replies
 import scipy.sparse
+from hcyclient import Cell
 from replies import CELL, CHAR, DOUBLE, LOGICAL, STRUCT, array, double_array, field, result
+
+Point = collections.namedtuple('Point', 'x y')
 
 
 def requested(client, *arguments, nargout=0):
@@ -23,9 +28,22 @@ def requested(client, *arguments, nargout=0):
     ('', CHAR, [0, 0]),
     ('ab', CHAR, [1, 2]),
     (np.array(['abc', 'd']), CHAR, [2, 3]),
-    ([], CELL, [0, 0]),
-    ([1, 2], CELL, [1, 2]),
-    ((), CELL, [0, 0]),
+    ([], DOUBLE, [0, 0]),
+    ((), DOUBLE, [0, 0]),
+    ([1, 2], DOUBLE, [2, 1]),
+    ([[1, 2, 3], (4, 5, 6)], DOUBLE, [2, 3]),
+    ([[]], DOUBLE, [1, 0]),
+    ([True, False], LOGICAL, [2, 1]),
+    ([[[1], [2]]], DOUBLE, [1, 2, 1]),
+    (range(4), DOUBLE, [4, 1]),
+    (range(0), DOUBLE, [0, 0]),
+    (Cell(), CELL, [0, 0]),
+    (Cell([1, 2]), CELL, [1, 2]),
+    ([1, 'a'], CELL, [1, 2]),
+    ([np.ones(2), np.ones(2)], CELL, [1, 2]),
+    ([None], CELL, [1, 1]),
+    (Point(1, 2), STRUCT, [1, 1]),
+    ([Point(1, 2), {'x': 3, 'y': 4}], STRUCT, [1, 2]),
     (np.empty((0, 0), object), CELL, [0, 0]),
     ({}, STRUCT, [1, 1]),
     ([{'a': 1}, {'a': 2}], STRUCT, [1, 2]),

@@ -126,9 +126,11 @@ def struct_lists(draw, elements):
             for _ in range(draw(st.integers(2, 3)))]
 
 
+# One of numbers alone would be an array.
+CELLS = {list: lambda values: ['', *values], tuple: lambda values: (*values, '')}
 VALUES = st.recursive(LEAVES, lambda inner: st.one_of(
-    st.lists(inner, max_size=3), st.lists(inner, max_size=3).map(Cell),
-    st.lists(inner, max_size=2).map(tuple), st.dictionaries(NAMES, inner, max_size=3),
+    st.lists(inner, max_size=3).map(CELLS[list]), st.lists(inner, max_size=3).map(Cell),
+    st.lists(inner, max_size=2).map(CELLS[tuple]), st.dictionaries(NAMES, inner, max_size=3),
     object_arrays(inner), structured_arrays(inner), struct_lists(inner)), max_leaves=6)
 
 
@@ -222,3 +224,66 @@ def test_several_arguments_and_outputs(server, session_client, sent):
     for element, other in zip(back or (), sent):
         require_equal(element, other)
     assert (back is None) == (not sent) and isinstance(session_client, hcyclient.Client)
+
+
+def natural(sent):
+    """What an echo of it gives, unless results are exact."""
+    if isinstance(sent, dict):
+        return {name: natural(value) for name, value in sent.items()}
+    if isinstance(sent, (list, tuple)):
+        if type(sent) is Cell or not same_keys(sent):
+            return [natural(value) for value in sent]
+        if not sent[0] and len(sent) > 1:
+            return np.empty((1, len(sent)), [])
+        elements = [natural({name: element[name] for name in sent[0]}) for element in sent]
+        return elements if len(sent) > 1 else elements[0]
+    if isinstance(sent, np.ndarray) and sent.dtype.names:
+        elements = [dict(zip(sent.dtype.names, map(natural, one))) for one in sent.ravel('F')]
+        return elements if sent.size != 1 or sent.ndim > 2 else elements[0]
+    if isinstance(sent, np.ndarray) and sent.dtype == object:
+        return natural_cells(sent)
+    return natural_leaf(sent)
+
+
+def natural_cells(sent):
+    values = [natural(value) for value in sent.ravel('F')]
+    if sent.ndim == 2 and (1 in sent.shape or sent.shape == (0, 0)):
+        return values
+    array = np.empty(sent.size, object)
+    for i, value in enumerate(values):
+        array[i] = value
+    return array.reshape(sent.shape, order='F')
+
+
+def natural_leaf(sent):
+    if sent is None:
+        return np.empty((0, 0))
+    if isinstance(sent, str):
+        return sent
+    array = np.asarray(float(sent) if type(sent) is int else sent)
+    if array.ndim < 2 or array.ndim == 2 and 1 in array.shape:
+        return array.reshape(-1) if array.size != 1 else array.reshape(())[()]
+    return array
+
+
+def require_same(back, expected):
+    if isinstance(expected, np.ndarray) and expected.dtype == object:
+        assert back.dtype == object and back.shape == expected.shape
+        require_same(list(back.flat), list(expected.flat))
+    elif isinstance(expected, dict):
+        assert type(back) is dict and list(back) == list(expected)
+        require_same(list(back.values()), list(expected.values()))
+    elif isinstance(expected, list):
+        assert isinstance(back, list) and len(back) == len(expected)
+        for one, other in zip(back, expected):
+            require_same(one, other)
+    elif isinstance(expected, str):
+        assert type(back) is str and back == expected
+    else:
+        assert type(back) is type(expected) and back.dtype == expected.dtype
+        assert back.shape == expected.shape and back.tobytes('F') == expected.tobytes('F')
+
+
+@given(VALUES)
+def test_natural_results(server, session_client, sent):
+    require_same(session_client.feval(server + '/echo', sent, results='natural'), natural(sent))
