@@ -47,6 +47,16 @@ except TypeError as error:
 statistics = client.stats.describe(A)
 print(*[column['mean'] for column in hcyclient.records(statistics)])
 
+# Tables.
+import pandas
+
+frame = pandas.DataFrame({'part': ['box', 'lid'], 'weight': [2.5, 0.5]})
+columns = client.echo(frame)
+print(columns['part'], columns['weight'].sum())
+print(hcyclient.to_pandas(columns))
+
+print(hcyclient.to_structured(columns)['weight'])
+
 # Exact results.
 row = np.array([[1.0, 2.0, 3.0]])
 print(client.echo(row).shape, client.echo(row, results='exact').shape)
@@ -145,5 +155,11 @@ for name in ('demo/fail', 'no/such/function'):
         print(error.status, error.reason)
     except ConnectionError as error:  # Python's own, of which hcyclient.ConnectionError is a kind
         print('try again later:', error)
+
+# The log.
+import logging
+
+logging.basicConfig(stream=sys.stdout, format='%(name)s %(message)s')
+logging.getLogger('hcyclient').setLevel(logging.DEBUG)
 
 client.close()

@@ -8,7 +8,7 @@
 """
 from ._async import AsyncClient, AsyncFunction
 from ._client import Client, Function
-from ._tables import records
+from ._tables import records, to_pandas, to_structured
 from ._values import Cell, CompressedColumns, complex_dtype
 from .errors import CertificateError, ConnectionError, Error, FunctionError, HttpError
 from .errors import IncompleteReply, ReplyTooLarge, StackFrame, TimeoutError, TransportError
@@ -32,5 +32,7 @@ __all__ = [
     'TransportError',
     'complex_dtype',
     'records',
+    'to_pandas',
+    'to_structured',
 ]
 __version__ = '1.1.0'

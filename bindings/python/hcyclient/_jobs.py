@@ -9,11 +9,13 @@ from __future__ import annotations
 from _thread import allocate_lock
 from concurrent.futures import Future
 from ctypes import byref, c_void_p, sizeof
+from time import perf_counter
 from typing import Any, Callable, NoReturn, Optional
 
 from ._connection import Connection
 from ._inputs import handles_of
 from ._library import Handle
+from ._log import byte_count, is_wanted, log_call
 from ._outputs import ExactReader
 from ._records import last_failure
 from ._urls import public
@@ -51,11 +53,24 @@ class Call:
             self.room = room
 
     def evaluate(self, connection: Connection) -> None:
+        if is_wanted():
+            self._evaluate_and_log(connection)
+        else:
+            self._evaluate(connection)
+        self.inputs = []
+
+    def _evaluate(self, connection: Connection) -> None:
         count = len(self.inputs)
         pointers = (c_void_p * count)(*[handle.value for handle in self.inputs])
         if connection.feval(connection.context, self.url, self.nargout, self.room, count, pointers):
             self.failure = last_failure(connection.runtime, connection.context, public(self.url))
-        self.inputs = []
+
+    def _evaluate_and_log(self, connection: Connection) -> None:
+        start = perf_counter()
+        self._evaluate(connection)
+        seconds = perf_counter() - start
+        log_call(public(self.url), seconds, byte_count(self.inputs), byte_count(self.outputs),
+                 self.failure, self.wanted)
 
     def result(self) -> Any:
         """Raises what the call failed with. The outputs are nobody's afterwards: an exception that

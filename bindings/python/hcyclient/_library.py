@@ -76,6 +76,9 @@ is_complex = _function('hcyIsComplex', c_bool, c_void_p)
 is_sparse = _function('hcyIsSparse', c_bool, c_void_p)
 get_dimension_count = _function('hcyGetNumberOfDimensions', c_size_t, c_void_p)
 get_dimensions = _function('hcyGetDimensions', ctypes.POINTER(c_size_t), c_void_p)
+get_element_count = _function('hcyGetNumberOfElements', c_size_t, c_void_p)
+get_element_size = _function('hcyGetElementSize', c_size_t, c_void_p)
+get_room = _function('hcyGetNzmax', c_size_t, c_void_p)  # of a sparse array
 # Writing many elements takes a while.
 set_dimensions = _function('hcySetDimensions', c_int, c_void_p, c_void_p, c_size_t, unlocks=True)
 
