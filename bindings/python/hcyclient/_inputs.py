@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from ctypes import c_char_p
-from typing import Any, Callable, Iterable, Mapping, Sequence
+from typing import Any, Callable, Iterable, Iterator, Mapping, Sequence
 
 import numpy as np
 
@@ -124,9 +124,15 @@ def _mapping(value: Mapping[Any, Any]) -> Handle:
 
 def _structured_array(value: NDArray) -> Handle:
     names = list(value.dtype.names or ())
-    elements = value.reshape(-1, order='F')
     return _structs(matrix_shape(value.shape), names, ((index,) for index in _indices(value)),
-                    ([element[name] for name in names] for element in elements))
+                    _rows(value.reshape(-1, order='F'), names))
+
+
+def _rows(elements: NDArray, names: list[str]) -> Iterator[tuple[Any, ...]]:
+    """Their values, which are taken out column by column: that is several times as fast. Only the
+    two dtypes that Python has a type for are made values of Python."""
+    yield from zip(*(elements[name].tolist() if elements.dtype[name].char in 'd?'
+                     else list(elements[name]) for name in names))
 
 
 def _structs(shape: Sequence[int], names: list[Any], places: Iterable[tuple[object, ...]],

@@ -2,7 +2,9 @@
 """Values as Python's users expect them: numbers, vectors, strings, dictionaries and lists."""
 from __future__ import annotations
 
-from typing import Any
+from ctypes import c_double, c_float, c_int8, c_int16, c_int32, c_int64, c_uint8, c_uint16
+from ctypes import c_uint32, c_uint64
+from typing import Any, Callable
 
 import numpy as np
 
@@ -10,7 +12,15 @@ from . import _library as library
 from ._library import Handle
 from ._outputs import ExactReader, Shape, code_units, decoded, empty, field_names
 from ._outputs import number_array
-from ._storage import CHAR_UNIT, view
+from ._storage import CHAR_UNIT, DTYPES, view
+
+
+_IN_C: list[Any] = [c_uint8, c_int8, c_uint16, c_int16, c_uint32, c_int32, c_uint64, c_int64,
+                    c_float, c_double]
+# How one element of each class is read, and its type in NumPy.
+_SCALARS: dict[int, tuple[Callable[[int], Any], Callable[[Any], Any]]] = {
+    number: (kind.from_address, dtype.type)
+    for number, (kind, dtype) in enumerate(zip(_IN_C, DTYPES))}
 
 
 def _is_vector(shape: Shape) -> bool:
@@ -19,6 +29,17 @@ def _is_vector(shape: Shape) -> bool:
 
 class NaturalReader(ExactReader):
     """Gives up the difference between rows, columns and lists."""
+
+    def value_of(self, handle: Handle) -> Any:
+        # Most elements of containers are single numbers: no array is made for those.
+        scalar = _SCALARS.get(library.get_class(handle))
+        if scalar is not None and library.get_element_count(handle) == 1 and not (
+                library.is_complex(handle) or library.is_sparse(handle)):
+            address = library.get_data(handle)
+            if address and library.get_dimension_count(handle) <= 2:
+                at, kind = scalar
+                return kind(at(address).value)
+        return super().value_of(handle)
 
     def numbers(self, handle: Handle, number: int, shape: Shape, count: int) -> Any:
         array = number_array(handle, number, shape, count)

@@ -28,7 +28,9 @@ def answer(client, *outputs, **options):
 
 
 @pytest.mark.parametrize('sent', [
-    2.5, np.float32(2.5), np.int8(-3), np.uint64(2**64 - 1), np.int64(2**62), True, np.False_,
+    2.5, -0.0, float('inf'), np.float32(2.5), np.uint8(200), np.int8(-3), np.uint16(65535),
+    np.int16(-2**15), np.uint32(2**32 - 1), np.int32(-2**31), np.uint64(2**64 - 1),
+    np.int64(-2**63), True, np.False_,
     1 + 2j, np.complex64(1j)])
 def test_a_number_is_a_scalar_of_numpy(echo, sent):
     back = echo(sent)
