@@ -3,6 +3,7 @@
 #include "function_table.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "functions.h"
 
@@ -56,6 +57,16 @@ std::string listOfFunctions() {
     page.append(function.outputs).append("\n");
   }
   return page;
+}
+
+std::string functionsAsJson() {
+  auto list = nlohmann::ordered_json::array();
+  for (const Function& function : table) {
+    list.push_back({{"name", function.path},
+                    {"arguments", function.arguments},
+                    {"summary", function.outputs}});
+  }
+  return nlohmann::ordered_json{{"functions", list}}.dump() + "\n";
 }
 
 }  // namespace hcy::server

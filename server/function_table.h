@@ -54,7 +54,11 @@ std::span<const Function> functions();
 // Null if there is none.
 const Function* findFunction(std::string_view path);
 
-// A table of the functions as plain text.
+// The functions for a person, as a table in plain text.
 std::string listOfFunctions();
+
+// The functions for a program:
+// {"functions": [{"name": ..., "arguments": ..., "summary": ...}, ...]}.
+std::string functionsAsJson();
 
 }  // namespace hcy::server

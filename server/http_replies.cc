@@ -2,6 +2,8 @@
 
 #include "http_replies.h"
 
+#include <algorithm>
+#include <boost/algorithm/string/predicate.hpp>
 #include <boost/beast/http/fields.hpp>
 #include <boost/beast/http/verb.hpp>
 #include <exception>
@@ -17,6 +19,7 @@ namespace {
 namespace http = boost::beast::http;
 
 constexpr std::string_view kPlainText = "text/plain; charset=utf-8";
+constexpr std::string_view kJson = "application/json";
 constexpr std::string_view kProtobuf = "application/x-google-protobuf";
 constexpr unsigned kHttp11 = 11;
 
@@ -52,6 +55,24 @@ std::string_view pathOf(const HttpRequest& request) {
   return path == std::string_view::npos ? "/" : target.substr(path);
 }
 
+bool isGetOrHead(const HttpRequest& request) {
+  return request.method() == http::verb::get || request.method() == http::verb::head;
+}
+
+bool asksForJson(const HttpRequest& request) {
+  const auto [first, last] = request.equal_range(http::field::accept);
+  return std::any_of(first, last,
+                     [](const auto& field) { return boost::icontains(field.value(), kJson); });
+}
+
+Reply index(const HttpRequest& request) {
+  Reply reply{asksForJson(request)
+                  ? makeResponse(http::status::ok, kJson, ByteBuffer(functionsAsJson()))
+                  : plainText(http::status::ok, listOfFunctions())};
+  reply.message.set(http::field::vary, "Accept");
+  return reply;
+}
+
 Reply evaluated(FunctionCall& call) {
   Evaluation evaluation = call.evaluate();
   return {makeResponse(http::status::ok, kProtobuf, std::move(evaluation.result)),
@@ -84,11 +105,9 @@ const Function* functionCalledBy(const HttpRequest& request) {
 
 Reply replyWithoutCall(const HttpRequest& request) {
   const std::string_view path = pathOf(request);
-  if (path == "/") {
-    if (request.method() != http::verb::get && request.method() != http::verb::head) {
-      return {methodNotAllowed("GET, HEAD")};
-    }
-    return {plainText(http::status::ok, listOfFunctions())};
+  if (path == "/" || path == "/healthz") {
+    if (!isGetOrHead(request)) return {methodNotAllowed("GET, HEAD")};
+    return path == "/" ? index(request) : Reply{plainText(http::status::ok, "ok\n")};
   }
   if (path.starts_with('/') && findFunction(path.substr(1)) != nullptr) {
     return {methodNotAllowed("POST")};

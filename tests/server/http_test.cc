@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,6 +61,31 @@ TEST(Http, ListsTheFunctions) {
   EXPECT_EQ(head.status, 200);
   EXPECT_EQ(head.body, "");
   EXPECT_EQ(head.header.at("content-length"), std::to_string(page.body.size()));
+}
+
+TEST(Http, ListsTheFunctionsAsJson) {
+  const LocalServer server;
+  for (const char* accept :
+       {"Accept: application/json", "accept: text/html;q=0.5, Application/JSON"}) {
+    const HttpReply page =
+        sendRequest(server.url("/"), "", {.method = "GET", .headerLines = {accept}});
+    EXPECT_EQ(page.status, 200);
+    EXPECT_EQ(page.header.at("content-type"), "application/json");
+    const auto list = nlohmann::json::parse(page.body).at("functions");
+    ASSERT_EQ(list.size(), 11U);
+    EXPECT_EQ(list[5],
+              (nlohmann::json{{"name", "math/plus"},
+                              {"arguments", "A, B (real or complex, equal shape or one a scalar)"},
+                              {"summary", "A + B"}}));
+  }
+}
+
+TEST(Http, TellsThatItServes) {
+  const LocalServer server;
+  const HttpReply health = sendRequest(server.url("/healthz"), "", {.method = "GET"});
+  EXPECT_EQ(health.status, 200);
+  EXPECT_EQ(health.body, "ok\n");
+  EXPECT_EQ(sendRequest(server.url("/healthz"), "").status, 405);
 }
 
 TEST(Http, KnowsNoOtherPath) {

@@ -113,7 +113,7 @@ class Completion(unittest.TestCase):
         for command in COMMANDS:
             long = {option for option in options_of(command) if option.startswith('--')}
             self.assertEqual(self.completed('hcy', command, 'x', '--'), long)
-        self.assertEqual(self.completed('hcy', ''), {*COMMANDS, 'help', '--help', '--version'})
+        self.assertEqual(self.completed('hcy', ''), {*COMMANDS, 'serve', 'help', '--help', '--version'})
 
     def test_every_class_is_offered(self):
         offered = set().union(*(self.completed('hcy', 'call', 'x', letter)

@@ -3,6 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
 #include <iostream>
 
 #include "bench/bench.h"
@@ -43,10 +46,25 @@ int run(Options& options) {
   return kUsage;
 }
 
+// Becomes the local server, which is installed beside this program, or else found as the shell
+// would. Returns only if there is none.
+int serve(char** argv) {
+  char name[] = "hcy-local-server";
+  argv[1] = name;
+  std::error_code unknown;
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", unknown);
+  if (!unknown) ::execv((self.parent_path() / name).c_str(), argv + 1);
+  ::execvp(name, argv + 1);
+  std::cerr << "hcy: " << name << " cannot be started: " << std::strerror(errno) << '\n';
+  return kTransportError;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   occupyStandardDescriptors();
+  // Its options are those of the server.
+  if (argc > 1 && std::string_view(argv[1]) == "serve") return serve(argv);
   bool isJson = false;
   try {
     CommandLine commandLine = parseCommandLine(argc, argv);

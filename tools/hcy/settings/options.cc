@@ -389,6 +389,8 @@ CommandLine parseCommandLine(int argc, char** argv) {
   addBench(app, options);
   addEncode(app, options);
   addShow(app, options);
+  // Only for the help: main() hands the command over before the options are read.
+  app.add_subcommand("serve", "Serve functions on this machine: hcy-local-server(1)");
   const std::vector<std::string> words = wordsOf(argc, argv);
   const bool isJson = std::find(words.begin(), words.end(), "--json") != words.end();
   if (!words.empty() && words.front()[0] != '-' && !isCommand(app, words.front())) {
