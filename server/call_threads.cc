@@ -8,6 +8,7 @@
 #include <thread>
 #include <utility>
 
+#include "faulty_replies.h"
 #include "function_call.h"
 
 namespace hcy::server {
@@ -27,17 +28,53 @@ struct CallThreads::Task {
   std::unique_ptr<FunctionCall> call;
   // Among the long calls, if it is one.
   BudgetShare place;
+  ScheduledFault fault{};
+  std::optional<LoggedCall> logged{};
 };
 
-CallThreads::CallThreads(std::size_t mostLong) : longCalls_(mostLong) {}
+CallThreads::CallThreads(std::size_t mostLong, Service& service, FaultSchedule& faults,
+                         CallLog& log)
+    : service_(service), faults_(faults), log_(log), longCalls_(mostLong) {}
 
 void CallThreads::answer(HttpRequest& request, std::function<void(Reply)> done) {
-  const Function* function = functionCalledBy(request);
   Task task{&request, std::move(done), nullptr, BudgetShare(longCalls_)};
-  if (function == nullptr) return end(std::move(task), replyWithoutCall(request));
-  task.call = std::make_unique<FunctionCall>(*function);
-  if (request.body().size() <= kSmallBody) return begin(std::move(task));
-  asio::post(linear_, [this, task = std::move(task)]() mutable { begin(std::move(task)); });
+  task.logged = log_.begin(request);
+  if (isCall(request)) {
+    task.fault = faults_.next(pathOf(request).substr(1));
+    if (auto reply = replyInstead(task.fault, request)) {
+      return end(std::move(task), std::move(*reply));
+    }
+  }
+  dispatch(std::move(task));
+}
+
+void CallThreads::dispatch(Task task) {
+  const HttpRequest& request = *task.request;
+  const Function* const function = service_.ownFunction(request);
+  const bool isSmall = request.body().size() <= kSmallBody;
+  if (function != nullptr) {
+    task.call = std::make_unique<FunctionCall>(*function);
+    if (isSmall) return begin(std::move(task));
+    asio::post(linear_, [this, task = std::move(task)]() mutable { begin(std::move(task)); });
+  } else {
+    if (isSmall) return answerOutside(std::move(task));
+    asio::post(linear_,
+               [this, task = std::move(task)]() mutable { answerOutside(std::move(task)); });
+  }
+}
+
+// By something else than a function of this program.
+void CallThreads::answerOutside(Task task) {
+  if (std::optional<Reply> reply = service_.answerAtOnce(*task.request)) {
+    return end(std::move(task), std::move(*reply));
+  }
+  if (!task.place.growTo(1)) {
+    return end(std::move(task), overloaded("Too many calls take long.\n"));
+  }
+  asio::post(long_, [this, task = std::move(task)]() mutable {
+    Reply reply = service_.answerByWaiting(*task.request);
+    end(std::move(task), std::move(reply));
+  });
 }
 
 void CallThreads::begin(Task task) {
@@ -55,15 +92,20 @@ void CallThreads::evaluate(Task task) {
   Reply reply = replyTo(*task.call);
   // What the arguments took is free while the reply waits.
   task.call.reset();
-  if (reply.delay > decltype(reply.delay)::zero()) {
-    if (!task.place.growTo(1)) return end(std::move(task), overloaded("Too many calls sleep.\n"));
-    reply.place = std::move(task.place);
-  }
   end(std::move(task), std::move(reply));
 }
 
 void CallThreads::end(Task task, Reply reply) {
+  if (!task.fault.text.empty()) disturb(reply, task.fault);
+  if (reply.delay > decltype(reply.delay)::zero()) {
+    if (task.place.growTo(1)) {
+      reply.place = std::move(task.place);
+    } else {
+      reply = overloaded("Too many calls sleep.\n");
+    }
+  }
   finish(reply, *task.request);
+  if (task.logged) log_.end(*task.logged, reply);
   task.done(std::move(reply));
 }
 

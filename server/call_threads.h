@@ -14,14 +14,17 @@
 #include <vector>
 
 #include "budget.h"
+#include "call_log.h"
+#include "fault_schedule.h"
 #include "http_replies.h"
+#include "service.h"
 
 namespace hcy::server {
 
 class CallThreads {
  public:
   // At most so many calls may calculate long, or sleep, at a time.
-  explicit CallThreads(std::size_t mostLong);
+  CallThreads(std::size_t mostLong, Service& service, FaultSchedule& faults, CallLog& log);
 
   // Calls `done` with the reply, once, on this thread or another. The request, whose body is taken,
   // lives until then.
@@ -33,10 +36,15 @@ class CallThreads {
  private:
   struct Task;
 
+  void dispatch(Task task);
+  void answerOutside(Task task);
   void begin(Task task);
   void evaluate(Task task);
   void end(Task task, Reply reply);
 
+  Service& service_;
+  FaultSchedule& faults_;
+  CallLog& log_;
   Budget longCalls_;
   // In proportion to the size of their messages.
   boost::asio::io_context linear_;

@@ -12,6 +12,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "hcy.client.VORTENArray.pb.h"
 
@@ -54,11 +55,18 @@ std::span<const Function> functions();
 // Null if there is none.
 const Function* findFunction(std::string_view path);
 
+// A function as the server's index has it.
+struct ListedFunction {
+  std::string name;
+  std::string arguments;
+  std::string outputs;
+};
+
 // The functions for a person, as a table in plain text.
-std::string listOfFunctions();
+std::string listOfFunctions(const std::vector<ListedFunction>& functions);
 
 // The functions for a program:
 // {"functions": [{"name": ..., "arguments": ..., "summary": ...}, ...]}.
-std::string functionsAsJson();
+std::string functionsAsJson(const std::vector<ListedFunction>& functions);
 
 }  // namespace hcy::server

@@ -45,16 +45,6 @@ HttpResponse methodNotAllowed(std::string_view allowed) {
   return response;
 }
 
-// Leaves out the query, and the server's own address if the target begins with it.
-std::string_view pathOf(const HttpRequest& request) {
-  std::string_view target(request.target().data(), request.target().size());
-  target = target.substr(0, target.find('?'));
-  const std::size_t schemeEnd = target.find("://");
-  if (target.starts_with('/') || schemeEnd == std::string_view::npos) return target;
-  const std::size_t path = target.find('/', schemeEnd + 3);
-  return path == std::string_view::npos ? "/" : target.substr(path);
-}
-
 bool isGetOrHead(const HttpRequest& request) {
   return request.method() == http::verb::get || request.method() == http::verb::head;
 }
@@ -65,10 +55,10 @@ bool asksForJson(const HttpRequest& request) {
                      [](const auto& field) { return boost::icontains(field.value(), kJson); });
 }
 
-Reply index(const HttpRequest& request) {
+Reply index(const HttpRequest& request, const std::vector<ListedFunction>& functions) {
   Reply reply{asksForJson(request)
-                  ? makeResponse(http::status::ok, kJson, ByteBuffer(functionsAsJson()))
-                  : plainText(http::status::ok, listOfFunctions())};
+                  ? makeResponse(http::status::ok, kJson, ByteBuffer(functionsAsJson(functions)))
+                  : plainText(http::status::ok, listOfFunctions(functions))};
   reply.message.set(http::field::vary, "Accept");
   return reply;
 }
@@ -97,22 +87,56 @@ std::optional<Reply> refusalOfHeader(const HttpRequest& request) {
   return std::nullopt;
 }
 
-const Function* functionCalledBy(const HttpRequest& request) {
-  const std::string_view path = pathOf(request);
-  if (request.method() != http::verb::post || !path.starts_with('/')) return nullptr;
-  return findFunction(path.substr(1));
+std::string_view targetOf(const HttpRequest& request) {
+  const std::string_view target(request.target().data(), request.target().size());
+  // The server's own address may stand before it.
+  const std::size_t schemeEnd = target.substr(0, target.find('?')).find("://");
+  if (target.starts_with('/') || schemeEnd == std::string_view::npos) return target;
+  const std::size_t path = target.find_first_of("/?", schemeEnd + 3);
+  return path == std::string_view::npos || target[path] == '?' ? "/" : target.substr(path);
 }
 
-Reply replyWithoutCall(const HttpRequest& request) {
+std::string_view pathOf(const HttpRequest& request) {
+  const std::string_view target = targetOf(request);
+  return target.substr(0, target.find('?'));
+}
+
+bool isCall(const HttpRequest& request) {
+  const std::string_view path = pathOf(request);
+  return request.method() == http::verb::post && path.starts_with('/') && path != "/" &&
+         path != "/healthz";
+}
+
+Reply replyWithoutCall(const HttpRequest& request, const std::vector<ListedFunction>& functions) {
   const std::string_view path = pathOf(request);
   if (path == "/" || path == "/healthz") {
     if (!isGetOrHead(request)) return {methodNotAllowed("GET, HEAD")};
-    return path == "/" ? index(request) : Reply{plainText(http::status::ok, "ok\n")};
+    return path == "/" ? index(request, functions) : Reply{plainText(http::status::ok, "ok\n")};
   }
-  if (path.starts_with('/') && findFunction(path.substr(1)) != nullptr) {
-    return {methodNotAllowed("POST")};
-  }
-  return {plainText(http::status::not_found, "There is no function of this path.\n")};
+  const auto hasPath = [path](const ListedFunction& one) { return "/" + one.name == path; };
+  if (std::ranges::any_of(functions, hasPath)) return {methodNotAllowed("POST")};
+  return notFound("There is no function of this path.\n");
+}
+
+Reply notFound(std::string_view reason) { return {plainText(http::status::not_found, reason)}; }
+
+Reply serverFault(http::status status, const std::string& reason) {
+  return {plainText(status, reason + "\n")};
+}
+
+Reply resultReply(ByteBuffer result, Source source) {
+  Reply reply{makeResponse(http::status::ok, kProtobuf, std::move(result))};
+  reply.source = source;
+  return reply;
+}
+
+HttpResponse asRecorded(unsigned status, const std::string& reason, const std::string& contentType,
+                        ByteBuffer body) {
+  HttpResponse response = makeResponse(http::status::ok, contentType, std::move(body));
+  response.result(status);
+  response.reason(reason);
+  if (contentType.empty()) response.erase(http::field::content_type);
+  return response;
 }
 
 std::optional<Reply> failureToParse(FunctionCall& call, HttpRequest& request) try {

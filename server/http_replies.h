@@ -7,8 +7,11 @@
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/status.hpp>
 #include <chrono>
+#include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "budget.h"
 #include "byte_body.h"
@@ -22,6 +25,23 @@ inline constexpr std::string_view kNoMemory = "Not enough memory.\n";
 using HttpRequest = boost::beast::http::request<ByteBody>;
 using HttpResponse = boost::beast::http::response<ByteBody>;
 
+// How a reply is sent.
+struct Delivery {
+  enum class Way {
+    kWhole,
+    kReset,      // the connection is reset instead
+    kClosed,     // the connection ends instead
+    kTruncated,  // the body ends after some bytes, and the connection with it
+    kDripped,    // the body comes slowly
+  };
+  Way way = Way::kWhole;
+  std::uint64_t bytes = 0;
+  double bytesPerSecond = 0;
+};
+
+// Where a reply comes from.
+enum class Source { kServer, kCommand, kRecorded, kUpstream };
+
 struct Reply {
   HttpResponse message;
   std::chrono::nanoseconds delay{0};
@@ -29,6 +49,10 @@ struct Reply {
   std::optional<BudgetShare> place{};
   // Kept until the client has read the reply.
   std::optional<BudgetShare> room{};
+  Source source = Source::kServer;
+  // What was done to it on purpose; empty for nothing.
+  std::string fault{};
+  Delivery delivery{};
 };
 
 // A reason in plain text; the connection ends with it.
@@ -37,9 +61,23 @@ Reply refusal(boost::beast::http::status status, std::string_view reason);
 // Present if the header alone is enough to refuse the request.
 std::optional<Reply> refusalOfHeader(const HttpRequest& request);
 
-// The function that the request calls; null if it calls none, and replyWithoutCall() answers it.
-const Function* functionCalledBy(const HttpRequest& request);
-Reply replyWithoutCall(const HttpRequest& request);
+// The path, and the path with its query, that the request is for; they live as long as it does.
+std::string_view pathOf(const HttpRequest& request);
+std::string_view targetOf(const HttpRequest& request);
+
+// Whether the request calls a function, whatever its name.
+bool isCall(const HttpRequest& request);
+
+// To a request that calls no function: a page of the server, or that there is none.
+Reply replyWithoutCall(const HttpRequest& request, const std::vector<ListedFunction>& functions);
+Reply notFound(std::string_view reason);
+// The server or one behind it fails.
+Reply serverFault(boost::beast::http::status status, const std::string& reason);
+// A VORTEN_Result.
+Reply resultReply(ByteBuffer result, Source source);
+// What another server has answered.
+HttpResponse asRecorded(unsigned status, const std::string& reason, const std::string& contentType,
+                        ByteBuffer body);
 
 // Takes the request's body; present if it is not one that can be evaluated.
 std::optional<Reply> failureToParse(FunctionCall& call, HttpRequest& request);

@@ -13,6 +13,139 @@ namespace {
 constexpr double kShortestTimeout = 0.001;
 constexpr double kLongestTimeout = 86'400;
 
+// A reason to refuse the function, or nothing.
+std::string checkOfCommand(std::string& text) {
+  const std::size_t sign = text.find('=');
+  if (sign == std::string::npos || sign == 0 || sign + 1 == text.size()) {
+    return text + " is not NAME=COMMAND";
+  }
+  return text.front() == '/' ? "the name of a function does not begin with a slash" : "";
+}
+
+void addCommands(CLI::App& app, CommandOptions& commands) {
+  const char* const group = "Functions of your own";
+  CLI::Option* const function =
+      app.add_option("--function", commands.functions,
+                     "Answer this function by a command, in lines of JSON; may be repeated")
+          ->type_name("NAME=COMMAND")
+          ->allow_extra_args(false)
+          ->check(CLI::Validator(checkOfCommand, ""))
+          ->group(group);
+  app.add_option("--workers", commands.workers, "Processes of each command [1]")
+      ->type_name("N")
+      ->check(CLI::Range(1U, 64U).description(""))
+      ->needs(function)
+      ->group(group);
+  app.add_option("--function-timeout", commands.seconds,
+                 "Seconds that a command may take to answer [60]")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(kShortestTimeout, kLongestTimeout).description(""))
+      ->needs(function)
+      ->group(group);
+}
+
+void addRecording(CLI::App& app, Options& options) {
+  const char* const group = "Another server";
+  UpstreamOptions& upstream = options.upstream;
+  CLI::Option* const url =
+      app.add_option("--upstream", upstream.url, "Pass calls on to the server of this URL")
+          ->type_name("URL")
+          ->group(group);
+  app.add_option("--record", options.recordFolder,
+                 "Keep each call that is passed on in a file of this folder")
+      ->type_name("FOLDER")
+      ->needs(url)
+      ->group(group);
+  CLI::Option* const replay =
+      app.add_option("--replay", options.replayFolder, "Answer from the files of this folder")
+          ->type_name("FOLDER")
+          ->group(group);
+  app.add_option_function<std::string>(
+         "--order",
+         [&options](const std::string& order) { options.givesLastAnswer = order == "last"; },
+         "Of several answers to one request, give one after the other (recorded) or always the "
+         "last one (last) [recorded]")
+      ->type_name("ORDER")
+      ->check(CLI::IsMember({"recorded", "last"}).description(""))
+      ->needs(replay)
+      ->group(group);
+  app.add_option("--upstream-timeout", upstream.seconds,
+                 "Seconds that a call of that server may take [120]")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(kShortestTimeout, kLongestTimeout).description(""))
+      ->needs(url)
+      ->group(group);
+  const auto addFile = [&](const char* name, std::string& file, const char* help) {
+    return app.add_option(name, file, help)
+        ->type_name("FILE")
+        ->check(CLI::Validator(CLI::ExistingFile).description(""))
+        ->needs(url)
+        ->group(group);
+  };
+  addFile("--upstream-ca", upstream.authorityFile,
+          "Authorities that its certificate is checked against (PEM)");
+  addFile("--upstream-crl", upstream.revocationListFile, "Lists of revoked certificates (PEM)");
+  addFile("--upstream-cert", upstream.certificateFile, "Certificate to show to it (PEM)");
+  CLI::Option* const key = addFile("--upstream-key", upstream.keyFile, "Its private key (PEM)");
+  addFile("--upstream-key-pass-file", upstream.keyPassFile,
+          "File whose first line is the pass phrase of the key")
+      ->needs(key);
+  app.add_flag_callback(
+         "--upstream-no-verify-host", [&upstream] { upstream.verifiesHost = false; },
+         "Take a certificate that names another host")
+      ->needs(url)
+      ->group(group);
+  app.add_flag_callback(
+         "--upstream-no-verify-peer", [&upstream] { upstream.verifiesPeer = false; },
+         "Take a certificate that nobody trusted has signed")
+      ->needs(url)
+      ->group(group);
+}
+
+void addFaults(CLI::App& app, Options& options) {
+  const char* const group = "Failures on demand";
+  CLI::Option* const fault = app.add_option_function<std::vector<std::string>>(
+                                    "--fault",
+                                    [&options](const std::vector<std::string>& rules) {
+                                      for (const std::string& rule : rules) {
+                                        options.faults.push_back(faultRuleFrom(rule));
+                                      }
+                                    },
+                                    "Let calls of these functions fail or be slow; may be repeated")
+                                 ->type_name("PATTERN=WHAT")
+                                 ->allow_extra_args(false)
+                                 ->group(group);
+  app.add_option("--seed", options.seed, "What chance begins with [1]")
+      ->type_name("N")
+      ->needs(fault)
+      ->group(group);
+}
+
+void addLog(CLI::App& app, LogOptions& log) {
+  const char* const group = "Log";
+  CLI::Option* const file =
+      app.add_option("--log", log.file, "Write a line for each call [the standard error]")
+          ->type_name("FILE")
+          ->expected(0, 1)
+          ->default_str("-")
+          ->group(group);
+  app.add_option_function<std::string>(
+         "--log-format", [&log](const std::string& format) { log.isJson = format == "json"; },
+         "The form of a line: text or json [text]")
+      ->type_name("FORMAT")
+      ->check(CLI::IsMember({"text", "json"}).description(""))
+      ->needs(file)
+      ->group(group);
+  CLI::Option* const values =
+      app.add_flag("--log-values", log.showsValues, "Write inputs and outputs, too, as JSON of hcy")
+          ->needs(file)
+          ->group(group);
+  app.add_option("--log-width", log.width, "Columns to cut each value to; 0 for no limit [60]")
+      ->type_name("COLUMNS")
+      ->needs(values)
+      ->group(group);
+}
+
 }  // namespace
 
 CommandLine parseCommandLine(int argc, char** argv) {
@@ -47,10 +180,18 @@ CommandLine parseCommandLine(int argc, char** argv) {
       ->check(CLI::ExistingFile)
       ->needs(certificate);
   app.add_flag("--stop-on-eof", options.stopOnEof, "Stop when the standard input ends");
+  addCommands(app, options.commands);
+  addRecording(app, options);
+  addFaults(app, options);
+  addLog(app, options.log);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& answer) {
     return {std::nullopt, app.exit(answer)};
+  } catch (const BadFault& error) {
+    std::cerr << "hcy-local-server: --fault: " << error.what()
+              << "\nRun with --help for more information.\n";
+    return {std::nullopt, EX_USAGE};
   } catch (const CLI::ParseError& error) {
     std::cerr << "hcy-local-server: " << error.what()
               << "\nRun with --help for more information.\n";

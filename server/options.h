@@ -4,14 +4,47 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "fault_schedule.h"
 
 namespace hcy::server {
 
 // Protocol Buffers messages end at 2 GiB - 1, so longer bodies would be of no use.
 inline constexpr std::uint64_t kLargestBody = 2147483647;
+
+// Another server, and how it is called.
+struct UpstreamOptions {
+  std::string url;
+  double seconds = 120;
+  // PEM files.
+  std::string authorityFile, revocationListFile, certificateFile, keyFile;
+  // Its first line is the pass phrase of the key.
+  std::string keyPassFile;
+  bool verifiesHost = true;
+  bool verifiesPeer = true;
+};
+
+struct LogOptions {
+  // "-" for the standard error; no log if absent.
+  std::optional<std::string> file;
+  bool isJson = false;
+  bool showsValues = false;
+  // What each value is cut to.
+  std::size_t width = 60;
+};
+
+struct CommandOptions {
+  // NAME=COMMAND
+  std::vector<std::string> functions;
+  // Processes for each of them.
+  unsigned workers = 1;
+  double seconds = 60;
+};
 
 struct Options {
   std::string host = "127.0.0.1";
@@ -26,6 +59,15 @@ struct Options {
   std::string keyFile;
   // PEM file; if set, a client must show a certificate that one of these signed.
   std::string clientCaFile;
+
+  CommandOptions commands;
+  // Each is a folder.
+  std::string recordFolder, replayFolder;
+  bool givesLastAnswer = false;
+  UpstreamOptions upstream;
+  std::vector<FaultRule> faults;
+  std::uint64_t seed = 1;
+  LogOptions log;
 
   bool usesTls() const { return !certificateFile.empty(); }
 };

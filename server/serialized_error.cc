@@ -59,4 +59,12 @@ void SerializedError::makeFrame(int index, VORTEN_Error::Stack_Frame& frame) con
   frame.set_line(made.line);
 }
 
+ByteBuffer serialized(const FunctionError& error, std::string_view function) {
+  const SerializedError made(error, function);
+  ByteBuffer bytes;
+  bytes.resizeUninitialized(made.size());
+  made.writeTo(reinterpret_cast<std::uint8_t*>(bytes.data()));
+  return bytes;
+}
+
 }  // namespace hcy::server

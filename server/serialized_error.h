@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "byte_buffer.h"
 #include "function_error.h"
 #include "hcy.client.VORTENError.pb.h"
 
@@ -33,5 +34,8 @@ class SerializedError {
   std::size_t errorSize_ = 0;
   std::size_t resultSize_ = 0;
 };
+
+// The whole VORTEN_Result.
+ByteBuffer serialized(const FunctionError& error, std::string_view function);
 
 }  // namespace hcy::server

@@ -88,6 +88,7 @@ class Server::Implementation {
       threads.emplace_back([this, context] { serve(*context); });
     }
     control_.run();
+    service_.end();
     for (asio::io_context* context : contexts) context->stop();
     awaitEnds(threads.size());
   }
@@ -174,7 +175,10 @@ class Server::Implementation {
   Connections connections_{mostConnections()};
   asio::io_context io_;
   // Its tasks hold sessions, which end before io_ does.
-  CallThreads callThreads_{mostConnections() / 2};
+  Service service_{options_};
+  FaultSchedule faults_{options_.faults, options_.seed};
+  CallLog log_{options_.log};
+  CallThreads callThreads_{mostConnections() / 2, service_, faults_, log_};
   const SessionSurroundings surroundings_{options_, connections_, callThreads_};
   tcp::acceptor acceptor_{io_};
   asio::steady_timer acceptTimer_{io_};

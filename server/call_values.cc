@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "call_values.h"
+
+#include <exception>
+#include <hcy/hcyclient.hpp>
+#include <limits>
+#include <new>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "array/array_handle.h"
+#include "array/array_proxy_builder.h"
+#include "array/array_to_send.h"
+#include "array_json.h"
+#include "hcy.client.VORTENParams.pb.h"
+#include "hcy.client.VORTENResult.pb.h"
+#include "incomplete_output.h"
+#include "json_array.h"
+#include "json_value.h"
+#include "runtime/reply_reader.h"
+#include "source_text.h"
+#include "text.h"
+#include "wire/varint.h"
+#include "wire/wire_fields.h"
+
+namespace hcy::server {
+namespace {
+
+using client::VORTEN_Params;
+using client::VORTEN_Result;
+using hcyclient::Array;
+
+constexpr std::size_t kMostShown = 100'000;
+
+Bytes bytesOf(std::string_view body) {
+  return {reinterpret_cast<const std::uint8_t*>(body.data()), body.size()};
+}
+
+struct Shown {
+  std::string text;
+  bool isExact;
+};
+
+Shown show(ReceivedArray&& received) try {
+  std::vector<Array> array;
+  array.push_back(Array::adopt(ArrayProxyBuilder::over(std::move(received)).release()));
+  tools::requireWhole(array);
+  return {tools::toJson(array.front()), true};
+} catch (const std::bad_alloc&) {
+  throw;
+} catch (const tools::IncompleteOutput&) {
+  return {"<incomplete>", false};
+} catch (const std::exception&) {
+  return {"<not a value of JSON>", false};
+}
+
+const tools::JsonValue* member(const tools::JsonObject& object, std::string_view name) {
+  for (const tools::JsonMember& one : object) {
+    if (one.name == name) return &one.value;
+  }
+  return nullptr;
+}
+
+std::string textOf(const tools::JsonObject& object, std::string_view name) {
+  const tools::JsonValue* const value = member(object, name);
+  if (value == nullptr) return {};
+  const auto* const text = value->as<std::string>();
+  if (text == nullptr) throw BadAnswer(std::string(name) + " is not a string");
+  return *text;
+}
+
+std::int32_t lineNumberOf(const tools::JsonObject& frame) try {
+  const tools::JsonValue* const value = member(frame, "line");
+  if (value == nullptr) return 0;
+  const auto* const number = value->as<tools::JsonNumber>();
+  if (number == nullptr) throw BadAnswer("the line of a stack frame is not a number");
+  return std::stoi(std::string(number->token));
+} catch (const std::out_of_range&) {
+  throw BadAnswer("the line of a stack frame is out of range");
+}
+
+std::string errorResult(const tools::JsonValue& value) {
+  const auto* const object = value.as<tools::JsonObject>();
+  if (object == nullptr) throw BadAnswer("error is not an object");
+  VORTEN_Result result;
+  auto& error = *result.mutable_error();
+  error.set_identifier(textOf(*object, "identifier"));
+  error.set_message(textOf(*object, "message"));
+  if (const tools::JsonValue* const stack = member(*object, "stack")) {
+    const auto* const frames = stack->as<tools::JsonList>();
+    if (frames == nullptr) throw BadAnswer("the stack of the error is not a list");
+    for (const tools::JsonValue& one : *frames) {
+      const auto* const frame = one.as<tools::JsonObject>();
+      if (frame == nullptr) throw BadAnswer("a frame of the stack is not an object");
+      auto& made = *error.add_stack();
+      made.set_file(textOf(*frame, "file"));
+      made.set_name(textOf(*frame, "name"));
+      made.set_line(lineNumberOf(*frame));
+    }
+  }
+  return result.SerializeAsString();
+}
+
+std::string outputsResult(const tools::JsonValue& value, int nargout) {
+  const auto* const list = value.as<tools::JsonList>();
+  if (list == nullptr) throw BadAnswer("outputs is not a list");
+  const auto wanted = static_cast<std::size_t>(nargout);
+  if (list->size() < wanted) {
+    throw BadAnswer("outputs has " + std::to_string(list->size()) + " elements, and nargout is " +
+                    std::to_string(nargout));
+  }
+  std::vector<Array> outputs;
+  std::vector<const hcyArray*> handles;
+  for (std::size_t i = 0; i < wanted; ++i) {
+    outputs.push_back(tools::arrayFrom((*list)[i]));
+    handles.push_back(outputs.back().get());
+  }
+  const SentInputs sent(handles);
+  std::string result;
+  for (std::size_t i = 0; i < wanted; ++i) {
+    const SentArray output(sent.input(i));
+    constexpr std::size_t kMostOfFrame = 11;
+    const std::size_t begin = result.size();
+    result.resize(begin + kMostOfFrame + output.size());
+    auto* const start = reinterpret_cast<std::uint8_t*>(result.data());
+    std::uint8_t* end = start + begin;
+    *end++ = lengthDelimitedTag(VORTEN_Result::kLhsFieldNumber);
+    end = output.write(writeVarint(output.size(), end));
+    result.resize(static_cast<std::size_t>(end - start));
+  }
+  return result;
+}
+
+std::string resultOf(const tools::JsonValue& line, int nargout) {
+  const auto* const object = line.as<tools::JsonObject>();
+  if (object == nullptr) throw BadAnswer("the line is not an object");
+  if (const tools::JsonValue* const error = member(*object, "error")) return errorResult(*error);
+  const tools::JsonValue* const outputs = member(*object, "outputs");
+  if (outputs == nullptr) throw BadAnswer("the line has neither outputs nor error");
+  return outputsResult(*outputs, nargout);
+}
+
+}  // namespace
+
+std::optional<ShownRequest> showRequest(std::string_view body) {
+  constexpr std::uint32_t kNargout = VORTEN_Params::kNargoutFieldNumber;
+  ShownRequest request;
+  const Bytes bytes = bytesOf(body);
+  const bool isWhole = forEachField(bytes, [&](const WireField& field) {
+    if (field.isVarint(kNargout)) {
+      const std::uint8_t* position = bytes.data() + field.begin + 1;
+      request.nargout = static_cast<int>(readVarint(position, bytes.data() + field.end));
+    } else if (field.is(VORTEN_Params::kRhsFieldNumber)) {
+      ReceivedArray array;
+      const bool isRead = readReceived(array, field.content);
+      Shown shown = isRead ? show(std::move(array)) : Shown{"<incomplete>", false};
+      request.inputs.push_back(std::move(shown.text));
+      request.areExact = request.areExact && shown.isExact;
+    }
+    return true;
+  });
+  if (!isWhole) return std::nullopt;
+  return request;
+}
+
+std::optional<ShownReply> showReply(std::string_view body) {
+  client::VORTEN_Error error;
+  bool hasError = false;
+  bool isWhole = true;
+  ShownReply shown;
+  isWhole = forEachField(bytesOf(body), [&](const WireField& field) {
+    if (field.is(VORTEN_Result::kErrorFieldNumber)) {
+      hasError = true;
+      return mergePart(error, field.content);
+    }
+    if (field.is(VORTEN_Result::kLhsFieldNumber) && shown.outputs.size() < kMostShown) {
+      ReceivedArray array;
+      const bool isRead = readReceived(array, field.content);
+      shown.outputs.push_back(isRead ? show(std::move(array)).text : "<incomplete>");
+    }
+    return true;
+  });
+  if (!isWhole) return std::nullopt;
+  if (hasError) shown.error = error.identifier() + ": " + error.message();
+  return shown;
+}
+
+std::string cutText(std::string_view text, std::size_t columns) {
+  return tools::cutToWidth(tools::printable(text), columns);
+}
+
+std::string lineOfCall(std::string_view function, const ShownRequest& request) {
+  const auto name = tools::quotedJson(function);
+  if (!name || !request.areExact) {
+    throw BadAnswer("an input of the call cannot be written as JSON");
+  }
+  std::string line = R"({"function":)" + *name + R"(,"nargout":)" +
+                     std::to_string(request.nargout) + R"(,"inputs":[)";
+  for (std::size_t i = 0; i < request.inputs.size(); ++i) {
+    if (i > 0) line += ',';
+    line += request.inputs[i];
+  }
+  return line += "]}\n";
+}
+
+std::string resultOfLine(std::string_view line, int nargout) try {
+  return resultOf(tools::parseJson(line), nargout);
+} catch (const tools::BadText& problem) {
+  throw BadAnswer("column " + std::to_string(problem.offset + 1) + ": " + problem.what());
+}
+
+}  // namespace hcy::server

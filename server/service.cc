@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "service.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+
+namespace hcy::server {
+namespace {
+
+std::string_view nameOf(const HttpRequest& request) {
+  const std::string_view path = pathOf(request);
+  return path.substr(path.starts_with('/') ? 1 : 0);
+}
+
+}  // namespace
+
+Service::Service(const Options& options) : standIn_(options) {
+  for (const std::string& text : options.commands.functions) {
+    const std::size_t sign = text.find('=');
+    commands_.emplace_back(text.substr(0, sign), text.substr(sign + 1), options.commands.workers,
+                           options.commands.seconds);
+  }
+}
+
+const Function* Service::ownFunction(const HttpRequest& request) const {
+  if (!isCall(request) || standIn_.isActive()) return nullptr;
+  const std::string_view name = nameOf(request);
+  const auto isCommand = [name](const CommandFunction& one) { return one.name() == name; };
+  if (std::ranges::any_of(commands_, isCommand)) return nullptr;
+  return findFunction(name);
+}
+
+CommandFunction* Service::commandOf(const HttpRequest& request) {
+  const auto found = std::ranges::find(commands_, nameOf(request), &CommandFunction::name);
+  return found == commands_.end() ? nullptr : &*found;
+}
+
+std::optional<Reply> Service::answerAtOnce(const HttpRequest& request) {
+  if (!isCall(request)) return replyWithoutCall(request, listed());
+  if (commandOf(request) != nullptr) return std::nullopt;
+  if (standIn_.isActive()) return standIn_.answerAtOnce(request);
+  return replyWithoutCall(request, listed());
+}
+
+Reply Service::answerByWaiting(const HttpRequest& request) try {
+  CommandFunction* const command = commandOf(request);
+  if (command == nullptr) return standIn_.ask(request);
+  return command->call({request.body().data(), request.body().size()});
+} catch (const std::bad_alloc&) {
+  return overloaded(kNoMemory);
+}
+
+void Service::end() {
+  for (CommandFunction& command : commands_) command.end();
+  standIn_.finish();
+}
+
+std::vector<ListedFunction> Service::listed() const {
+  std::vector<ListedFunction> all;
+  for (const CommandFunction& command : commands_) {
+    all.push_back({command.name(), "any arrays", "those of the command: " + command.command()});
+  }
+  for (const auto& [path, count] : standIn_.paths()) {
+    all.push_back({path.substr(path.starts_with('/') ? 1 : 0), "as recorded",
+                   std::to_string(count) + (count == 1 ? " recorded call" : " recorded calls")});
+  }
+  if (standIn_.isActive()) return all;
+  for (const Function& function : functions()) {
+    if (std::ranges::find(all, function.path, &ListedFunction::name) != all.end()) continue;
+    all.push_back({std::string(function.path), std::string(function.arguments),
+                   std::string(function.outputs)});
+  }
+  return all;
+}
+
+}  // namespace hcy::server

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Who answers which call: a command, a recorded call or another server, or a function of this
+// program.
+
+#pragma once
+
+#include <list>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "command_function.h"
+#include "function_table.h"
+#include "http_replies.h"
+#include "options.h"
+#include "stand_in.h"
+
+namespace hcy::server {
+
+// All functions may be called by several threads at once.
+class Service {
+ public:
+  // Throws std::exception if a command, a folder or a server is of no use.
+  explicit Service(const Options& options);
+
+  // The function of this program that the request calls; null if there is none.
+  const Function* ownFunction(const HttpRequest& request) const;
+
+  // For a request that calls none: the reply, or nothing if it takes waiting.
+  std::optional<Reply> answerAtOnce(const HttpRequest& request);
+  Reply answerByWaiting(const HttpRequest& request);
+
+  // Ends commands. For the end of the server.
+  void end();
+
+ private:
+  CommandFunction* commandOf(const HttpRequest& request);
+  std::vector<ListedFunction> listed() const;
+
+  std::list<CommandFunction> commands_;
+  StandIn standIn_;
+};
+
+}  // namespace hcy::server

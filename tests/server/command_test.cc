@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Functions that commands answer.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "calls.h"
+#include "http_client.h"
+#include "observation.h"
+#include "temporary_folder.h"
+
+namespace hcy::test {
+namespace {
+
+using std::chrono::steady_clock;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class Commands : public testing::Test {
+ protected:
+  // A command that runs this shell script.
+  std::string script(const std::string& text) {
+    const auto file = temporary_.path() / ("script" + std::to_string(++scripts_));
+    std::ofstream(file) << text;
+    return "f=exec sh " + file.string();
+  }
+  std::vector<std::string> lines(const std::string& name) const {
+    std::ifstream stream(temporary_.path() / name);
+    std::vector<std::string> all;
+    for (std::string line; std::getline(stream, line);) all.push_back(line);
+    return all;
+  }
+  std::string file(const std::string& name) const { return (temporary_.path() / name).string(); }
+
+  const TemporaryFolder temporary_;
+  int scripts_ = 0;
+};
+
+// Answers every call by the same line.
+std::string always(const std::string& answer) {
+  return "while read -r line; do echo '" + answer + "'; done\n";
+}
+
+client::VORTEN_Error errorOfCall(const ServerProcess& server,
+                                 const std::vector<VORTEN_Array>& arguments = {}, int nargout = 1) {
+  return call(server, "/f", nargout, arguments).error();
+}
+
+TEST_F(Commands, GetALineAndAnswerALine) {
+  const LocalServer server(
+      {"--function", script("while read -r line; do printf '%s\\n' \"$line\" >> " + file("calls") +
+                            "; echo '{\"outputs\":[[1,2],\"text\"]}'; done\n")});
+  const auto results = outputs(server, "/f", 2, {scalar(3), chars(u"a\nb"), doubles({2, 0}, {})});
+  EXPECT_EQ(realPart(results[0]), (std::vector<double>{1, 2}));
+  EXPECT_EQ(textOf(results[1]), u"text");
+  // One more than is wanted is left out.
+  EXPECT_EQ(outputs(server, "/f", 1, {}).size(), 1U);
+  EXPECT_EQ(lines("calls"),
+            (std::vector<std::string>{
+                R"({"function":"f","nargout":2,"inputs":[3,"a\nb",{"$double":[],"$shape":[2,0]}]})",
+                R"({"function":"f","nargout":1,"inputs":[]})"}));
+}
+
+TEST_F(Commands, TakeAndGiveEveryClass) {
+  const LocalServer server(
+      {"--function", script("while read -r line; do line=${line#*'\"inputs\":'}; "
+                            "printf '%s\\n' '{\"outputs\":'\"$line\"; done\n")});
+  int compared = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(HCY_GOLDEN_FILES)) {
+    const std::string name = entry.path().filename().string();
+    if (!name.ends_with(".request.bin")) continue;
+    std::ifstream stream(entry.path(), std::ios::binary);
+    VORTEN_Params params;
+    ASSERT_TRUE(params.ParseFromIstream(&stream));
+    params.set_nargout(params.rhs_size());
+    const std::string body = params.SerializeAsString();
+    const HttpReply echoed = sendRequest(server.url("/echo"), body);
+    const HttpReply answered = sendRequest(server.url("/f"), body);
+    VORTEN_Result expected, given;
+    ASSERT_TRUE(expected.ParseFromString(echoed.body));
+    ASSERT_TRUE(given.ParseFromString(answered.body));
+    ASSERT_FALSE(given.has_error()) << name << given.error().message();
+    ASSERT_EQ(given.lhs_size(), expected.lhs_size()) << name;
+    for (int i = 0; i < given.lhs_size(); ++i) {
+      EXPECT_EQ(given.lhs(i).type(), expected.lhs(i).type()) << name;
+      EXPECT_EQ(dimensionsOf(given.lhs(i)), dimensionsOf(expected.lhs(i))) << name;
+      ++compared;
+    }
+  }
+  EXPECT_GT(compared, 15);
+}
+
+TEST_F(Commands, RaiseErrors) {
+  const LocalServer server(
+      {"--function", script(always(R"({"error":{"identifier":"my:error","message":"No luck.",)"
+                                   R"("stack":[{"file":"f.sh","name":"f","line":7}]}})"))});
+  const auto error = errorOfCall(server);
+  EXPECT_EQ(error.identifier(), "my:error");
+  EXPECT_EQ(error.message(), "No luck.");
+  ASSERT_EQ(error.stack_size(), 1);
+  EXPECT_EQ(error.stack(0).line(), 7);
+}
+
+TEST_F(Commands, AreStartedAgainWhenTheyDie) {
+  // Answers one call, then dies in the next one.
+  const std::string answer = "read -r line; echo '{\"outputs\":[1]}'; read -r line; ";
+  for (const auto& [end, text] :
+       std::vector<std::pair<std::string, std::string>>{{"exit 3", "exit status 3"},
+                                                        {"kill -9 $$", "Killed"},
+                                                        {"exec >&-; sleep 60", "closed"}}) {
+    const LocalServer server({"--function", script(answer + end + "\n")});
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(outputs(server, "/f", 1, {}).size(), 1U);
+      const auto error = errorOfCall(server);
+      EXPECT_EQ(error.identifier(), "halcyon:function:ended");
+      EXPECT_THAT(error.message(), HasSubstr(text));
+    }
+  }
+  // One that has died between two calls does not let the second one fail.
+  const LocalServer server({"--function", script("read -r line; echo '{\"outputs\":[1]}'\n")});
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(outputs(server, "/f", 1, {}).size(), 1U);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+}
+
+TEST_F(Commands, MayWriteAnything) {
+  for (const auto& [answer, text] : std::vector<std::pair<std::string, std::string>>{
+           {"garbage", "bad JSON"},
+           {"[]", "not an object"},
+           {"{}", "neither outputs nor error"},
+           {R"({"outputs":[]})", "0 elements"},
+           {R"({"outputs":1})", "not a list"},
+           {R"({"outputs":[{"$int8":300}]})", ""},
+           {R"({"error":5})", "not an object"},
+           {R"({"error":{"message":5}})", "not a string"},
+           {R"({"error":{"stack":[{"line":99999999999}]}})", "out of range"}}) {
+    const LocalServer server({"--function", script(always(answer))});
+    for (int i = 0; i < 2; ++i) {
+      const auto error = errorOfCall(server);
+      EXPECT_EQ(error.identifier(), "halcyon:function:answer") << answer;
+      EXPECT_THAT(error.message(), HasSubstr(text));
+    }
+  }
+  const LocalServer twice({"--function", script(always("{\"outputs\":[1]}\n{\"outputs\":[2]}"))});
+  EXPECT_THAT(errorOfCall(twice).message(), HasSubstr("more than one line"));
+  const LocalServer unasked({"--function", script("echo early; " + always("{\"outputs\":[1]}"))});
+  EXPECT_EQ(errorOfCall(unasked).identifier(), "halcyon:function:answer");
+  EXPECT_EQ(sendRequest(unasked.url("/echo"), "").status, 200);
+}
+
+TEST_F(Commands, MayWriteALineWithoutEnd) {
+  const LocalServer server({"--function", script("head -c 1000000000 /dev/zero; sleep 60\n")});
+  EXPECT_THAT(errorOfCall(server).message(), HasSubstr("64 MiB"));
+  EXPECT_LT(peakMemory(server.pid()), std::size_t{300} << 20);
+}
+
+TEST_F(Commands, HaveATimeToAnswer) {
+  const LocalServer server({"--function", script("sleep 60\n"), "--function-timeout", "0.2"});
+  EXPECT_THAT(errorOfCall(server).message(), HasSubstr("in time"));
+  // One that reads nothing does not block what is written to it.
+  EXPECT_THAT(
+      errorOfCall(server, {doubles({1, 100000}, std::vector<double>(100000, 1.25))}).message(),
+      HasSubstr("in time"));
+}
+
+TEST_F(Commands, WorkSideBySide) {
+  const LocalServer server(
+      {"--function", script("while read -r line; do sleep 0.5; echo '{\"outputs\":[1]}'; done\n"),
+       "--workers", "4"});
+  const auto begin = steady_clock::now();
+  {
+    std::vector<std::jthread> clients;
+    for (int i = 0; i < 4; ++i) {
+      clients.emplace_back([&] { EXPECT_EQ(outputs(server, "/f", 1, {}).size(), 1U); });
+    }
+  }
+  EXPECT_LT(steady_clock::now() - begin, std::chrono::milliseconds(1900));
+}
+
+TEST_F(Commands, EndWithTheServer) {
+  LocalServer server({"--function",
+                      script("echo $$ > " + file("pid") + "; trap '' TERM; sleep 60\n"),
+                      "--function-timeout", "60"});
+  ASSERT_TRUE(waitUntil([&] { return !lines("pid").empty(); }));
+  const pid_t pid = std::stoi(lines("pid")[0]);
+  RawConnection waiting(server.port());
+  waiting.send("POST /f HTTP/1.1\r\nHost: a\r\nContent-Length: 0\r\n\r\n");
+  EXPECT_EQ(server.stop(SIGTERM), 0);
+  EXPECT_TRUE(waitUntil([&] { return ::kill(pid, 0) != 0; }));
+}
+
+TEST_F(Commands, AreListedAndComeFirst) {
+  const LocalServer server({"--function", "echo=exec sh " + file("none"), "--function",
+                            script(always("{\"outputs\":[5]}"))});
+  EXPECT_THAT(sendRequest(server.url("/"), "", {.method = "GET"}).body, HasSubstr("/f   "));
+  EXPECT_EQ(call(server, "/echo", 1, {scalar(1)}).error().identifier(), "halcyon:function:ended");
+  EXPECT_EQ(sendRequest(server.url("/f"), "", {.method = "GET"}).status, 405);
+  EXPECT_EQ(sendRequest(server.url("/f"), "broken").status, 200);
+  for (const char* wrong : {"f", "=x", "f=", "/f=x"}) {
+    EXPECT_THROW(LocalServer({"--function", wrong}), std::runtime_error) << wrong;
+  }
+}
+
+}  // namespace
+}  // namespace hcy::test

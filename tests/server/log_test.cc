@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The log of calls.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "calls.h"
+#include "http_client.h"
+#include "temporary_folder.h"
+
+namespace hcy::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::MatchesRegex;
+
+class Log : public testing::Test {
+ protected:
+  // The lines that three calls bring.
+  std::vector<std::string> linesWith(std::vector<std::string> arguments) const {
+    const std::string file = temporary_.path() / "log";
+    arguments.insert(arguments.end(), {"--log", file, "--fault", "demo/sleep=reset"});
+    {
+      const LocalServer server(arguments);
+      call(server, "/math/plus", 1, {scalar(2), doubles({1, 3}, {1, 2, 3})});
+      call(server, "/demo/fail", 0, {chars(u"a:b"), chars(u"No\x1b luck")});
+      sendRequest(server.url("/demo/sleep?x"), serializedParams(1, {scalar(0)}));
+    }
+    std::ifstream stream(file);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+  }
+
+  const TemporaryFolder temporary_;
+};
+
+const std::string kTime = "20[0-9-]+T[0-9:.]+Z ";
+const std::string kNumbers = " [0-9.]+ ms [0-9]+ B in [0-9]+ B out server";
+
+TEST_F(Log, HasALineForEachCall) {
+  EXPECT_THAT(linesWith({}), ElementsAre(MatchesRegex(kTime + "/math/plus 200" + kNumbers),
+                                         MatchesRegex(kTime + "/demo/fail 200" + kNumbers),
+                                         MatchesRegex(kTime + "/demo/sleep - .* \\[reset\\]")));
+}
+
+TEST_F(Log, ShowsValues) {
+  EXPECT_THAT(
+      linesWith({"--log-values", "--log-width", "6"}),
+      ElementsAre(MatchesRegex(".* server \\(2, \\[1,2,…\\) nargout 1 -> \\(\\[3,4,…\\)"),
+                  MatchesRegex(".* nargout 0 -> a:b: …"), MatchesRegex(".*\\(0\\) nargout 1")));
+}
+
+TEST_F(Log, IsOfJsonIfWanted) {
+  const auto lines = linesWith({"--log-values", "--log-format", "json"});
+  ASSERT_EQ(lines.size(), 3U);
+  auto plus = nlohmann::json::parse(lines[0]);
+  for (const char* varying : {"time", "milliseconds"}) EXPECT_EQ(plus.erase(varying), 1U);
+  EXPECT_EQ(plus, nlohmann::json::parse(R"({"path":"/math/plus","status":200,"requestBytes":60,
+      "replyBytes":37,"source":"server","nargout":1,"inputs":["2","[1,2,3]"],
+      "outputs":["[3,4,5]"]})"));
+  EXPECT_EQ(nlohmann::json::parse(lines[1]).at("error"), "a:b: No\\u001b luck");
+  const auto reset = nlohmann::json::parse(lines[2]);
+  EXPECT_TRUE(reset.at("status").is_null());
+  EXPECT_EQ(reset.at("fault"), "reset");
+}
+
+TEST_F(Log, NeedsAFileThatCanBeWritten) {
+  EXPECT_THROW(LocalServer({"--log", "/no/such/folder/log"}), std::runtime_error);
+  EXPECT_THROW(LocalServer({"--log-values"}), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace hcy::test
