@@ -47,7 +47,10 @@ configure_file(cmake/METADATA.in ${PROJECT_BINARY_DIR}/python/METADATA @ONLY)
 install(DIRECTORY bindings/python/hcyclient DESTINATION ${dist_packages}
   COMPONENT python EXCLUDE_FROM_ALL
   PATTERN __pycache__ EXCLUDE)
-install(FILES ${PROJECT_BINARY_DIR}/python/METADATA
+# pytest finds its fixtures by this.
+file(WRITE ${PROJECT_BINARY_DIR}/python/entry_points.txt
+  "[pytest11]\nhcyclient = hcyclient.testing_plugin\n")
+install(FILES ${PROJECT_BINARY_DIR}/python/METADATA ${PROJECT_BINARY_DIR}/python/entry_points.txt
   DESTINATION ${dist_packages}/hcyclient-${PROJECT_VERSION}.dist-info
   COMPONENT python EXCLUDE_FROM_ALL)
 

@@ -49,7 +49,7 @@ Calls functions that are deployed on a Halcyon compute server. They take and
 give NumPy arrays, texts, lists and dictionaries; large arrays are views on the
 storage of libhcyclient."
   "python3:any (>= 3.9)" python3-numpy "libhcyclient1 (>= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-scipy)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-scipy, python3-pytest, hcyclient-tools")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA

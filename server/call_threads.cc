@@ -65,6 +65,9 @@ void CallThreads::dispatch(Task task) {
 
 // By something else than a function of this program.
 void CallThreads::answerOutside(Task task) {
+  if (WorkQueue* const queue = service_.queueOf(*task.request)) {
+    return awaitWorker(std::move(task), *queue);
+  }
   if (std::optional<Reply> reply = service_.answerAtOnce(*task.request)) {
     return end(std::move(task), std::move(*reply));
   }
@@ -74,6 +77,17 @@ void CallThreads::answerOutside(Task task) {
   asio::post(long_, [this, task = std::move(task)]() mutable {
     Reply reply = service_.answerByWaiting(*task.request);
     end(std::move(task), std::move(reply));
+  });
+}
+
+// No thread waits meanwhile.
+void CallThreads::awaitWorker(Task task, WorkQueue& queue) {
+  if (!task.place.growTo(1)) {
+    return end(std::move(task), overloaded("Too many calls take long.\n"));
+  }
+  const auto waiting = std::make_shared<Task>(std::move(task));
+  Service::answerByWorker(queue, *waiting->request, [this, waiting](Reply reply) {
+    end(std::move(*waiting), std::move(reply));
   });
 }
 

@@ -38,6 +38,7 @@ class CallThreads {
 
   void dispatch(Task task);
   void answerOutside(Task task);
+  void awaitWorker(Task task, WorkQueue& queue);
   void begin(Task task);
   void evaluate(Task task);
   void end(Task task, Reply reply);

@@ -124,6 +124,10 @@ Reply serverFault(http::status status, const std::string& reason) {
   return {plainText(status, reason + "\n")};
 }
 
+Reply badParams() {
+  return {plainText(http::status::bad_request, "The body is no VORTEN_Params.\n")};
+}
+
 Reply resultReply(ByteBuffer result, Source source) {
   Reply reply{makeResponse(http::status::ok, kProtobuf, std::move(result))};
   reply.source = source;
@@ -141,7 +145,7 @@ HttpResponse asRecorded(unsigned status, const std::string& reason, const std::s
 
 std::optional<Reply> failureToParse(FunctionCall& call, HttpRequest& request) try {
   if (call.parse(std::move(request.body()))) return std::nullopt;
-  return Reply{plainText(http::status::bad_request, "The body is no VORTEN_Params.\n")};
+  return badParams();
 } catch (const std::bad_alloc&) {
   return overloaded(kNoMemory);
 }

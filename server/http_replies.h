@@ -73,6 +73,8 @@ Reply replyWithoutCall(const HttpRequest& request, const std::vector<ListedFunct
 Reply notFound(std::string_view reason);
 // The server or one behind it fails.
 Reply serverFault(boost::beast::http::status status, const std::string& reason);
+// The body is not a VORTEN_Params.
+Reply badParams();
 // A VORTEN_Result.
 Reply resultReply(ByteBuffer result, Source source);
 // What another server has answered.

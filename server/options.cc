@@ -36,6 +36,11 @@ void addCommands(CLI::App& app, CommandOptions& commands) {
       ->check(CLI::Range(1U, 64U).description(""))
       ->needs(function)
       ->group(group);
+  app.add_option("--worker-path", commands.workerPath,
+                 "Where programs call that answer the functions whose COMMAND is @")
+      ->type_name("PATH")
+      ->needs(function)
+      ->group(group);
   app.add_option("--function-timeout", commands.seconds,
                  "Seconds that a command may take to answer [60]")
       ->type_name("SECONDS")

@@ -39,8 +39,9 @@ struct LogOptions {
 };
 
 struct CommandOptions {
-  // NAME=COMMAND
+  // NAME=COMMAND; a command of @ stands for workers that call the path below.
   std::vector<std::string> functions;
+  std::string workerPath;
   // Processes for each of them.
   unsigned workers = 1;
   double seconds = 60;

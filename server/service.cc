@@ -4,10 +4,14 @@
 
 #include <algorithm>
 #include <new>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace hcy::server {
 namespace {
+
+constexpr std::string_view kByWorkers = "@";
 
 std::string_view nameOf(const HttpRequest& request) {
   const std::string_view path = pathOf(request);
@@ -16,12 +20,32 @@ std::string_view nameOf(const HttpRequest& request) {
 
 }  // namespace
 
-Service::Service(const Options& options) : standIn_(options) {
+Service::Service(const Options& options) : queue_(options.commands.workerPath), standIn_(options) {
   for (const std::string& text : options.commands.functions) {
     const std::size_t sign = text.find('=');
-    commands_.emplace_back(text.substr(0, sign), text.substr(sign + 1), options.commands.workers,
-                           options.commands.seconds);
+    const std::string name = text.substr(0, sign), command = text.substr(sign + 1);
+    if (command == kByWorkers) {
+      if (options.commands.workerPath.empty()) {
+        throw std::runtime_error("--function " + text + " needs --worker-path");
+      }
+      queue_.serve(name);
+    } else {
+      commands_.emplace_back(name, command, options.commands.workers, options.commands.seconds);
+    }
   }
+}
+
+WorkQueue* Service::queueOf(const HttpRequest& request) {
+  const std::string_view name = nameOf(request);
+  if (!isCall(request)) return nullptr;
+  return queue_.serves(name) || queue_.isWorker(name) ? &queue_ : nullptr;
+}
+
+void Service::answerByWorker(WorkQueue& queue, const HttpRequest& request, WorkQueue::Done done) {
+  const std::string_view name = nameOf(request);
+  const std::string_view body(request.body().data(), request.body().size());
+  if (queue.serves(name)) return queue.call(name, body, std::move(done));
+  queue.work(body, std::move(done));
 }
 
 const Function* Service::ownFunction(const HttpRequest& request) const {
@@ -61,6 +85,9 @@ std::vector<ListedFunction> Service::listed() const {
   std::vector<ListedFunction> all;
   for (const CommandFunction& command : commands_) {
     all.push_back({command.name(), "any arrays", "those of the command: " + command.command()});
+  }
+  for (const std::string& function : queue_.functions()) {
+    all.push_back({function, "any arrays", "those of a worker"});
   }
   for (const auto& [path, count] : standIn_.paths()) {
     all.push_back({path.substr(path.starts_with('/') ? 1 : 0), "as recorded",

@@ -15,6 +15,7 @@
 #include "http_replies.h"
 #include "options.h"
 #include "stand_in.h"
+#include "work_queue.h"
 
 namespace hcy::server {
 
@@ -26,6 +27,11 @@ class Service {
 
   // The function of this program that the request calls; null if there is none.
   const Function* ownFunction(const HttpRequest& request) const;
+
+  // Where calls wait for a program to answer them; null if the request is not for it.
+  WorkQueue* queueOf(const HttpRequest& request);
+  // Calls `done` with the reply, soon or late.
+  static void answerByWorker(WorkQueue& queue, const HttpRequest& request, WorkQueue::Done done);
 
   // For a request that calls none: the reply, or nothing if it takes waiting.
   std::optional<Reply> answerAtOnce(const HttpRequest& request);
@@ -39,6 +45,7 @@ class Service {
   std::vector<ListedFunction> listed() const;
 
   std::list<CommandFunction> commands_;
+  WorkQueue queue_;
   StandIn standIn_;
 };
 

@@ -211,5 +211,100 @@ TEST_F(Commands, AreListedAndComeFirst) {
   }
 }
 
+VORTEN_Array cellOf(const std::vector<VORTEN_Array>& elements) {
+  VORTEN_Array cell;
+  cell.set_type(VORTEN_Array::CELL);
+  for (const std::uint64_t extent : {std::uint64_t{1}, std::uint64_t{elements.size()}}) {
+    cell.add_dimension(extent);
+  }
+  for (const VORTEN_Array& element : elements) *cell.mutable_cell()->add_elements() = element;
+  return cell;
+}
+
+class Workers : public testing::Test {
+ protected:
+  // What the server hands to a worker that sends these.
+  VORTEN_Array nextCall(const std::vector<VORTEN_Array>& sent) const {
+    const VORTEN_Result result = call(server_, "/work", 1, sent);
+    EXPECT_FALSE(result.has_error()) << result.error().message();
+    return result.lhs_size() == 1 ? result.lhs(0) : VORTEN_Array();
+  }
+
+  const LocalServer server_{{"--function", "f=@", "--worker-path", "work"}};
+};
+
+TEST_F(Workers, GetCallsAndHandOverOutputs) {
+  VORTEN_Array next;
+  const std::jthread worker([&] {
+    next = nextCall({scalar(0)});
+    // Waits for a call that does not come.
+    RawConnection last(server_.port());
+    const std::string body = serializedParams(
+        1, {next.cell().elements(0), chars(u"outputs"), chars(u"done"), scalar(2)});
+    last.send("POST /work HTTP/1.1\r\nHost: a\r\nContent-Length: " + std::to_string(body.size()) +
+              "\r\n\r\n" + body);
+    EXPECT_FALSE(last.hasInput());
+  });
+  const auto given = outputs(server_, "/f", 1, {scalar(5), chars(u"x")});
+  EXPECT_EQ(textOf(given[0]), u"done");
+  ASSERT_EQ(next.cell().elements_size(), 5);
+  EXPECT_EQ(textOf(next.cell().elements(1)), u"f");
+  EXPECT_EQ(realPart(next.cell().elements(2)), (std::vector<double>{1}));
+  EXPECT_EQ(realPart(next.cell().elements(3)), (std::vector<double>{5}));
+  EXPECT_EQ(textOf(next.cell().elements(4)), u"x");
+  expectWellFormed(next);
+}
+
+TEST_F(Workers, RaiseErrors) {
+  const std::jthread worker([&] {
+    const VORTEN_Array next = nextCall({scalar(0)});
+    RawConnection last(server_.port());
+    const std::string body =
+        serializedParams(1, {next.cell().elements(0), chars(u"error"), chars(u"a:b"), chars(u"No."),
+                             cellOf({chars(u"file"), chars(u"name"), scalar(3)})});
+    last.send("POST /work HTTP/1.1\r\nHost: a\r\nContent-Length: " + std::to_string(body.size()) +
+              "\r\n\r\n" + body);
+    EXPECT_FALSE(last.hasInput());
+  });
+  const auto error = errorOfCall(server_);
+  EXPECT_EQ(error.identifier(), "a:b");
+  EXPECT_EQ(error.message(), "No.");
+  ASSERT_EQ(error.stack_size(), 1);
+  EXPECT_EQ(error.stack(0).line(), 3);
+}
+
+TEST_F(Workers, MaySendAnything) {
+  for (const std::string& body :
+       {std::string("broken"), std::string(), serializedParams(1, {chars(u"x")}),
+        serializedParams(1, {scalar(1)}), serializedParams(1, {doubles({3, 3}, {1})})}) {
+    VORTEN_Result result;
+    const HttpReply reply = sendRequest(server_.url("/work"), body);
+    ASSERT_TRUE(result.ParseFromString(reply.body));
+    EXPECT_TRUE(result.has_error()) << body;
+  }
+  const std::vector<std::vector<VORTEN_Array>> answers = {
+      {scalar(1)},
+      {chars(u"outputs")},
+      {chars(u"error")},
+      {chars(u"error"), scalar(1), scalar(2)},
+      {chars(u"error"), chars(u"a"), chars(u"b"), scalar(1)}};
+  const std::jthread worker([&] {
+    std::vector<VORTEN_Array> sent = {scalar(0)};
+    for (const auto& answer : answers) {
+      sent = {nextCall(sent).cell().elements(0)};
+      sent.insert(sent.end(), answer.begin(), answer.end());
+    }
+    RawConnection last(server_.port());
+    const std::string body = serializedParams(1, sent);
+    last.send("POST /work HTTP/1.1\r\nHost: a\r\nContent-Length: " + std::to_string(body.size()) +
+              "\r\n\r\n" + body);
+    EXPECT_FALSE(last.hasInput());
+  });
+  for (const auto& answer : answers) {
+    EXPECT_NE(errorOfCall(server_).identifier(), "") << answer.size();
+  }
+  EXPECT_THROW(LocalServer({"--function", "f=@"}), std::runtime_error);
+}
+
 }  // namespace
 }  // namespace hcy::test

@@ -1,0 +1,73 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Fixtures of pytest.
+
+hcy_client      a Client, closed after the test
+hcy_functions   the functions of hcy_server, none of its own; a test file defines it anew to have
+                some: a dictionary of callables by name
+hcy_server      a hcyclient.testing.Server with these functions, closed after the test
+
+    @pytest.mark.hcy_replay('prices')
+    def test_prices(hcy_server, hcy_client):
+        hcy_client.feval(hcy_server.url('shop/prices'), 'EUR')
+
+makes hcy_server answer from the folder recordings/prices beside the test file. Calls that are not
+there are passed on to the server of `pytest --hcy-upstream URL`, and recorded.
+"""
+from __future__ import annotations
+
+import pathlib
+from collections.abc import Iterator, Mapping
+from typing import Any, Callable, Optional
+
+import pytest
+
+import hcyclient
+import hcyclient.testing
+
+_MARKER = 'hcy_replay'
+
+
+def pytest_addoption(parser: pytest.Parser) -> None:
+    parser.getgroup('hcyclient').addoption(
+        '--hcy-upstream', metavar='URL', default=None,
+        help='server that answers, and is recorded, where a test marked hcy_replay has no recording')
+
+
+def pytest_configure(config: pytest.Config) -> None:
+    config.addinivalue_line('markers', f'{_MARKER}(name): answer the calls of hcy_server from the '
+                                       'folder recordings/<name> beside the test file')
+
+
+@pytest.fixture
+def hcy_client() -> Iterator[hcyclient.Client]:
+    """A client of the test's own."""
+    with hcyclient.Client() as client:
+        yield client
+
+
+@pytest.fixture
+def hcy_functions() -> Mapping[str, Callable[..., Any]]:
+    """The functions of hcy_server."""
+    return {}
+
+
+@pytest.fixture
+def hcy_server(request: pytest.FixtureRequest, hcy_functions: Mapping[str, Callable[..., Any]]
+               ) -> Iterator[hcyclient.testing.Server]:
+    """A server of the test's own."""
+    marker = request.node.get_closest_marker(_MARKER)
+    upstream: Optional[str] = request.config.getoption('--hcy-upstream')
+    folder = _folder_of(marker, request) if marker else None
+    if folder is not None and upstream is None and not folder.is_dir():
+        pytest.fail(f'nothing is recorded in {folder}: run pytest once with --hcy-upstream URL',
+                    pytrace=False)
+    records = folder is not None and upstream is not None
+    with hcyclient.testing.Server(hcy_functions, replay=folder, record=folder if records else None,
+                                  upstream=upstream if records else None) as server:
+        yield server
+
+
+def _folder_of(marker: pytest.Mark, request: pytest.FixtureRequest) -> pathlib.Path:
+    if len(marker.args) != 1 or not isinstance(marker.args[0], str) or marker.kwargs:
+        pytest.fail(f'{_MARKER} takes the name of a recording', pytrace=False)
+    return pathlib.Path(request.path).parent / 'recordings' / marker.args[0]
