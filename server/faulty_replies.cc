@@ -29,7 +29,7 @@ Reply statusReply(const Fault& fault) {
 }
 
 Reply errorReply(const Fault& fault, const HttpRequest& request) {
-  const FunctionError error(fault.identifier, fault.message);
+  const FunctionError error(fault.identifier, fault.message, "--fault", 0);
   return resultReply(serialized(error, pathOf(request).substr(1)), Source::kServer);
 }
 

@@ -170,8 +170,8 @@ def _error(error: Exception) -> list[Any]:
     if isinstance(error, FunctionError):
         frames = error.stack or _frames(error)
         return _described(error.identifier, error.message, frames)
-    message = ''.join(traceback.format_exception_only(type(error), error)).strip()
-    return _described('python:' + type(error).__name__, message, _frames(error))
+    name = type(error).__name__
+    return _described('python:' + name, str(error) or name, _frames(error))
 
 
 def _described(identifier: str, message: str, stack: Sequence[StackFrame]) -> list[Any]:
