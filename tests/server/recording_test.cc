@@ -316,6 +316,9 @@ TEST_F(Recording, SurvivesAnyUpstreamServer) {
       {{readRequest(), send("HTTP/1.1 200 OK\r\n"), sendRepeated("X: y\r\n", 1'000'000)}, 502},
       {{readRequest(), send(endless), sendRepeated("x", 20'000'000)}, 502},
       {{readRequest(), send(chunked), sendRepeated("3\r\nabc\r\n", 20'000'000)}, 502},
+      // Whole, but longer than a body may be.
+      {{readRequest(), send(chunked), sendRepeated("5\r\nabcde\r\n", 3'000'000), send("0\r\n\r\n")},
+       502},
       {{readRequest(), stall()}, 504},
       {{readRequest(), send("HTTP/1.1 100 Continue\r\n\r\n" + httpReply(200, "OK", "fine"))}, 200},
       {{readRequest(), send("HTTP/1.1 200 Two\rX: y\r\nContent-Length: 0\r\n\r\n")}, 200},
