@@ -47,11 +47,20 @@ constexpr std::size_t kFewestConnections = 4;
 constexpr std::size_t kSpareDescriptors = 16;
 // Those of our own contexts, of the socket that listens and of the standard streams.
 constexpr std::size_t kOwnDescriptors = 16;
+// For each of the threads that wait, and as many connections that are kept.
+constexpr std::size_t kDescriptorsForOthers = 48;
 
-std::size_t mostConnections() {
+// Pipes to commands, connections to another server, files of recorded calls.
+std::size_t descriptorsForOthers(const Options& options) {
+  const bool hasOthers = !options.upstream.url.empty() || !options.replayFolder.empty();
+  return 2 * options.commands.functions.size() * options.commands.workers +
+         (hasOthers ? kDescriptorsForOthers : 0);
+}
+
+std::size_t mostConnections(const Options& options) {
   rlimit files{};
   if (::getrlimit(RLIMIT_NOFILE, &files) != 0) return kFewestConnections;
-  constexpr std::size_t reserved = kOwnDescriptors + kSpareDescriptors;
+  const std::size_t reserved = kOwnDescriptors + kSpareDescriptors + descriptorsForOthers(options);
   const std::size_t limit = files.rlim_cur;
   if (limit < reserved + kFewestConnections) return kFewestConnections;
   return std::min(limit - reserved, kMostConnections);
@@ -172,13 +181,13 @@ class Server::Implementation {
 
   const Options options_;
   std::optional<asio::ssl::context> tls_;
-  Connections connections_{mostConnections()};
+  Connections connections_{mostConnections(options_)};
   asio::io_context io_;
   // Its tasks hold sessions, which end before io_ does.
   Service service_{options_};
   FaultSchedule faults_{options_.faults, options_.seed};
   CallLog log_{options_.log};
-  CallThreads callThreads_{mostConnections() / 2, service_, faults_, log_};
+  CallThreads callThreads_{mostConnections(options_) / 2, service_, faults_, log_};
   const SessionSurroundings surroundings_{options_, connections_, callThreads_};
   tcp::acceptor acceptor_{io_};
   asio::steady_timer acceptTimer_{io_};

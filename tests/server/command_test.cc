@@ -16,7 +16,7 @@
 #include "calls.h"
 #include "http_client.h"
 #include "observation.h"
-#include "temporary_folder.h"
+#include "support/pki.h"
 
 namespace hcy::test {
 namespace {
@@ -29,19 +29,19 @@ class Commands : public testing::Test {
  protected:
   // A command that runs this shell script.
   std::string script(const std::string& text) {
-    const auto file = temporary_.path() / ("script" + std::to_string(++scripts_));
+    const auto file = temporary_.file("script" + std::to_string(++scripts_));
     std::ofstream(file) << text;
-    return "f=exec sh " + file.string();
+    return "f=exec sh " + file;
   }
   std::vector<std::string> lines(const std::string& name) const {
-    std::ifstream stream(temporary_.path() / name);
+    std::ifstream stream(temporary_.file(name));
     std::vector<std::string> all;
     for (std::string line; std::getline(stream, line);) all.push_back(line);
     return all;
   }
-  std::string file(const std::string& name) const { return (temporary_.path() / name).string(); }
+  std::string file(const std::string& name) const { return temporary_.file(name); }
 
-  const TemporaryFolder temporary_;
+  const TestDirectory temporary_;
   int scripts_ = 0;
 };
 

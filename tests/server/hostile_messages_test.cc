@@ -4,10 +4,15 @@
 // is checked when it stops.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <random>
+#include <string>
+#include <vector>
 
 #include "calls.h"
 #include "http_client.h"
+#include "support/pki.h"
 
 namespace hcy::test {
 namespace {
@@ -137,6 +142,36 @@ TEST(HostileMessages, AreRandom) {
     const HttpReply reply = sendRequest(server.url(paths[random() % std::size(paths)]), body);
     EXPECT_TRUE(reply.status == 200 || reply.status == 400) << reply.status << reply.failure;
   }
+}
+
+// All that looks into messages looks into random ones.
+TEST(HostileMessages, AreRandomForCommandsRecordingsAndTheLog) {
+  const TestDirectory directory;
+  const std::string calls = directory.file("calls");
+  const std::string command = "f=while read -r line; do echo '{\"outputs\":[1]}'; done";
+  const LocalServer server({"--function", command, "--log", directory.file("log"), "--log-values"});
+  const LocalServer recorder({"--upstream", server.url(), "--record", calls, "--replay", calls});
+  const LocalServer replayer({"--replay", calls});
+  std::mt19937 random(2);
+  std::vector<std::string> honest;
+  for (const auto& entry : std::filesystem::directory_iterator(HCY_GOLDEN_FILES)) {
+    if (entry.path().string().ends_with(".request.bin")) {
+      honest.push_back(contentsOf(entry.path().string()));
+    }
+  }
+  std::ranges::sort(honest);
+  for (int i = 0; i < 300; ++i) {
+    std::string body = honest[random() % honest.size()];
+    for (int change = 0; change < 3 && !body.empty(); ++change) {
+      body[random() % body.size()] = static_cast<char>(random());
+    }
+    for (const LocalServer* one : {&recorder, &replayer}) {
+      const HttpReply reply = sendRequest(one->url(i % 2 == 0 ? "/f" : "/echo"), body);
+      EXPECT_NE(reply.status, 0) << reply.failure;
+      EXPECT_LT(reply.status, 500) << reply.body;
+    }
+  }
+  EXPECT_EQ(sendRequest(server.url("/echo"), "").status, 200);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 
 #include "calls.h"
 #include "http_client.h"
-#include "temporary_folder.h"
+#include "support/pki.h"
 
 namespace hcy::test {
 namespace {
@@ -24,7 +24,7 @@ class Log : public testing::Test {
  protected:
   // The lines that three calls bring.
   std::vector<std::string> linesWith(std::vector<std::string> arguments) const {
-    const std::string file = temporary_.path() / "log";
+    const std::string file = temporary_.file("log");
     arguments.insert(arguments.end(), {"--log", file, "--fault", "demo/sleep=reset"});
     {
       const LocalServer server(arguments);
@@ -38,7 +38,7 @@ class Log : public testing::Test {
     return lines;
   }
 
-  const TemporaryFolder temporary_;
+  const TestDirectory temporary_;
 };
 
 const std::string kTime = "20[0-9-]+T[0-9:.]+Z ";

@@ -22,8 +22,8 @@
 #include "calls.h"
 #include "http_client.h"
 #include "observation.h"
+#include "support/pki.h"
 #include "support/script_server.h"
-#include "temporary_folder.h"
 
 namespace hcy::test {
 namespace {
@@ -34,11 +34,6 @@ using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
 
-std::string contentsOf(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 // By the path of the call: what is sent.
 using Requests = std::vector<std::pair<std::string, std::string>>;
 
@@ -47,7 +42,8 @@ Requests variedRequests() {
   Requests requests;
   for (const auto& entry : fs::directory_iterator(HCY_GOLDEN_FILES)) {
     const std::string name = entry.path().filename().string();
-    if (name.ends_with(".request.bin")) requests.emplace_back("/echo", contentsOf(entry.path()));
+    if (name.ends_with(".request.bin"))
+      requests.emplace_back("/echo", contentsOf(entry.path().string()));
   }
   requests.emplace_back("/math/plus", serializedParams(1, {scalar(2), scalar(3)}));
   requests.emplace_back(
@@ -96,13 +92,13 @@ class Recording : public testing::Test {
     }
     throw std::runtime_error("nothing is recorded");
   }
-  fs::path folder() const { return temporary_.path() / "calls"; }
+  fs::path folder() const { return temporary_.file("calls"); }
   std::vector<std::string> recording(const std::string& upstream) const {
     return {"--upstream", upstream, "--record", folder().string()};
   }
   std::vector<std::string> replaying() const { return {"--replay", folder().string()}; }
 
-  const TemporaryFolder temporary_;
+  const TestDirectory temporary_;
 };
 
 TEST_F(Recording, IsReplayedByteForByte) {
@@ -158,7 +154,7 @@ TEST_F(Recording, PassesHeaderFieldsAndQueriesOn) {
                           HasSubstr("Authorization: Basic bmFtZTp3b3Jk\r\n")));
   EXPECT_EQ(upstream.requests().at(0).body, "hi");
   for (const auto& entry : fs::directory_iterator(folder())) {
-    EXPECT_EQ(contentsOf(entry.path()).find("word"), std::string::npos) << entry.path();
+    EXPECT_EQ(contentsOf(entry.path().string()).find("word"), std::string::npos) << entry.path();
   }
 }
 

@@ -5,6 +5,9 @@
 #include <signal.h>
 
 #include <chrono>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "calls.h"
 #include "http_client.h"
@@ -102,6 +105,48 @@ TEST_F(Tls, ResumesSessionsOfClientsWithCertificates) {
     const HttpReply reply = sendRequest(server.url("/echo"), "", options);
     EXPECT_EQ(reply.status, 200) << reply.failure;
   }
+}
+
+// What a client is told by a server that passes its calls on to one with TLS.
+long statusBehind(const LocalServer& upstream, const std::vector<std::string>& options) {
+  std::vector<std::string> arguments = {"--upstream", upstream.url()};
+  arguments.insert(arguments.end(), options.begin(), options.end());
+  const LocalServer server(arguments);
+  return sendRequest(server.url("/echo"), "").status;
+}
+
+TEST_F(Tls, IsSpokenWithAnUpstreamServer) {
+  const LocalServer upstream(argumentsDemandingCertificates());
+  const Certificate own = authority_.issue({.name = "client"});
+  const std::string authority = authority_.certificateFile();
+  const std::vector<std::string> shown = {"--upstream-cert", own.certificateFile, "--upstream-key",
+                                          own.keyFile};
+  const auto with = [&](std::vector<std::string> options) {
+    options.insert(options.end(), shown.begin(), shown.end());
+    return options;
+  };
+  EXPECT_EQ(statusBehind(upstream, with({"--upstream-ca", authority})), 200);
+  EXPECT_EQ(statusBehind(upstream, with({"--upstream-no-verify-peer"})), 200);
+  EXPECT_EQ(statusBehind(upstream, {"--upstream-ca", authority}), 502);
+  const Certificate locked = authority_.issue({.name = "client", .passPhrase = "four words"});
+  const TestDirectory directory;
+  for (const auto& [phrase, status] : {std::pair("four words\n", 200), std::pair("no\n", 502)}) {
+    EXPECT_EQ(
+        statusBehind(upstream, {"--upstream-ca", authority, "--upstream-cert",
+                                locked.certificateFile, "--upstream-key", locked.keyFile,
+                                "--upstream-key-pass-file", directory.write("phrase", phrase)}),
+        status);
+  }
+  const CertificateAuthority other;
+  EXPECT_EQ(statusBehind(upstream, with({"--upstream-ca", other.certificateFile()})), 502);
+}
+
+TEST_F(Tls, IsSpokenWithAnUpstreamServerOfAnotherName) {
+  const Certificate elsewhere = authority_.issue({.alternativeNames = "DNS:elsewhere"});
+  const LocalServer upstream({"--cert", elsewhere.certificateFile, "--key", elsewhere.keyFile});
+  const std::string authority = authority_.certificateFile();
+  EXPECT_EQ(statusBehind(upstream, {"--upstream-ca", authority}), 502);
+  EXPECT_EQ(statusBehind(upstream, {"--upstream-ca", authority, "--upstream-no-verify-host"}), 200);
 }
 
 TEST_F(Tls, SurvivesClientsWithout) {

@@ -61,7 +61,8 @@ class Server:
     Without functions, record, replay and upstream, it has the functions of hcy-local-server.
 
     Raises FileNotFoundError if the program is not installed, RuntimeError if it does not start (its
-    standard error says why), and ValueError for a number of threads below 1.
+    standard error says why), and ValueError for a number of threads below 1, or a name that is
+    empty or has an equals sign inside.
     """
 
     calls: list[Call]
@@ -73,6 +74,9 @@ class Server:
                  program: Optional[Path] = None) -> None:
         if threads < 1:
             raise ValueError('a server has one thread at least')
+        for name in functions or {}:
+            if not name.strip('/') or '=' in name:
+                raise ValueError(f'this is not the name of a function: {name!r}')
         self.calls = []
         self._functions = {name.lstrip('/'): function
                            for name, function in (functions or {}).items()}

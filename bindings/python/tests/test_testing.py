@@ -145,8 +145,9 @@ def test_what_cannot_start():
         Server(replay='/no/such/folder')
     with pytest.raises(FileNotFoundError, match='HCY_LOCAL_SERVER'):
         Server(program='no-such-program')
-    with pytest.raises(ValueError):
-        Server(threads=0)
+    for wrong in ({'threads': 0}, {'functions': {'a=b': len}}, {'functions': {'/': len}}):
+        with pytest.raises(ValueError):
+            Server(**wrong)
 
 
 def test_calls_are_recorded_and_replayed(client, server, tmp_path):
