@@ -6,12 +6,12 @@ whoever waits for it may leave at any time.
 """
 from __future__ import annotations
 
-from _thread import allocate_lock
 from concurrent.futures import Future
 from ctypes import byref, c_void_p, sizeof
 from time import perf_counter
 from typing import Any, Callable, NoReturn, Optional
 
+from ._bell import own_bell, return_bell
 from ._connection import Connection
 from ._inputs import handles_of
 from ._library import Handle
@@ -106,13 +106,12 @@ class AwaitedCall(Call):
     """A thread waits for it, which prepares it and reads its result: only the transfer takes place
     on the thread of the pool."""
 
-    __slots__ = ('ended', 'error')
+    __slots__ = ('bell', 'error')
 
     def __init__(self, url: bytes, nargout: int, reader: ExactReader) -> None:
         super().__init__(url, nargout, reader)
         self.error: Optional[BaseException] = None
-        self.ended = allocate_lock()
-        self.ended.acquire()
+        self.bell = own_bell()
 
     def run(self, connection: Connection) -> bool:
         try:
@@ -121,22 +120,20 @@ class AwaitedCall(Call):
             self.failure = error
         if not self.wanted:
             return False
-        self.finished = True  # first, so that the next call finds the thread idle
-        self._end()
+        self.finished = True
+        self.bell.ring()
         return True
 
     def fail(self, error: BaseException) -> None:
         self.error = error
         self.wanted = False
-        self._end()
+        self.bell.ring()
 
-    def _end(self) -> None:
-        try:
-            self.ended.release()
-        except RuntimeError:  # it has been released: a call may end while its client is closed
-            pass
+    def is_over(self) -> bool:
+        return self.finished or self.error is not None
 
     def result(self) -> Any:
+        return_bell(self.bell)
         if self.error is not None:
             raise self.error
         return super().result()

@@ -41,7 +41,7 @@ def _function(name: str, result: Any, *arguments: Any, unlocks: bool = False) ->
     return found
 
 
-def _method(function: Any) -> Any:
+def uninterrupted_method(function: Any) -> Any:
     """A method that is no code of Python: that of a finalizer may be interrupted, and what is
     raised there is lost."""
     make = ctypes.pythonapi.PyInstanceMethod_New
@@ -53,7 +53,7 @@ class Handle(c_void_p):
     """Owns an array of the library. Functions return it and calls write into it, so that there is
     no moment in which an interrupt could lose the array."""
 
-    __del__ = _method(_function('hcyDestroyArray', None, c_void_p))
+    __del__ = uninterrupted_method(_function('hcyDestroyArray', None, c_void_p))
 
 
 initialize = _function('hcyInitializeEx', c_void_p, c_int)

@@ -16,34 +16,12 @@ from collections import deque
 from typing import Any, List, Mapping, Optional
 
 from . import _runtime
+from ._bell import Bell
 from ._connection import Connection
 from ._jobs import CLOSED, AwaitedCall, Call
 
-# In seconds: how often someone who waits looks whether all is well.
-_LOOK = 0.05
-_LONGEST_FAREWELL = 5.0
-
-
-class _Bell:
-    """Wakes threads that wait for a job. It is a pipe because that takes half the time of a lock:
-    the system has the one who is woken begin when the one who rings waits himself."""
-
-    def __init__(self) -> None:
-        self._reading, self._writing = os.pipe()
-        os.set_blocking(self._writing, False)
-
-    def ring(self) -> None:
-        try:
-            os.write(self._writing, b'.')
-        except BlockingIOError:  # it has been rung often enough for everybody
-            pass
-
-    def wait(self) -> None:
-        os.read(self._reading, 1)
-
-    def __del__(self) -> None:
-        os.close(self._reading)
-        os.close(self._writing)
+_LOOK = 50  # milliseconds: how often someone who waits looks whether all is well
+_LONGEST_FAREWELL = 5.0  # in seconds
 
 
 class _Worker:
@@ -86,7 +64,7 @@ class Pool:
     def _begin(self, *connections: Connection) -> None:
         # Reentrant: the collector and signal handlers may come back here.
         self._lock = threading.RLock()
-        self._bell = _Bell()
+        self._bell = Bell()
         self._jobs: deque[Call] = deque()
         self._workers: List[_Worker] = []
         self._spare = list(connections)
@@ -104,7 +82,10 @@ class Pool:
         """Returns the result of a call, or raises what it, or a signal handler, raises."""
         try:
             self.start(job)
-            while not job.ended.acquire(True, _LOOK):
+            while True:
+                job.bell.wait_at_most(_LOOK)
+                if job.is_over():
+                    break
                 self._add_worker_if_needed()
         finally:
             job.wanted = False  # which calls no function, and so cannot be interrupted itself

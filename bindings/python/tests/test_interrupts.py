@@ -122,7 +122,7 @@ def interrupt(*_):
     raise KeyboardInterrupt
 
 def resident():
-    while len(client._pool._workers) > 1:  # abandoned calls go on for a while
+    while any(not worker.is_idle() for worker in list(client._pool._workers)):
         time.sleep(0.01)
     ctypes.CDLL(None).malloc_trim(0)
     return int(open('/proc/self/statm').read().split()[1]) * resource.getpagesize() >> 20
