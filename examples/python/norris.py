@@ -9,28 +9,31 @@ Usage: norris.py SERVER_URL DATA_FILE PICTURE
   PICTURE     the PNG to write
 """
 import sys
+from typing import Any
 
 import hcyclient
 import matplotlib
 import numpy as np
+import numpy.typing as npt
 
 matplotlib.use('Agg')
 from matplotlib import pyplot  # noqa: E402
 
+Vector = npt.NDArray[np.float64]
 CERTIFIED = {'intercept': -0.262323073774029, 'slope': 1.00211681802045,
              'residual standard deviation': 0.884796396144373, 'R squared': 0.999993745883712}
 
 
-def fit(server, x, y):
-    with hcyclient.Client(timeout=30) as client:
-        coefficients, quality = client.feval(server + '/stats/linear_fit', x, y, nargout=2)
+def fit(server: str, x: Vector, y: Vector) -> dict[str, Any]:
+    with hcyclient.Client(server, timeout=30) as client:
+        coefficients, quality = client.stats.linear_fit(x, y, nargout=2)
     intercept, slope = coefficients
     return {'intercept': intercept, 'slope': slope,
             'residual standard deviation': quality['residualStandardDeviation'],
             'R squared': quality['rSquared']}
 
 
-def draw(x, y, found, picture):
+def draw(x: Vector, y: Vector, found: dict[str, Any], picture: str) -> None:
     figure, (above, below) = pyplot.subplots(
         2, 1, sharex=True, figsize=(6.4, 5.2), height_ratios=(3, 2), layout='constrained')
     ends = np.array([x.min(), x.max()])

@@ -80,7 +80,7 @@ class ExactReader:
     def cells(self, handle: Handle, shape: Shape, count: int) -> Any:
         """A list, also if it is 0-by-0, or an array of objects."""
         get = library.get_cell
-        values = Cell()
+        values: Cell[Any] = Cell()
         try:
             for i in range(count):
                 values.append(self.element(get(handle, i), count))

@@ -2,14 +2,21 @@
 """Values that Python and NumPy have no type for."""
 from __future__ import annotations
 
-from typing import Any, List, NamedTuple
+from typing import Any, List, NamedTuple, TypeVar
 
 import numpy as np
 
+Element = TypeVar('Element')
 
-class Cell(List[Any]):
-    """A list that is a cell array of one row, whatever it holds: a list of dictionaries with the
-    same keys would be a struct array otherwise."""
+
+class Cell(List[Element]):
+    """A list that is a cell array of one row, whatever it holds. A plain list of numbers is an
+    array of them, and one of dictionaries with the same keys a struct array.
+
+    Examples
+    --------
+    >>> parts: Cell[int] = Cell([1, 2])
+    """
 
     __slots__ = ()
 
@@ -26,8 +33,23 @@ class CompressedColumns(NamedTuple):
 
 
 def complex_dtype(integer: Any) -> np.dtype[Any]:
-    """The dtype of complex integers, of which NumPy has none of its own: its fields are `real` and
-    `imag`, of the given dtype."""
+    """The dtype of complex integers, of which NumPy has none of its own.
+
+    Parameters
+    ----------
+    integer : dtype or what makes one
+        The dtype of the parts, of integers with or without a sign.
+
+    Returns
+    -------
+    numpy.dtype
+        With the fields ``real`` and ``imag``.
+
+    Raises
+    ------
+    TypeError
+        If it is no dtype of integers.
+    """
     part = np.dtype(integer)
     if part.kind not in 'iu':
         raise TypeError(f'{part} is no dtype of integers')

@@ -5,7 +5,7 @@ import json
 import numpy as np
 import pytest
 import replies
-from replies import CHAR, STRUCT, array, cell_array, double_array, struct_array
+from replies import CHAR, DOUBLE, STRUCT, array, cell_array, double_array, struct_array
 
 import hcyclient
 from hcyclient import Cell, complex_dtype, records
@@ -165,7 +165,7 @@ def test_the_place_of_what_is_missing_is_named(natural):
     one = double_array([1, 1], 1)
     for message, place in [(cell_array([2, 1], one, short), '[1]'),
                            (struct_array([2, 1], [b'a'], one, short), "[1]['a']"),
-                           (array(CHAR, [2, 3]), '')]:
+                           (array(CHAR, [2, 3]), ''), (array(DOUBLE, [1, 1]), '')]:
         with pytest.raises(hcyclient.IncompleteReply) as raised:
             answer(natural, message)
         assert raised.value.text.startswith(f'output 0{", " if place else ""}{place}: the dim')

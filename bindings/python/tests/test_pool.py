@@ -101,6 +101,17 @@ def test_closing_ends_calls_for_those_who_wait(gate):
         client.submit(gate.url)
 
 
+def test_closing_waits_for_idle_connections(server, monkeypatch):
+    client = hcyclient.Client(server)
+    client.math.plus(2, 3)
+    runtime, ended = client._pool._runtime, []
+    destroy = runtime.destroy_context
+    monkeypatch.setattr(runtime, 'destroy_context', lambda context: (
+        time.sleep(0.2), destroy(context), ended.append(1)))
+    client.close()
+    assert ended == [1]
+
+
 def test_a_future(server):
     with hcyclient.Client(server) as client:
         future = client.submit('math/plus', 2, 3)

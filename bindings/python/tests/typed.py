@@ -14,7 +14,8 @@ pair: tuple[Any, ...] = client.feval('http://h/f', nargout=2)
 first, second = pair
 function: hcyclient.Function = client.function('http://h/f')
 triple: tuple[Any, ...] = function(1, nargout=3)
-cells: list[Any] = hcyclient.Cell([1, 2])
+cells: hcyclient.Cell[int] = hcyclient.Cell([1, 2])
+first_cell: int = cells[0]
 relative: hcyclient.Client = hcyclient.Client('http://h', connections=2)
 plus: hcyclient.Function = relative.math.plus
 future: Future[Any] = relative.submit('math/plus', 1, 2)
@@ -49,3 +50,4 @@ client.feval('http://h/f', nargout='2')  # type: ignore[call-overload]
 hcyclient.Client(timeout='1')  # type: ignore[arg-type]
 hcyclient.Client(tls=True)  # type: ignore[call-arg]
 nothing: int = function(1, nargout=0)  # type: ignore[assignment]
+words: hcyclient.Cell[str] = hcyclient.Cell([1])  # type: ignore[list-item]
