@@ -288,10 +288,13 @@ def in_child(function):
 
 
 def test_a_client_opens_anew_after_a_fork(server, client):
+    from hcyclient import _bell
     assert client.feval(server + '/echo', 'before') == 'before'
     parent_files = len(os.listdir('/proc/self/fd'))
 
     def use():
+        if _bell._spare.bells:
+            return 3  # they would wake each other
         if client.feval(server + '/echo', 'x') != 'x' or client._pool.connections != 1:
             return 1
         if len(os.listdir('/proc/self/fd')) <= parent_files:

@@ -89,6 +89,8 @@ def test_closing_ends_calls_for_those_who_wait(gate):
     for thread in threads:
         thread.start()
     gate.await_calls(2)
+    while len(client._pool._jobs) < 3:  # the others wait
+        time.sleep(0.01)
     start = time.monotonic()
     client.close()
     for thread in threads:
@@ -137,7 +139,9 @@ def test_a_future_that_waits_can_be_cancelled(gate):
 
 
 def test_a_future_keeps_its_client_open(server):
-    assert hcyclient.Client(server).submit('demo/sleep', 0.2, nargout=0).result() is None
+    future = hcyclient.Client(server).submit('demo/sleep', 0.2, nargout=0)
+    gc.collect()
+    assert future.result() is None
 
 
 def test_what_is_called_when_a_future_is_done_may_call(server):
