@@ -67,6 +67,16 @@ def test_a_call_is_cancelled_at_once(server):
     run(server, body, connections=1)
 
 
+def test_the_connection_of_a_cancelled_call_is_replaced(server):
+    async def body(client):
+        with pytest.raises(asyncio.TimeoutError):
+            await asyncio.wait_for(client.demo.sleep(0.4), 0.1)
+        assert await client.math.plus(2, 3) == 5
+        await asyncio.sleep(0.6)
+        assert client._pool.connections == len(client._pool._workers) == 1
+    run(server, body, connections=1)
+
+
 def test_errors(server):
     async def body(client):
         with pytest.raises(hcyclient.FunctionError):

@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """Which exception a call raises, and what it says."""
 import builtins
+import gc
 import pickle
 import socket
+import weakref
 
 import pytest
 import replies
@@ -84,3 +86,16 @@ def test_no_message_tells_the_user(status, outputs):
                 assert error.url.startswith('http://127.0.0.1:')
                 assert str(error).startswith(error.url + ': ')
                 assert 'secret' not in repr(error) + str(error) + error.url
+
+
+def test_an_error_does_not_keep_itself_alive(server, client):
+    gc.disable()
+    try:
+        for function in '/no/such', '/echo':  # one of the server, one of what came back
+            try:
+                client.feval(server + function, nargout=1)
+            except hcyclient.Error as error:
+                gone = weakref.ref(error)
+            assert gone() is None
+    finally:
+        gc.enable()
