@@ -61,7 +61,7 @@ def test_an_abandoned_call(client, logged):
 
 
 def test_dimensions_alone_are_no_data(client, logged):
-    message = replies.cell_array([1 << 20, 1], replies.double_array([1 << 20, 1], 1))
+    message = replies.cell_array([1 << 40, 1], replies.double_array([1 << 20, 1], 1))
     with replies.answering(replies.result(message)) as url:
         with pytest.raises(hcyclient.IncompleteReply):
             client.feval(url)
