@@ -188,6 +188,9 @@ class Pool:
                 worker.job = job = None  # an idle thread keeps nothing alive
                 if not goes_on:
                     break
+        except BaseException as error:  # there is no memory, for instance
+            if worker.job is not None:
+                worker.job.fail(error)
         finally:
             if connection is not None:
                 connection.end()

@@ -221,6 +221,22 @@ def test_a_connection_that_cannot_be_made_fails_the_call(server, monkeypatch):
         assert client.math.plus(2, 3) == 5
 
 
+@pytest.mark.parametrize('begin', ['feval', 'submit'])
+def test_a_thread_that_fails_fails_its_call(server, monkeypatch, begin):
+    from hcyclient._pool import Pool
+
+    def fail(*_):
+        raise MemoryError
+
+    with hcyclient.Client(server) as client:
+        with monkeypatch.context() as patch:
+            patch.setattr(Pool, '_run', fail)
+            with pytest.raises(MemoryError):
+                client.feval('math/plus', 2, 3) if begin == 'feval' else (
+                    client.submit('math/plus', 2, 3).result(60))
+        assert client.math.plus(2, 3) == 5
+
+
 def test_a_thread_that_cannot_be_started_fails_the_call(server, monkeypatch):
     from hcyclient import _pool
 
