@@ -8,8 +8,8 @@ from typing import Any, Callable
 
 import numpy as np
 
-from . import _library as library
-from ._library import Handle
+from ._library import Handle, get_class, get_data, get_dimension_count, get_element_count
+from ._library import is_complex, is_sparse
 from ._outputs import ExactReader, Shape, code_units, decoded, empty, field_names
 from ._outputs import number_array
 from ._storage import CHAR_UNIT, DTYPES, view
@@ -32,11 +32,11 @@ class NaturalReader(ExactReader):
 
     def value_of(self, handle: Handle) -> Any:
         # Most elements of containers are single numbers: no array is made for those.
-        scalar = _SCALARS.get(library.get_class(handle))
-        if scalar is not None and library.get_element_count(handle) == 1 and not (
-                library.is_complex(handle) or library.is_sparse(handle)):
-            address = library.get_data(handle)
-            if address and library.get_dimension_count(handle) <= 2:
+        scalar = _SCALARS.get(get_class(handle))
+        if scalar is not None and get_element_count(handle) == 1 and not (
+                is_complex(handle) or is_sparse(handle)):
+            address = get_data(handle)
+            if address and get_dimension_count(handle) <= 2:
                 at, kind = scalar
                 return kind(at(address).value)
         return super().value_of(handle)

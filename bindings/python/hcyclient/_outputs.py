@@ -79,11 +79,14 @@ class ExactReader:
 
     def cells(self, handle: Handle, shape: Shape, count: int) -> Any:
         """A list, also if it is 0-by-0, or an array of objects."""
-        get = library.get_cell
+        get, value_of = library.get_cell, self.value_of
         values: Cell[Any] = Cell()
         try:
             for i in range(count):
-                values.append(self.element(get(handle, i), count))
+                element = get(handle, i)
+                if not element:
+                    raise missing_element(count)
+                values.append(value_of(element))
         except Unreadable as unreadable:
             unreadable.inside(self.index(shape, len(values)))
             raise
@@ -118,19 +121,17 @@ class ExactReader:
                ) -> dict[str, Any]:
         fields: dict[str, Any] = {}
         name = ''
+        get, value_of = library.get_field, self.value_of  # there may be many elements
         try:
             for name, number in names.items():
-                fields[name] = self.element(library.get_field(handle, index, number), count)
+                element = get(handle, index, number)
+                if not element:
+                    raise missing_element(count)
+                fields[name] = value_of(element)
         except Unreadable as unreadable:
             unreadable.inside(name)
             raise
         return fields
-
-    def element(self, element: Handle, count: int) -> Any:
-        """The value of one of so many elements."""
-        if not element:
-            raise missing_element(count)
-        return self.value_of(element)
 
     def index(self, shape: Shape, position: int) -> object:
         """The subscript of an element in Python: that of a list is a number."""
