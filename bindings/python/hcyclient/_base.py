@@ -63,9 +63,10 @@ class BaseClient:
         if name.startswith('_'):
             raise AttributeError(f'{type(self).__name__!r} object has no attribute {name!r}')
         if self._settings['server'] is None:
-            raise AttributeError(f'{type(self).__name__!r} object has no attribute {name!r}, and no '
-                                 "server that could have such a function: give the URL of one, as in "
-                                 f"{type(self).__name__}('http://127.0.0.1:8080')")
+            kind = type(self).__name__
+            raise AttributeError(f'{kind!r} object has no attribute {name!r}, and no server that '
+                                 'could have such a function: give the URL of one, as in '
+                                 f"{kind}('http://127.0.0.1:8080')")
 
     def __reduce__(self) -> tuple[Any, ...]:
         return _made, (type(self), self._settings)

@@ -43,7 +43,8 @@ def unmasked(array: Any) -> NDArray:
     """The data of a masked array that has nothing masked."""
     masked: Any = np.ma  # which is not typed everywhere
     if masked.is_masked(array):
-        raise CannotCarry('masked array with masked elements', '.filled(x) with the number that stands for them')
+        raise CannotCarry('masked array with masked elements',
+                          '.filled(x) with the number that stands for them')
     return np.asarray(array.data)
 
 

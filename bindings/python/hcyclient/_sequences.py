@@ -79,6 +79,6 @@ def double_of(value: int) -> float:
         raise CannotCarry('int that is too large for a double', 'str(x) for text') from None
     if number != value:
         raise CannotCarry(f'int {value}, which no double is equal to',
-                          'numpy.int64(x) or numpy.uint64(x) for that class, float(x) for the nearest '
-                          'double')
+                          'numpy.int64(x) or numpy.uint64(x) for that class, float(x) for the '
+                          'nearest double')
     return number

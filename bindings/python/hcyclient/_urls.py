@@ -48,8 +48,8 @@ def function_url(server: Optional[str], name: str) -> bytes:
     if not name.strip('/ '):
         raise ValueError('the name of a function is empty')
     if server is None:
-        raise ValueError(f'{name!r} is relative to a server, and this client has none: give the URL '
-                         "of one, as in Client('http://127.0.0.1:8080') or in the environment "
+        raise ValueError(f'{name!r} is relative to a server, and this client has none: give the '
+                         "URL of one, as in Client('http://127.0.0.1:8080') or in the environment "
                          'variable HCY_SERVER, or the whole URL of the function, which begins with '
                          'http:// or https://')
     return f'{server}/{name.lstrip("/")}'.encode()

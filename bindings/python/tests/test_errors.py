@@ -16,8 +16,10 @@ from hcyclient._transport_errors import transport_error
 
 @pytest.mark.parametrize('text, kind', [
     ('Timeout was reached', TimeoutError),
-    ("Couldn't connect to server", ConnectionError), ('Could not connect to server', ConnectionError),
-    ("Couldn't resolve host name", ConnectionError), ('Could not resolve hostname', ConnectionError),
+    ("Couldn't connect to server", ConnectionError),
+    ('Could not connect to server', ConnectionError),
+    ("Couldn't resolve host name", ConnectionError),
+    ('Could not resolve hostname', ConnectionError),
     ("Couldn't resolve proxy name", ConnectionError),
     ('Could not resolve proxy name', ConnectionError),
     ('Failure when receiving data from the peer', ConnectionError),
@@ -38,7 +40,8 @@ def test_libcurl_says_what_is_expected_of_it():
     import ctypes
     library = ctypes.CDLL('libcurl.so.4')
     library.curl_easy_strerror.restype = ctypes.c_char_p
-    for kind, numbers in [(TimeoutError, [28]), (ConnectionError, [5, 6, 7, 18, 35, 52, 55, 56, 97]),
+    for kind, numbers in [(TimeoutError, [28]),
+                          (ConnectionError, [5, 6, 7, 18, 35, 52, 55, 56, 97]),
                           (CertificateError, [58, 60, 77, 82, 83, 91])]:
         for number in numbers:
             text = library.curl_easy_strerror(number).decode()

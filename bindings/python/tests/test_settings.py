@@ -89,7 +89,8 @@ def test_response_size_limit(server):
         with pytest.raises(hcyclient.ReplyTooLarge) as raised:
             client.feval(server + '/echo', np.ones(200))
     assert 'larger than the response size limit' in raised.value.text
-    assert raised.value.text.endswith('The argument response_size_limit of the client increases it.')
+    assert raised.value.text.endswith(
+        'The argument response_size_limit of the client increases it.')
 
 
 def test_certificates(tls_server, files):
@@ -149,7 +150,8 @@ def test_verify_peer(tls_server, files):
 @pytest.mark.parametrize('settings, kind', [
     ({'timeout': 0}, ValueError), ({'timeout': -1}, ValueError), ({'timeout': 2147484}, ValueError),
     ({'timeout': '1'}, TypeError), ({'timeout': True}, TypeError),
-    ({'timeout': []}, TypeError), ({'timeout': float('nan')}, ValueError), ({'response_size_limit': -1}, ValueError),
+    ({'timeout': []}, TypeError), ({'timeout': float('nan')}, ValueError),
+    ({'response_size_limit': -1}, ValueError),
     ({'response_size_limit': 2**32}, ValueError), ({'ca_file': 'a\0b'}, ValueError),
     ({'ca_file': 3}, TypeError), ({'client_key_passphrase': 'a\0b'}, ValueError),
     ({'client_key_passphrase': 5}, TypeError), ({'client_key_passphrase': [65]}, TypeError),
