@@ -20,10 +20,17 @@ def numbers_in(value: Sequence[Any]) -> Optional[NDArray]:
     shape = _shape(value, kinds)
     if shape is None:
         return None
-    array = np.empty((0, 0)) if shape == (0,) else np.array(value)
+    array = np.empty((0, 0)) if shape == (0,) else _array(value)
     if int in kinds or any(issubclass(kind, int) and kind is not bool for kind in kinds):
         return _with_doubles(array, value, kinds)
     return array
+
+
+def _array(value: Sequence[Any]) -> NDArray:
+    try:
+        return np.array(value)
+    except OverflowError:  # of integers in some versions of NumPy
+        return np.array(value, object)
 
 
 def _shape(value: Sequence[Any], kinds: set[type]) -> Optional[Tuple[int, ...]]:

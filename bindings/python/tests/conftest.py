@@ -12,6 +12,8 @@ for _name in list(os.environ):
     if _name.lower().endswith('_proxy'):
         del os.environ[_name]
 
+os.environ.pop('HCY_SERVER', None)  # tests name their servers
+
 import hcyclient  # noqa: E402
 
 # The same examples each time, unless HCY_RANDOM is set: then other ones.
