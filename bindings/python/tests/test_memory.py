@@ -10,7 +10,7 @@ import scipy.sparse
 
 import hcyclient
 
-CALLS = int(os.environ.get('HCYCLIENT_LEAK_CALLS', '100000'))
+CALLS = int(os.environ.get('HCYCLIENT_LEAK_CALLS', '20000'))
 KEPT_KIB = 1024
 
 
