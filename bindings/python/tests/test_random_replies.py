@@ -124,6 +124,17 @@ def answered():
         yield call
 
 
+@pytest.fixture(scope='module')
+def answered_naturally():
+    body = [b'']
+    with replies.answering(lambda: body[0]) as url, \
+            hcyclient.Client(response_size_limit=1 << 17) as client:
+        def call(reply):
+            body[0] = reply
+            return client.feval(url)
+        yield call
+
+
 def require_arrived_or_error(answered, reply, nargout):
     try:
         answered(reply, nargout)
@@ -157,3 +168,13 @@ def test_arrays_with_bytes_changed(answered, reply, changes):
     for place, change in changes:
         damaged[int(place * (len(damaged) - 1))] ^= change
     require_arrived_or_error(answered, bytes(damaged), 1)
+
+
+@settings(max_examples=200)
+@given(ARRAYS.map(replies.result))
+def test_natural_results_of_arrays_of_any_kind(answered_naturally, reply):
+    """A value or an error of ours, and nothing else."""
+    try:
+        answered_naturally(reply)
+    except hcyclient.Error:
+        pass
