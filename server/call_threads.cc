@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <boost/asio/post.hpp>
+#include <chrono>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -19,6 +20,7 @@ namespace asio = boost::asio;
 // What is received and parsed in less than the hundredth of a second.
 constexpr std::size_t kSmallBody = std::size_t{64} << 10;
 constexpr unsigned kLongThreads = 16;
+constexpr std::chrono::milliseconds kSweepTime{250};
 
 }  // namespace
 
@@ -34,7 +36,18 @@ struct CallThreads::Task {
 
 CallThreads::CallThreads(std::size_t mostLong, Service& service, FaultSchedule& faults,
                          CallLog& log)
-    : service_(service), faults_(faults), log_(log), longCalls_(mostLong) {}
+    : service_(service), faults_(faults), log_(log), longCalls_(mostLong) {
+  if (WorkQueue* const queue = service.queue()) sweepQueue(*queue);
+}
+
+void CallThreads::sweepQueue(WorkQueue& queue) {
+  sweepTimer_.expires_after(kSweepTime);
+  sweepTimer_.async_wait([this, &queue](boost::system::error_code ec) {
+    if (ec) return;
+    queue.expire();
+    sweepQueue(queue);
+  });
+}
 
 void CallThreads::answer(HttpRequest& request, std::function<void(Reply)> done) {
   Task task{&request, std::move(done), nullptr, BudgetShare(longCalls_)};

@@ -8,6 +8,7 @@
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -38,6 +39,7 @@ class CallThreads {
 
   void dispatch(Task task);
   void answerOutside(Task task);
+  void sweepQueue(WorkQueue& queue);
   void awaitWorker(Task task, WorkQueue& queue);
   void begin(Task task);
   void evaluate(Task task);
@@ -50,6 +52,7 @@ class CallThreads {
   // In proportion to the size of their messages.
   boost::asio::io_context linear_;
   boost::asio::io_context long_;
+  boost::asio::steady_timer sweepTimer_{linear_};
   using WorkGuard = boost::asio::executor_work_guard<boost::asio::io_context::executor_type>;
   WorkGuard linearGuard_{linear_.get_executor()};
   WorkGuard longGuard_{long_.get_executor()};

@@ -43,6 +43,7 @@ void addCommands(CLI::App& app, CommandOptions& commands) {
       ->group(group);
   app.add_option("--function-timeout", commands.seconds,
                  "Seconds that a command may take to answer [60]")
+      ->take_last()
       ->type_name("SECONDS")
       ->check(CLI::Range(kShortestTimeout, kLongestTimeout).description(""))
       ->needs(function)

@@ -127,7 +127,9 @@ RecordedCall readRecordedCall(const fs::path& file) {
   try {
     call = fromHeaderLine(beginning.substr(0, lineEnd + 1));
     requireSense(call);
-  } catch (const std::exception& error) {
+  } catch (const nlohmann::json::exception&) {
+    fail(file, "is not a recorded call: its first line does not describe one");
+  } catch (const std::runtime_error& error) {
     fail(file, std::string("is not a recorded call: ") + error.what());
   }
   const off_t size = ::lseek(opened.get(), 0, SEEK_END);

@@ -20,7 +20,8 @@ std::string_view nameOf(const HttpRequest& request) {
 
 }  // namespace
 
-Service::Service(const Options& options) : queue_(options.commands.workerPath), standIn_(options) {
+Service::Service(const Options& options)
+    : queue_(options.commands.workerPath, options.commands.seconds), standIn_(options) {
   for (const std::string& text : options.commands.functions) {
     const std::size_t sign = text.find('=');
     const std::string name = text.substr(0, sign), command = text.substr(sign + 1);

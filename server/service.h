@@ -28,6 +28,8 @@ class Service {
   // The function of this program that the request calls; null if there is none.
   const Function* ownFunction(const HttpRequest& request) const;
 
+  // The calls that wait for a program; null if there is no such program.
+  WorkQueue* queue() { return queue_.functions().empty() ? nullptr : &queue_; }
   // Where calls wait for a program to answer them; null if the request is not for it.
   WorkQueue* queueOf(const HttpRequest& request);
   // Calls `done` with the reply, soon or late.

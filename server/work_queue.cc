@@ -4,7 +4,9 @@
 
 #include <google/protobuf/arena.h>
 
+#include <algorithm>
 #include <exception>
+#include <iterator>
 #include <new>
 #include <optional>
 #include <utility>
@@ -30,6 +32,7 @@ using client::VORTEN_Result;
 
 // What is sent to a worker may be longer than its request by any amount.
 constexpr std::size_t kLongestMessage = 2147483647;
+constexpr std::chrono::seconds kWorkerPatience{20};
 
 struct Params {
   int nargout = 0;
@@ -186,6 +189,11 @@ Reply replyFrom(std::string_view function, Make make) try {
 
 }  // namespace
 
+WorkQueue::WorkQueue(std::string workerPath, double seconds)
+    : workerPath_(std::move(workerPath)),
+      patience_(
+          std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds))) {}
+
 void WorkQueue::call(std::string_view name, std::string_view body, Done done) {
   {
     const std::lock_guard lock(mutex_);
@@ -212,7 +220,7 @@ void WorkQueue::work(std::string_view body, Done done) {
   std::optional<Call> answered;
   {
     const std::lock_guard lock(mutex_);
-    workers_.push_back(std::move(done));
+    workers_.push_back({std::move(done)});
     const auto found = ticket >= 1 && ticket < 1e15
                            ? running_.find(static_cast<std::uint64_t>(ticket))
                            : running_.end();
@@ -245,7 +253,7 @@ void WorkQueue::match() {
       call = std::move(waiting_.front());
       waiting_.pop_front();
       if (paramsFrom(call.body)) {
-        worker = std::move(workers_.front());
+        worker = std::move(workers_.front().done);
         workers_.pop_front();
         ticket = ++lastTicket_;
         running_.emplace(ticket, call);
@@ -263,6 +271,39 @@ void WorkQueue::match() {
       elements.insert(elements.end(), params.inputs.begin(), params.inputs.end());
       return resultReply(resultWithCell(elements), Source::kServer);
     }));
+  }
+}
+
+void WorkQueue::expire() {
+  const auto now = Clock::now();
+  const auto isOver = [now](const auto& one, Clock::duration patience) {
+    return now - one.begin > patience;
+  };
+  std::vector<Call> calls;
+  std::vector<Worker> workers;
+  {
+    const std::lock_guard lock(mutex_);
+    for (; !waiting_.empty() && isOver(waiting_.front(), patience_); waiting_.pop_front()) {
+      calls.push_back(std::move(waiting_.front()));
+    }
+    for (auto one = running_.begin(); one != running_.end();) {
+      const bool ends = isOver(one->second, patience_);
+      if (ends) calls.push_back(std::move(one->second));
+      one = ends ? running_.erase(one) : std::next(one);
+    }
+    const auto patience = std::min<Clock::duration>(patience_, kWorkerPatience);
+    for (; !workers_.empty() && isOver(workers_.front(), patience); workers_.pop_front()) {
+      workers.push_back(std::move(workers_.front()));
+    }
+  }
+  for (const Call& call : calls) {
+    call.done(replyFrom(call.name, []() -> Reply {
+      throw FunctionError("halcyon:function:ended", "No worker gave an answer in time.");
+    }));
+  }
+  for (const Worker& worker : workers) {
+    worker.done(
+        replyFrom(workerPath_, [] { return resultReply(resultWithCell({}), Source::kServer); }));
   }
 }
 

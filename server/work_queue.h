@@ -6,10 +6,13 @@
 //
 // Inputs of a worker's call: the ticket of the call that it answers (0 for none), then "outputs"
 // and the outputs, or "error", identifier, message and a cell of file, name, line, file, ... Its
-// output is a cell of the next ticket, the name of the function, nargout, and the inputs.
+// output is a cell of the next ticket, the name of the function, nargout, and the inputs; an empty
+// cell if there was no call for a while, so that a worker that has gone away does not take one with
+// it for long.
 
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -29,7 +32,8 @@ class WorkQueue {
   using Done = std::function<void(Reply)>;
 
   // Where workers call; nowhere if it is empty.
-  explicit WorkQueue(std::string workerPath) : workerPath_(std::move(workerPath)) {}
+  // A call is answered within so many seconds, if only by an error.
+  WorkQueue(std::string workerPath, double seconds);
 
   void serve(const std::string& function) { functions_.insert(function); }
   const std::set<std::string>& functions() const { return functions_; }
@@ -43,21 +47,32 @@ class WorkQueue {
   // A call of a worker. The body is not needed any more when this returns.
   void work(std::string_view body, Done done);
 
+  // To be called now and then: ends what has waited too long.
+  void expire();
+
  private:
+  using Clock = std::chrono::steady_clock;
+
   struct Call {
     std::string name;
     std::string_view body;
     Done done;
+    Clock::time_point begin = Clock::now();
+  };
+  struct Worker {
+    Done done;
+    Clock::time_point begin = Clock::now();
   };
 
   // Gives calls to workers as long as there are both.
   void match();
 
   const std::string workerPath_;
+  const Clock::duration patience_;
   std::set<std::string> functions_;
   std::mutex mutex_;
   std::deque<Call> waiting_;
-  std::deque<Done> workers_;
+  std::deque<Worker> workers_;
   // By ticket.
   std::map<std::uint64_t, Call> running_;
   std::uint64_t lastTicket_ = 0;

@@ -215,11 +215,14 @@ class Server {
     std::string program = program_;
     if (program.empty()) program = named != nullptr && *named != '\0' ? named : "hcy-local-server";
     std::vector<std::string> words = {program, "--port", std::to_string(port), "--stop-on-eof"};
-    words.insert(words.end(), options_.begin(), options_.end());
-    if (!functions_.empty()) words.insert(words.end(), {"--worker-path", workerPath});
+    // A function may be looked into with a debugger meanwhile.
+    if (!functions_.empty()) {
+      words.insert(words.end(), {"--worker-path", workerPath, "--function-timeout", "86400"});
+    }
     for (const auto& function : functions_) {
       words.insert(words.end(), {"--function", function.first + "=@"});
     }
+    words.insert(words.end(), options_.begin(), options_.end());
     return words;
   }
 
@@ -327,6 +330,7 @@ class Server {
   }
 
   std::vector<Array> answerTo(const Array& call) {
+    if (call.size() == 0) return none();  // there was no call for a while
     const Array ticket = call[0];
     std::string name;
     try {

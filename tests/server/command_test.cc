@@ -273,6 +273,20 @@ TEST_F(Workers, RaiseErrors) {
   EXPECT_EQ(error.stack(0).line(), 3);
 }
 
+TEST(WorkersThatGoAway, KeepNothingForLong) {
+  const LocalServer server(
+      {"--function", "f=@", "--worker-path", "work", "--function-timeout", "0.3"});
+  // Nobody asks for the call, or nobody answers it.
+  EXPECT_EQ(errorOfCall(server).identifier(), "halcyon:function:ended");
+  {
+    const std::jthread worker([&] { call(server, "/work", 1, {scalar(0)}); });
+    EXPECT_EQ(errorOfCall(server).identifier(), "halcyon:function:ended");
+  }
+  const VORTEN_Result none = call(server, "/work", 1, {scalar(0)});
+  ASSERT_EQ(none.lhs_size(), 1);
+  EXPECT_EQ(dimensionsOf(none.lhs(0)), (Dimensions{1, 0}));
+}
+
 TEST_F(Workers, MaySendAnything) {
   for (const std::string& body :
        {std::string("broken"), std::string(), serializedParams(1, {chars(u"x")}),

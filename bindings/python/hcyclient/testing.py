@@ -84,14 +84,16 @@ class Server:
         self._is_closing = False
         # A name that nobody guesses: who calls it answers for the functions.
         worker_path = 'worker-' + secrets.token_urlsafe(16)
-        command = [_file_of(program), '--port', '0', '--stop-on-eof', *options]
+        command = [_file_of(program), '--port', '0', '--stop-on-eof']
         for option, value in (('--record', record), ('--replay', replay), ('--upstream', upstream)):
             if value is not None:
                 command += [option, os.fspath(value)]
         if self._functions:
-            command += ['--worker-path', worker_path]
+            # A function may be looked into with a debugger meanwhile.
+            command += ['--worker-path', worker_path, '--function-timeout', '86400']
         for name in self._functions:
             command += ['--function', name + '=@']
+        command += options
         self._process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                          text=True)
         assert self._process.stdout is not None
@@ -138,7 +140,7 @@ class Server:
             answer: list[Any] = [0.0]
             while not self._is_closing:
                 try:
-                    ticket, name, nargout, *arguments = client.feval(url, *answer)
+                    call = client.feval(url, *answer)
                 except (TypeError, ValueError, OverflowError) as error:
                     # The function has returned what no array can hold. Nothing has been sent.
                     if answer[1:2] != ['outputs']:
@@ -151,8 +153,12 @@ class Server:
                     # What was handed over is lost, the thread is not.
                     answer = [0.0]
                     continue
+                if not call:  # there was none for a while
+                    answer = [0.0]
+                    continue
+                ticket, name, nargout, *arguments = call
                 answer = [_number(ticket), *self._answer(name, int(_number(nargout)), arguments)]
-                del arguments
+                del arguments, call
 
     def _answer(self, name: str, nargout: int, arguments: list[Any]) -> list[Any]:
         self.calls.append(Call(name, tuple(arguments), nargout))
