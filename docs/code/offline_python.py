@@ -13,7 +13,8 @@ import numpy as np
 
 with hcyclient.testing.Server({'my/scale': lambda a, k: a * k}) as server:
     with hcyclient.Client() as client:
-        print(client.feval(server.url('my/scale'), np.array([1.0, 2.0, 3.0]), 10).tolist())
+        tens = client.feval(server.url('my/scale'), np.array([1.0, 2.0, 3.0]), 10)
+        print(np.ravel(tens))
     print(server.calls[0].function, server.calls[0].nargout)
 
 # Their failures.
@@ -25,8 +26,10 @@ with hcyclient.testing.Server({'shop/price': price}, options=['--fault', 'shop/*
         for _ in range(2):
             try:
                 client.feval(server.url('shop/price'), 'teapot')
-            except hcyclient.Error as error:
-                print(error)
+            except hcyclient.HttpError as error:
+                print('status', error.status)
+            except hcyclient.FunctionError as error:
+                print(error.identifier, '-', error.message)
 
 # Recorded calls.
 lab = sys.argv[1]
@@ -36,4 +39,4 @@ with hcyclient.testing.Server(upstream=lab, record='calls') as server:
 
 with hcyclient.testing.Server(replay='calls') as server:
     with hcyclient.Client() as client:
-        print(client.feval(server.url('math/plus'), 2, 3).item())
+        print(float(client.feval(server.url('math/plus'), 2, 3)))
