@@ -13,11 +13,11 @@
 #include "array/array_proxy_builder.h"
 #include "array/array_to_send.h"
 #include "array_json.h"
-#include "hcy.client.VORTENParams.pb.h"
 #include "hcy.client.VORTENResult.pb.h"
 #include "incomplete_output.h"
 #include "json_array.h"
 #include "json_value.h"
+#include "request_fields.h"
 #include "runtime/reply_reader.h"
 #include "source_text.h"
 #include "text.h"
@@ -27,7 +27,6 @@
 namespace hcy::server {
 namespace {
 
-using client::VORTEN_Params;
 using client::VORTEN_Result;
 using hcyclient::Array;
 
@@ -53,6 +52,11 @@ Shown show(ReceivedArray&& received) try {
   return {"<incomplete>", false};
 } catch (const std::exception&) {
   return {"<not a value of JSON>", false};
+}
+
+Shown showBytes(Bytes bytes) {
+  ReceivedArray array;
+  return readReceived(array, bytes) ? show(std::move(array)) : Shown{"<incomplete>", false};
 }
 
 const tools::JsonValue* member(const tools::JsonObject& object, std::string_view name) {
@@ -144,40 +148,29 @@ std::string resultOf(const tools::JsonValue& line, int nargout) {
 }  // namespace
 
 std::optional<ShownRequest> showRequest(std::string_view body) {
-  constexpr std::uint32_t kNargout = VORTEN_Params::kNargoutFieldNumber;
+  const auto fields = requestFieldsOf(body);
+  if (!fields) return std::nullopt;
   ShownRequest request;
-  const Bytes bytes = bytesOf(body);
-  const bool isWhole = forEachField(bytes, [&](const WireField& field) {
-    if (field.isVarint(kNargout)) {
-      const std::uint8_t* position = bytes.data() + field.begin + 1;
-      request.nargout = static_cast<int>(readVarint(position, bytes.data() + field.end));
-    } else if (field.is(VORTEN_Params::kRhsFieldNumber)) {
-      ReceivedArray array;
-      const bool isRead = readReceived(array, field.content);
-      Shown shown = isRead ? show(std::move(array)) : Shown{"<incomplete>", false};
-      request.inputs.push_back(std::move(shown.text));
-      request.areExact = request.areExact && shown.isExact;
-    }
-    return true;
-  });
-  if (!isWhole) return std::nullopt;
+  request.nargout = fields->nargout;
+  for (const Bytes bytes : fields->inputs) {
+    Shown shown = showBytes(bytes);
+    request.inputs.push_back(std::move(shown.text));
+    request.areExact = request.areExact && shown.isExact;
+  }
   return request;
 }
 
 std::optional<ShownReply> showReply(std::string_view body) {
   client::VORTEN_Error error;
   bool hasError = false;
-  bool isWhole = true;
   ShownReply shown;
-  isWhole = forEachField(bytesOf(body), [&](const WireField& field) {
+  const bool isWhole = forEachField(bytesOf(body), [&](const WireField& field) {
     if (field.is(VORTEN_Result::kErrorFieldNumber)) {
       hasError = true;
       return mergePart(error, field.content);
     }
     if (field.is(VORTEN_Result::kLhsFieldNumber) && shown.outputs.size() < kMostShown) {
-      ReceivedArray array;
-      const bool isRead = readReceived(array, field.content);
-      shown.outputs.push_back(isRead ? show(std::move(array)).text : "<incomplete>");
+      shown.outputs.push_back(showBytes(field.content).text);
     }
     return true;
   });

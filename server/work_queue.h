@@ -18,6 +18,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -64,6 +65,8 @@ class WorkQueue {
     Clock::time_point begin = Clock::now();
   };
 
+  // Has the worker wait for a call; the call that it answers with this ticket, if there is one.
+  std::optional<Call> callAnsweredBy(std::uint64_t ticket, const Done& worker);
   // Gives calls to workers as long as there are both.
   void match();
 

@@ -288,9 +288,10 @@ TEST(WorkersThatGoAway, KeepNothingForLong) {
 }
 
 TEST_F(Workers, MaySendAnything) {
+  EXPECT_EQ(sendRequest(server_.url("/work"), "broken").status, 400);
   for (const std::string& body :
-       {std::string("broken"), std::string(), serializedParams(1, {chars(u"x")}),
-        serializedParams(1, {scalar(1)}), serializedParams(1, {doubles({3, 3}, {1})})}) {
+       {std::string(), serializedParams(1, {chars(u"x")}), serializedParams(1, {scalar(1)}),
+        serializedParams(1, {doubles({3, 3}, {1})})}) {
     VORTEN_Result result;
     const HttpReply reply = sendRequest(server_.url("/work"), body);
     ASSERT_TRUE(result.ParseFromString(reply.body));
