@@ -40,6 +40,11 @@ CallThreads::CallThreads(std::size_t mostLong, Service& service, FaultSchedule& 
   if (WorkQueue* const queue = service.queue()) sweepQueue(*queue);
 }
 
+// Calls that wait for a worker have taken places here.
+CallThreads::~CallThreads() {
+  if (WorkQueue* const queue = service_.queue()) queue->clear();
+}
+
 void CallThreads::sweepQueue(WorkQueue& queue) {
   sweepTimer_.expires_after(kSweepTime);
   sweepTimer_.async_wait([this, &queue](boost::system::error_code ec) {

@@ -27,6 +27,10 @@ class CallThreads {
   // At most so many calls may calculate long, or sleep, at a time.
   CallThreads(std::size_t mostLong, Service& service, FaultSchedule& faults, CallLog& log);
 
+  CallThreads(const CallThreads&) = delete;
+  CallThreads& operator=(const CallThreads&) = delete;
+  ~CallThreads();
+
   // Calls `done` with the reply, once, on this thread or another. The request, whose body is taken,
   // lives until then.
   void answer(HttpRequest& request, std::function<void(Reply)> done);

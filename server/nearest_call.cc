@@ -17,6 +17,7 @@ namespace {
 // Enough to find the one that was meant, and few enough to be compared while a client waits.
 constexpr std::size_t kMostCompared = 500;
 constexpr std::size_t kLargestCompared = std::size_t{1} << 20;
+constexpr std::size_t kMostBytesCompared = std::size_t{8} << 20;
 constexpr std::size_t kMostPathsListed = 20;
 
 // How much two requests have in common; more is nearer.
@@ -111,11 +112,13 @@ std::string explainMiss(const Recordings& recordings, std::string_view path,
     return beginning + "The request is too large, or too broken, to compare it with the " +
            std::to_string(calls.size()) + " recorded ones.\n";
   }
+  std::size_t bytesLeft = kMostBytesCompared;
   const RecordedCall* nearest = nullptr;
   std::optional<ShownRequest> nearestRequest;
   Likeness most;
   for (std::size_t i = 0; i < std::min(calls.size(), kMostCompared); ++i) {
-    if (calls[i].requestSize > kLargestCompared) continue;
+    if (calls[i].requestSize > std::min(kLargestCompared, bytesLeft)) continue;
+    bytesLeft -= calls[i].requestSize;
     auto recorded = requestAsShown(calls[i], recordings);
     if (!recorded) continue;
     const Likeness likeness = likenessOf(*recorded, *sent);

@@ -83,7 +83,7 @@ RecordedCall fromHeaderLine(std::string_view line) {
 }
 
 void requireSense(const RecordedCall& call) {
-  if (call.status < 100 || call.status > 999) throw std::runtime_error("has no HTTP status");
+  if (call.status < 200 || call.status > 999) throw std::runtime_error("has no HTTP status");
   for (const std::string& text : {call.reason, call.contentType}) {
     if (text.find_first_of("\r\n") != std::string::npos) {
       throw std::runtime_error("has a line end inside a field of the header");

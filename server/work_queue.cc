@@ -146,4 +146,14 @@ void WorkQueue::expire() {
   }
 }
 
+void WorkQueue::clear() {
+  std::deque<Call> waiting;
+  std::map<std::uint64_t, Call> running;
+  std::deque<Worker> workers;
+  const std::lock_guard lock(mutex_);
+  waiting.swap(waiting_);
+  running.swap(running_);
+  workers.swap(workers_);
+}
+
 }  // namespace hcy::server

@@ -51,6 +51,9 @@ class WorkQueue {
   // To be called now and then: ends what has waited too long.
   void expire();
 
+  // Forgets all calls and workers. For the end of the server.
+  void clear();
+
  private:
   using Clock = std::chrono::steady_clock;
 
