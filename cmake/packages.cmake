@@ -38,8 +38,9 @@ if(HCY_BUILD_SERVER OR HCY_BUILD_TOOLS)
 "call functions of a Halcyon compute server from the shell, and serve some
 hcy calls functions by their URLs, with arguments in JSON or from files, shows
 their outputs, and measures how long calls take. hcy-local-server serves a
-handful of functions over HTTP and HTTPS, so that a client can be written,
-tested and measured without a network."
+handful of functions over HTTP and HTTPS, and functions of your own; it records
+the calls of another server, replays them without it, and fails on demand, so
+that a client can be written, tested and measured without a network."
   "libhcyclient1 (>= ${PROJECT_VERSION})")
 endif()
 

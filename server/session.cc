@@ -19,13 +19,12 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <sstream>
-#include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 
 #include "http_replies.h"
+#include "partial_reply.h"
 
 namespace hcy::server {
 namespace {
@@ -47,9 +46,6 @@ constexpr std::size_t kLongestHeader = std::size_t{16} << 10;
 // The size of a chunk, in hexadecimal digits, and the two line ends of a chunk.
 constexpr std::size_t kFrameOfChunk = 16 + 4;
 constexpr seconds kFarewellTime{5};
-// Of a reply that comes slowly on purpose.
-constexpr std::chrono::milliseconds kShortestDrop{10};
-constexpr double kLongestDrip = 1e6;
 // A transfer that is slower on the whole is given up.
 constexpr std::size_t kSlowestBytesPerSecond = std::size_t{1} << 20;
 constexpr steady_clock::time_point kNever = steady_clock::time_point::max();
@@ -224,49 +220,31 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
     tcp().close();
   }
 
-  // The header by itself, which promises the whole body.
   void writeHead() {
-    std::ostringstream head;
-    head << reply_->message.base();
-    head_ = head.str();
-    bodySent_ = 0;
-    dripBegin_ = steady_clock::now();
-    asio::async_write(stream_, asio::buffer(head_),
+    partial_.emplace(*reply_);
+    asio::async_write(stream_, asio::buffer(partial_->head()),
                       [self = this->shared_from_this()](error_code ec, std::size_t) {
                         if (!ec) self->writePartOfBody();
                       });
   }
 
   void writePartOfBody() {
-    const Delivery& delivery = reply_->delivery;
-    const bool isDripped = delivery.way == Delivery::Way::kDripped;
-    const ByteBuffer& body = reply_->message.body();
-    if (bodySent_ == body.size()) return endReply();
-    if (!isDripped && bodySent_ >= delivery.bytes) return sayFarewell();
-    const std::size_t end =
-        std::min<std::size_t>(body.size(), isDripped ? bytesDrippedUntilNow() : delivery.bytes);
-    if (end <= bodySent_) return awaitDrop();
-    asio::async_write(stream_, asio::buffer(body.data() + bodySent_, end - bodySent_),
+    if (partial_->isWhole()) return endReply();
+    if (partial_->isCut()) return sayFarewell();
+    const std::string_view due = partial_->due();
+    if (due.empty()) return awaitDrop();
+    asio::async_write(stream_, asio::buffer(due.data(), due.size()),
                       [self = this->shared_from_this()](error_code ec, std::size_t count) {
                         if (ec) return;
-                        self->bodySent_ += count;
+                        self->partial_->countSent(count);
                         self->writePartOfBody();
                       });
   }
 
-  std::size_t bytesDrippedUntilNow() const {
-    const std::chrono::duration<double> time = steady_clock::now() - dripBegin_;
-    const double bytes = time.count() * reply_->delivery.bytesPerSecond;
-    return bytes < 1e15 ? static_cast<std::size_t>(bytes) : std::size_t{1} << 50;
-  }
-
+  // The server is slow here, not the client.
   void awaitDrop() {
-    const double bytesPerSecond = reply_->delivery.bytesPerSecond;
-    const double next = static_cast<double>(bodySent_ + 1) / bytesPerSecond;
-    const auto soon = steady_clock::now() + kShortestDrop;
-    // The server is slow here, not the client.
     setDeadline(kNever);
-    replyTimer_.expires_at(std::max(soon, dripBegin_ + durationOf(std::min(next, kLongestDrip))));
+    replyTimer_.expires_at(partial_->nextTime());
     replyTimer_.async_wait([self = this->shared_from_this()](error_code ec) {
       if (ec) return;
       self->beginTransfer(self->surroundings_.options.replySeconds);
@@ -287,6 +265,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
     const bool keepAlive =
         reply_->message.keep_alive() && reply_->delivery.way != Delivery::Way::kTruncated;
     serializer_.reset();
+    partial_.reset();
     reply_.reset();
     keepAlive ? awaitNextRequest() : sayFarewell();
   }
@@ -371,10 +350,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
       [this](std::uint64_t, beast::string_view, error_code&) { ++chunks_; };
   std::optional<Reply> reply_;
   std::optional<http::response_serializer<ByteBody>> serializer_;
-  // Of a reply that is not sent as a whole.
-  std::string head_;
-  std::size_t bodySent_ = 0;
-  steady_clock::time_point dripBegin_;
+  std::optional<PartialReply> partial_;
 };
 
 }  // namespace
