@@ -62,6 +62,8 @@ pid_t spawn(const std::string& command, int input, int output) {
   FileActions files;
   ::posix_spawn_file_actions_adddup2(&files.actions, input, STDIN_FILENO);
   ::posix_spawn_file_actions_adddup2(&files.actions, output, STDOUT_FILENO);
+  // A connection would stay open as long as the command has it, too.
+  ::posix_spawn_file_actions_addclosefrom_np(&files.actions, STDERR_FILENO + 1);
   Attributes own;
   sigset_t none, usual;
   ::sigemptyset(&none);
