@@ -116,9 +116,8 @@ Eigen::Map<const detail::EigenMatrix<T>> asEigen(const Array& array) {
   return {array.span<T>().data(), static_cast<Eigen::Index>(array.rows()),
           static_cast<Eigen::Index>(array.columns())};
 }
-/** The elements would not outlive the array: keep it, as in `Array x = context.call(...);`. */
 template <class T>
-void asEigen(const Array&& array) = delete;
+void asEigen(const Array&& array) = delete; /**< Keep the array: `Array x = ...;`. */
 
 /** A sparse matrix in the array's own storage, to read; of a complex one, the real parts. T is
  *  double or bool. Valid as a Span is. Throws UsageError unless the array is sparse and of the
@@ -134,9 +133,8 @@ Eigen::Map<const detail::EigenSparse<T>> asSparseEigen(const Array& array) {
           reinterpret_cast<const detail::SparseIndex*>(array.rowIndices().data()),
           values.data()};
 }
-/** The elements would not outlive the array: keep it, as in `Array x = context.call(...);`. */
 template <class T>
-void asSparseEigen(const Array&& array) = delete;
+void asSparseEigen(const Array&& array) = delete; /**< Keep the array: `Array x = ...;`. */
 
 /** A copy as a matrix or vector of Eigen, also of another class if each element keeps its value:
  *  `toEigen<Eigen::MatrixXcd>(array)`. Throws UsageError when the sizes do not fit the type, the

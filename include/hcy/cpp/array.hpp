@@ -46,6 +46,7 @@ struct Entry;
 class CellIterator;
 class Fields;
 class Input;
+class Outputs;
 class Slot;
 struct Field;
 
@@ -72,6 +73,13 @@ class Array {
  public:
   /** Makes an empty Array, which holds no array. */
   Array() noexcept = default;
+  Array(const Array&) = delete;            /**< Write a.copy(). */
+  Array& operator=(const Array&) = delete; /**< Write a.copy(). */
+  /** Takes over what the other one holds. */
+  Array(Array&&) noexcept = default;
+  /** Takes over what the other one holds. */
+  Array& operator=(Array&&) noexcept = default;
+  ~Array() = default;
 
   /** A 1-by-1 array of the class of T. */
   template <class T, detail::IfValue<T> = 0>
@@ -130,8 +138,9 @@ class Array {
   Array(const std::string& text) : Array(std::string_view(text)) {}
   /** A 1-by-n char array from UTF-8 that a NUL ends. */
   Array(const char* text) : Array(std::string_view(text)) {}
-  /** A pointer that is null makes no text. */
-  Array(std::nullptr_t) = delete;
+  Array(std::nullptr_t) = delete; /**< Null makes no text. */
+  Array(char) = delete;           /**< Text stands in double quotes: "c". */
+  Array(const Outputs&) = delete; /**< Write context.call(...), or context.feval(...)[0]. */
   /** A 1-by-n char array of these code units; 0-by-0 from none. */
   Array(std::u16string_view units) {
     *this = zeros<char16_t>(units.empty() ? 0 : 1, units.size());
@@ -278,8 +287,7 @@ class Array {
   Span<const std::size_t> dimensions() const& {
     return {hcyGetDimensions(handle()), hcyGetNumberOfDimensions(get())};
   }
-  /** The dimensions would not outlive the array. */
-  Span<const std::size_t> dimensions() const&& = delete;
+  Span<const std::size_t> dimensions() const&& = delete; /**< Keep the array: `Array x = ...;`. */
   /** The linear index of an element with zero-based subscripts: `index(i, j)`, `index({i, j})`.
    *  Throws UsageError unless there is one for each dimension, and below it. */
   template <class... More, detail::IfIntegers<More...> = 0>
@@ -306,7 +314,7 @@ class Array {
    *  converted if it keeps its value. Throws UsageError when there is no such element, it has
    *  another value as a T, or the array holds no numbers (no code units, with T char16_t);
    *  IncompleteReply when elements did not arrive. In a loop, span() is faster. */
-  template <class T, class... More, detail::IfValue<T> = 0, detail::IfIntegers<More...> = 0>
+  template <class T, class... More, detail::IfIntegers<More...> = 0>
   T at(Size i, More... more) const;
 
   /** The elements (of a complex array, the real parts) in the array's own storage. Of a sparse
@@ -322,9 +330,8 @@ class Array {
   Span<const T> span() const& {
     return elements<T>(countToRead());
   }
-  /** The elements would not outlive the array. */
   template <class T>
-  Span<const T> span() const&& = delete;
+  Span<const T> span() const&& = delete; /**< Keep the array: `Array x = ...;`. */
 
   /** The imaginary parts in the array's own storage; empty for a real array, and for a complex one
    *  that resize() took them from. Otherwise as span(). */
@@ -337,9 +344,8 @@ class Array {
   Span<const T> imaginary() const& {
     return imaginaryElements<T>(countToRead());
   }
-  /** The elements would not outlive the array. */
   template <class T>
-  Span<const T> imaginary() const&& = delete;
+  Span<const T> imaginary() const&& = delete; /**< Keep the array: `Array x = ...;`. */
 
   /** A copy of the elements in column-major order; of a sparse array, of the stored ones. Numbers
    *  and logical values of another class are converted. With T a std::complex, both parts;
@@ -352,12 +358,12 @@ class Array {
   /** An array of the same shape and the class of T, with the same values. Throws UsageError when an
    *  element has another value as a T, or an imaginary part and T has none; when the array is
    * sparse and not of the class of T already; and when it holds no numbers. */
-  template <class T, detail::IfValue<T> = 0>
+  template <class T>
   Array convertTo() const;
 
   /** The one element of a 1-by-1 array as a T, if it keeps its value there: `scalar<int>()` of the
    *  double 3. Throws UsageError otherwise, and as at(). */
-  template <class T, detail::IfValue<T> = 0>
+  template <class T>
   T scalar() const;
   /** scalar<T>(), or the fallback when the array has no elements, as a cell or field has none that
    *  was never set. */
@@ -401,20 +407,28 @@ class Array {
   Span<std::size_t> rowIndices() & { return rowsOf(roomToWrite()); }
   /** The read-only overload; as many elements as span() const returns. */
   Span<const std::size_t> rowIndices() const& { return rowsOf(countToRead()); }
-  /** The rows would not outlive the array. */
-  Span<const std::size_t> rowIndices() const&& = delete;
+  Span<const std::size_t> rowIndices() const&& = delete; /**< Keep the array: `Array x = ...;`. */
 
   /** The column starts of a sparse array, columns() + 1 of them. Throws as rowIndices(). */
   Span<std::size_t> columnStarts() & { return starts(); }
   /** The read-only overload. */
   Span<const std::size_t> columnStarts() const& { return starts(); }
-  /** The starts would not outlive the array. */
-  Span<const std::size_t> columnStarts() const&& = delete;
+  Span<const std::size_t> columnStarts() const&& = delete; /**< Keep the array: `Array x = ...;`. */
 
   /** The stored elements of a sparse array, column after column. Throws UsageError when the program
    *  has set column starts or rows that lead outside it, and as span() and rowIndices(). */
   template <class T>
   std::vector<Entry<T>> entries() const;
+
+  /** @name What is written in another way
+   *  @{ */
+  template <class Name, detail::IfName<Name> = 0>
+  void operator[](const Name&) const = delete; /**< A field is s("name"). */
+  template <class T, detail::IfIntegers<T> = 0>
+  void operator()(T) const = delete; /**< A cell is cell[i], and an element array.at<double>(i). */
+  template <class T, class U, detail::IfIntegers<T, U> = 0>
+  void operator()(T, U) const = delete; /**< An element is array.at<double>(i, j). */
+  /** @} */
 
   /** Element i of a cell array: to read, to assign to, or to go on into (`cell[1]("name")`). */
   Slot operator[](Size i) &;

@@ -19,6 +19,7 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace hcyclient {
 
@@ -53,7 +54,9 @@ class Config {
   }
   /** Takes over the same settings; throws as the copy constructor, and is as before then. */
   Config& operator=(const Config& other) { return *this = Config(other); }
+  /** Takes over the configuration. */
   Config(Config&&) noexcept = default;
+  /** Takes over the configuration. */
   Config& operator=(Config&&) noexcept = default;
   ~Config() = default;
 
@@ -69,6 +72,8 @@ class Config {
     runtime_->setTimeOut(settings(), static_cast<std::uint32_t>(seconds));
     return *this;
   }
+  template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+  Config& setTimeout(Number) = delete; /**< Write setTimeout(std::chrono::seconds(30)). */
   /** The same as it is set. */
   std::chrono::seconds timeout() const {
     return std::chrono::seconds(runtime_->getTimeOut(settings()));

@@ -153,8 +153,7 @@ class Context {
 
   /** The function at a URL, to be called like one of C++: `auto plus = context.function(url)`. */
   Function function(std::string url) &;
-  /** The function would not outlive the context. */
-  Function function(std::string url) && = delete;
+  Function function(std::string url) && = delete; /**< Keep the context. */
 
   /** The context in the C interface, which stays owned here; null if moved from. */
   hcyClientContext* get() const noexcept { return context_.get(); }

@@ -110,8 +110,10 @@ bool Array::readExactly(std::size_t i, T& value) const {
   }
 }
 
-template <class T, class... More, detail::IfValue<T>, detail::IfIntegers<More...>>
+template <class T, class... More, detail::IfIntegers<More...>>
 T Array::at(Size i, More... more) const {
+  static_assert(detail::isValue<T>,
+                "T is a number, bool, char16_t or std::complex; text is read by toString()");
   std::size_t place = i;
   if constexpr (sizeof...(More) > 0) {
     place = index(i, more...);
@@ -125,8 +127,10 @@ T Array::at(Size i, More... more) const {
   return value;
 }
 
-template <class T, detail::IfValue<T>>
+template <class T>
 T Array::scalar() const {
+  static_assert(detail::isValue<T>,
+                "T is a number, bool, char16_t or std::complex; text is read by toString()");
   if (size() != 1) {
     throw UsageError("the array has not one element, but " + std::to_string(size()));
   }
@@ -161,6 +165,8 @@ std::vector<T> Array::toVector() const {
     for (std::size_t i = 0; i < size(); ++i) texts.push_back((*this)[i].toString());
     return texts;
   } else {
+    static_assert(detail::isValue<T>,
+                  "T is a number, bool, char16_t or std::complex; text is read by toString()");
     using Stored = typename detail::Element<detail::Part<T>>::Stored;
     if constexpr (!std::is_same_v<Stored, char16_t>) {
       if (!is<Stored>()) {
@@ -201,8 +207,10 @@ void Array::convertEach(const Take& take) const {
   });
 }
 
-template <class T, detail::IfValue<T>>
+template <class T>
 Array Array::convertTo() const {
+  static_assert(detail::isValue<T>,
+                "T is a number, bool, char16_t or std::complex; text is read by toString()");
   using Stored = typename detail::Element<detail::Part<T>>::Stored;
   requireWhole();
   if (is<Stored>() && isComplex() == detail::Parts<T>::areTwo) return copy();

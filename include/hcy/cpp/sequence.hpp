@@ -75,6 +75,9 @@ template <class R>
 using IfRange =
     std::enable_if_t<!std::is_base_of_v<Array, R> && !std::is_same_v<RangeValue<R>, void>, int>;
 
+template <class T>
+using IfName = std::enable_if_t<std::is_convertible_v<const T&, std::string_view>, int>;
+
 template <class... T>
 using IfIntegers = std::enable_if_t<(std::is_integral_v<T> && ...), int>;
 

@@ -60,49 +60,48 @@ class Slot {
   /** A handle over the element; throws UsageError when there is none, IncompleteReply when it did
    * not arrive or not as a whole, or is of a class that the library does not serve. */
   Array get() && { return fetch(); }
-  /** A Slot is not kept: write `Array x = cell[0];`. */
-  Array get() & = delete;
+  Array get() & = delete; /**< Write `Array x = cell[0];`. */
   /** As get(). */
   operator Array() && { return fetch(); }
+  operator Array() & = delete; /**< Write `Array x = cell[0];`. */
 
   /** @name Readers
    *  Those of Array, of the array in this place. They throw as get() and the reader.
    *  @{ */
   hcyClassID classId() && { return fetch().classId(); } /**< As Array::classId(). */
-  hcyClassID classId() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  hcyClassID classId() & = delete;                      /**< Write `Array x = cell[0];`. */
   std::string_view className() && { return fetch().className(); } /**< As Array::className(). */
-  std::string_view className() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  bool isText() && { return fetch().isText(); } /**< As Array::isText(). */
-  bool isText() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  bool isCell() && { return fetch().isCell(); } /**< As Array::isCell(). */
-  bool isCell() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  bool isStruct() && { return fetch().isStruct(); } /**< As Array::isStruct(). */
-  bool isStruct() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  bool isSparse() && { return fetch().isSparse(); } /**< As Array::isSparse(). */
-  bool isSparse() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  bool isComplex() && { return fetch().isComplex(); } /**< As Array::isComplex(). */
-  bool isComplex() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  bool isEmpty() && { return fetch().isEmpty(); } /**< As Array::isEmpty(). */
-  bool isEmpty() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  std::size_t rows() && { return fetch().rows(); } /**< As Array::rows(). */
-  std::size_t rows() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  std::size_t columns() && { return fetch().columns(); } /**< As Array::columns(). */
-  std::size_t columns() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  std::size_t size() && { return fetch().size(); } /**< As Array::size(). */
-  std::size_t size() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  Shape shape() && { return fetch().shape(); } /**< As Array::shape(). */
-  Shape shape() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
-  double scalar() && { return fetch().scalar(); } /**< As Array::scalar(). */
-  double scalar() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  std::string_view className() & = delete;                 /**< Write `Array x = cell[0];`. */
+  bool isText() && { return fetch().isText(); }            /**< As Array::isText(). */
+  bool isText() & = delete;                                /**< Write `Array x = cell[0];`. */
+  bool isCell() && { return fetch().isCell(); }            /**< As Array::isCell(). */
+  bool isCell() & = delete;                                /**< Write `Array x = cell[0];`. */
+  bool isStruct() && { return fetch().isStruct(); }        /**< As Array::isStruct(). */
+  bool isStruct() & = delete;                              /**< Write `Array x = cell[0];`. */
+  bool isSparse() && { return fetch().isSparse(); }        /**< As Array::isSparse(). */
+  bool isSparse() & = delete;                              /**< Write `Array x = cell[0];`. */
+  bool isComplex() && { return fetch().isComplex(); }      /**< As Array::isComplex(). */
+  bool isComplex() & = delete;                             /**< Write `Array x = cell[0];`. */
+  bool isEmpty() && { return fetch().isEmpty(); }          /**< As Array::isEmpty(). */
+  bool isEmpty() & = delete;                               /**< Write `Array x = cell[0];`. */
+  std::size_t rows() && { return fetch().rows(); }         /**< As Array::rows(). */
+  std::size_t rows() & = delete;                           /**< Write `Array x = cell[0];`. */
+  std::size_t columns() && { return fetch().columns(); }   /**< As Array::columns(). */
+  std::size_t columns() & = delete;                        /**< Write `Array x = cell[0];`. */
+  std::size_t size() && { return fetch().size(); }         /**< As Array::size(). */
+  std::size_t size() & = delete;                           /**< Write `Array x = cell[0];`. */
+  Shape shape() && { return fetch().shape(); }             /**< As Array::shape(). */
+  Shape shape() & = delete;                                /**< Write `Array x = cell[0];`. */
+  double scalar() && { return fetch().scalar(); }          /**< As Array::scalar(). */
+  double scalar() & = delete;                              /**< Write `Array x = cell[0];`. */
   std::string toString() && { return fetch().toString(); } /**< As Array::toString(). */
-  std::string toString() & = delete; /**< A Slot is not kept: write `Array x = cell[0];`. */
+  std::string toString() & = delete;                       /**< Write `Array x = cell[0];`. */
   std::vector<std::string> fieldNames() && {
     return fetch().fieldNames();
-  } /**< As Array::fieldNames(). */
-  std::vector<std::string> fieldNames() & =
-      delete;                                /**< A Slot is not kept: write `Array x = cell[0];`. */
-  Array copy() && { return fetch().copy(); } /**< As Array::copy(). */
-  Array copy() & = delete;                   /**< A Slot is not kept: write `Array x = cell[0];`. */
+  }                                                 /**< As Array::fieldNames(). */
+  std::vector<std::string> fieldNames() & = delete; /**< Write `Array x = cell[0];`. */
+  Array copy() && { return fetch().copy(); }        /**< As Array::copy(). */
+  Array copy() & = delete;                          /**< Write `Array x = cell[0];`. */
   /** As Array::is(). */
   template <class T>
   bool is() && {
@@ -165,18 +164,26 @@ class Slot {
   /** @} */
 
   /** @name What a Slot cannot do
-   *  The elements would not outlive the expression: write `Array x = cell[0];` and read x.
+   *  The elements would not outlive the expression.
    *  @{ */
   template <class T>
-  Span<const T> span() const = delete;
+  Span<const T> span() const = delete; /**< Write `Array x = cell[0];`. */
   template <class T>
-  Span<const T> imaginary() const = delete;
-  Span<const std::size_t> rowIndices() const = delete;
-  Span<const std::size_t> columnStarts() const = delete;
-  Span<const std::size_t> dimensions() const = delete;
-  void begin() const = delete; /**< write `for (Array element : cell[0].get())` */
-  void end() const = delete;   /**< as begin() */
+  Span<const T> imaginary() const = delete;              /**< Write `Array x = cell[0];`. */
+  Span<const std::size_t> rowIndices() const = delete;   /**< Write `Array x = cell[0];`. */
+  Span<const std::size_t> columnStarts() const = delete; /**< Write `Array x = cell[0];`. */
+  Span<const std::size_t> dimensions() const = delete;   /**< Write `Array x = cell[0];`. */
+  void begin() const = delete; /**< Write `for (Array element : cell[0].get())`. */
+  void end() const = delete;   /**< Write `for (Array element : cell[0].get())`. */
   /** @} */
+
+  template <class Name, detail::IfName<Name> = 0>
+  void operator[](const Name&) const = delete; /**< A field is s("name"). */
+  template <class T, detail::IfIntegers<T> = 0>
+  void operator()(T) const =
+      delete; /**< A cell is cell[i], and an element cell[0].at<double>(i). */
+  template <class T, class U, detail::IfIntegers<T, U> = 0>
+  void operator()(T, U) const = delete; /**< An element is cell[0].at<double>(i, j). */
 
   /** Element i of the cell array in this place. */
   Slot operator[](Size i) && { return {fetch(), this, i, nullptr}; }
