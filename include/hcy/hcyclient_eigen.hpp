@@ -124,6 +124,7 @@ void asEigen(const Array&& array) = delete; /**< Keep the array: `Array x = ...;
  * class of T, IncompleteReply when it did not arrive. */
 template <class T>
 Eigen::Map<const detail::EigenSparse<T>> asSparseEigen(const Array& array) {
+  detail::requireMatrix(array);
   const Span<const std::size_t> starts = array.columnStarts();
   const Span<const T> values = array.span<T>();
   return {static_cast<Eigen::Index>(array.rows()),

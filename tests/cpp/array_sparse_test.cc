@@ -106,6 +106,13 @@ TEST(CppArraySparse, isReadAsFarAsItsColumnsGo) {
   EXPECT_EQ(seen.span<double>().size(), 3U);
 }
 
+TEST(CppArraySparse, isReadWhereTheProgramSetItsColumnsWrong) {
+  Array array = Array::sparse<double>(2, 2, {{0, 0, 1.0}, {1, 1, 2.0}});
+  array.columnStarts()[1] = 900;
+  EXPECT_EQ(array.at<double>(0, 0), 1);
+  EXPECT_EQ(array.at<double>(1, 1), 0);
+}
+
 TEST(CppArraySparse, refusesEntriesThatDoNotFit) {
   EXPECT_THROW(Array::sparse<double>(2, 2, {{2, 0, 1.0}}), UsageError);
   EXPECT_THROW(Array::sparse<double>(2, 2, {{0, 2, 1.0}}), UsageError);

@@ -82,6 +82,7 @@ TEST_F(CppCallForms, takeEachKindOfString) {
   EXPECT_EQ(context.feval(view, {1.0, 2.0})[0].scalar(), 3);
   EXPECT_THROW(context.call(std::string_view("http://a\0b", 10)), UsageError);
   EXPECT_THROW(context.call(std::string("http://a\0b", 10)), UsageError);
+  EXPECT_THROW(context.call(static_cast<const char*>(nullptr)), UsageError);
   Array s = Array::structOf({{"name", "Ada"}});
   const std::string_view name = std::string_view("names").substr(0, 4);
   EXPECT_EQ(s(name).toString(), "Ada");

@@ -251,15 +251,17 @@ class Context {
       throwFailure(url.c_str());
     }
     for (std::size_t i = 0; i < received.size(); ++i) {
-      if (!detail::isWhole(received.data()[i])) throwIncomplete(i, received.data()[i]);
+      if (!detail::isWhole(received.data()[i])) throwIncomplete(i, received.data()[i], url.c_str());
     }
   }
 
-  [[noreturn]] void throwIncomplete(std::size_t number, const hcyArray* output) const {
+  [[noreturn]] void throwIncomplete(std::size_t number, const hcyArray* output,
+                                    std::string_view url) const {
     throw IncompleteReply("output " + std::to_string(number) +
-                          " (counted from 0) is incomplete: " + detail::lackOf(output) +
-                          "; the response size limit (Config::setResponseSizeLimit, here " +
-                          std::to_string(responseSizeLimit_) + " bytes) may have cut the reply");
+                              " (counted from 0) is incomplete: " + detail::lackOf(output) +
+                              "; the response size limit (Config::setResponseSizeLimit, here " +
+                              std::to_string(responseSizeLimit_) + " bytes) may have cut the reply",
+                          url);
   }
 
   [[noreturn]] void throwFailure(std::string_view url) const {

@@ -69,7 +69,16 @@ class UsageError : public Error {
  *  or struct array, are checked when they are read. */
 class IncompleteReply : public Error {
  public:
-  using Error::Error;
+  /** Takes over the message; user information is removed from the URL. */
+  explicit IncompleteReply(const std::string& message, std::string_view url = {})
+      : Error(message),
+        url_(std::make_shared<const std::string>(detail::withoutUserInformation(url))) {}
+
+  /** The URL of the call, as CallError::url(); empty if it was found when an array was read. */
+  const std::string& url() const noexcept { return *url_; }
+
+ private:
+  std::shared_ptr<const std::string> url_;
 };
 
 /** A call failed: the base of the three kinds of failure. The context can be used for more. */

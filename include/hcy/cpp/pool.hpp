@@ -81,6 +81,8 @@ class JobOf : public Job {
 // An array to keep: an lvalue is copied, as the caller keeps it too.
 template <class T>
 Array kept(T&& value) {
+  static_assert(std::is_constructible_v<Input, T>,
+                "an input is an Array, or a value that an Array can be made from");
   if constexpr (std::is_same_v<T, Array&> || std::is_same_v<T, const Array&>) {
     return value.copy();
   } else {

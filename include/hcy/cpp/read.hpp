@@ -83,8 +83,11 @@ inline std::size_t Array::linearIndex(const std::size_t* subscripts, std::size_t
 inline std::size_t Array::storedIndex(std::size_t i) const {
   const Span<const std::size_t> starts = columnStarts();
   const Span<const std::size_t> rowOf = rowIndices();
-  const std::size_t* const end = rowOf.begin() + std::min(starts[i / rows() + 1], rowOf.size());
-  const std::size_t* const first = rowOf.begin() + std::min(starts[i / rows()], rowOf.size());
+  const std::size_t column = i / rows();
+  // The program may have given it more than two dimensions.
+  if (column >= columns()) return rowOf.size();
+  const std::size_t* const end = rowOf.begin() + std::min(starts[column + 1], rowOf.size());
+  const std::size_t* const first = rowOf.begin() + std::min(starts[column], rowOf.size());
   const std::size_t* const found = first < end ? std::find(first, end, i % rows()) : end;
   return found == end ? rowOf.size() : static_cast<std::size_t>(found - rowOf.begin());
 }

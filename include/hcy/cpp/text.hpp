@@ -27,8 +27,10 @@ namespace hcyclient {
  *  lives until the end of the full expression that it is written in, and is not kept. */
 class CString {
  public:
-  /** Looks at a NUL-terminated string, which must not be null. */
-  CString(const char* text) noexcept : text_(text) {}
+  /** Looks at a NUL-terminated string; throws UsageError if it is null. */
+  CString(const char* text) : text_(text) {
+    if (text == nullptr) throw UsageError("a text is a null pointer");
+  }
   /** Looks at a string. */
   CString(const std::string& text) : text_(withoutNul(text).c_str()) {}
   /** Copies the view, which has no NUL behind it. */
