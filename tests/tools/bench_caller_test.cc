@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -79,6 +80,62 @@ TEST_F(CallerTest, callersShareTheCallsAndSayWhenTheyAreDone) {
   EXPECT_THAT(measured(shared, {"1"}).latencies, SizeIs(0));
   EXPECT_EQ(shared->finished, 2U);
   EXPECT_EQ(shared->done, 5U);
+}
+
+TEST_F(CallerTest, whatWarmsUpIsNotMeasured) {
+  tools::Options options;
+  options.url = server_.url("/echo");
+  options.calls = 3;
+  options.warmUps = 4;
+  const auto shared = std::make_shared<tools::Work>(options);
+  EXPECT_THAT(measured(shared, {"1"}).latencies, SizeIs(3));
+  EXPECT_GE(shared->warmed, 4U);
+}
+
+TEST_F(CallerTest, theDurationEndsTheCalls) {
+  tools::Options options;
+  options.url = server_.url("/demo/sleep");
+  options.duration = 0.2;
+  const auto shared = std::make_shared<tools::Work>(options);
+  EXPECT_THAT(measured(shared, {"0.05"}).latencies, SizeIs(AllOf(Ge(1U), Lt(6U))));
+}
+
+TEST_F(CallerTest, atARateLatenciesCountFromTheIntendedStart) {
+  tools::Options options;
+  options.url = server_.url("/demo/sleep");
+  options.calls = 4;
+  options.rate = 1000;
+  const auto shared = std::make_shared<tools::Work>(options);
+  const auto found = measured(shared, {"0.05"}).latencies;
+  ASSERT_THAT(found, SizeIs(4));
+  // Each has waited for those before it.
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_GE(found[i], 0.05 * static_cast<double>(i + 1) - 0.001 * static_cast<double>(i)) << i;
+  }
+}
+
+TEST_F(CallerTest, atARateCallsBeginNoEarlier) {
+  tools::Options options;
+  options.url = server_.url("/echo");
+  options.calls = 5;
+  options.rate = 50;
+  const auto shared = std::make_shared<tools::Work>(options);
+  EXPECT_THAT(measured(shared, {"1"}).latencies, SizeIs(5));
+  EXPECT_GE(shared->ended.load() - shared->start.load(), std::chrono::milliseconds(80));
+}
+
+TEST_F(CallerTest, twoUrlsAreCalledInTurns) {
+  tools::Options options;
+  options.url = server_.url("/echo");
+  options.against = server_.url("/no/such/function");
+  options.calls = 3;
+  const auto shared = std::make_shared<tools::Work>(options);
+  tools::Caller caller(shared, hcyclient::Config(library_), tools::arraysFrom({"1"}));
+  caller.add(hcyclient::Config(library_));
+  caller.run();
+  EXPECT_THAT(caller.measured(0).latencies, SizeIs(3));
+  EXPECT_EQ(caller.measured(0).failed(), 0U);
+  EXPECT_EQ(caller.measured(1).failures.at("HTTP status 404 Not Found"), 3U);
 }
 
 TEST_F(CallerTest, nothingIsCalledWhenTheWorkIsStopped) {

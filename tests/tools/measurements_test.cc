@@ -39,25 +39,70 @@ TEST(Summary, tellsWhatWasMeasured) {
   measured.add(other);
   EXPECT_EQ(measured.calls(), 13U);
   EXPECT_EQ(measured.firstFailure, 2);
-  EXPECT_EQ("\n" + tools::summary(measured, 2, 2.0), R"(
+  EXPECT_EQ("\n" + tools::Summary(measured, 2, 2.0).text(), R"(
 calls     13 on 2 threads in 2.000 s
 rate      6.50 calls/s
 data      1.50 MB/s sent, 250 B/s received
-latency   min 1.00  p50 5.00  p90 9.00  p99 10.0  p99.9 10.0  max 10.0  ms
+latency   min 1.00  p50 5.00  p90 9.00  max 10.0  ms
 failures  3
   2  HTTP status 404 Not Found
   1  Timeout was reached
 )");
 }
 
+TEST(Summary, showsPercentilesThatThereAreEnoughCallsFor) {
+  tools::Measurements measured;
+  measured.latencies.assign(9, 0.001);
+  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("min 1.00  p50 1.00  max 1.00"));
+  measured.latencies.assign(999, 0.001);
+  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99 1.00  max"));
+  measured.latencies.assign(1000, 0.001);
+  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99.9 1.00  max"));
+}
+
+TEST(Summary, isJsonForPrograms) {
+  tools::Measurements measured;
+  measured.latencies = {0.004, 0.0015, 0.25};
+  measured.bytesSent = 8;
+  measured.fail("odd \xFF\"", 3);
+  EXPECT_EQ(
+      tools::Summary(measured, 2, 2).json(),
+      "{\"calls\":4,\"failed\":1,\"threads\":2,\"seconds\":2,\"rate\":2,\"bytesSent\":8,"
+      "\"bytesReceived\":0,\"latency\":{\"min\":0.0015,\"p50\":0.004,\"max\":0.25},"
+      "\"histogram\":[[0.002,1],[0.005,1],[0.01,0],[0.02,0],[0.05,0],[0.1,0],[0.2,0],[0.5,1]],"
+      "\"failures\":{\"odd \uFFFD\\\"\":1}}");
+  EXPECT_THAT(tools::Summary({}, 1, 0).json(), HasSubstr("\"latency\":{},\"histogram\":[],"));
+}
+
+TEST(Histogram, countsEachLatencyOnce) {
+  const auto buckets = tools::histogram({1e-6, 1.5e-6, 2e-6, 40.0, 60.0});
+  EXPECT_EQ(buckets.front().bound, 1e-6);
+  EXPECT_EQ(buckets.front().count, 1U);
+  EXPECT_EQ(buckets[1].count, 2U);
+  EXPECT_NEAR(buckets.back().bound, 100, 1e-6);
+  std::uint64_t sum = 0;
+  for (const auto& bucket : buckets) sum += bucket.count;
+  EXPECT_EQ(sum, 5U);
+}
+
+TEST(Histogram, isShownIfItIsAskedFor) {
+  tools::Measurements measured;
+  measured.latencies = {0.001, 0.0015, 0.002, 0.004};
+  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(true),
+              HasSubstr("\nhistogram <=       1 ms          1  ####################\n"
+                        "          <=       2 ms          2  "
+                        "########################################\n"));
+  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), testing::Not(HasSubstr("histogram")));
+}
+
 TEST(Summary, saysThatNothingSucceeded) {
-  EXPECT_THAT(tools::summary({}, 1, 0.0), HasSubstr("latency   no call succeeded\n"));
+  EXPECT_THAT(tools::Summary({}, 1, 0.0).text(), HasSubstr("latency   no call succeeded\n"));
 }
 
 TEST(Summary, aKindOfSeveralLinesStaysTogether) {
   tools::Measurements measured;
   measured.fail("Failed writing\nIt may be\x1B[2J too large.", 3);
-  EXPECT_THAT(tools::summary(measured, 1, 1.0),
+  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(),
               HasSubstr("\n  1  Failed writing\n     It may be\\u001b[2J too large.\n"));
 }
 

@@ -28,7 +28,7 @@ _hcy() {
       compopt -o filenames 2>/dev/null
       return
       ;;
-    -n | --nargout | -m | --timeout | --max-time | --max-reply | --width | --delimiter | --retry | -j | --jobs | --calls | --threads)
+    -n | --nargout | -m | --timeout | --max-time | --max-reply | --width | --delimiter | --retry | -j | --jobs | --calls | --threads | --duration | --warmup | --rate)
       return
       ;;
   esac
@@ -39,7 +39,7 @@ _hcy() {
     help:*) mapfile -t COMPREPLY < <(compgen -W 'call bench encode show' -- "$word") ;;
     :*) mapfile -t COMPREPLY < <(compgen -W 'call bench encode show serve help --help --version' -- "$word") ;;
     call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full --verbose --save-request --save-reply --retry --each --jobs" -- "$word") ;;
-    bench:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --calls --threads" -- "$word") ;;
+    bench:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --calls --threads --duration --warmup --rate --against --histogram --json" -- "$word") ;;
     encode:-*)
       mapfile -t COMPREPLY < <(compgen -W '--help --nargout --delimiter --output' -- "$word")
       ;;

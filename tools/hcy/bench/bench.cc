@@ -4,10 +4,13 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <cstdio>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -18,12 +21,13 @@
 #include "arguments/argument.h"
 #include "bench/bench_caller.h"
 #include "bench/measurements.h"
-#include "calls/exit_status.h"
+#include "calls/failure.h"
 #include "output/progress_bar.h"
 #include "output/terminal.h"
 #include "settings/settings.h"
 #include "settings/url.h"
 #include "text/source_text.h"
+#include "text/text.h"
 
 namespace hcy::tools {
 namespace {
@@ -33,11 +37,13 @@ using namespace std::chrono_literals;
 // The threads of a benchmark.
 class Callers {
  public:
-  Callers(const Options& options, const hcyclient::Config& config,
+  // A configuration for each of the URLs.
+  Callers(const Options& options, const std::vector<hcyclient::Config>& configs,
           const std::vector<hcyclient::Array>& inputs)
       : work_(std::make_shared<Work>(options)) {
     for (unsigned i = 0; i < options.threads; ++i) {
-      callers_.push_back(std::make_shared<Caller>(work_, config, inputs));
+      callers_.push_back(std::make_shared<Caller>(work_, configs.front(), inputs));
+      if (configs.size() > 1) callers_.back()->add(configs.back());
     }
   }
   Callers(const Callers&) = delete;
@@ -48,30 +54,33 @@ class Callers {
   }
 
   void start() {
-    start_ = Clock::now();
     for (const auto& caller : callers_) {
       threads_.emplace_back([caller] { caller->run(); });
     }
   }
   void stop() { work_->isStopped = true; }
   std::uint64_t done() const { return work_->done; }
+  // In all, or 0 if the time alone ends them.
+  std::uint64_t calls() const {
+    return work_->calls == std::numeric_limits<std::uint64_t>::max() ? 0 : work_->calls;
+  }
   bool areFinished() const { return work_->finished == callers_.size(); }
 
-  // From the start to now, or to the end of the last call.
+  // From the end of warming up to now, or to the end of the last call; 0 before.
   double seconds() const {
+    if (work_->start.load() == Clock::time_point()) return 0;
     const Clock::time_point end = areFinished() ? work_->ended.load() : Clock::now();
-    return std::chrono::duration<double>(end - start_).count();
+    return std::chrono::duration<double>(end - work_->start.load()).count();
   }
 
-  Measurements measured() const {
+  Measurements measured(std::size_t side) const {
     Measurements all;
-    for (const auto& caller : callers_) all.add(caller->measured());
+    for (const auto& caller : callers_) all.add(caller->measured(side));
     return all;
   }
 
  private:
   std::shared_ptr<Work> work_;
-  Clock::time_point start_;
   std::vector<std::shared_ptr<Caller>> callers_;
   std::vector<std::thread> threads_;
 };
@@ -83,8 +92,8 @@ bool isInterruptedWithin(const sigset_t& interrupt, std::chrono::milliseconds ti
 }
 
 // Until all calls are done; says how long they took.
-double awaitEnd(const Callers& callers, std::uint64_t calls, const sigset_t& interrupt) {
-  ProgressBar bar(calls);
+double awaitEnd(const Callers& callers, const sigset_t& interrupt) {
+  ProgressBar bar(callers.calls());
   Clock::time_point drawn = Clock::now();
   while (!callers.areFinished() && !isInterruptedWithin(interrupt, 5ms)) {
     if (Clock::now() - drawn < 100ms) continue;
@@ -94,14 +103,38 @@ double awaitEnd(const Callers& callers, std::uint64_t calls, const sigset_t& int
   return callers.seconds();
 }
 
+std::string textOf(const Summary& summary, const Options& options) {
+  return options.isJson() ? summary.json() + "\n" : summary.text(options.showsHistogram);
+}
+
+// The two URLs one after the other, and what the second takes of the time that the first takes.
+std::string comparison(const Summary& a, const Summary& b, const Options& options) {
+  if (options.isJson()) return "{\"a\":" + a.json() + ",\"b\":" + b.json() + "}\n";
+  std::string text = "A         " + printable(options.url) + "\n" + textOf(a, options) +
+                     "B         " + printable(options.against) + "\n" + textOf(b, options);
+  if (a.measured.latencies.empty() || b.measured.latencies.empty()) return text;
+  std::array<char, 64> ratio{};
+  static_cast<void>(
+      std::snprintf(ratio.data(), ratio.size(), "B to A    p50 %.3f\n",
+                    percentile(b.measured.latencies, 0.5) / percentile(a.measured.latencies, 0.5)));
+  return text + ratio.data();
+}
+
 // Shows the summary; returns the exit status.
-int report(const Measurements& measured, unsigned threads, double seconds) {
+int report(const Callers& callers, const Options& options, double seconds) {
   try {
-    print(summary(measured, threads, seconds));
-    return measured.firstFailure;
-  } catch (const std::system_error& error) {
-    std::cerr << "hcy: " << error.what() << '\n';
-    return kTransportError;
+    const Summary a(callers.measured(0), options.threads, seconds);
+    if (options.against.empty()) {
+      print(textOf(a, options));
+      return a.measured.firstFailure;
+    }
+    const Summary b(callers.measured(1), options.threads, seconds);
+    print(comparison(a, b, options));
+    return a.measured.firstFailure != 0 ? a.measured.firstFailure : b.measured.firstFailure;
+  } catch (const std::system_error&) {
+    const Failure failure = currentFailure();
+    std::cerr << failureAs(options.isJson(), failure);
+    return failure.exitStatus;
   }
 }
 
@@ -116,7 +149,12 @@ int bench(const Options& options) {
   const std::vector<hcyclient::Array> inputs =
       arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;
-  const hcyclient::Config config = configFrom(library, options.settings);
+  std::vector<hcyclient::Config> configs;
+  configs.push_back(configFrom(library, options.settings));
+  if (!options.against.empty()) {
+    requireHttp(options.against);
+    configs.push_back(configFrom(library, options.againstSettings));
+  }
   // Transfers at once leave the action for it to chance.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   // Threads inherit the mask: the signal waits for this one.
@@ -125,11 +163,11 @@ int bench(const Options& options) {
   sigaddset(&interrupt, SIGINT);
   pthread_sigmask(SIG_BLOCK, &interrupt, nullptr);
 
-  Callers callers(options, config, inputs);
+  Callers callers(options, configs, inputs);
   callers.start();
-  const double seconds = awaitEnd(callers, options.calls, interrupt);
+  const double seconds = awaitEnd(callers, interrupt);
   callers.stop();
-  const int status = report(callers.measured(), options.threads, seconds);
+  const int status = report(callers, options, seconds);
   // A call that is under way may take long, and nobody waits for its end.
   if (!callers.areFinished()) ::_exit(status);
   return status;

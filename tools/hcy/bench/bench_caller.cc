@@ -3,6 +3,8 @@
 #include "bench/bench_caller.h"
 
 #include <exception>
+#include <limits>
+#include <thread>
 #include <utility>
 
 #include "bench/element_bytes.h"
@@ -12,9 +14,40 @@
 
 namespace hcy::tools {
 
+namespace {
+
+std::uint64_t callsOf(const Options& options) {
+  if (options.calls) return *options.calls * (options.against.empty() ? 1 : 2);
+  return options.duration > 0 ? std::numeric_limits<std::uint64_t>::max() : kUsualCalls;
+}
+
+}  // namespace
+
+Work::Work(const Options& options)
+    : urls{options.url},
+      nargout(options.nargout),
+      calls(callsOf(options)),
+      warmUps(options.warmUps),
+      duration(options.duration),
+      rate(options.rate),
+      warm(options.threads, StartClock{&start}) {
+  if (!options.against.empty()) urls.push_back(options.against);
+}
+
+Clock::time_point Work::intended(std::uint64_t index) const {
+  if (rate <= 0) return Clock::now();
+  const std::chrono::duration<double> after(static_cast<double>(index) / rate);
+  return start.load() + std::chrono::duration_cast<Clock::duration>(after);
+}
+
+bool Work::isOver(Clock::time_point time) const {
+  return duration > 0 && std::chrono::duration<double>(time - start.load()).count() >= duration;
+}
+
 Caller::Caller(std::shared_ptr<Work> work, const hcyclient::Config& config,
                const std::vector<hcyclient::Array>& inputs)
-    : work_(std::move(work)), runtime_(*config.runtime()), context_(config) {
+    : work_(std::move(work)), runtime_(*config.runtime()), measured_(work_->urls.size()) {
+  add(config);
   for (const hcyclient::Array& input : inputs) {
     inputs_.push_back(input.copy());
     inputBytes_ += elementBytes(input);
@@ -22,17 +55,37 @@ Caller::Caller(std::shared_ptr<Work> work, const hcyclient::Config& config,
   handles_ = handlesOf(inputs_);
 }
 
-void Caller::run() {
-  while (!work_->isStopped && work_->begun++ < work_->calls) {
+void Caller::add(const hcyclient::Config& config) { contexts_.emplace_back(config); }
+
+void Caller::warmUp() {
+  for (std::uint64_t i = 0; !work_->isStopped && (i = work_->warmed++) < work_->warmUps;) {
     try {
-      callOnce();
+      const std::size_t side = i % contexts_.size();
+      evaluate(runtime_, contexts_[side], work_->urls[side], handles_, work_->nargout);
+    } catch (const std::exception&) {
+      // The calls that are measured will tell.
+    }
+  }
+  work_->warm.arrive_and_wait();
+}
+
+void Caller::run() {
+  warmUp();
+  for (std::uint64_t i = 0; !work_->isStopped && (i = work_->begun++) < work_->calls;) {
+    const Clock::time_point start = work_->intended(i);
+    if (work_->isOver(start)) break;
+    std::this_thread::sleep_until(start);
+    if (work_->isStopped) break;
+    const std::size_t side = i % contexts_.size();
+    try {
+      callOnce(i, start);
     } catch (const hcyclient::HttpError& error) {
-      fail(error.what(), kHttpError);
+      fail(side, error.what(), kHttpError);
     } catch (const hcyclient::FunctionError& error) {
       const std::string& identifier = error.identifier();
-      fail("function error" + (identifier.empty() ? "" : " " + identifier), kFunctionError);
+      fail(side, "function error" + (identifier.empty() ? "" : " " + identifier), kFunctionError);
     } catch (const std::exception& error) {
-      fail(error.what(), kTransportError);
+      fail(side, error.what(), kTransportError);
     }
     ++work_->done;
   }
@@ -40,27 +93,29 @@ void Caller::run() {
   ++work_->finished;
 }
 
-void Caller::callOnce() {
-  const Clock::time_point start = Clock::now();
-  const auto outputs = evaluate(runtime_, context_, work_->url, handles_, work_->nargout);
+void Caller::callOnce(std::uint64_t index, Clock::time_point start) {
+  const std::size_t side = index % contexts_.size();
+  const auto outputs =
+      evaluate(runtime_, contexts_[side], work_->urls[side], handles_, work_->nargout);
   const std::chrono::duration<double> taken = Clock::now() - start;
   requireWhole(outputs);
   std::uint64_t bytes = 0;
   for (const hcyclient::Array& output : outputs) bytes += elementBytes(output);
   const std::lock_guard lock(mutex_);
-  measured_.latencies.push_back(taken.count());
-  measured_.bytesSent += inputBytes_;
-  measured_.bytesReceived += bytes;
+  Measurements& measured = measured_[side];
+  measured.latencies.push_back(taken.count());
+  measured.bytesSent += inputBytes_;
+  measured.bytesReceived += bytes;
 }
 
-void Caller::fail(const std::string& kind, int status) {
+void Caller::fail(std::size_t side, const std::string& kind, int status) {
   const std::lock_guard lock(mutex_);
-  measured_.fail(kind, status);
+  measured_[side].fail(kind, status);
 }
 
-Measurements Caller::measured() const {
+Measurements Caller::measured(std::size_t side) const {
   const std::lock_guard lock(mutex_);
-  return measured_;
+  return measured_[side];
 }
 
 }  // namespace hcy::tools

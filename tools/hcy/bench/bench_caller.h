@@ -5,7 +5,9 @@
 #pragma once
 
 #include <atomic>
+#include <barrier>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <hcy/hcyclient.hpp>
 #include <memory>
@@ -20,17 +22,30 @@ namespace hcy::tools {
 
 using Clock = std::chrono::steady_clock;
 
+// Sets the start of what is measured when all threads have warmed up.
+struct StartClock {
+  std::atomic<Clock::time_point>* start;
+  void operator()() const noexcept { *start = Clock::now(); }
+};
+
 // What the threads share.
 struct Work {
-  explicit Work(const Options& options)
-      : url(options.url), nargout(options.nargout), calls(options.calls) {}
-  const std::string url;
+  explicit Work(const Options& options);
+
+  // When call number `index` is to begin: at once unless there is a rate.
+  Clock::time_point intended(std::uint64_t index) const;
+  // Whether the time is over for a call that begins then.
+  bool isOver(Clock::time_point time) const;
+
+  std::vector<std::string> urls;  // called in turns
   const int nargout;
-  const std::uint64_t calls;
-  std::atomic<std::uint64_t> begun = 0, done = 0;
+  const std::uint64_t calls, warmUps;
+  const double duration, rate;  // seconds and calls per second; 0 for no limit
+  std::atomic<std::uint64_t> begun = 0, done = 0, warmed = 0;
   std::atomic<unsigned> finished = 0;
   std::atomic<bool> isStopped = false;
-  std::atomic<Clock::time_point> ended = {};  // when the thread that finished last did
+  std::atomic<Clock::time_point> start = {}, ended = {};  // ended: the thread that finished last
+  std::barrier<StartClock> warm;
 };
 
 class Caller {
@@ -39,24 +54,30 @@ class Caller {
   Caller(std::shared_ptr<Work> work, const hcyclient::Config& config,
          const std::vector<hcyclient::Array>& inputs);
 
-  // Calls until all calls are done, or the work is stopped.
+  // The configuration for the next of the URLs, if there is more than one.
+  void add(const hcyclient::Config& config);
+
+  // Warms up and waits for the others, then calls until all calls are done or the time is over, or
+  // the work is stopped.
   void run();
 
-  // At any time, by any thread.
-  Measurements measured() const;
+  // Of one of the URLs. At any time, by any thread.
+  Measurements measured(std::size_t side = 0) const;
 
  private:
-  void callOnce();
-  void fail(const std::string& kind, int status);
+  // Calls the URL whose turn it is; what it takes counts from `start` on.
+  void callOnce(std::uint64_t index, Clock::time_point start);
+  void warmUp();
+  void fail(std::size_t side, const std::string& kind, int status);
 
   std::shared_ptr<Work> work_;
   const hcyClientRuntime& runtime_;
-  hcyclient::Context context_;
+  std::vector<hcyclient::Context> contexts_;
   std::vector<hcyclient::Array> inputs_;
   std::vector<const hcyArray*> handles_;
   std::uint64_t inputBytes_ = 0;
   mutable std::mutex mutex_;  // guards what is below
-  Measurements measured_;
+  std::vector<Measurements> measured_;
 };
 
 }  // namespace hcy::tools

@@ -6,7 +6,9 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
+#include "notations/element_json.h"
 #include "text/text.h"
 
 namespace hcy::tools {
@@ -38,15 +40,59 @@ std::string line(const std::string& name, const std::string& text) {
   return name + std::string(10 - name.size(), ' ') + text + "\n";
 }
 
-std::string latencyLine(std::vector<double>& latencies) {
-  if (latencies.empty()) return line("latency", "no call succeeded");
-  std::sort(latencies.begin(), latencies.end());
-  std::string text = "min " + rounded(latencies.front() * 1e3);
-  for (const auto& [name, fraction] :
-       {std::pair{"p50", 0.5}, {"p90", 0.9}, {"p99", 0.99}, {"p99.9", 0.999}}) {
-    text += std::string("  ") + name + " " + rounded(percentile(latencies, fraction) * 1e3);
+struct Percentile {
+  const char* name;
+  double fraction;
+  std::size_t fewest;  // of fewer calls it would be the longest latency
+};
+constexpr std::array<Percentile, 5> kPercentiles = {{{"p50", 0.5, 1},
+                                                     {"p90", 0.9, 10},
+                                                     {"p99", 0.99, 100},
+                                                     {"p99.9", 0.999, 1000},
+                                                     {"p99.99", 0.9999, 10000}}};
+
+// Those that there are enough latencies for, in seconds.
+std::vector<std::pair<std::string, double>> latencyNumbers(const std::vector<double>& sorted) {
+  std::vector<std::pair<std::string, double>> numbers = {{"min", sorted.front()}};
+  for (const Percentile& one : kPercentiles) {
+    if (sorted.size() >= one.fewest)
+      numbers.emplace_back(one.name, percentile(sorted, one.fraction));
   }
-  return line("latency", text + "  max " + rounded(latencies.back() * 1e3) + "  ms");
+  numbers.emplace_back("max", sorted.back());
+  return numbers;
+}
+
+std::string latencyLine(const std::vector<double>& sorted) {
+  if (sorted.empty()) return line("latency", "no call succeeded");
+  std::string text;
+  for (const auto& [name, seconds] : latencyNumbers(sorted)) {
+    text += (text.empty() ? "" : "  ") + name + " " + rounded(seconds * 1e3);
+  }
+  return line("latency", text + "  ms");
+}
+
+std::string histogramLines(const std::vector<double>& sorted) {
+  constexpr std::uint64_t longest = 40;
+  const std::vector<Bucket> buckets = histogram(sorted);
+  std::uint64_t most = 1;
+  for (const Bucket& bucket : buckets) most = std::max(most, bucket.count);
+  std::string text;
+  for (const Bucket& bucket : buckets) {
+    std::array<char, 64> start{};
+    static_cast<void>(std::snprintf(start.data(), start.size(), "%-10s<= %7g ms  %9llu  ",
+                                    text.empty() ? "histogram" : "", bucket.bound * 1e3,
+                                    static_cast<unsigned long long>(bucket.count)));
+    std::string one = start.data() + std::string((bucket.count * longest + most - 1) / most, '#');
+    one.erase(one.find_last_not_of(' ') + 1);
+    text += one + "\n";
+  }
+  return text;
+}
+
+std::string number(double value) {
+  std::string text;
+  appendElement(text, value);
+  return text;
 }
 
 }  // namespace
@@ -77,23 +123,70 @@ double percentile(const std::vector<double>& sorted, double fraction) {
   return sorted[std::min(std::max<std::size_t>(rank, 1), sorted.size()) - 1];
 }
 
-std::string summary(Measurements measurements, unsigned threads, double seconds) {
-  const auto calls = static_cast<double>(measurements.calls());
+std::vector<Bucket> histogram(const std::vector<double>& sorted) {
+  std::vector<Bucket> buckets;
+  auto next = sorted.begin();
+  for (double power = 1e-6; next != sorted.end(); power *= 10) {
+    for (const double factor : {1.0, 2.0, 5.0}) {
+      const auto end = std::upper_bound(next, sorted.end(), power * factor);
+      const auto count = static_cast<std::uint64_t>(end - next);
+      // Without those before the first latency.
+      if (count > 0 || !buckets.empty()) buckets.push_back({power * factor, count});
+      next = end;
+      if (next == sorted.end()) break;
+    }
+  }
+  return buckets;
+}
+
+Summary::Summary(Measurements measurements, unsigned threadCount, double time)
+    : measured(std::move(measurements)), threads(threadCount), seconds(time) {
+  std::sort(measured.latencies.begin(), measured.latencies.end());
+}
+
+std::string Summary::text(bool withHistogram) const {
+  const auto calls = static_cast<double>(measured.calls());
   std::string text = line(
-      "calls", std::to_string(measurements.calls()) + " on " + std::to_string(threads) +
+      "calls", std::to_string(measured.calls()) + " on " + std::to_string(threads) +
                    (threads == 1 ? " thread" : " threads") + " in " + fixed(seconds, 3) + " s");
   text += line("rate", rounded(seconds > 0 ? calls / seconds : 0) + " calls/s");
-  text += line("data", rate(static_cast<double>(measurements.bytesSent), seconds) + " sent, " +
-                           rate(static_cast<double>(measurements.bytesReceived), seconds) +
-                           " received");
-  text += latencyLine(measurements.latencies);
-  text += line("failures",
-               measurements.failures.empty() ? "none" : std::to_string(measurements.failed()));
-  for (const auto& [kind, count] : measurements.failures) {
+  text +=
+      line("data", rate(static_cast<double>(measured.bytesSent), seconds) + " sent, " +
+                       rate(static_cast<double>(measured.bytesReceived), seconds) + " received");
+  text += latencyLine(measured.latencies);
+  if (withHistogram) text += histogramLines(measured.latencies);
+  text += line("failures", measured.failures.empty() ? "none" : std::to_string(measured.failed()));
+  for (const auto& [kind, count] : measured.failures) {
     const std::string start = "  " + std::to_string(count) + "  ";
     text += start + printableLines(kind, start.size()) + "\n";
   }
   return text;
+}
+
+std::string Summary::json() const {
+  const auto calls = static_cast<double>(measured.calls());
+  std::string json = "{\"calls\":" + std::to_string(measured.calls()) +
+                     ",\"failed\":" + std::to_string(measured.failed()) +
+                     ",\"threads\":" + std::to_string(threads) + ",\"seconds\":" + number(seconds) +
+                     ",\"rate\":" + number(seconds > 0 ? calls / seconds : 0) +
+                     ",\"bytesSent\":" + std::to_string(measured.bytesSent) +
+                     ",\"bytesReceived\":" + std::to_string(measured.bytesReceived) +
+                     ",\"latency\":{";
+  if (!measured.latencies.empty()) {
+    for (const auto& [name, value] : latencyNumbers(measured.latencies)) {
+      json += (json.back() == '{' ? "\"" : ",\"") + name + "\":" + number(value);
+    }
+  }
+  json += "},\"histogram\":[";
+  for (const Bucket& bucket : histogram(measured.latencies)) {
+    json += (json.back() == '[' ? "[" : ",[") + number(bucket.bound) + "," +
+            std::to_string(bucket.count) + "]";
+  }
+  json += "],\"failures\":{";
+  for (const auto& [kind, count] : measured.failures) {
+    json += (json.back() == '{' ? "" : ",") + quotedValid(kind) + ":" + std::to_string(count);
+  }
+  return json + "}}";
 }
 
 }  // namespace hcy::tools

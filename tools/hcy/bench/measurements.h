@@ -30,7 +30,26 @@ struct Measurements {
 // The smallest of the sorted latencies, which are not none, that `fraction` of them do not exceed.
 double percentile(const std::vector<double>& sorted, double fraction);
 
-// For a person, `seconds` being the time that all of it took.
-std::string summary(Measurements measurements, unsigned threads, double seconds);
+// How many latencies are no longer than a bound and longer than the one before: 1, 2 or 5 times a
+// power of ten seconds.
+struct Bucket {
+  double bound;
+  std::uint64_t count;
+};
+std::vector<Bucket> histogram(const std::vector<double>& sorted);
+
+// What a benchmark has come to. `seconds` is the time that all of it took.
+struct Summary {
+  Summary(Measurements measurements, unsigned threads, double seconds);
+
+  // For a person; percentiles only if there are enough calls for them.
+  std::string text(bool withHistogram = false) const;
+  // One object; latencies in seconds.
+  std::string json() const;
+
+  Measurements measured;  // its latencies sorted
+  unsigned threads;
+  double seconds;
+};
 
 }  // namespace hcy::tools

@@ -13,17 +13,6 @@
 #include "text/text.h"
 
 namespace hcy::tools {
-namespace {
-
-// What is not UTF-8 is replaced.
-std::string quoted(std::string_view text) {
-  std::string valid;
-  while (!text.empty()) appendUtf8(valid, takeCodePoint(text).value_or(0xFFFD));
-  return *quotedJson(std::string_view(valid));
-}
-
-}  // namespace
-
 Failure currentFailure() {
   try {
     throw;
@@ -68,13 +57,13 @@ std::string failureText(const Failure& failure) {
 std::string failureJson(const Failure& failure) {
   std::string json = "{";
   if (failure.line) json += "\"line\":" + std::to_string(*failure.line) + ",";
-  json += "\"kind\":" + quoted(failure.kind) + ",\"message\":" + quoted(failure.message);
+  json += "\"kind\":" + quotedValid(failure.kind) + ",\"message\":" + quotedValid(failure.message);
   if (failure.httpStatus) json += ",\"status\":" + std::to_string(*failure.httpStatus);
   if (failure.kind == "function") {
-    json += ",\"identifier\":" + quoted(failure.identifier) + ",\"stack\":[";
+    json += ",\"identifier\":" + quotedValid(failure.identifier) + ",\"stack\":[";
     for (const hcyclient::StackFrame& frame : failure.stack) {
       if (&frame != &failure.stack.front()) json += ',';
-      json += "{\"file\":" + quoted(frame.file) + ",\"name\":" + quoted(frame.name) +
+      json += "{\"file\":" + quotedValid(frame.file) + ",\"name\":" + quotedValid(frame.name) +
               ",\"line\":" + std::to_string(frame.line) + "}";
     }
     json += ']';

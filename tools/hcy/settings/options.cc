@@ -267,10 +267,31 @@ void addCall(CLI::App& app, Options& options) {
   call->footer(std::string(kArgumentHelp) + kCallExamples);
 }
 
+void addBenchSettings(CLI::App& app, Options& options) {
+  const auto seconds = unnamed(CLI::Validator(secondsProblem, "", ""));
+  app.add_option("--duration", options.duration, "Time after which no more calls begin")
+      ->type_name("SECONDS")
+      ->check(seconds);
+  app.add_option("--warmup", options.warmUps, "Calls before those that are measured [0]")
+      ->type_name("N")
+      ->check(unnamed(CLI::Range(std::uint64_t{0}, std::uint64_t{1000000000})));
+  app.add_option("--rate", options.rate,
+                 "Calls per second that are to begin; latencies count from then on")
+      ->type_name("R")
+      ->check(unnamed(CLI::Range(1e-3, 1e6)));
+  app.add_option("--against", options.against, "Another URL to compare with, called in turns")
+      ->type_name("URL");
+  app.add_flag("--histogram", options.showsHistogram, "Show how the latencies are spread");
+  app.add_flag_callback(
+      "--json", [&options] { options.output.form = Form::kJson; }, "Show the summary as JSON");
+}
+
 void addBench(CLI::App& app, Options& options) {
   CLI::App* const bench =
       addCalling(app, "bench", "Call a function over and over, and measure it", options);
-  bench->add_option("--calls", options.calls, "Number of calls in all [1000]")
+  bench
+      ->add_option("--calls", options.calls,
+                   "Number of calls in all [1000, or as many as go into --duration]")
       ->type_name("N")
       ->check(unnamed(CLI::Range(std::uint64_t{1}, std::uint64_t{1000000000})));
   bench
@@ -278,6 +299,7 @@ void addBench(CLI::App& app, Options& options) {
                    "Threads that call, each on its own connection [1]")
       ->type_name("T")
       ->check(unnamed(CLI::Range(1U, 1024U)));
+  addBenchSettings(*bench, options);
   addSettings(*bench, options.settings);
   bench->footer(std::string(kArgumentHelp) + kBenchExamples);
 }

@@ -26,6 +26,8 @@ struct Settings {
   bool verifiesPeer = true;
 };
 
+inline constexpr std::uint64_t kUsualCalls = 1000;
+
 enum class Command { kCall, kBench, kEncode, kShow };
 enum class Body { kDetected, kRequest, kReply };
 
@@ -48,8 +50,13 @@ struct Options {
   unsigned jobs = 1;
 
   // bench
-  std::uint64_t calls = 1000;
+  std::optional<std::uint64_t> calls;  // kUsualCalls, or as many as go into the duration
   unsigned threads = 1;
+  std::uint64_t warmUps = 0;
+  double duration = 0, rate = 0;  // seconds and calls per second; 0 for no limit
+  bool showsHistogram = false;
+  std::string against;  // another URL, called in turns
+  Settings againstSettings;
 
   // show
   std::string file;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "settings/configuration.h"
@@ -101,6 +102,14 @@ void resolvePath(Options& options) {
 }  // namespace
 
 void resolveTarget(Options& options) {
+  if (!options.against.empty()) {
+    Options other = options;
+    other.url = std::exchange(other.against, {});
+    other.arguments.clear();
+    resolveTarget(other);
+    options.against = other.url;
+    options.againstSettings = other.settings;
+  }
   if (options.url.starts_with('@')) return resolveName(options);
   if (!hasScheme(options.url) && isPath(options.url)) resolvePath(options);
 }

@@ -122,6 +122,12 @@ std::optional<std::string> quotedJson(std::string_view utf8) {
   return out += '"';
 }
 
+std::string quotedValid(std::string_view text) {
+  std::string out = "\"";
+  while (!text.empty()) appendQuoted(out, takeCodePoint(text).value_or(kReplacement));
+  return out += '"';
+}
+
 std::optional<std::string> quotedJson(std::u16string_view units) {
   std::string out = "\"";
   while (!units.empty()) {

@@ -26,6 +26,9 @@ bool isControl(char32_t codePoint);
 // The text in quotes as JSON; nothing when it is not UTF-8.
 std::optional<std::string> quotedJson(std::string_view utf8);
 
+// The same of any text: what is not UTF-8 is replaced.
+std::string quotedValid(std::string_view text);
+
 // The same from UTF-16; nothing when a surrogate stands alone.
 std::optional<std::string> quotedJson(std::u16string_view units);
 
