@@ -9,6 +9,7 @@ import subprocess
 import tempfile
 import unittest
 
+from index_server import IndexServer
 from local_server import LocalServer
 from pseudo_terminal import PseudoTerminal
 
@@ -17,7 +18,7 @@ CLASSES = ('double', 'single', 'int8', 'int16', 'int32', 'int64', 'uint8', 'uint
 WORDS = (*CLASSES, 'float64', 'float32', 'bool', 'json', 'text', 'csv', 'tsv', 'npy')
 HCY = os.environ['HCY_PROGRAM']
 FOLDER = pathlib.Path(__file__).resolve().parents[2] / 'tools/hcy'
-COMMANDS = ('call', 'bench', 'encode', 'show')
+COMMANDS = ('call', 'bench', 'list', 'encode', 'show')
 
 SHOWN_IN_A_SHELL = {
     'hcy ca\t': 'hcy call ',
@@ -75,14 +76,16 @@ class Examples(unittest.TestCase):
     """Every example in a help and in the manual page does something."""
 
     def run_examples(self, text):
-        lines = re.findall(r'^ *((?:HCY_\w+=\S+ )?hcy (?:call|bench|show|encode) .*)', text, re.M)
+        lines = re.findall(r'^ *((?:HCY_\w+=\S+ )?hcy (?:call|bench|list|show|encode) .*)', text, re.M)
         root = FOLDER.parents[1]
         path = ':'.join([str(pathlib.Path(HCY).parent), os.environ['PATH']])
-        with LocalServer() as server, tempfile.TemporaryDirectory() as directory:
+        with LocalServer() as server, IndexServer() as index, \
+                tempfile.TemporaryDirectory() as directory:
             (pathlib.Path(directory) / 'bodies').symlink_to(root / 'tests/golden/files')
             (pathlib.Path(directory) / 'examples').symlink_to(root / 'examples')
             for line in lines:
-                command = line.replace('http://127.0.0.1:8080', server.url)
+                answering = index if ' list ' in line else server
+                command = line.replace('http://127.0.0.1:8080', answering.url)
                 done = subprocess.run(['bash', '-c', command], cwd=directory, check=False, text=True,
                                       env=dict(os.environ, PATH=path, no_proxy='*'),
                                       stdin=subprocess.DEVNULL, capture_output=True)

@@ -36,8 +36,8 @@ _hcy() {
   local command=
   [ "$COMP_CWORD" -le 1 ] || command=${COMP_WORDS[1]}
   case $command:$word in
-    help:*) mapfile -t COMPREPLY < <(compgen -W 'call bench encode show' -- "$word") ;;
-    :*) mapfile -t COMPREPLY < <(compgen -W 'call bench encode show serve help --help --version' -- "$word") ;;
+    help:*) mapfile -t COMPREPLY < <(compgen -W 'call bench list encode show' -- "$word") ;;
+    :*) mapfile -t COMPREPLY < <(compgen -W 'call bench list encode show serve help --help --version' -- "$word") ;;
     call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full --verbose --save-request --save-reply --retry --each --jobs" -- "$word") ;;
     bench:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --calls --threads --duration --warmup --rate --against --histogram --json" -- "$word") ;;
     encode:-*)

@@ -13,6 +13,7 @@
 #include "calls/call.h"
 #include "calls/exit_status.h"
 #include "calls/failure.h"
+#include "calls/list.h"
 #include "settings/options.h"
 #include "settings/target.h"
 
@@ -31,13 +32,16 @@ void occupyStandardDescriptors() {
 }
 
 int run(Options& options) {
-  const bool hasUrl = options.command == Command::kCall || options.command == Command::kBench;
+  const bool hasUrl = options.command == Command::kCall || options.command == Command::kBench ||
+                      options.command == Command::kList;
   if (hasUrl) resolveTarget(options);
   switch (options.command) {
     case Command::kCall:
       return call(options);
     case Command::kBench:
       return bench(options);
+    case Command::kList:
+      return list(options);
     case Command::kEncode:
       return encode(options);
     case Command::kShow:

@@ -55,6 +55,7 @@ void setText(CURL* handle, CURLoption option, const char* text) {
 void applySettings(CURL* handle, const hcyclient::Config& config, double seconds) {
   const hcyClientRuntime& settings = *config.runtime();
   const hcyClientConfig* const of = config.get();
+  // The URL is the user's: nothing but HTTP, and no redirection.
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
   curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, std::lround(seconds * 1000));
   setText(handle, CURLOPT_SSLCERT, settings.getClientCertFile(of));
@@ -72,14 +73,7 @@ double secondsOf(CURL* handle, CURLINFO what) {
   return static_cast<double>(microseconds) * 1e-6;
 }
 
-}  // namespace
-
-Exchange post(const hcyclient::Config& config, const std::string& url,
-              const std::vector<std::string>& headers, std::string_view body, double seconds) {
-  const Handle owner(curl_easy_init());
-  CURL* const handle = owner.get();
-  if (handle == nullptr) throw std::bad_alloc();
-  applySettings(handle, config, seconds);
+Headers linesOf(const std::vector<std::string>& headers) {
   Headers lines(curl_slist_append(nullptr, "Expect:"));  // as the library: the body comes at once
   if (!lines) throw std::bad_alloc();
   for (const std::string& header : headers) {
@@ -88,13 +82,27 @@ Exchange post(const hcyclient::Config& config, const std::string& url,
     static_cast<void>(lines.release());
     lines.reset(longer);
   }
+  return lines;
+}
+
+// Without a body a GET.
+Exchange exchange(const hcyclient::Config& config, const std::string& url,
+                  const std::vector<std::string>& headers, const std::string_view* body,
+                  double seconds) {
+  const Handle owner(curl_easy_init());
+  CURL* const handle = owner.get();
+  if (handle == nullptr) throw std::bad_alloc();
+  applySettings(handle, config, seconds);
+  const Headers lines = linesOf(headers);
   Exchange exchange;
   Reception reception{exchange,
                       std::size_t{1} + config.runtime()->getResponseSizeLimit(config.get())};
   curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, lines.get());
-  curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.data());
-  curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+  if (body != nullptr) {
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body->data());
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body->size()));
+  }
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeader);
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, &reception);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBody);
@@ -110,6 +118,18 @@ Exchange post(const hcyclient::Config& config, const std::string& url,
   exchange.firstByte = secondsOf(handle, CURLINFO_STARTTRANSFER_TIME_T);
   exchange.total = secondsOf(handle, CURLINFO_TOTAL_TIME_T);
   return exchange;
+}
+
+}  // namespace
+
+Exchange post(const hcyclient::Config& config, const std::string& url,
+              const std::vector<std::string>& headers, std::string_view body, double seconds) {
+  return exchange(config, url, headers, &body, seconds);
+}
+
+Exchange get(const hcyclient::Config& config, const std::string& url,
+             const std::vector<std::string>& headers, double seconds) {
+  return exchange(config, url, headers, nullptr, seconds);
 }
 
 }  // namespace hcy::tools

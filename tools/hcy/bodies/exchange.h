@@ -27,4 +27,8 @@ struct Exchange {
 Exchange post(const hcyclient::Config& config, const std::string& url,
               const std::vector<std::string>& headers, std::string_view body, double seconds);
 
+// Gets a document with these header lines, otherwise as above.
+Exchange get(const hcyclient::Config& config, const std::string& url,
+             const std::vector<std::string>& headers, double seconds);
+
 }  // namespace hcy::tools

@@ -54,6 +54,12 @@ Examples:
   hcy bench http://127.0.0.1:8080/echo '[1,2,3]' --calls 1000 --threads 2
 )";
 
+constexpr const char* kListExamples = R"(
+Examples:
+  hcy list http://127.0.0.1:8080
+  HCY_SERVER=http://127.0.0.1:8080 hcy list --raw
+)";
+
 constexpr const char* kEncodeExamples = R"(
 Examples:
   hcy encode 2 3 | hcy show -
@@ -304,6 +310,18 @@ void addBench(CLI::App& app, Options& options) {
   bench->footer(std::string(kArgumentHelp) + kBenchExamples);
 }
 
+void addList(CLI::App& app, Options& options) {
+  CLI::App* const list = app.add_subcommand("list", "List the functions of a server");
+  list->add_option("SERVER", options.url, "A URL or @SERVER [that of HCY_SERVER]")->type_name("");
+  CLI::Option* const json = list->add_flag_callback(
+      "--json", [&options] { options.output.form = Form::kJson; }, "Show the server's own index");
+  list->add_flag_callback(
+          "-r,--raw", [&options] { options.output.form = Form::kRaw; }, "Show the names alone")
+      ->excludes(json);
+  addSettings(*list, options.settings);
+  list->footer(kListExamples + 1);
+}
+
 void addEncode(CLI::App& app, Options& options) {
   CLI::App* const encode = app.add_subcommand("encode", "Write the body of a request");
   addInputs(*encode, options);
@@ -394,6 +412,7 @@ std::vector<std::string> wordsOf(int argc, char** argv) {
 
 Command commandNamed(const std::string& name) {
   if (name == "call") return Command::kCall;
+  if (name == "list") return Command::kList;
   if (name == "encode") return Command::kEncode;
   return name == "bench" ? Command::kBench : Command::kShow;
 }
@@ -409,6 +428,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   app.footer(kGeneralFooter);
   addCall(app, options);
   addBench(app, options);
+  addList(app, options);
   addEncode(app, options);
   addShow(app, options);
   // Only for the help: main() hands the command over before the options are read.

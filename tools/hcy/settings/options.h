@@ -28,7 +28,7 @@ struct Settings {
 
 inline constexpr std::uint64_t kUsualCalls = 1000;
 
-enum class Command { kCall, kBench, kEncode, kShow };
+enum class Command { kCall, kBench, kList, kEncode, kShow };
 enum class Body { kDetected, kRequest, kReply };
 
 struct Options {

@@ -110,6 +110,11 @@ void resolveTarget(Options& options) {
     options.against = other.url;
     options.againstSettings = other.settings;
   }
+  // The index of a server is at its root.
+  const bool isRoot = options.command == Command::kList;
+  if (isRoot && options.url.starts_with('@') && options.url.find('/') == std::string::npos) {
+    options.url += '/';
+  }
   if (options.url.starts_with('@')) return resolveName(options);
   if (!hasScheme(options.url) && isPath(options.url)) resolvePath(options);
 }

@@ -1,0 +1,35 @@
+# SPDX-License-Identifier: Apache-2.0
+"""A server that has an index of functions and no function."""
+import http.server
+import json
+import threading
+
+FUNCTIONS = [{'name': 'math/plus', 'arguments': 'A B', 'summary': 'The sum, element by element.'},
+             {'name': 'text/upper', 'arguments': ['TEXT'], 'summary': 'Letters in upper case.'},
+             {'name': 'echo'}]
+
+
+class IndexServer:
+    def __init__(self, index=None):
+        body = json.dumps({'functions': FUNCTIONS}) if index is None else index
+
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_GET(self):
+                found = self.path == '/' and self.headers['Accept'] == 'application/json'
+                self.send_response(200 if found else 404)
+                self.end_headers()
+                self.wfile.write(body.encode() if found else b'')
+
+            def log_message(self, *_):
+                pass
+
+        self.server = http.server.ThreadingHTTPServer(('127.0.0.1', 0), Handler)
+        self.url = f'http://127.0.0.1:{self.server.server_port}'
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.server.shutdown()
+        self.server.server_close()

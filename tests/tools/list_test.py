@@ -1,0 +1,69 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""hcy list shows the index of a server."""
+import json
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+from index_server import FUNCTIONS, IndexServer
+from pseudo_terminal import PseudoTerminal
+
+HCY = os.environ['HCY_PROGRAM']
+TABLE = """math/plus A B    The sum, element by element.
+text/upper TEXT  Letters in upper case.
+echo
+"""
+
+
+def listed(*arguments, **environment):
+    done = subprocess.run([HCY, 'list', *arguments], capture_output=True, text=True, check=False,
+                          env={'HCY_CONFIG': '/dev/null', **os.environ, **environment})
+    return done.stdout, done.stderr, done.returncode
+
+
+class List(unittest.TestCase):
+    def test_of_a_server(self):
+        with IndexServer() as server, tempfile.TemporaryDirectory() as directory:
+            self.assertEqual(listed(server.url), (TABLE, '', 0))
+            self.assertEqual(listed(server.url + '/'), (TABLE, '', 0))
+            self.assertEqual(listed(HCY_SERVER=server.url), (TABLE, '', 0))
+            config = pathlib.Path(directory, 'config.toml')
+            config.write_text(f'[servers.lab]\nurl = "{server.url}"\n')
+            self.assertEqual(listed('@lab', HCY_CONFIG=str(config)), (TABLE, '', 0))
+            self.assertEqual(listed(server.url, '--raw')[0], 'math/plus\ntext/upper\necho\n')
+            self.assertEqual(json.loads(listed(server.url, '--json')[0]), {'functions': FUNCTIONS})
+
+    def test_is_cut_to_the_terminal(self):
+        with IndexServer() as server, PseudoTerminal([HCY, 'list', server.url], 24) as terminal:
+            self.assertEqual(terminal.finish()[0],
+                             'math/plus A B    The su…\ntext/upper TEXT  Letter…\necho\n')
+
+    def test_failures(self):
+        with IndexServer() as server:
+            self.assertEqual(listed(server.url + '/x'), ('', 'hcy: HTTP status 404 Not Found\n', 2))
+        for index, problem in (('<html>', 'bad JSON: invalid literal'),
+                               ('[]', 'the index is not an object'),
+                               ('{}', 'the index names no functions'),
+                               ('{"functions":{}}', 'the functions are not a list'),
+                               ('{"functions":[1]}', 'a function is not an object'),
+                               ('{"functions":[{}]}', 'a function without a name'),
+                               ('{"functions":[{"name":1}]}', 'neither a text nor a list of texts')):
+            with IndexServer(index) as server:
+                self.assertEqual(listed(server.url), (
+                    '', f'hcy: the server has no index of its functions as JSON: {problem}\n', 3))
+        self.assertEqual(listed('http://127.0.0.2:1')[1:], ("hcy: Couldn't connect to server\n", 3))
+        self.assertEqual(listed('ftp://127.0.0.1')[2], 64)
+        self.assertIn('neither HCY_SERVER nor /dev/null names a server', listed()[1])
+
+    def test_nothing_commands_the_terminal(self):
+        with IndexServer('{"functions":[{"name":"a\\u001b[2J","summary":"b\\nc"}]}') as server:
+            self.assertEqual(listed(server.url)[0], 'a\\u001b[2J  b\\nc\n')
+            self.assertEqual(listed(server.url, '-r')[0], 'a\\u001b[2J\n')
+
+
+if __name__ == '__main__':
+    os.environ.pop('HCY_SERVER', None)
+    unittest.main()
