@@ -39,6 +39,10 @@ if(HCY_BUILD_TOOLS)
   install(FILES tools/hcy/hcy.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES tools/hcy/hcy.bash RENAME hcy
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+  install(FILES tools/hcy/hcy.zsh RENAME _hcy
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tools)
+  install(FILES tools/hcy/hcy.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tools)
 endif()
 
 # Debian's interpreter finds it there, for the prefix /usr; anywhere else pip is who installs it.

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Completion of hcy for bash.
+# Completion of hcy for bash. Options are those that `hcy help COMMAND` names.
 
 # Files behind an @. As file names to complete, the @ would be quoted with them.
 _hcy_files() {
@@ -13,44 +13,74 @@ _hcy_files() {
   done < <(compgen -f -- "${1#@}")
 }
 
+# $1: hcy, $2: the word. Servers of the configuration file, and functions of one, or of HCY_SERVER.
+_hcy_functions() {
+  local config=${HCY_CONFIG:-${XDG_CONFIG_HOME:-$HOME/.config}/hcy/config.toml} server=
+  case $2 in
+    @*/*) server=${2%%/*} ;;
+    @*)
+      mapfile -t COMPREPLY < <(compgen -W "$(
+        sed -n 's/^ *\[servers\.\([A-Za-z0-9_-]*\)\].*/@\1\//p' "$config" 2>/dev/null)" -- "$2")
+      compopt -o nospace 2>/dev/null
+      return
+      ;;
+  esac
+  mapfile -t COMPREPLY < <(compgen -W "$(
+    "$1" list ${server:+"$server"} --raw --timeout 1 2>/dev/null |
+      sed "s|^|${server:+$server/}|")" -- "$2")
+}
+
+# $1: hcy, $2: its command.
+_hcy_options() {
+  "$1" "$2" --help 2>/dev/null | awk '/^ +-/ {
+    sub(/^ +/, "")
+    names = index($0, "  ") ? substr($0, 1, index($0, "  ")) : $0
+    for (; match(names, /--[a-z-]+/); names = substr(names, RSTART + RLENGTH)) {
+      print substr(names, RSTART, RLENGTH)
+    }
+  }'
+}
+
 _hcy() {
-  local word=$2 previous=${COMP_WORDS[COMP_CWORD - 1]}
-  local calling='--help --nargout --delimiter --timeout --max-time --max-reply --ca --cacert --crl
-    --crlfile --cert --key --key-pass-file --ask-key-pass --no-verify-host --no-verify-peer
-    --insecure'
+  local program=$1 word=$2 position=$COMP_CWORD command= previous
+  local commands='call bench list encode show'
   local classes='double: single: int8: int16: int32: int64: uint8: uint16: uint32: uint64: logical:
     char: struct: cell: complex: sparse: float64: float32: bool: json: text: csv: tsv: npy:'
   COMPREPLY=()
+  [ "$COMP_CWORD" -le 1 ] || command=${COMP_WORDS[1]}
+  # The shell takes an @ at the start for a word of its own.
+  [[ $word != @?* || ${COMP_WORDS[position - 1]} != @ ]] || position=$((position - 1))
+  previous=${COMP_WORDS[position - 1]}
 
   case $previous in
-    --ca | --cacert | --crl | --crlfile | -E | --cert | --key | --key-pass-file | -o | --output | --each | --save-request | --save-reply)
+    --ca | --cacert | --crl | --crlfile | -E | --cert | --key | --key-pass-file | -o | --output | \
+      --each | --save-request | --save-reply)
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       compopt -o filenames 2>/dev/null
       return
       ;;
-    -n | --nargout | -m | --timeout | --max-time | --max-reply | --width | --delimiter | --retry | -j | --jobs | --calls | --threads | --duration | --warmup | --rate)
+    -n | --nargout | -m | --timeout | --max-time | --max-reply | --width | --delimiter | --retry | \
+      -j | --jobs | --calls | --threads | --duration | --warmup | --rate)
       return
       ;;
   esac
 
-  local command=
-  [ "$COMP_CWORD" -le 1 ] || command=${COMP_WORDS[1]}
   case $command:$word in
-    help:*) mapfile -t COMPREPLY < <(compgen -W 'call bench list encode show' -- "$word") ;;
-    :*) mapfile -t COMPREPLY < <(compgen -W 'call bench list encode show serve help --help --version' -- "$word") ;;
-    call:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --json --raw --csv --tsv --output --width --full --verbose --save-request --save-reply --retry --each --jobs" -- "$word") ;;
-    bench:-*) mapfile -t COMPREPLY < <(compgen -W "$calling --calls --threads --duration --warmup --rate --against --histogram --json" -- "$word") ;;
-    encode:-*)
-      mapfile -t COMPREPLY < <(compgen -W '--help --nargout --delimiter --output' -- "$word")
-      ;;
-    show:-*)
-      mapfile -t COMPREPLY < <(compgen -W '--help --request --reply --schema' -- "$word")
-      ;;
+    :*) mapfile -t COMPREPLY < <(compgen -W "$commands serve help --help --version" -- "$word") ;;
+    help:*) mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$word") ;;
+    *:-*) mapfile -t COMPREPLY < <(compgen -W "$(_hcy_options "$program" "$command")" -- "$word") ;;
     show:*)
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       compopt -o filenames 2>/dev/null
       ;;
-    call:@* | bench:@* | encode:@*) _hcy_files "$word" ;;
+    call:* | bench:*)
+      if [ "$position" -eq 2 ] || [ "$previous" = --against ]; then
+        _hcy_functions "$program" "$word"
+        return
+      fi
+      ;;&
+    list:*) [ "$position" -ne 2 ] || _hcy_functions "$program" "$word" ;;
+    *:@*) _hcy_files "$word" ;;
     *:?*)
       # The colon would be a word of its own to the shell: a class is completed up to it.
       mapfile -t COMPREPLY < <(compgen -W "$classes" -- "$word")

@@ -1,0 +1,74 @@
+# SPDX-License-Identifier: Apache-2.0
+# Completion of hcy for fish. Options are those that `hcy help COMMAND` names.
+
+# The words before the cursor, without the one that is being written.
+function __hcy_count
+    count (commandline -opc)
+end
+
+function __hcy_command
+    set -l words (commandline -opc)
+    test (count $words) -ge 2; and echo $words[2]
+end
+
+# Servers of the configuration file, and functions of one, or of HCY_SERVER.
+function __hcy_functions
+    set -l word (commandline -ct)
+    set -l config ~/.config/hcy/config.toml
+    set -q XDG_CONFIG_HOME; and set config $XDG_CONFIG_HOME/hcy/config.toml
+    set -q HCY_CONFIG; and set config $HCY_CONFIG
+    if string match -q '@*/*' -- $word
+        set -l server (string split -m 1 / -- $word)[1]
+        hcy list $server --raw --timeout 1 2>/dev/null | string replace -r '^' $server/
+    else if string match -q '@*' -- $word
+        sed -n 's/^ *\[servers\.\([A-Za-z0-9_-]*\)\].*/@\1\//p' $config 2>/dev/null
+    else
+        hcy list --raw --timeout 1 2>/dev/null
+    end
+end
+
+# The options of a command with what they do, behind a tab.
+function __hcy_options
+    hcy (__hcy_command) --help 2>/dev/null | awk '/^ +-/ {
+        sub(/^ +/, "")
+        gap = index($0, "  ")
+        names = gap ? substr($0, 1, gap) : $0
+        text = gap ? substr($0, gap) : ""
+        sub(/^ +/, "", text)
+        for (; match(names, /--[a-z-]+/); names = substr(names, RSTART + RLENGTH)) {
+            print substr(names, RSTART, RLENGTH) "\t" text
+        }
+    }'
+end
+
+# An argument: a file behind an @, or a class.
+function __hcy_arguments
+    set -l word (commandline -ct)
+    if string match -q '*@*' -- $word
+        set -l parts (string match -r '^(.*?@)(.*)$' -- $word)
+        __fish_complete_path $parts[3] | string replace -r '^' $parts[2]
+    else if test -n "$word"
+        printf '%s:\n' double single int8 int16 int32 int64 uint8 uint16 uint32 uint64 logical char \
+            struct cell complex sparse float64 float32 bool json text csv tsv npy
+    end
+end
+
+function __hcy_needs_file
+    set -l words (commandline -opc)
+    contains -- $words[-1] --ca --cacert --crl --crlfile -E --cert --key --key-pass-file -o \
+        --output --each --save-request --save-reply
+    or test "$words[2]" = show
+end
+
+function __hcy_is_option
+    string match -q -- '-*' (commandline -ct)
+end
+
+complete -c hcy -f
+complete -c hcy -n 'test (__hcy_count) -eq 1' -a 'call bench list encode show help'
+complete -c hcy -n 'test (__hcy_count) -eq 1; and __hcy_is_option' -a '--help --version'
+complete -c hcy -n 'test "$(__hcy_command)" = help' -a 'call bench list encode show'
+complete -c hcy -n 'test (__hcy_count) -ge 2; and __hcy_is_option' -a '(__hcy_options)'
+complete -c hcy -n __hcy_needs_file -F
+complete -c hcy -n 'test (__hcy_count) -eq 2; and contains -- (__hcy_command) call bench list; and not __hcy_is_option' -a '(__hcy_functions)'
+complete -c hcy -n 'contains -- (__hcy_command) call bench encode; and not __hcy_needs_file; and not __hcy_is_option; and test (__hcy_count) -ge 3' -a '(__hcy_arguments)'
