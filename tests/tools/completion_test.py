@@ -91,7 +91,7 @@ class Completion(unittest.TestCase):
             return set(self.output_of('bash', '-c', script, 'bash', *words).split('\n')) - {''}
 
         self.require_all(completed)
-        self.assertEqual(completed('hcy', ''), {*COMMANDS, 'help', '--help', '--version'})
+        self.assertEqual(completed('hcy', ''), {*COMMANDS, 'serve', 'help', '--help', '--version'})
         self.assertEqual(completed('hcy', 'call', 'x', '--timeout', ''), set())
 
     def test_fish(self):
@@ -101,7 +101,7 @@ class Completion(unittest.TestCase):
             return {line.split('\t')[0] for line in lines} - {''}
 
         self.require_all(completed)
-        self.assertEqual(completed('hcy', ''), {*COMMANDS, 'help'})
+        self.assertEqual(completed('hcy', ''), {*COMMANDS, 'serve', 'help'})
         self.assertEqual(completed('hcy', 'call', 'u', '@da'), {'@data.json'})
         self.assertEqual(completed('hcy', 'call', 'u', '--ca', 'da'), {'data.json'})
 

@@ -65,7 +65,7 @@ function __hcy_is_option
 end
 
 complete -c hcy -f
-complete -c hcy -n 'test (__hcy_count) -eq 1' -a 'call bench list encode show help'
+complete -c hcy -n 'test (__hcy_count) -eq 1' -a 'call bench list encode show serve help'
 complete -c hcy -n 'test (__hcy_count) -eq 1; and __hcy_is_option' -a '--help --version'
 complete -c hcy -n 'test "$(__hcy_command)" = help' -a 'call bench list encode show'
 complete -c hcy -n 'test (__hcy_count) -ge 2; and __hcy_is_option' -a '(__hcy_options)'

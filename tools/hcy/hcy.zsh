@@ -42,7 +42,7 @@ _hcy() {
 
   if (( CURRENT == 2 )); then
     compadd -a commands
-    compadd help -- --help --version
+    compadd serve help -- --help --version
     return
   fi
   case $words[CURRENT-1] in

@@ -39,7 +39,7 @@ Array arrayOfText(std::string_view text) {
     const std::size_t offset = text.size() - rest.size();
     if (!takeCodePoint(rest)) throw BadText(offset, "the text is not UTF-8");
   }
-  return Array(text);
+  return {text};
 }
 
 Array arrayOfTable(const CsvTable& table, const Classes& classes) {
@@ -63,6 +63,7 @@ std::vector<Array> arraysOfTables(const ArgumentWords& words, std::string_view t
     tables = tablesFrom(text, delimiter, words.choices);
   }
   std::vector<Array> arrays;
+  arrays.reserve(tables.size());
   for (const CsvTable& table : tables) arrays.push_back(arrayOfTable(table, words.classes));
   return arrays;
 }

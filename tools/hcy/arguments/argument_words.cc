@@ -142,6 +142,7 @@ const std::vector<std::string_view>& classWords() {
 const std::vector<std::string_view>& notationWords() {
   static const std::vector<std::string_view> words = [] {
     std::vector<std::string_view> all;
+    all.reserve(kNotations.size());
     for (const auto& [name, notation] : kNotations) all.push_back(name);
     return all;
   }();

@@ -1,0 +1,280 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "settings/command_options.h"
+
+#include <cctype>
+#include <charconv>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <tuple>
+#include <vector>
+
+#include "settings/help_texts.h"
+
+namespace hcy::tools {
+namespace {
+
+// More outputs than any function has, and few enough to make room for.
+constexpr int kMostOutputs = 100000;
+
+// Takes "\\t" for a tab.
+std::string delimiterProblem(std::string& text) {
+  if (text == "\\t") text = "\t";
+  constexpr std::string_view reserved = "\"#+-.\r\n";
+  const bool isPlain = text.size() == 1 && reserved.find(text[0]) == std::string_view::npos &&
+                       (text[0] == '\t' || (text[0] >= ' ' && text[0] <= '~')) &&
+                       !std::isalnum(static_cast<unsigned char>(text[0]));
+  return isPlain ? "" : "not a character that can separate fields: " + text;
+}
+
+std::string secondsProblem(const std::string& text) {
+  double seconds = 0;
+  const char* const end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, seconds);
+  const bool isNumber = read.ec == std::errc() && read.ptr == end;
+  const bool isInRange = seconds >= 0 && seconds <= std::numeric_limits<std::uint32_t>::max();
+  return isNumber && isInRange ? "" : "not a number of seconds: " + text;
+}
+
+template <class Validator>
+CLI::Validator unnamed(Validator validator) {
+  return validator.description("");
+}
+
+void addSettings(CLI::App& app, Settings& settings) {
+  const char* const group = "Connection";
+  app.add_option("-m,--timeout,--max-time", settings.timeout,
+                 "Seconds that one call may take; 0 for no limit [120]")
+      ->type_name("SECONDS")
+      ->check(unnamed(CLI::Validator(secondsProblem, "", "")))
+      ->group(group);
+  app.add_option("--max-reply", settings.largestReply, "Largest reply that is accepted [67108864]")
+      ->type_name("BYTES")
+      ->group(group);
+  const auto addFile = [&](const char* name, std::string& file, const char* help) {
+    return app.add_option(name, file, help)
+        ->type_name("FILE")
+        ->check(unnamed(CLI::ExistingFile))
+        ->group(group);
+  };
+  addFile("--ca,--cacert", settings.authorityFile,
+          "Authorities that the server's certificate is checked against (PEM)");
+  addFile("--crl,--crlfile", settings.revocationListFile, "Lists of revoked certificates (PEM)");
+  addFile("-E,--cert", settings.certificateFile, "Certificate to show to the server (PEM)");
+  CLI::Option* const key = addFile("--key", settings.keyFile, "Its private key (PEM)");
+  CLI::Option* const fromFile = addFile("--key-pass-file", settings.passPhraseFile,
+                                        "File whose first line is the pass phrase of the key")
+                                    ->needs(key);
+  app.add_flag("--ask-key-pass", settings.asksPassPhrase,
+               "Ask for the pass phrase of the key on the terminal")
+      ->needs(key)
+      ->excludes(fromFile)
+      ->group(group);
+  app.add_flag_callback(
+         "--no-verify-host", [&settings] { settings.verifiesHost = false; },
+         "Take a certificate that names another host")
+      ->group(group);
+  app.add_flag_callback(
+         "--no-verify-peer", [&settings] { settings.verifiesPeer = false; },
+         "Take a certificate that nobody trusted has signed")
+      ->group(group);
+  app.add_flag_callback(
+         "-k,--insecure", [&settings] { settings.verifiesHost = settings.verifiesPeer = false; },
+         "Take any certificate: both of these")
+      ->group(group);
+}
+
+void addInputs(CLI::App& command, Options& options) {
+  command.allow_extras();  // the inputs
+  command.add_option("-n,--nargout", options.nargout, "Number of outputs [1]")
+      ->type_name("N")
+      ->check(unnamed(CLI::Range(0, kMostOutputs)));
+  command
+      .add_option_function<std::string>(
+          "--delimiter",
+          [&options](const std::string& text) { options.argumentSettings.delimiter = text[0]; },
+          "Character between the fields of csv [,]")
+      ->type_name("C")
+      ->transform(unnamed(CLI::Validator(delimiterProblem, "", "")));
+}
+
+CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& help,
+                     Options& options) {
+  CLI::App* const command = app.add_subcommand(name, help);
+  command
+      ->add_option("URL", options.url, "The function: a URL, @SERVER/PATH, or a path on HCY_SERVER")
+      ->required()
+      ->type_name("");
+  addInputs(*command, options);
+  return command;
+}
+
+void addOutput(CLI::App& app, OutputSettings& output) {
+  const char* const group = "Output";
+  const std::vector<std::tuple<const char*, Form, const char*>> forms = {
+      {"--json", Form::kJson, "Show each output on a line, as JSON that can be an ARG"},
+      {"-r,--raw", Form::kRaw, "Show text and single numbers without quotes and class"},
+      {"--csv", Form::kCsv, "Show tables as comma-separated values"},
+      {"--tsv", Form::kTsv, "Show tables as values separated by tabs"}};
+  std::vector<CLI::Option*> flags;
+  for (const auto& [name, form, help] : forms) {
+    CLI::Option* const flag = app.add_flag_callback(
+        name, [&output, form = form] { output.form = form; }, help);
+    flag->group(group);
+    for (CLI::Option* const other : flags) flag->excludes(other);
+    flags.push_back(flag);
+  }
+  app.add_option("-o,--output", output.files,
+                 "Write to a file, by its ending: .json .csv .tsv .npy .txt; repeated, a file for "
+                 "each output")
+      ->type_name("FILE")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->group(group);
+  app.add_option("--width", output.width,
+                 "Columns to cut outputs to; 0 for no limit [that of the terminal]")
+      ->type_name("COLUMNS")
+      ->group(group);
+  app.add_flag_callback(
+         "--full", [&output] { output.isFolded = false; },
+         "Show all rows and elements on a terminal")
+      ->group(group);
+}
+
+// What shows a single call from near.
+std::vector<CLI::Option*> addSeeing(CLI::App& app, Options& options) {
+  const char* const group = "Seeing";
+  const std::vector<CLI::Option*> all = {
+      app.add_flag("-v,--verbose", options.isVerbose,
+                   "Show request, status, sizes and times on standard error"),
+      app.add_option("--save-request", options.requestFile, "Keep the body of the request")
+          ->type_name("FILE"),
+      app.add_option("--save-reply", options.replyFile, "Keep the body of the reply")
+          ->type_name("FILE")};
+  for (CLI::Option* const option : all) option->group(group);
+  return all;
+}
+
+void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& seeing) {
+  const char* const group = "Many calls";
+  CLI::Option* const retry = app.add_option("--retry", options.retries,
+                                            "Times to call again after a failure on the way [0]")
+                                 ->type_name("N")
+                                 ->check(unnamed(CLI::Range(0U, 1000U)))
+                                 ->group(group);
+  CLI::Option* const each =
+      app.add_option_function<std::vector<std::string>>(
+             "--each",
+             [&options](const std::vector<std::string>& file) {
+               const bool isNamed = !file.empty() && !file.front().empty() && file.front() != "{}";
+               options.each = isNamed ? file.front() : "-";
+             },
+             "Call for each line of a file or the standard input, a JSON list of arguments")
+          ->type_name("[FILE]")
+          ->expected(0, 1)
+          ->group(group);
+  for (CLI::Option* const option : seeing) option->excludes(each)->excludes(retry);
+  app.add_option("-j,--jobs", options.jobs, "Calls that are under way at once [1]")
+      ->type_name("N")
+      ->check(unnamed(CLI::Range(1U, 1024U)))
+      ->needs(each)
+      ->group(group);
+}
+
+void addCall(CLI::App& app, Options& options) {
+  CLI::App* const call = addCalling(app, "call", "Call a function and show its outputs", options);
+  addOutput(*call, options.output);
+  addEach(*call, options, addSeeing(*call, options));
+  addSettings(*call, options.settings);
+  call->footer(std::string(kArgumentHelp) + kCallExamples);
+}
+
+void addBenchSettings(CLI::App& app, Options& options) {
+  const auto seconds = unnamed(CLI::Validator(secondsProblem, "", ""));
+  app.add_option("--duration", options.duration, "Time after which no more calls begin")
+      ->type_name("SECONDS")
+      ->check(seconds);
+  app.add_option("--warmup", options.warmUps, "Calls before those that are measured [0]")
+      ->type_name("N")
+      ->check(unnamed(CLI::Range(std::uint64_t{0}, std::uint64_t{1000000000})));
+  app.add_option("--rate", options.rate,
+                 "Calls per second that are to begin; latencies count from then on")
+      ->type_name("R")
+      ->check(unnamed(CLI::Range(1e-3, 1e6)));
+  app.add_option("--against", options.against, "Another URL to compare with, called in turns")
+      ->type_name("URL");
+  app.add_flag("--histogram", options.showsHistogram, "Show how the latencies are spread");
+  app.add_flag_callback(
+      "--json", [&options] { options.output.form = Form::kJson; }, "Show the summary as JSON");
+}
+
+void addBench(CLI::App& app, Options& options) {
+  CLI::App* const bench =
+      addCalling(app, "bench", "Call a function over and over, and measure it", options);
+  bench
+      ->add_option("--calls", options.calls,
+                   "Number of calls in all [1000, or as many as go into --duration]")
+      ->type_name("N")
+      ->check(unnamed(CLI::Range(std::uint64_t{1}, std::uint64_t{1000000000})));
+  bench
+      ->add_option("--threads", options.threads,
+                   "Threads that call, each on its own connection [1]")
+      ->type_name("T")
+      ->check(unnamed(CLI::Range(1U, 1024U)));
+  addBenchSettings(*bench, options);
+  addSettings(*bench, options.settings);
+  bench->footer(std::string(kArgumentHelp) + kBenchExamples);
+}
+
+void addList(CLI::App& app, Options& options) {
+  CLI::App* const list = app.add_subcommand("list", "List the functions of a server");
+  list->add_option("SERVER", options.url, "A URL or @SERVER [that of HCY_SERVER]")->type_name("");
+  CLI::Option* const json = list->add_flag_callback(
+      "--json", [&options] { options.output.form = Form::kJson; }, "Show the server's own index");
+  list->add_flag_callback(
+          "-r,--raw", [&options] { options.output.form = Form::kRaw; }, "Show the names alone")
+      ->excludes(json);
+  addSettings(*list, options.settings);
+  list->footer(kListExamples + 1);
+}
+
+void addEncode(CLI::App& app, Options& options) {
+  CLI::App* const encode = app.add_subcommand("encode", "Write the body of a request");
+  addInputs(*encode, options);
+  encode->add_option("-o,--output", options.output.files, "Write to a file")
+      ->type_name("FILE")
+      ->expected(1);
+  encode->footer(std::string(kArgumentHelp) + kEncodeExamples);
+}
+
+void addShow(CLI::App& app, Options& options) {
+  CLI::App* const show = app.add_subcommand("show", "Show the body of a request or reply");
+  show->add_option("FILE", options.file, "The body; - for the standard input")
+      ->required()
+      ->type_name("");
+  CLI::Option* const request = show->add_flag_callback(
+      "--request", [&options] { options.body = Body::kRequest; }, "Take it for a request");
+  show->add_flag_callback(
+          "--reply", [&options] { options.body = Body::kReply; }, "Take it for a reply")
+      ->excludes(request);
+  show->add_flag("--schema", options.showsSchema,
+                 "Show it field by field, as the schema names them, not as arrays");
+  show->footer(kShowExamples + 1);
+}
+
+}  // namespace
+
+void addCommands(CLI::App& app, Options& options) {
+  addCall(app, options);
+  addBench(app, options);
+  addList(app, options);
+  addEncode(app, options);
+  addShow(app, options);
+  // Only for the help: main() hands the command over before the options are read.
+  app.add_subcommand("serve", "Serve functions on this machine: hcy-local-server(1)");
+}
+
+}  // namespace hcy::tools

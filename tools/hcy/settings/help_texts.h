@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What stands below the options in a help. Every example is run by a test.
+
+#pragma once
+
+namespace hcy::tools {
+
+inline constexpr const char* kArgumentHelp = R"(An ARG is one of
+  5  true  '"text"'  '{"a":1}'                         JSON
+  [1,2]  [[1],[2]]  [[1,2],[3,4]]                      a row, a column, rows
+  int16:[1,2]  float32:0.5                             JSON with a class before it
+  text:hello  text:@notes.txt  text:-                  text
+  @data.json  @table.csv  @table.tsv  @a.npy           a file
+  -  csv:-  tsv:-                                      the standard input
+  '@table.csv[x,y]'  '@table.csv[x;y]'                 columns: a matrix; one by one
+hcy(1) tells more.
+)";
+
+inline constexpr const char* kGeneralFooter = R"(hcy help COMMAND tells the options of a command.
+
+Examples:
+  hcy call http://127.0.0.1:8080/math/plus 2 3
+  HCY_SERVER=http://127.0.0.1:8080 hcy call math/plus 2 3
+)";
+
+inline constexpr const char* kCallExamples = R"(
+Examples:
+  hcy call http://127.0.0.1:8080/linalg/solve '[[2,0],[1,4]]' '[[1],[2]]'
+  hcy call http://127.0.0.1:8080/stats/describe @examples/data/norris.csv --csv
+  hcy call http://127.0.0.1:8080/text/upper text:hello --raw
+)";
+
+inline constexpr const char* kBenchExamples = R"(
+Examples:
+  hcy bench http://127.0.0.1:8080/echo '[1,2,3]' --calls 1000 --threads 2
+)";
+
+inline constexpr const char* kListExamples = R"(
+Examples:
+  hcy list http://127.0.0.1:8080
+  HCY_SERVER=http://127.0.0.1:8080 hcy list --raw
+)";
+
+inline constexpr const char* kEncodeExamples = R"(
+Examples:
+  hcy encode 2 3 | hcy show -
+  hcy encode 2 3 | curl -s --data-binary @- http://127.0.0.1:8080/math/plus | hcy show -
+)";
+
+inline constexpr const char* kShowExamples = R"(
+Examples:
+  hcy show bodies/char.request.bin
+  hcy show --schema - < bodies/char.reply.bin
+)";
+
+}  // namespace hcy::tools
