@@ -126,7 +126,8 @@ double percentile(const std::vector<double>& sorted, double fraction) {
 std::vector<Bucket> histogram(const std::vector<double>& sorted) {
   std::vector<Bucket> buckets;
   auto next = sorted.begin();
-  for (double power = 1e-6; next != sorted.end(); power *= 10) {
+  for (int exponent = -6; next != sorted.end(); ++exponent) {
+    const double power = std::pow(10, exponent);
     for (const double factor : {1.0, 2.0, 5.0}) {
       const auto end = std::upper_bound(next, sorted.end(), power * factor);
       const auto count = static_cast<std::uint64_t>(end - next);

@@ -40,7 +40,7 @@ std::vector<Bucket> histogram(const std::vector<double>& sorted);
 
 // What a benchmark has come to. `seconds` is the time that all of it took.
 struct Summary {
-  Summary(Measurements measurements, unsigned threads, double seconds);
+  Summary(Measurements measurements, unsigned threadCount, double time);
 
   // For a person; percentiles only if there are enough calls for them.
   std::string text(bool withHistogram = false) const;

@@ -134,6 +134,7 @@ int callEach(const Options& options) {
   }
   {
     std::vector<std::jthread> threads;
+    threads.reserve(callers.size());
     for (const auto& caller : callers) threads.emplace_back([&caller] { caller->run(); });
   }
   const AnswerCounts counts = answers.finish();

@@ -21,7 +21,7 @@ constexpr bool kIsBigEndian = std::endian::native == std::endian::big;
 
 template <class T>
 T valueAt(const char* bytes, bool isBigEndian) {
-  std::array<char, sizeof(T)> copy;
+  std::array<char, sizeof(T)> copy{};
   std::memcpy(copy.data(), bytes, sizeof(T));
   if (isBigEndian != kIsBigEndian) std::reverse(copy.begin(), copy.end());
   return std::bit_cast<T>(copy);
@@ -140,7 +140,7 @@ Array text(const NpyHeader& header, std::string_view data) {
     }
     if (character != 0) length = units.size();
   }
-  return Array(std::u16string_view(units).substr(0, length));
+  return {std::u16string_view(units).substr(0, length)};
 }
 
 Array texts(const NpyHeader& header, std::string_view data, std::size_t count) {

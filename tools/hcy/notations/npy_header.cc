@@ -142,7 +142,7 @@ NpyHeader npyHeaderOf(std::string_view bytes) {
   constexpr std::size_t versionEnd = kMagic.size() + 2;
   if (!bytes.starts_with(kMagic)) throw BadInput("this is not a .npy file");
   if (bytes.size() < versionEnd) refuseHeader();
-  const int version = bytes[kMagic.size()];
+  const int version = static_cast<unsigned char>(bytes[kMagic.size()]);
   if (version < 1 || version > 3) {
     throw BadInput("version " + std::to_string(version) + " of the .npy format is not supported");
   }
