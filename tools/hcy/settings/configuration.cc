@@ -31,7 +31,7 @@ std::string environment(const char* name) {
 }
 
 std::string placeOfFile() {
-  const std::string said = environment("HCY_CONFIG");
+  std::string said = environment("HCY_CONFIG");
   if (!said.empty()) return said;
   std::string directory = environment("XDG_CONFIG_HOME");
   if (directory.empty()) directory = environment("HOME") + "/.config";
@@ -93,7 +93,7 @@ class Reader {
     return file.is_absolute() ? file.string() : (fs::path(file_).parent_path() / file).string();
   }
   std::string secretFrom(const toml::node& node) const {
-    const std::string file = fileFrom(node);
+    std::string file = fileFrom(node);
     try {
       requirePrivate(file);
     } catch (const BadInput& problem) {

@@ -77,7 +77,7 @@ std::vector<std::string> wordsOf(int argc, char** argv) {
   if (!words.empty() && words.front() == "help") {
     words.erase(words.begin());
     words.resize(std::min<std::size_t>(words.size(), 1));
-    words.push_back("--help");
+    words.emplace_back("--help");
   }
   return words;
 }
