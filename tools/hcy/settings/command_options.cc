@@ -147,7 +147,7 @@ void addOutput(CLI::App& app, OutputSettings& output) {
 // What shows a single call from near.
 std::vector<CLI::Option*> addSeeing(CLI::App& app, Options& options) {
   const char* const group = "Seeing";
-  const std::vector<CLI::Option*> all = {
+  std::vector<CLI::Option*> all = {
       app.add_flag("-v,--verbose", options.isVerbose,
                    "Show request, status, sizes and times on standard error"),
       app.add_option("--save-request", options.requestFile, "Keep the body of the request")
