@@ -161,6 +161,7 @@ CsvTable tableOf(std::vector<Line> lines, bool hasHeader) {
 
 CsvTable columnsOf(const std::vector<Line>& lines, const CsvColumns& columns) {
   std::vector<std::size_t> indices;
+  indices.reserve(columns.size());
   for (const CsvColumn& column : columns) indices.push_back(indexOf(column, lines.front()));
   std::vector<Line> chosen;
   chosen.reserve(lines.size());
@@ -190,6 +191,7 @@ std::vector<CsvTable> tablesFrom(std::string_view csv, char delimiter,
   const std::vector<Line> lines = Splitter(csv, delimiter).lines();
   if (lines.empty()) throw BadText(0, "there are no columns to choose from");
   std::vector<CsvTable> tables;
+  tables.reserve(choices.size());
   for (const CsvColumns& columns : choices) tables.push_back(columnsOf(lines, columns));
   return tables;
 }
