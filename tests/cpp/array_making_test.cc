@@ -90,6 +90,12 @@ TEST(CppArrayMaking, takesSizesOfAnyIntegerType) {
   EXPECT_EQ(Array::sparse<double>(m, n, 1).columns(), 3U);
   const Shape shape = std::vector<std::size_t>{2, 3};
   EXPECT_EQ(shape, (Shape{m, n}));
+  // One dimension in braces is no number of dimensions.
+  EXPECT_EQ(Shape{m}.size(), 1U);
+  EXPECT_EQ(Shape{n}[0], 3U);
+  EXPECT_EQ(Array::cells({4}).shape(), (Shape{4, 1}));
+  EXPECT_EQ(Array({1.0, 2.0}, {2U}).shape(), (Shape{2, 1}));
+  EXPECT_THROW(Shape{-1}, UsageError);
   EXPECT_THROW(Array::zeros<double>(-1, 2), UsageError);
   EXPECT_THROW(Array::cells({2, -1}), UsageError);
 }

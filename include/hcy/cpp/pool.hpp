@@ -153,17 +153,12 @@ class Pool {
   /** Starts the threads; throws UsageError when there are none, InitializationError or
    *  std::system_error when a context or a thread cannot be had. */
   explicit Pool(const Config& config, Size threads, const PoolOptions& options = {})
-      : retry_(options.retry), room_(options.queue > 0 ? options.queue : 2 * threads) {
+      : Pool(threads, options) {
     if (threads == 0) throw UsageError("a Pool needs a thread");
     contexts_.reserve(threads);
     for (std::size_t i = 0; i < threads; ++i) contexts_.emplace_back(config);
     threads_.reserve(threads);
-    try {
-      for (Context& context : contexts_) threads_.emplace_back([this, &context] { work(context); });
-    } catch (...) {
-      abandon();
-      throw;
-    }
+    for (Context& context : contexts_) threads_.emplace_back([this, &context] { work(context); });
   }
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;
@@ -233,6 +228,10 @@ class Pool {
   void abandon() noexcept { finish(true); }
 
  private:
+  // From here on the destructor ends the threads if one of them cannot be had.
+  Pool(Size threads, const PoolOptions& options)
+      : retry_(options.retry), room_(options.queue > 0 ? options.queue : 2 * threads) {}
+
   void work(Context& context) {
     // A server that closes a connection while it is written to would end the process.
     sigset_t pipe;

@@ -47,6 +47,11 @@ class Shape : public std::vector<std::size_t> {
  public:
   Shape() = default;
   /** These dimensions; throws UsageError when one is negative. */
+  template <class T, class = std::enable_if_t<std::is_integral_v<T>>>
+  Shape(std::initializer_list<T> dimensions) {
+    for (const T dimension : dimensions) push_back(Size(dimension));
+  }
+  /** The same of several integer types. */
   Shape(std::initializer_list<Size> dimensions) : vector(dimensions.begin(), dimensions.end()) {}
   /** The same dimensions. */
   Shape(std::vector<std::size_t> dimensions) noexcept : vector(std::move(dimensions)) {}
