@@ -185,7 +185,7 @@ def _error(error: Exception) -> list[Any]:
 
 
 def _described(identifier: str, message: str, stack: Sequence[StackFrame]) -> list[Any]:
-    parts = Cell()
+    parts: Cell[Any] = Cell()
     for frame in stack:
         parts += [_text(frame.file), _text(frame.name), float(frame.line)]
     return ['error', _text(identifier), _text(message), parts]
