@@ -18,9 +18,9 @@ namespace hcy::bench {
 // The parameters of a call with one output and the workload as its one input.
 client::VORTEN_Params paramsOf(const Workload& workload);
 
-// Reads the one array of a message. Doubles and 64-bit integers are read where the message holds them; int16 and chars,
-// which are 32 bits wide there, are narrowed into memory of this object. The message must outlive
-// it.
+// Reads the one array of a message. Doubles and 64-bit integers are read where the message holds
+// them; int16 and chars, which are 32 bits wide there, are narrowed into memory of this object. The
+// message must outlive it.
 class ArrayReader {
  public:
   // Throws std::runtime_error when there is not one array of a class that workloads have.

@@ -19,12 +19,13 @@ struct CellNumbers {
 };
 
 // A column of numbers, a column of cells, a row of chars.
-using Workload = std::variant<std::vector<double>, std::vector<std::int16_t>,
-                              std::vector<std::uint64_t>, std::vector<std::int64_t>, CellNumbers,
-                              std::u16string>;
+using Workload =
+    std::variant<std::vector<double>, std::vector<std::int16_t>, std::vector<std::uint64_t>,
+                 std::vector<std::int64_t>, CellNumbers, std::u16string>;
 
 // By name, W1 to W9, or by kind and number of elements, such as "double:131072"; the kinds are
-// double, int16, uint64, int64, cell, ascii and text. Throws std::invalid_argument for another text.
+// double, int16, uint64, int64, cell, ascii and text. Throws std::invalid_argument for another
+// text.
 Workload workloadOf(std::string_view text);
 
 }  // namespace hcy::bench

@@ -28,7 +28,9 @@ class TransferBuffers {
   }
 
   // After a transfer: whoever had one large reply will have more.
-  void noteReply(std::uint64_t bodySize) { hasLargeReply_ = hasLargeReply_ || bodySize > kLargeBody; }
+  void noteReply(std::uint64_t bodySize) {
+    hasLargeReply_ = hasLargeReply_ || bodySize > kLargeBody;
+  }
 
  private:
   bool isUploadLarge_ = false;

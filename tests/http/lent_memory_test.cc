@@ -101,8 +101,8 @@ TEST_F(LentMemory, isLeftByAReplyThatComesBeforeTheRequestHasBeenSent) {
   const std::string body(kLarge, 'r');
   const std::string reply = httpReply(200, "OK", body);
   const std::size_t beginning = reply.size() - kLarge / 2;
-  const ScriptServer server({Connection{send(reply.substr(0, beginning)), readRequest(),
-                                        send(reply.substr(beginning))}});
+  const ScriptServer server(
+      {Connection{send(reply.substr(0, beginning)), readRequest(), send(reply.substr(beginning))}});
   const std::unique_ptr<Response> response = call(server.url());
   EXPECT_FALSE(isTaken());
   expectBody(*response, body);

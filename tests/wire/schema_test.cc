@@ -153,7 +153,8 @@ Lines describe(const std::string& file) {
 
 // In generated classes strings are bytes, of which nobody asks whether they are valid UTF-8.
 Lines withBytes(Lines lines) {
-  for (std::string& line : lines) line = std::regex_replace(line, std::regex(" string "), " bytes ");
+  for (std::string& line : lines)
+    line = std::regex_replace(line, std::regex(" string "), " bytes ");
   return lines;
 }
 
