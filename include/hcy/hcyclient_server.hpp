@@ -43,6 +43,7 @@
 #include <utility>
 #include <vector>
 
+/** The environment of the process, which the server inherits (POSIX). */
 extern char** environ;
 
 namespace hcyclient {
