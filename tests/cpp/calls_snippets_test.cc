@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <future>
 #include <hcy/hcyclient.hpp>
+#include <list>
 #include <map>
 #include <numeric>
 #include <optional>
@@ -85,7 +86,7 @@ TEST_F(CppSnippets, make) {
   EXPECT_EQ(Array(std::span<const float>(values), {2, 3}).at<float>(1, 2), 6);
   EXPECT_EQ(Array(values.data(), {static_cast<int>(values.size()), 1}), Array(values));
   EXPECT_EQ(Array(values.begin(), values.begin() + 2).size(), 2U);
-  auto squares = std::views::iota(1, 4) | std::views::transform([](int i) { return i * i; });
+  const std::list<int> squares = {1, 4, 9};
   EXPECT_EQ(Array(squares.begin(), squares.end()), Array({1, 4, 9}));
   EXPECT_EQ(Array::fromRows({{1.0, 2.0}, {3.0, 4.0}}).at<double>(1, 0), 3);
   EXPECT_EQ(Array::fromRows(std::vector<std::array<int, 2>>{{1, 2}}).columns(), 2U);

@@ -29,7 +29,7 @@ class Server {
       const std::string body = status == 200 ? resultOf({doubleScalar(7)}) : "";
       std::string reply;
       if (status != 0) {
-        reply = httpReply(static_cast<unsigned>(status), "Status", body, {"Connection: close"});
+        reply = httpReply(status, "Status", body, {"Connection: close"});
       }
       all.push_back(Connection{readRequest(), send(reply), close()});
     }

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <hcy/cpp/cell_iterator.hpp>
 #include <hcy/cpp/element.hpp>
 #include <hcy/cpp/error.hpp>
 #include <hcy/cpp/sequence.hpp>
@@ -43,7 +44,6 @@ class Printer;
 
 template <class T>
 struct Entry;
-class CellIterator;
 class Fields;
 class Input;
 class Outputs;
