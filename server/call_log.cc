@@ -32,8 +32,8 @@ std::string timeText(std::chrono::system_clock::time_point time) {
   char text[32];
   const std::size_t size = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
   char fraction[8];
-  std::snprintf(fraction, sizeof fraction, ".%03dZ",
-                static_cast<int>((milliseconds - whole).count()));
+  static_cast<void>(std::snprintf(fraction, sizeof fraction, ".%03dZ",
+                                  static_cast<int>((milliseconds - whole).count())));
   return std::string(text, size) + fraction;
 }
 
@@ -91,8 +91,9 @@ std::string textLine(const LoggedCall& call, const Reply& reply, double millisec
                      const Values& values) {
   char numbers[128];
   const std::string status = isSent(reply) ? std::to_string(reply.message.result_int()) : "-";
-  std::snprintf(numbers, sizeof numbers, " %s %.3f ms %zu B in %zu B out ", status.c_str(),
-                milliseconds, call.requestSize, isSent(reply) ? reply.message.body().size() : 0);
+  static_cast<void>(std::snprintf(numbers, sizeof numbers, " %s %.3f ms %zu B in %zu B out ",
+                                  status.c_str(), milliseconds, call.requestSize,
+                                  isSent(reply) ? reply.message.body().size() : 0));
   std::string line =
       timeText(call.time) + " " + cutText(call.path, 0) + numbers + nameOf(reply.source);
   if (!reply.fault.empty()) line += " [" + cutText(reply.fault, 0) + "]";
@@ -162,8 +163,9 @@ void CallLog::end(const LoggedCall& call, const Reply& reply) try {
   const std::string line = options_.isJson ? jsonLine(call, reply, time.count(), values)
                                            : textLine(call, reply, time.count(), values);
   const std::lock_guard lock(mutex_);
-  std::fwrite(line.data(), 1, line.size(), file_.get());
-  std::fflush(file_.get());
+  // A log that cannot be written stops no call.
+  static_cast<void>(std::fwrite(line.data(), 1, line.size(), file_.get()));
+  static_cast<void>(std::fflush(file_.get()));
 } catch (const std::exception&) {
   // A line that there is no memory for is missing; the call is not.
 }

@@ -41,7 +41,7 @@ class CallLog {
  private:
   struct CloseFile {
     void operator()(std::FILE* file) const {
-      if (file != stderr) std::fclose(file);
+      if (file != stderr) static_cast<void>(std::fclose(file));
     }
   };
 

@@ -2,9 +2,8 @@
 
 #include "command_function.h"
 
-#include <signal.h>
-
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <new>
 #include <system_error>

@@ -4,13 +4,13 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <system_error>
 #include <thread>
@@ -39,7 +39,7 @@ struct Pipe {
     }
   }
   int take(int index) { return std::exchange(ends[index], -1); }
-  int ends[2];
+  int ends[2] = {-1, -1};
 };
 
 struct FileActions {
@@ -47,7 +47,7 @@ struct FileActions {
   FileActions(const FileActions&) = delete;
   FileActions& operator=(const FileActions&) = delete;
   ~FileActions() { ::posix_spawn_file_actions_destroy(&actions); }
-  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_t actions{};
 };
 
 struct Attributes {
@@ -55,7 +55,7 @@ struct Attributes {
   Attributes(const Attributes&) = delete;
   Attributes& operator=(const Attributes&) = delete;
   ~Attributes() { ::posix_spawnattr_destroy(&attributes); }
-  posix_spawnattr_t attributes;
+  posix_spawnattr_t attributes{};
 };
 
 pid_t spawn(const std::string& command, int input, int output) {
@@ -135,8 +135,7 @@ ByteBuffer CommandProcess::ask(std::string_view line, std::chrono::duration<doub
     if (count <= 0) throw CommandFailure(howItEnded());
     const auto* const lineEnd =
         static_cast<const char*>(std::memchr(bytes, '\n', static_cast<std::size_t>(count)));
-    const std::size_t taken =
-        static_cast<std::size_t>(lineEnd != nullptr ? lineEnd - bytes : count);
+    const auto taken = static_cast<std::size_t>(lineEnd != nullptr ? lineEnd - bytes : count);
     if (answer.size() + taken > kLongestLine) {
       throw CommandFailure("The command wrote a line of more than 64 MiB.");
     }

@@ -42,6 +42,7 @@ struct Delivery {
 // Where a reply comes from.
 enum class Source { kServer, kCommand, kRecorded, kUpstream };
 
+// NOLINTNEXTLINE(bugprone-exception-escape): a message that is moved allocates nothing
 struct Reply {
   HttpResponse message;
   std::chrono::nanoseconds delay{0};
