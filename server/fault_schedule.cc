@@ -162,7 +162,7 @@ FaultSchedule::FaultSchedule(std::vector<FaultRule> rules, std::uint64_t seed) :
   for (FaultRule& rule : rules) rules_.push_back({std::move(rule)});
 }
 
-bool FaultSchedule::hits(Counted& counted, std::size_t index) {
+bool FaultSchedule::hits(Counted& counted, std::size_t index) const {
   const std::uint64_t call = counted.calls++;
   if (call >= counted.rule.first) return false;
   return counted.rule.share >= 1 || chance(seed_, index, call) < counted.rule.share;

@@ -69,7 +69,7 @@ class FaultSchedule {
     std::uint64_t calls = 0;
   };
 
-  bool hits(Counted& counted, std::size_t index);
+  bool hits(Counted& counted, std::size_t index) const;
 
   const std::uint64_t seed_;
   std::mutex mutex_;

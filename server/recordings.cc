@@ -39,7 +39,7 @@ std::string fileNameOf(std::size_t number, const RecordedCall& call) {
     if (kept.find(c) == std::string_view::npos) c = '-';
   }
   char digits[24];
-  std::snprintf(digits, sizeof digits, "%06zu", number);
+  static_cast<void>(std::snprintf(digits, sizeof digits, "%06zu", number));
   return std::string(digits) + "-" + path + "-" + call.digest.substr(0, 8) +
          std::string(kRecordedCallEnding);
 }

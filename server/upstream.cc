@@ -41,7 +41,7 @@ void append(List& list, const std::string& line) {
 
 struct Reception {
   UpstreamReply& reply;
-  std::uint64_t longest;
+  std::uint64_t longest = 0;
   std::size_t headerSize = 0;
   bool isOutOfMemory = false;
   bool isTooLong = false;
@@ -114,11 +114,13 @@ List headerOf(const http::request<ByteBody>& request) {
   append(list, "Accept:");
   append(list, "Content-Type:");
   for (const auto& field : request) {
-    const std::string name(field.name_string());
-    if (isForThisHop(name)) continue;
+    std::string line(field.name_string());
+    if (isForThisHop(line)) continue;
     // Only a semicolon behind the name makes libcurl send a field without a value.
     const std::string value(field.value());
-    append(list, value.empty() ? name + ";" : name + ": " + value);
+    line += value.empty() ? ";" : ": ";
+    line += value;
+    append(list, line);
   }
   return list;
 }
