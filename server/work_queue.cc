@@ -50,7 +50,7 @@ void WorkQueue::call(std::string_view name, std::string_view body, Done done) {
   match();
 }
 
-void WorkQueue::work(std::string_view body, Done done) {
+void WorkQueue::work(std::string_view body, const Done& done) {
   const auto work = requestFieldsOf(body);
   if (!work) return done(badParams());
   std::optional<Call> answered;

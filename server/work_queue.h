@@ -46,7 +46,7 @@ class WorkQueue {
   void call(std::string_view name, std::string_view body, Done done);
 
   // A call of a worker. The body is not needed any more when this returns.
-  void work(std::string_view body, Done done);
+  void work(std::string_view body, const Done& done);
 
   // To be called now and then: ends what has waited too long.
   void expire();
