@@ -46,7 +46,7 @@ void Service::answerByWorker(WorkQueue& queue, const HttpRequest& request, WorkQ
   const std::string_view name = nameOf(request);
   const std::string_view body(request.body().data(), request.body().size());
   if (queue.serves(name)) return queue.call(name, body, std::move(done));
-  queue.work(body, std::move(done));
+  queue.work(body, done);
 }
 
 const Function* Service::ownFunction(const HttpRequest& request) const {
