@@ -18,7 +18,7 @@
 #include "runtime/error_info.h"
 #include "runtime/feval.h"
 #include "wire/dispatch_on_QXType.h"
-#include "wire/read_array.h"
+#include "wire/read_message.h"
 
 namespace hcy::fuzz {
 namespace {

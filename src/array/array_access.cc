@@ -10,13 +10,13 @@
 #include "wire/element_storage.h"
 #include "wire/sparse_values.h"
 
-using hcy::messageOf;
+using hcy::dataOf;
 using hcy::proxyOf;
 using hcy::client::VORTEN_Array;
 
 namespace {
 
-// Index arrays are handed out in the message's own storage.
+// Index arrays are handed out where they lie.
 static_assert(sizeof(std::size_t) == sizeof(std::uint64_t));
 
 // The caller may write what it gets.
@@ -79,11 +79,11 @@ uint16_t* hcyGetChars(const hcyArray* array) {
 double hcyGetScalar(const hcyArray* array) { return proxyOf(array).getScalar(); }
 
 size_t* hcyGetIr(const hcyArray* array) {
-  return hasIndices(array) ? firstIndex(messageOf(array).sparse().ir()) : nullptr;
+  return hasIndices(array) ? firstIndex(dataOf(array).sparse().ir()) : nullptr;
 }
 
 size_t* hcyGetJc(const hcyArray* array) {
-  return hasIndices(array) ? firstIndex(messageOf(array).sparse().jc()) : nullptr;
+  return hasIndices(array) ? firstIndex(dataOf(array).sparse().jc()) : nullptr;
 }
 
 size_t hcyGetNzmax(const hcyArray* array) {
@@ -93,7 +93,7 @@ size_t hcyGetNzmax(const hcyArray* array) {
 
 void hcySetNzmax(hcyArray* array, size_t nzmax) {
   if (!hcyIsSparse(array) || nzmax > hcyGetNumberOfElements(array)) return;
-  hcy::NewPart<hcy::SPARSE_class> sparse(messageOf(array));
+  hcy::SparsePart sparse(dataOf(array));
   const bool hadDoubles = sparse->has_qxsparsedouble();
   const bool hadLogicals = sparse->has_logical();
   try {

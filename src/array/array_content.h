@@ -2,46 +2,35 @@
 
 #pragma once
 
-#include <google/protobuf/arena.h>
-
 #include <atomic>
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
 #include <cstddef>
-#include <memory>
-#include <optional>
+#include <utility>
 
 #include "array/field_index.h"
-#include "wire/array_class_traits.h"
-#include "wire/packed_arrays.h"
+#include "wire/array_data.h"
 
 namespace hcy {
 
 // What an array holds, as all see it who share it: handles over it, and containers that it was
-// stored in. The elements of a container lie in wire form beside the message; those of a 16-bit
-// class are in the message once they have been committed.
+// stored in. The elements of a container and of a 16-bit class are here once they have been
+// committed.
 class ArrayContent : public boost::intrusive_ref_counter<ArrayContent> {
  public:
-  // From this size on, elements lie in blocks of their own.
-  static constexpr std::size_t kLarge = std::size_t{64} << 10;
-
-  // An empty message, for elements of about that many bytes.
-  explicit ArrayContent(std::size_t size = 0);
+  ArrayContent() = default;
+  explicit ArrayContent(ArrayData&& content) : data(std::move(content)) {}
   ArrayContent(const ArrayContent&) = delete;
   ArrayContent& operator=(const ArrayContent&) = delete;
   ~ArrayContent() = default;
 
-  VORTEN_Array& message() const { return *message_; }
-
-  // Of a container: what was committed last; null for no elements.
-  std::shared_ptr<const PackedArrays> arrays;
   // Whether it came from a server.
   bool isReceived = false;
-  // Of a 16-bit class: whether the elements are in the message.
+  // Of a 16-bit class: whether the elements are here.
   bool isCommitted = true;
 
-  // Has the typed part of the message sent from now on, even if it is empty: elements have been
-  // asked for. The message itself does not change, for it may be read at the same time.
+  // Has the typed part sent from now on, even if it is empty: elements have been asked for. What
+  // the array holds does not change, for it may be read at the same time.
   void showPart() { isPartShown_.store(true, std::memory_order_relaxed); }
   bool isPartShown() const { return isPartShown_.load(std::memory_order_relaxed); }
 
@@ -49,11 +38,11 @@ class ArrayContent : public boost::intrusive_ref_counter<ArrayContent> {
   FieldIndex& fields() { return fields_; }
 
  private:
-  std::unique_ptr<google::protobuf::Arena> arena_;  // of a large one
-  std::optional<VORTEN_Array> own_;                 // of any other
-  VORTEN_Array* message_;
   std::atomic<bool> isPartShown_ = false;
   FieldIndex fields_;
+
+ public:
+  ArrayData data;
 };
 
 using ContentPtr = boost::intrusive_ptr<ArrayContent>;

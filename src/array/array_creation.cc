@@ -29,15 +29,14 @@ char16_t* codeUnitsOf(const ArrayHandle& array) { return static_cast<char16_t*>(
 std::uint64_t fieldCount(int nfields) { return static_cast<std::uint64_t>(std::max(nfields, 0)); }
 
 hcyArray* withFieldNames(ArrayHandle array, int nfields, const char* const* fieldnames) {
-  auto& names = *hcy::STRUCT_class::write(array->message()).mutable_field_names();
+  auto& names = array->data().writeContainer().fieldNames;
   names.Reserve(std::max(nfields, 0));
   for (int i = 0; i < nfields; ++i) *names.Add() = fieldnames[i];
+  array->data().showPart();
   return array.release();
 }
 
-VORTEN_Array::Sparse& sparsePart(const ArrayHandle& array) {
-  return hcy::SPARSE_class::write(array->message());
-}
+VORTEN_Array::Sparse& sparsePart(const ArrayHandle& array) { return array->data().writeSparse(); }
 
 // A sparse array without values yet: row indices for nzmax stored elements, and column starts.
 ArrayHandle makeSparse(std::size_t m, std::size_t n, std::size_t nzmax, bool complex,
@@ -46,7 +45,7 @@ ArrayHandle makeSparse(std::size_t m, std::size_t n, std::size_t nzmax, bool com
   ArrayHandle array = hcy::makeMatrix(VORTEN_Array::SPARSE, m, n, complex);
   VORTEN_Array::Sparse& sparse = sparsePart(array);
   sparse.set_type(type);
-  hcy::resizeElementStorage(array->message(), 0);
+  hcy::resizeElementStorage(array->data(), 0);
   sparse.mutable_ir()->Resize(stored, 0);
   return array;
 }

@@ -20,6 +20,6 @@ inline VORTENArrayProxy& proxyOf(const hcyArray* array) {
   return static_cast<VORTENArrayProxy&>(const_cast<hcyArray&>(*array));
 }
 
-inline VORTEN_Array& messageOf(const hcyArray* array) { return proxyOf(array).message(); }
+inline ArrayData& dataOf(const hcyArray* array) { return proxyOf(array).data(); }
 
 }  // namespace hcy

@@ -9,18 +9,18 @@
 #include "wire/array_attributes.h"
 #include "wire/element_count.h"
 
-using hcy::messageOf;
+using hcy::dataOf;
 using hcy::proxyOf;
 using hcy::client::VORTEN_Array;
 
 namespace {
 
 bool isType(const hcyArray* array, VORTEN_Array::QXType type) {
-  return messageOf(array).type() == type;
+  return dataOf(array).type() == type;
 }
 
 bool isSparseOf(const hcyArray* array, VORTEN_Array::Sparse::SparseType type) {
-  return hcyIsSparse(array) && messageOf(array).sparse().type() == type;
+  return hcyIsSparse(array) && dataOf(array).sparse().type() == type;
 }
 
 // Whether the one element of a 1-by-1 sparse logical array is stored, and true.
@@ -54,25 +54,25 @@ bool hcyIsLogical(const hcyArray* array) {
   return isType(array, VORTEN_Array::LOGICAL) || isSparseOf(array, VORTEN_Array::Sparse::LOGICAL);
 }
 
-bool hcyIsNumeric(const hcyArray* array) { return hcy::attributesOf(messageOf(array)).isNumeric; }
+bool hcyIsNumeric(const hcyArray* array) { return hcy::attributesOf(dataOf(array)).isNumeric; }
 
 bool hcyIsComplex(const hcyArray* array) { return proxyOf(array).isComplex(); }
 
 bool hcyIsEmpty(const hcyArray* array) {
-  const auto& dimensions = messageOf(array).dimension();
+  const auto& dimensions = dataOf(array).dimensions;
   return dimensions.empty() || std::ranges::count(dimensions, 0U) != 0;
 }
 
 bool hcyIsLogicalScalar(const hcyArray* array) {
-  const auto& dimensions = messageOf(array).dimension();
+  const auto& dimensions = dataOf(array).dimensions;
   return hcyIsLogical(array) && dimensions.size() == 2 && dimensions[0] == 1 && dimensions[1] == 1;
 }
 
 bool hcyIsLogicalScalarTrue(const hcyArray* array) {
   if (!hcyIsLogicalScalar(array)) return false;
-  const VORTEN_Array& message = messageOf(array);
-  if (hcyIsSparse(array)) return storesTrue(message.sparse());
-  return message.logical().elements_size() > 0 && message.logical().elements(0);
+  if (hcyIsSparse(array)) return storesTrue(dataOf(array).sparse());
+  const auto values = dataOf(array).real.as<bool>();
+  return !values.empty() && values[0];
 }
 
 bool hcyIsClass(const hcyArray* array, const char* name) {
@@ -82,13 +82,13 @@ bool hcyIsClass(const hcyArray* array, const char* name) {
 }
 
 hcyClassID hcyGetClassID(const hcyArray* array) {
-  return static_cast<hcyClassID>(hcy::attributesOf(messageOf(array)).type);
+  return static_cast<hcyClassID>(hcy::attributesOf(dataOf(array)).type);
 }
 
 const char* hcyGetClassName(const hcyArray* array) {
-  return hcy::attributesOf(messageOf(array)).className;
+  return hcy::attributesOf(dataOf(array)).className;
 }
 
 size_t hcyGetElementSize(const hcyArray* array) { return proxyOf(array).getElementSize(); }
 
-size_t hcyGetNumberOfElements(const hcyArray* array) { return hcy::elementCount(messageOf(array)); }
+size_t hcyGetNumberOfElements(const hcyArray* array) { return hcy::elementCount(dataOf(array)); }

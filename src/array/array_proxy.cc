@@ -17,31 +17,29 @@ namespace hcy {
 
 VORTENArrayProxy::VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex)
     : content_(new ArrayContent), complex_(complex) {
-  VORTEN_Array& array = message();
-  array.set_type(type);
-  array.mutable_dimension()->Reserve(checkedSize(dimensions.size()));
-  for (const std::uint64_t dimension : dimensions) {
-    array.add_dimension(static_cast<std::uint64_t>(checkedSize(dimension)));
-  }
+  checkedSize(dimensions.size());
+  for (const std::uint64_t dimension : dimensions) checkedSize(dimension);
+  data().setType(type);
+  data().dimensions.assign(dimensions.begin(), dimensions.end());
 }
 
 VORTENArrayProxy::VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
                                    std::uint64_t count)
     : VORTENArrayProxy(type, dimensions, complex && count != 0) {
-  if (count != 0) sizeInitialStorage(message(), count, complex_);
+  if (count != 0) sizeInitialStorage(data(), count, complex_);
 }
 
 VORTENArrayProxy::VORTENArrayProxy(ContentPtr content, bool complex)
     : content_(std::move(content)), complex_(complex) {}
 
 VORTENArrayProxy::VORTENArrayProxy(const ContentPtr& content)
-    : VORTENArrayProxy(content, attributesOf(content->message()).isComplex) {
+    : VORTENArrayProxy(content, attributesOf(content->data).isComplex) {
   if (content_->isReceived) checkIndices();
 }
 
 void VORTENArrayProxy::checkIndices() {
-  if (message().type() != VORTEN_Array::SPARSE) return;
-  const auto described = describedElements(message());
+  if (data().type() != VORTEN_Array::SPARSE) return;
+  const auto described = describedElements(data());
   hasIndices_ = described.has_value();
   requiredValues_ = described.value_or(SIZE_MAX);
 }
@@ -56,9 +54,9 @@ void VORTENArrayProxy::storageChanged() {
 }
 
 std::size_t VORTENArrayProxy::storedElements() const {
-  auto stored = static_cast<std::size_t>(message().sparse().ir_size());
+  auto stored = static_cast<std::size_t>(data().sparse().ir_size());
   if (!content_->isReceived) return stored;
-  const DataAccessor access = accessData(message(), false);
+  const DataAccessor access = accessData(data(), false);
   for (const std::size_t values : {access.realCount, access.imagCount}) {
     const bool areHandedOut = values != 0 && values >= requiredValues_;
     if (areHandedOut) stored = std::min(stored, values);
@@ -68,19 +66,19 @@ std::size_t VORTENArrayProxy::storedElements() const {
 
 std::size_t VORTENArrayProxy::requiredElements() const {
   if (!content_->isReceived) return 0;
-  return message().type() == VORTEN_Array::SPARSE ? requiredValues_ : elementCount(message());
+  return data().type() == VORTEN_Array::SPARSE ? requiredValues_ : elementCount(data());
 }
 
 void VORTENArrayProxy::resize(std::int32_t count) {
-  resizeElementStorage(message(), static_cast<std::uint32_t>(count));
+  resizeElementStorage(data(), static_cast<std::uint32_t>(count));
   storageChanged();
 }
 
-std::size_t VORTENArrayProxy::getElementSize() const { return attributesOf(message()).elementSize; }
+std::size_t VORTENArrayProxy::getElementSize() const { return attributesOf(data()).elementSize; }
 
 // Asking for elements has their part sent from then on, unless it should have arrived.
 DataAccessor VORTENArrayProxy::elements() const {
-  const DataAccessor access = accessData(message(), complex_);
+  const DataAccessor access = accessData(data(), complex_);
   if (!access.isPresent && requiredElements() == 0) content_->showPart();
   return access;
 }

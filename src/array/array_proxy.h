@@ -24,9 +24,9 @@ struct ArrayToSend;
 using Dimensions = std::span<const std::uint64_t>;
 
 // An array behind a handle: shared ownership of its content, and the operations that differ from
-// class to class. This class serves those whose elements lie in the message in the caller's own
-// form; the classes derived from it keep elements of their own, which reach the content by
-// commit(). Any number of threads may call the const functions of one array at once.
+// class to class. This class serves those whose elements lie in the content; the classes derived
+// from it keep elements of their own, which reach the content by commit(). Any number of threads
+// may call the const functions of one array at once.
 class VORTENArrayProxy : public hcyArray {
  public:
   // A new array of zeros. Throws positive overflow when a dimension is over 2147483647.
@@ -58,7 +58,7 @@ class VORTENArrayProxy : public hcyArray {
   virtual ArrayToSend toSend(const SendingOrder& order) const;
 
   const ContentPtr& content() const { return content_; }
-  VORTEN_Array& message() const { return content_->message(); }
+  ArrayData& data() const { return content_->data; }
   bool isComplex() const { return complex_; }
 
   // Whether the index arrays of a sparse array are handed out: those of a reply only if they

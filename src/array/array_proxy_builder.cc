@@ -7,6 +7,7 @@
 #include "array/narrow_array_proxy.h"
 #include "array/struct_cell_array_proxy.h"
 #include "wire/dispatch_on_QXType.h"
+#include "wire/read_array.h"
 
 namespace hcy {
 namespace {
@@ -35,16 +36,18 @@ std::unique_ptr<VORTENArrayProxy> makeProxy(VORTEN_Array::QXType type, Arguments
 }  // namespace
 
 std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::over(const ContentPtr& content) {
-  const VORTEN_Array::QXType type = content->message().type();
+  const VORTEN_Array::QXType type = content->data.type();
   return makeProxy(type, content);
 }
 
 std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::over(ReceivedArray&& array) {
-  const VORTEN_Array::QXType type = array.content->message().type();
+  const VORTEN_Array::QXType type = array.content->data.type();
   return dispatch_on_QXType(type, [&]<class Class>(Class) -> std::unique_ptr<VORTENArrayProxy> {
     using Proxy = typename ProxyOf<Class>::type;
     if constexpr (WidenedClass<Class>) {
-      return std::make_unique<Proxy>(std::move(array.content), std::move(array.narrow));
+      ArrayData& data = array.content->data;
+      NarrowElements elements{std::move(data.real), std::move(data.imaginary)};
+      return std::make_unique<Proxy>(std::move(array.content), std::move(elements));
     } else {
       return std::make_unique<Proxy>(array.content);
     }
@@ -58,10 +61,10 @@ std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::create(VORTEN_Array::QXType
 }
 
 bool readReceived(ReceivedArray& array, Bytes bytes) {
-  array.content = new ArrayContent(bytes.size());
+  array.content = new ArrayContent;
   array.content->isReceived = true;
   array.content->isCommitted = false;
-  return readArray({array.content->message(), array.content->arrays, &array.narrow}, bytes);
+  return readArray(array.content->data, bytes);
 }
 
 }  // namespace hcy

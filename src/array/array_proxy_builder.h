@@ -5,14 +5,14 @@
 #include <memory>
 
 #include "array/array_proxy.h"
-#include "wire/read_array.h"
+#include "wire/bytes.h"
 
 namespace hcy {
 
-// An array of a reply, on its way to a handle.
+// An array of a reply, on its way to a handle, which takes the elements of a 16-bit class out of
+// it.
 struct ReceivedArray {
   ContentPtr content;
-  NarrowElements narrow;  // of a 16-bit class
 };
 
 // Builds the proxy class that serves a class of arrays; throws std::invalid_argument

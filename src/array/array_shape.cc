@@ -10,22 +10,21 @@
 #include "wire/checked_size.h"
 #include "wire/element_count.h"
 
-using hcy::messageOf;
+using hcy::dataOf;
+using hcy::DimensionList;
 using hcy::proxyOf;
 
 namespace {
 
-size_t dimension(const hcyArray* array, int which) {
-  const auto& dimensions = messageOf(array).dimension();
+size_t dimension(const hcyArray* array, size_t which) {
+  const DimensionList& dimensions = dataOf(array).dimensions;
   return which < dimensions.size() ? dimensions[which] : 0;
 }
 
 using Shape = std::vector<std::uint64_t>;
-using DimensionList = google::protobuf::RepeatedField<std::uint64_t>;
 
 void write(const Shape& shape, DimensionList& dimensions) {
-  dimensions.Resize(static_cast<int>(shape.size()), 0);
-  std::ranges::copy(shape, dimensions.begin());
+  dimensions.assign(shape.begin(), shape.end());
 }
 
 // Gives the array storage for its new dimensions. Where memory for that cannot be had, restoreOld()
@@ -33,7 +32,7 @@ void write(const Shape& shape, DimensionList& dimensions) {
 template <class RestoreOld>
 void fitStorage(hcyArray* array, RestoreOld restoreOld) {
   try {
-    proxyOf(array).resize(hcy::checkedSize(hcy::elementCount(messageOf(array))));
+    proxyOf(array).resize(hcy::checkedSize(hcy::elementCount(dataOf(array))));
   } catch (const std::bad_alloc&) {
     restoreOld();
     throw;
@@ -41,15 +40,15 @@ void fitStorage(hcyArray* array, RestoreOld restoreOld) {
 }
 
 void setShape(hcyArray* array, const Shape& shape) {
-  DimensionList& dimensions = *messageOf(array).mutable_dimension();
+  DimensionList& dimensions = dataOf(array).dimensions;
   const Shape old(dimensions.begin(), dimensions.end());
   write(shape, dimensions);
   // Needs no memory: there was room for them.
   fitStorage(array, [&] { write(old, dimensions); });
 }
 
-void setDimension(hcyArray* array, int which, size_t value) {
-  DimensionList& dimensions = *messageOf(array).mutable_dimension();
+void setDimension(hcyArray* array, size_t which, size_t value) {
+  DimensionList& dimensions = dataOf(array).dimensions;
   if (which >= dimensions.size()) return;
   const std::uint64_t old = dimensions[which];
   dimensions[which] = value;
@@ -62,12 +61,10 @@ size_t hcyGetM(const hcyArray* array) { return dimension(array, 0); }
 
 size_t hcyGetN(const hcyArray* array) { return dimension(array, 1); }
 
-size_t hcyGetNumberOfDimensions(const hcyArray* array) {
-  return static_cast<size_t>(messageOf(array).dimension_size());
-}
+size_t hcyGetNumberOfDimensions(const hcyArray* array) { return dataOf(array).dimensions.size(); }
 
 const size_t* hcyGetDimensions(const hcyArray* array) {
-  const auto& dimensions = messageOf(array).dimension();
+  const DimensionList& dimensions = dataOf(array).dimensions;
   return dimensions.empty() ? nullptr : reinterpret_cast<const size_t*>(dimensions.data());
 }
 

@@ -9,6 +9,7 @@
 #include "array/array_handle.h"
 #include "wire/data_accessor.h"
 #include "wire/dispatch_on_QXType.h"
+#include "wire/element_storage.h"
 
 namespace hcy {
 namespace {
@@ -19,26 +20,18 @@ bool isCommitting(VORTEN_Array::QXType type) {
       type, []<class Class>(Class) { return WidenedClass<Class> || ContainerClass<Class>; });
 }
 
-// Whether an empty part is to be sent that the message does not have.
-bool needsPart(const ArrayContent& content) {
-  return content.isPartShown() && !accessData(content.message(), false).isPresent;
-}
-
 }  // namespace
 
-ArrayToSend ArrayToSend::of(ContentPtr content) {
-  if (!content->arrays) return {std::move(content), nullptr};
-  auto elements = std::make_unique<PackedFields>(content->arrays);
-  return {std::move(content), std::move(elements)};
+bool needsPart(const ArrayContent& content) {
+  return content.isPartShown() && !accessData(content.data, false).isPresent;
 }
 
 SentArray::SentArray(ArrayToSend array) : array_(std::move(array)) {
   if (needsPart(*array_.content)) {
     array_.content = copyOf(*array_.content);
-    VORTEN_Array& message = array_.content->message();
-    dispatch_on_QXType(message.type(), PartPresenter{message});
+    showElements(array_.content->data);
   }
-  written_.emplace(array_.content->message(), array_.elements.get());
+  written_.emplace(array_.content->data, array_.elements.get());
 }
 
 bool SentInputs::Input::operator<(const Input& other) const {
@@ -48,7 +41,7 @@ bool SentInputs::Input::operator<(const Input& other) const {
 SentInputs::SentInputs(std::span<const hcyArray* const> inputs) : inputs_(inputs) {
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     const ContentPtr& content = proxyOf(inputs[i]).content();
-    if (isCommitting(content->message().type())) committing_.push_back({content.get(), i});
+    if (isCommitting(content->data.type())) committing_.push_back({content.get(), i});
   }
   std::ranges::sort(committing_, std::less<>());
 }
@@ -76,9 +69,7 @@ std::optional<ArrayToSend> SendingOrder::elementToSend(const ArrayContent& conte
       return inputs_->inTurn(last->turn);
     }
   }
-  if (!content.arrays && !needsPart(content)) return std::nullopt;
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): only its count of owners changes
-  return ArrayToSend::of(ContentPtr(const_cast<ArrayContent*>(&content)));
+  return std::nullopt;
 }
 
 }  // namespace hcy

@@ -22,9 +22,10 @@ class VORTENArrayProxy;
 struct ArrayToSend {
   ContentPtr content;
   std::unique_ptr<ElementFields> elements;  // those that are not in the content; null for none
-
-  static ArrayToSend of(ContentPtr content);
 };
+
+// Whether an empty part is to be sent that the array does not have.
+bool needsPart(const ArrayContent& content);
 
 // Its bytes.
 class SentArray {
@@ -71,7 +72,7 @@ class SendingOrder {
   SendingOrder() = default;
   SendingOrder(const SentInputs& inputs, std::size_t turn) : inputs_(&inputs), turn_(turn) {}
 
-  // An element of a container as it is at this place; nothing if it is as its message has it.
+  // An element of a container that is an input too, as it is at this place; nothing for another.
   std::optional<ArrayToSend> elementToSend(const ArrayContent& content) const;
 
  private:

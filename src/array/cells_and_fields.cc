@@ -14,7 +14,7 @@
 #include "wire/dispatch_on_QXType.h"
 #include "wire/element_count.h"
 
-using hcy::messageOf;
+using hcy::dataOf;
 using hcy::proxyOf;
 
 namespace {
@@ -22,11 +22,15 @@ namespace {
 using CellProxy = hcy::VORTENStructCellArrayProxy<hcy::CELL_class>;
 using StructProxy = hcy::VORTENStructCellArrayProxy<hcy::STRUCT_class>;
 
-// The proxy of an array whose class has been tested: the type of a message decides its proxy's
+// The proxy of an array whose class has been tested: the type of an array decides its proxy's
 // class, and never changes.
 CellProxy& cellProxy(const hcyArray* array) { return static_cast<CellProxy&>(proxyOf(array)); }
 StructProxy& structProxy(const hcyArray* array) {
   return static_cast<StructProxy&>(proxyOf(array));
+}
+
+const hcy::FieldIndex::Names& namesOf(const hcyArray* array) {
+  return dataOf(array).container().fieldNames;
 }
 
 bool hasElement(const hcyArray* array, size_t index) {
@@ -47,7 +51,7 @@ std::optional<size_t> slotOfField(const hcyArray* array, size_t index, const cha
 
 // A new handle over an element; null where there is none, or none that the library serves.
 hcyArray* handleOver(const hcy::ContentPtr& element) {
-  if (!element || !hcy::isServedQXType(element->message().type())) return nullptr;
+  if (!element || !hcy::isServedQXType(element->data.type())) return nullptr;
   return hcy::ArrayProxyBuilder::over(element).release();
 }
 
@@ -64,16 +68,16 @@ void hcySetCell(hcyArray* array, size_t index, hcyArray* value) {
 }
 
 int hcyGetNumberOfFields(const hcyArray* array) {
-  return hcyIsStruct(array) ? messageOf(array).struct_().field_names_size() : 0;
+  return hcyIsStruct(array) ? namesOf(array).size() : 0;
 }
 
 const char* hcyGetFieldNameByNumber(const hcyArray* array, int n) {
-  return hasField(array, n) ? messageOf(array).struct_().field_names(n).c_str() : nullptr;
+  return hasField(array, n) ? namesOf(array)[n].c_str() : nullptr;
 }
 
 int hcyGetFieldNumber(const hcyArray* array, const char* name) {
   if (!hcyIsStruct(array) || name == nullptr) return -1;
-  return proxyOf(array).content()->fields().find(messageOf(array).struct_(), name);
+  return proxyOf(array).content()->fields().find(namesOf(array), name);
 }
 
 hcyArray* hcyGetField(const hcyArray* array, size_t index, const char* name) {
@@ -97,8 +101,7 @@ void hcySetFieldByNumber(hcyArray* array, size_t index, int n, hcyArray* value) 
 int hcyAddField(hcyArray* array, const char* name) {
   if (!hcyIsStruct(array) || name == nullptr) return -1;
   try {
-    const int existing =
-        proxyOf(array).content()->fields().findBeforeChange(messageOf(array).struct_(), name);
+    const int existing = proxyOf(array).content()->fields().findBeforeChange(namesOf(array), name);
     if (existing >= 0) return existing;
     return structProxy(array).addField(name) ? hcyGetNumberOfFields(array) - 1 : -1;
   } catch (const std::exception&) {

@@ -2,11 +2,12 @@
 
 #pragma once
 
+#include <google/protobuf/repeated_ptr_field.h>
+
 #include <atomic>
+#include <string>
 #include <string_view>
 #include <unordered_map>
-
-#include "wire/array_class_traits.h"
 
 namespace hcy {
 
@@ -14,18 +15,20 @@ namespace hcy {
 // whichever thread needs it, and only for a struct of many fields.
 class FieldIndex {
  public:
+  using Names = google::protobuf::RepeatedPtrField<std::string>;
+
   FieldIndex() = default;
   FieldIndex(const FieldIndex&) = delete;
   FieldIndex& operator=(const FieldIndex&) = delete;
   ~FieldIndex() { reset(); }
 
   // The number of the first field of that name; -1 if there is none.
-  int find(const VORTEN_Array::Struct& names, std::string_view name) const {
-    return find(names, name, names.field_names_size() > kFewFields ? numbersOf(names) : nullptr);
+  int find(const Names& names, std::string_view name) const {
+    return find(names, name, names.size() > kFewFields ? numbersOf(names) : nullptr);
   }
 
   // The same for a name that is about to be added, which is not worth an index.
-  int findBeforeChange(const VORTEN_Array::Struct& names, std::string_view name) const {
+  int findBeforeChange(const Names& names, std::string_view name) const {
     return find(names, name, numbers_.load(std::memory_order_acquire));
   }
 
@@ -38,8 +41,8 @@ class FieldIndex {
   // Up to here, comparing the names is as fast.
   static constexpr int kFewFields = 16;
 
-  static int find(const VORTEN_Array::Struct& names, std::string_view name, const Numbers* numbers);
-  const Numbers* numbersOf(const VORTEN_Array::Struct& names) const;
+  static int find(const Names& names, std::string_view name, const Numbers* numbers);
+  const Numbers* numbersOf(const Names& names) const;
 
   mutable std::atomic<const Numbers*> numbers_ = nullptr;
 };

@@ -4,16 +4,20 @@
 
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 #include "array/array_proxy.h"
 #include "array/array_to_send.h"
-#include "wire/read_array.h"
 
 namespace hcy {
 
-// An int16, uint16 or char array. Its elements travel as 32-bit values; the caller works on buffers
-// of the true width, an imaginary one only if the array is complex.
+// The elements of an array of a 16-bit class, an imaginary part only if it is complex.
+struct NarrowElements {
+  ElementBuffer real;
+  ElementBuffer imaginary;
+};
+
+// An int16, uint16 or char array. The caller works on elements of the handle's own, which reach the
+// content by commit().
 template <WidenedClass Class>
 class NarrowArrayProxy : public VORTENArrayProxy {
  public:
@@ -30,7 +34,8 @@ class NarrowArrayProxy : public VORTENArrayProxy {
   ArrayToSend toSend(const SendingOrder& order) const override;
 
   std::u16string_view codeUnits() const requires(Class::type == VORTEN_Array::CHAR) {
-    return {reinterpret_cast<const char16_t*>(elements_.real.data()), elements_.real.size()};
+    const auto units = elements_.real.as<char16_t>();
+    return {units.data(), units.size()};
   }
 
  protected:
@@ -39,7 +44,7 @@ class NarrowArrayProxy : public VORTENArrayProxy {
  private:
   using Element = typename Class::Element;
 
-  void* handedOut(const std::vector<std::uint16_t>& buffer) const;
+  void* handedOut(const ElementBuffer& buffer) const;
 
   NarrowElements elements_;
 };

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "array/array_content.h"
 #include "wire/checked_size.h"
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
@@ -15,8 +16,20 @@ namespace {
 
 // What is sent for an element that was never set.
 const std::string& emptyDoubleBytes() {
-  static const std::string bytes = emptyDouble()->message().SerializeAsString();
+  static const std::string bytes = [] {
+    const ContentPtr content = emptyDouble();
+    const WrittenArray written(content->data);
+    std::string text(written.size(), '\0');
+    written.write(reinterpret_cast<std::uint8_t*>(text.data()));
+    return text;
+  }();
   return bytes;
+}
+
+// Whether sizing the array costs next to nothing.
+bool isSmall(const ArrayContent& content) {
+  constexpr std::size_t most = 1024;
+  return content.data.rest() == nullptr && content.data.real.size() <= most && !needsPart(content);
 }
 
 }  // namespace
@@ -48,13 +61,13 @@ SlotFields::SlotFields(const SlotTable& slots, int number, const SendingOrder& o
 SlotFields::Element SlotFields::elementOf(const ArrayContent& content,
                                           const SendingOrder& order) const {
   Element element{&content, 0, nullptr};
-  if (auto other = order.elementToSend(content)) {
-    element.other = std::make_unique<SentArray>(std::move(*other));
-    element.size = element.other->size();
-  } else {
-    element.size = content.message().ByteSizeLong();
-    checkedSize(element.size);
+  auto other = order.elementToSend(content);
+  if (!other && !isSmall(content)) {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): only its count of owners changes
+    other = ArrayToSend{ContentPtr(const_cast<ArrayContent*>(&content)), nullptr};
   }
+  if (other) element.other = std::make_unique<SentArray>(std::move(*other));
+  element.size = other ? element.other->size() : WrittenArray(content.data).size();
   return element;
 }
 
@@ -75,7 +88,7 @@ std::uint8_t* SlotFields::write(std::uint8_t* out) const {
 
 std::uint8_t* SlotFields::writeElement(const Element& element, std::uint8_t* out) const {
   if (element.other) return element.other->write(out);
-  if (element.content) return element.content->message().SerializeWithCachedSizesToArray(out);
+  if (element.content) return WrittenArray(element.content->data).write(out);
   const std::string& bytes = emptyDoubleBytes();
   return std::copy(bytes.begin(), bytes.end(), out);
 }

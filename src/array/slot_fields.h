@@ -25,7 +25,8 @@ class SlotFields : public ElementFields {
   struct Element {
     const ArrayContent* content = nullptr;  // null for one that is packed or was never set
     std::size_t size = 0;
-    std::unique_ptr<SentArray> other;  // what is sent instead of the content's message alone
+    // What takes the place of the content, or takes long to size twice.
+    std::unique_ptr<SentArray> other;
   };
 
   Element elementOf(const ArrayContent& content, const SendingOrder& order) const;

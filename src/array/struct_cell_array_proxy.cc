@@ -30,8 +30,8 @@ VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(VORTEN_Array::QXTy
 template <ContainerClass Class>
 VORTENStructCellArrayProxy<Class>::VORTENStructCellArrayProxy(const ContentPtr& shared)
     : VORTENArrayProxy(shared),
-      slots_(content()->arrays),
-      elementsWithoutFields_(elementCount(message())),
+      slots_(data().container().arrays),
+      elementsWithoutFields_(elementCount(data())),
       areClaimed_(content()->isReceived) {}
 
 template <ContainerClass Class>
@@ -46,8 +46,8 @@ void VORTENStructCellArrayProxy<Class>::resize(std::int32_t count) {
 template <ContainerClass Class>
 void VORTENStructCellArrayProxy<Class>::commitTo(ArrayContent& content) const {
   auto arrays = packed(slots_, Class::Message::kElementsFieldNumber);
-  Class::write(content.message());
-  content.arrays = std::move(arrays);
+  content.data.writeContainer().arrays = std::move(arrays);
+  content.data.showPart();
 }
 
 template <ContainerClass Class>
@@ -59,7 +59,7 @@ ArrayToSend VORTENStructCellArrayProxy<Class>::toSend(const SendingOrder& order)
 template <ContainerClass Class>
 std::unique_ptr<VORTENArrayProxy> VORTENStructCellArrayProxy<Class>::copied() const {
   const ContentPtr copy = copyOf(*content());
-  Class::write(copy->message());
+  copy->data.showPart();
   auto array = std::make_unique<VORTENStructCellArrayProxy>(copy);
   array->slots_.copyFrom(slots_);
   array->elementsWithoutFields_ = elementsWithoutFields_;
@@ -78,7 +78,7 @@ void VORTENStructCellArrayProxy<Class>::setSlot(std::size_t index, VORTENArrayPr
 template <ContainerClass Class>
 std::size_t VORTENStructCellArrayProxy<Class>::numberOfFields() const {
   if constexpr (Class::type == VORTEN_Array::STRUCT) {
-    return static_cast<std::size_t>(Class::read(message()).field_names_size());
+    return static_cast<std::size_t>(data().container().fieldNames.size());
   } else {
     return 1;
   }
@@ -107,10 +107,11 @@ bool VORTENStructCellArrayProxy<Class>::addField(std::string&& name) requires(
     const std::size_t element = i / slotsPerElement;
     regrouped.set(element * (fields + 1) + i % slotsPerElement, slots_.at(i));
   }
-  auto& names = *STRUCT_class::write(message()).mutable_field_names();
+  auto& names = data().writeContainer().fieldNames;
   names.Reserve(names.size() + 1);
   content()->fields().reset();
   *names.Add() = std::move(name);
+  data().showPart();
   slots_ = std::move(regrouped);
   return true;
 }
@@ -128,7 +129,7 @@ void VORTENStructCellArrayProxy<Class>::removeField(std::size_t field) requires(
     ++kept;
   }
   content()->fields().reset();
-  STRUCT_class::write(message()).mutable_field_names()->DeleteSubrange(static_cast<int>(field), 1);
+  data().writeContainer().fieldNames.DeleteSubrange(static_cast<int>(field), 1);
   elementsWithoutFields_ = elements;
   areClaimed_ = false;
   slots_ = std::move(regrouped);

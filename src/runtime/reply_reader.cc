@@ -8,7 +8,7 @@
 #include <algorithm>
 
 #include "hcy.client.VORTENResult.pb.h"
-#include "wire/read_array.h"
+#include "wire/read_message.h"
 
 namespace hcy {
 namespace {

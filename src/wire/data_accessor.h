@@ -3,19 +3,24 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <span>
+#include <type_traits>
 
+#include "wire/array_data.h"
 #include "wire/dispatch_on_QXType.h"
-#include "wire/sparse_values.h"
 
 namespace hcy {
 
-// Where the elements of an array lie in its message; a visitor for dispatch_on_QXType. The
-// pointers stay valid until the array's storage changes, and the elements behind them may be
-// written; the message itself is only read. Char, struct and cell arrays are left alone: their
-// proxies keep the elements.
+template <class List>
+auto spanOf(const List& list) {
+  return std::span(list.data(), static_cast<std::size_t>(list.size()));
+}
+
+// Where the elements of an array lie; a visitor for dispatch_on_QXType. The pointers stay valid
+// until the array's storage changes, and the elements behind them may be written; the array itself
+// is only read. Char, struct and cell arrays are left alone: their proxies keep the elements.
 struct DataAccessor {
-  const VORTEN_Array& array;
+  const ArrayData& array;
   bool complex = false;  // whether the imaginary part of a full array is wanted
 
   void* realData = nullptr;   // null when there are no elements
@@ -23,19 +28,20 @@ struct DataAccessor {
   double scalar = 0.0;        // the first real element
   std::size_t realCount = 0;  // how many elements lie behind realData
   std::size_t imagCount = 0;  // the same for imagData
-  bool isPresent = true;      // whether the message has the part that holds them
+  bool isPresent = true;      // whether the part that holds them is there
 
-  template <ByteClass Class>
+  template <class Class>
   void operator()(Class) {
-    const auto& message = Class::read(array);
-    isPresent = message.has_elements();
-    accessBytes(message);
-  }
-
-  template <RepeatedClass Class>
-  void operator()(Class) {
-    isPresent = Class::isPresent(array);
-    accessRepeated(Class::read(array), complex);
+    using Element = typename Class::Element;
+    const auto elements = array.real.as<Element>();
+    // Both byte classes read the first element as a signed byte: 200 is -56.
+    using Scalar = std::conditional_t<ByteClass<Class>, signed char, Element>;
+    scalar = elements.empty() ? 0.0 : static_cast<double>(static_cast<Scalar>(elements[0]));
+    isPresent = ByteClass<Class> ? array.hasReal() : array.hasPart();
+    access(elements, realData, realCount);
+    if constexpr (NumericClass<Class>) {
+      if (complex) access(array.imaginary.as<Element>(), imagData, imagCount);
+    }
   }
 
   void operator()(CHAR_class) {}
@@ -46,75 +52,39 @@ struct DataAccessor {
   void operator()(SPARSE_class) {
     const VORTEN_Array::Sparse& sparse = array.sparse();
     if (sparse.type() == VORTEN_Array::Sparse::DOUBLE) {
-      // A sparse array hands out the imaginary parts that it has, wanted or not.
       const VORTEN_Array::Double& values = sparse.qxsparsedouble();
       isPresent = sparse.has_qxsparsedouble();
-      accessRepeated(values, !values.imag_elements().empty());
+      accessValues(values.elements());
+      // A sparse array hands out the imaginary parts that it has, wanted or not.
+      const auto& imaginary = values.imag_elements();
+      if (!imaginary.empty()) access(spanOf(imaginary), imagData, imagCount);
     } else {
       isPresent = sparse.has_logical();
-      accessRepeated(sparse.logical(), false);
+      accessValues(sparse.logical().elements());
     }
   }
 
  private:
-  // The caller may write what it gets.
   template <class List>
-  static void* firstOf(const List& elements) {
-    using Element = std::remove_const_t<std::remove_pointer_t<decltype(elements.data())>>;
+  void accessValues(const List& values) {
+    scalar = values.empty() ? 0.0 : static_cast<double>(values[0]);
+    access(spanOf(values), realData, realCount);
+  }
+
+  // The caller may write what it gets.
+  template <class Element>
+  static void access(std::span<const Element> elements, void*& data, std::size_t& count) {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
-    return elements.empty() ? nullptr : const_cast<Element*>(elements.data());
-  }
-
-  template <class Message>
-  void accessBytes(const Message& message) {
-    const std::string& elements = message.elements();
-    // Both byte classes read the first element as a signed byte: 200 is -56.
-    scalar = elements.empty() ? 0.0 : static_cast<double>(static_cast<signed char>(elements[0]));
-    realData = firstOf(elements);
-    realCount = elements.size();
-    if (!complex) return;
-    imagData = firstOf(message.imag_elements());
-    imagCount = message.imag_elements().size();
-  }
-
-  template <class Message>
-  void accessRepeated(const Message& message, [[maybe_unused]] bool imaginaryWanted) {
-    const auto& elements = message.elements();
-    scalar = elements.empty() ? 0.0 : static_cast<double>(elements[0]);
-    realData = firstOf(elements);
-    realCount = static_cast<std::size_t>(elements.size());
-    if constexpr (requires { message.imag_elements(); }) {
-      if (!imaginaryWanted) return;
-      imagData = firstOf(message.imag_elements());
-      imagCount = static_cast<std::size_t>(message.imag_elements().size());
-    }
+    data = elements.empty() ? nullptr : const_cast<Element*>(elements.data());
+    count = elements.size();
   }
 };
 
 // Runs the accessor on the array's type.
-inline DataAccessor accessData(const VORTEN_Array& array, bool complex) {
+inline DataAccessor accessData(const ArrayData& array, bool complex) {
   DataAccessor accessor{array, complex};
   dispatch_on_QXType(array.type(), accessor);
   return accessor;
 }
-
-// Makes the part present that holds the elements, empty if there are none.
-struct PartPresenter {
-  VORTEN_Array& array;
-
-  template <class Class>
-  void operator()(Class) {
-    auto& message = Class::write(array);
-    if constexpr (ByteClass<Class>) message.mutable_elements();
-  }
-  void operator()(SPARSE_class) {
-    VORTEN_Array::Sparse& sparse = SPARSE_class::write(array);
-    if (sparse.type() == VORTEN_Array::Sparse::DOUBLE) {
-      sparseDoubles(sparse);
-    } else {
-      sparseLogicals(sparse);
-    }
-  }
-};
 
 }  // namespace hcy

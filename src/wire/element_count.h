@@ -6,8 +6,6 @@
 #include <limits>
 #include <span>
 
-#include "hcy.client.VORTENArray.pb.h"
-
 namespace hcy {
 
 // The product, or the largest value where it does not fit: a product that wrapped would make a
@@ -23,11 +21,6 @@ inline std::uint64_t elementCount(std::span<const std::uint64_t> dimensions) {
   std::uint64_t product = 1;
   for (const std::uint64_t dimension : dimensions) product = saturatingProduct(product, dimension);
   return product;
-}
-
-inline std::uint64_t elementCount(const client::VORTEN_Array& array) {
-  return elementCount(
-      std::span(array.dimension().data(), static_cast<std::size_t>(array.dimension_size())));
 }
 
 }  // namespace hcy

@@ -2,87 +2,87 @@
 
 #include "wire/element_storage.h"
 
-#include <string>
+#include <utility>
 
 #include "wire/checked_size.h"
+#include "wire/sparse_values.h"
 
 namespace hcy {
 namespace {
 
-void resize(std::string& bytes, std::uint64_t count) { bytes.resize(count, '\0'); }
-
-template <class Element>
-void resize(google::protobuf::RepeatedField<Element>& elements, std::uint64_t count) {
-  elements.Resize(checkedSize(count), Element{});
+template <class Class>
+std::size_t storageSize(std::uint64_t count) {
+  return static_cast<std::size_t>(checkedSize(count)) * sizeof(typename Class::Element);
 }
 
-void resize(google::protobuf::RepeatedPtrField<VORTEN_Array>& elements, std::uint64_t count) {
-  const int size = checkedSize(count);
-  if (elements.size() > size) elements.DeleteSubrange(size, elements.size() - size);
-  while (elements.size() < size) makeEmptyDouble(*elements.Add());
-}
-
-void reserve(std::string& bytes, std::uint64_t count) { bytes.reserve(count); }
-
-template <class Repeated>
-void reserve(Repeated& elements, std::uint64_t count) {
-  elements.Reserve(checkedSize(count));
-}
-
-template <class Message>
-void sizeNew(Message& message, std::uint64_t count, bool complex) {
-  resize(*message.mutable_elements(), count);
-  if constexpr (requires { message.mutable_imag_elements(); }) {
-    if (complex) resize(*message.mutable_imag_elements(), count);
-  }
-}
-
-// Room for both parts is had before either changes: they stay of one length whatever fails.
-template <class Message>
-void resizeParts(Message& message, std::uint64_t count) {
-  reserve(*message.mutable_elements(), count);
-  if constexpr (requires { message.mutable_imag_elements(); }) {
-    if (!message.imag_elements().empty()) {
-      reserve(*message.mutable_imag_elements(), count);
-      resize(*message.mutable_imag_elements(), count);
-    }
-  }
-  resize(*message.mutable_elements(), count);
+template <class Class>
+void show(ArrayData& array) {
+  array.showPart();
+  if constexpr (ByteClass<Class>) array.showReal();
 }
 
 }  // namespace
 
 template <class Class>
 void InitialStorageSizer::operator()(Class) {
-  sizeNew(Class::write(array), count, complex);
+  const std::size_t size = storageSize<Class>(count);
+  const bool hasImaginary = complex && NumericClass<Class>;
+  ElementBuffer real;
+  ElementBuffer imaginary;
+  real.resize(size);
+  if (hasImaginary) imaginary.resize(size);
+  array.real = std::move(real);
+  array.imaginary = std::move(imaginary);
+  show<Class>(array);
+  if (hasImaginary) array.showImaginary();
 }
 
+// Room for both parts is had before either changes: they stay of one length whatever fails.
 template <class Class>
 void ElementStorageResizer::operator()(Class) {
-  NewPart<Class> part(array);
-  resizeParts(*part, count);
-  part.keep();
+  const std::size_t size = storageSize<Class>(count);
+  const bool hasImaginary = NumericClass<Class> && !array.imaginary.empty();
+  array.real.reserve(size);
+  if (hasImaginary) {
+    array.imaginary.reserve(size);
+    array.imaginary.resize(size);
+  }
+  array.real.resize(size);
+  array.clearWide();
+  show<Class>(array);
 }
 
 void ElementStorageResizer::operator()(SPARSE_class) {
-  const std::uint64_t columns = array.dimension_size() > 1 ? array.dimension(1) : 0;
-  NewPart<SPARSE_class> part(array);
-  resize(*part->mutable_jc(), columns == UINT64_MAX ? columns : columns + 1);
+  const std::uint64_t columns = array.dimensions.size() > 1 ? array.dimensions[1] : 0;
+  const int starts = checkedSize(columns == UINT64_MAX ? columns : columns + 1);
+  SparsePart part(array);
+  part->mutable_jc()->Resize(starts, 0);
   part.keep();
 }
 
-void sizeInitialStorage(VORTEN_Array& array, std::uint64_t count, bool complex) {
+void sizeInitialStorage(ArrayData& array, std::uint64_t count, bool complex) {
   dispatch_on_QXType(array.type(), InitialStorageSizer{array, count, complex});
 }
 
-void resizeElementStorage(VORTEN_Array& array, std::uint32_t count) {
+void resizeElementStorage(ArrayData& array, std::uint32_t count) {
   dispatch_on_QXType(array.type(), ElementStorageResizer{array, count});
 }
 
-void makeEmptyDouble(VORTEN_Array& array) {
-  array.Clear();
-  array.set_type(VORTEN_Array::DOUBLE);
-  array.mutable_dimension()->Resize(2, 0);
+void showElements(ArrayData& array) {
+  dispatch_on_QXType(array.type(), [&array]<class Class>(Class) {
+    if constexpr (!SparseClass<Class>) {
+      show<Class>(array);
+    } else if (array.sparse().type() == VORTEN_Array::Sparse::DOUBLE) {
+      sparseDoubles(array.writeSparse());
+    } else {
+      sparseLogicals(array.writeSparse());
+    }
+  });
+}
+
+void makeEmptyDouble(ArrayData& array) {
+  array.setType(VORTEN_Array::DOUBLE);
+  array.dimensions.assign(2, 0);
 }
 
 }  // namespace hcy

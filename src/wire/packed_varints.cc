@@ -81,7 +81,7 @@ Element* readBlocks(const std::uint8_t*& position, const std::uint8_t* end, Elem
         return elements;
       }
       if constexpr (sizeof(Element) == 2) {
-        *elements++ = lowBitsOf(position, length);
+        *elements++ = static_cast<Element>(lowBitsOf(position, length));
       } else {
         *elements++ = elementOf<Element>(valueOf(position, length));
       }
@@ -105,39 +105,57 @@ bool readAll(Bytes packed, Element*& elements) {
   return position != nullptr;
 }
 
-// In 32 bits, which hold the number of any body's bytes and are quick to add up.
-std::size_t countVarints(Bytes packed) {
-  std::uint32_t count = 0;
-  for (const std::uint8_t byte : packed) count += byte < 0x80;
-  return count;
-}
-
 template <class Element>
 std::size_t varintSizeOf(Element element) {
-  if constexpr (std::is_signed_v<Element>) {
-    if (element < 0) return kLongest;
+  if constexpr (sizeof(Element) == 8) {
+    return varintSize(static_cast<std::uint64_t>(element));
+  } else {
+    if constexpr (std::is_signed_v<Element>) {
+      if (element < 0) return kLongest;
+    }
+    const auto value = static_cast<std::uint16_t>(element);
+    return 1U + (value >= 0x80) + (value >= 0x4000);
   }
-  const auto value = static_cast<std::uint16_t>(element);
-  return 1U + (value >= 0x80) + (value >= 0x4000);
+}
+
+// The highest bit of each of the first bytes.
+constexpr std::uint64_t continued(std::size_t count) {
+  return count >= 8 ? 0x8080808080808080U
+                    : 0x8080808080808080U & ((std::uint64_t{1} << 8 * count) - 1);
+}
+
+// Groups of seven bits, each in a byte.
+constexpr std::uint64_t spread(std::uint64_t bits) {
+  bits = (bits & 0x000000000FFFFFFFU) | (bits & 0x00FFFFFFF0000000U) << 4;
+  bits = (bits & 0x00003FFF00003FFFU) | (bits & 0x0FFFC0000FFFC000U) << 2;
+  return (bits & 0x007F007F007F007FU) | (bits & 0x3F803F803F803F80U) << 1;
 }
 
 // Writes an element where there is room for ten bytes. The numbers follow one another at random, so
 // there is no branch for each length.
 template <class Element>
 std::uint8_t* writeIntoTen(Element element, std::uint8_t* out) {
-  static constexpr std::uint64_t continued[] = {0, 0, 0x80, 0x8080};
+  if constexpr (sizeof(Element) == 8) {
+    const auto value = static_cast<std::uint64_t>(element);
+    const std::size_t length = varintSize(value);
+    storeLittleEndian(spread(value) | continued(length - 1), out);
+    out[8] = static_cast<std::uint8_t>((value >> 56 & 0x7F) | (value >> 63) << 7);
+    out[9] = 1;
+    return out + length;
+  }
+  static constexpr std::uint64_t continuedBits[] = {0, 0, 0x80, 0x8080};
   const auto value = static_cast<std::uint64_t>(static_cast<std::uint16_t>(element));
   const std::size_t length = 1U + (value >= 0x80) + (value >= 0x4000);
   std::uint64_t bytes = (value & 0x7F) | (value & 0x3F80) << 1 | (value & 0xC000) << 2;
   if constexpr (std::is_signed_v<Element>) {
     // Sign-extended to 64 bits: seven bytes and the rest of the third are constant.
     const std::uint64_t negative = -(value >> 15);
-    storeLittleEndian(bytes | continued[length] | (negative & 0xFFFFFFFFFFFC8080U), out);
+    storeLittleEndian(bytes | continuedBits[length] | (negative & 0xFFFFFFFFFFFC8080U), out);
     out[8] = 0xFF;
     out[9] = 0x01;
     return out + length + (negative & (kLongest - 3));
   } else {
-    storeLittleEndian(bytes | continued[length], out);
+    storeLittleEndian(bytes | continuedBits[length], out);
     return out + length;
   }
 }
@@ -145,8 +163,9 @@ std::uint8_t* writeIntoTen(Element element, std::uint8_t* out) {
 // Writes elements where there is room for ten bytes behind them.
 template <class Element, std::size_t size>
 std::uint8_t* writeGroup(std::span<const Element, size> elements, std::uint8_t* out) {
-  std::uint16_t bits = 0;
-  for (const Element element : elements) bits |= static_cast<std::uint16_t>(element);
+  std::make_unsigned_t<Element> bits = 0;
+  for (const Element element : elements)
+    bits |= static_cast<std::make_unsigned_t<Element>>(element);
   if (bits < 0x80) {
     const auto byteOf = [](Element element) { return static_cast<std::uint8_t>(element); };
     return std::ranges::transform(elements, out, byteOf).out;
@@ -156,6 +175,13 @@ std::uint8_t* writeGroup(std::span<const Element, size> elements, std::uint8_t* 
 }
 
 }  // namespace
+
+// In 32 bits, which hold the number of any body's bytes and are quick to add up.
+std::size_t countVarints(Bytes packed) {
+  std::uint32_t count = 0;
+  for (const std::uint8_t byte : packed) count += byte < 0x80;
+  return count;
+}
 
 template <class Element>
 bool readPacked(Bytes packed, RepeatedField<Element>& list) {
@@ -170,13 +196,13 @@ bool readPacked(Bytes packed, RepeatedField<Element>& list) {
 }
 
 template <class Element>
-bool readPacked(Bytes packed, std::vector<Element>& list) {
-  const std::size_t count = countVarints(packed);
-  const std::size_t size = list.size();
-  list.resize(size + count);
-  Element* elements = list.data() + size;
+bool readPacked(Bytes packed, ElementBuffer& buffer) {
+  const std::size_t size = buffer.size();
+  auto* const begin =
+      reinterpret_cast<Element*>(buffer.extend(countVarints(packed) * sizeof(Element)));
+  Element* elements = begin;
   const bool isWhole = readAll(packed, elements);
-  list.resize(static_cast<std::size_t>(elements - list.data()));
+  buffer.truncate(size + static_cast<std::size_t>(elements - begin) * sizeof(Element));
   return isWhole;
 }
 
@@ -206,12 +232,21 @@ template bool readPacked(Bytes, RepeatedField<std::int32_t>&);
 template bool readPacked(Bytes, RepeatedField<std::uint64_t>&);
 template bool readPacked(Bytes, RepeatedField<std::int64_t>&);
 template bool readPacked(Bytes, RepeatedField<bool>&);
-template bool readPacked(Bytes, std::vector<std::uint16_t>&);
+template bool readPacked<std::uint16_t>(Bytes, ElementBuffer&);
+template bool readPacked<std::int16_t>(Bytes, ElementBuffer&);
+template bool readPacked<char16_t>(Bytes, ElementBuffer&);
+template bool readPacked<std::uint64_t>(Bytes, ElementBuffer&);
+template bool readPacked<std::int64_t>(Bytes, ElementBuffer&);
+template bool readPacked<bool>(Bytes, ElementBuffer&);
 template std::size_t packedSize(std::span<const std::uint16_t>);
 template std::size_t packedSize(std::span<const std::int16_t>);
 template std::size_t packedSize(std::span<const char16_t>);
+template std::size_t packedSize(std::span<const std::uint64_t>);
+template std::size_t packedSize(std::span<const std::int64_t>);
 template std::uint8_t* writePacked(std::span<const std::uint16_t>, std::uint8_t*);
 template std::uint8_t* writePacked(std::span<const std::int16_t>, std::uint8_t*);
 template std::uint8_t* writePacked(std::span<const char16_t>, std::uint8_t*);
+template std::uint8_t* writePacked(std::span<const std::uint64_t>, std::uint8_t*);
+template std::uint8_t* writePacked(std::span<const std::int64_t>, std::uint8_t*);
 
 }  // namespace hcy

@@ -10,18 +10,21 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
+#include "memory/element_buffer.h"
 #include "wire/bytes.h"
 
 namespace hcy {
+
+// How many varints end in the bytes.
+std::size_t countVarints(Bytes packed);
 
 // Appends packed varints, each converted to an element. False if they are broken or cut: then those
 // before are there.
 template <class Element>
 bool readPacked(Bytes packed, google::protobuf::RepeatedField<Element>& list);
 template <class Element>
-bool readPacked(Bytes packed, std::vector<Element>& list);
+bool readPacked(Bytes packed, ElementBuffer& buffer);
 
 // How many bytes elements take as packed varints. A negative number takes ten.
 template <class Element>

@@ -2,139 +2,139 @@
 
 #include "wire/read_array.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstring>
+#include <limits>
 #include <optional>
 #include <string>
-#include <utility>
+#include <type_traits>
 
 #include "wire/canonical_array.h"
 #include "wire/dispatch_on_QXType.h"
 #include "wire/packed_arrays_builder.h"
 #include "wire/packed_varints.h"
+#include "wire/read_message.h"
 #include "wire/varint.h"
-#include "wire/wire_fields.h"
-#include "wire/wire_parts.h"
 #include "wire/write_array.h"
 
 namespace hcy {
 namespace {
 
-using google::protobuf::RepeatedField;
-
-// Reads the fields that reader.wants(field) by reader.read(field), and merges the others into the
-// message, in their order. A field that is cut and that nobody wants is left out.
-template <class Message, class Reader>
-bool readFields(Message& message, Bytes bytes, Reader&& reader, int nesting) {
-  std::size_t merged = 0;
-  std::size_t whole = 0;
-  const auto mergeUpTo = [&](std::size_t end) {
-    const Bytes others = bytes.subspan(merged, end - merged);
-    merged = end;
-    return others.empty() || mergePart(message, others, nesting);
-  };
-  const bool isWhole = forEachField(bytes, [&](const WireField& field) {
-    if (!reader.wants(field)) {
-      if (field.isWhole) whole = field.end;
-      return true;
-    }
-    const bool areOthersRead = mergeUpTo(field.begin);
-    merged = field.end;
-    whole = field.end;
-    return areOthersRead && reader.read(field);
-  });
-  return mergeUpTo(whole) && isWhole;
-}
-
-// The value of a field that is a varint.
-std::uint64_t varintOf(Bytes message, const WireField& field) {
-  const std::uint8_t* position = message.data() + field.begin;
-  const std::uint8_t* const end = message.data() + field.end;
-  readVarint(position, end);  // the tag
-  return readVarint(position, end);
-}
-
-// Elements of fixed width: those that are there whole.
-template <class Element>
-bool readFixed(Bytes packed, RepeatedField<Element>& list) {
-  static_assert(std::endian::native == std::endian::little);
-  const auto count = static_cast<int>(packed.size() / sizeof(Element));
-  list.Reserve(list.size() + count);
-  if (count != 0) {
-    const auto size = static_cast<std::size_t>(count) * sizeof(Element);
-    std::memcpy(list.AddNAlreadyReserved(count), packed.data(), size);
-  }
-  return packed.size() % sizeof(Element) == 0;
-}
-
-// Reads the part of a class into its message.
+// Whether the message library would hold the value as a number of the class's own width.
 template <class Class>
-class PartReader {
+bool isNarrow(std::uint64_t varint) {
+  using Element = typename Class::Element;
+  const auto value = static_cast<WireElement<Class>>(varint);
+  return value >= std::numeric_limits<Element>::min() &&
+         value <= std::numeric_limits<Element>::max();
+}
+
+template <class Class>
+bool areNarrow(Bytes packed) {
+  std::uint8_t all = 0;
+  for (const std::uint8_t byte : packed) all |= byte;
+  if (all < 0x80) return true;
+  const std::uint8_t* position = packed.data();
+  const std::uint8_t* const end = position + packed.size();
+  while (position != nullptr && position != end) {
+    const std::uint64_t varint = readVarint(position, end);
+    if (position != nullptr && !isNarrow<Class>(varint)) return false;
+  }
+  return true;
+}
+
+// Reads the elements of a full class in the caller's own form. Those of a repeated field may be
+// packed or each in a field of its own.
+template <class Class>
+class ElementsReader {
  public:
-  explicit PartReader(typename Class::Message& message) : message_(message) {}
+  explicit ElementsReader(ArrayData& array) : array_(array) {}
 
   static bool wants(const WireField& field) {
-    return field.is(1) || (NumericClass<Class> && field.is(2));
+    return isElement(field, 1) || (NumericClass<Class> && isElement(field, 2));
   }
 
   bool read(const WireField& field) {
-    if constexpr (NumericClass<Class>) {
-      if (field.number() == 2) return add(field.content, *message_.mutable_imag_elements());
+    ElementBuffer& buffer = field.number() == 1 ? array_.real : array_.imaginary;
+    if constexpr (ByteClass<Class>) {
+      field.number() == 1 ? array_.showReal() : array_.showImaginary();
+      buffer.truncate(0);
+      return add(field.content, buffer);
+    } else if constexpr (isVarint<Class>) {
+      if (field.isLengthDelimited()) {
+        if constexpr (WidenedClass<Class>) hasWide_ = hasWide_ || !areNarrow<Class>(field.content);
+        return readPacked<Element>(field.content, buffer);
+      }
+      if constexpr (WidenedClass<Class>) hasWide_ = hasWide_ || !isNarrow<Class>(field.value);
+      const auto element = std::is_same_v<Element, bool> ? static_cast<Element>(field.value != 0)
+                                                         : static_cast<Element>(field.value);
+      std::memcpy(buffer.extend(sizeof element), &element, sizeof element);
+      return true;
+    } else {
+      return add(field.content, buffer);
     }
-    return add(field.content, *message_.mutable_elements());
   }
+
+  bool hasWide() const { return hasWide_; }
 
  private:
-  bool add(Bytes content, std::string& bytes) {
-    bytes.assign(reinterpret_cast<const char*>(content.data()), content.size());
-    return true;
-  }
-  template <class Element>
-  bool add(Bytes content, RepeatedField<Element>& list) {
-    if constexpr (isVarint<Class>) {
-      return readPacked(content, list);
-    } else {
-      return readFixed(content, list);
-    }
+  using Element = typename Class::Element;
+
+  static bool isElement(const WireField& field, int number) {
+    if (field.is(number)) return true;
+    if constexpr (ByteClass<Class>) return false;
+    if constexpr (isVarint<Class>) return field.isVarint(number);
+    return sizeof(Element) == 8 ? field.isFixed64(number) : field.isFixed32(number);
   }
 
-  typename Class::Message& message_;
+  // Elements of fixed width: those that are there whole.
+  static bool add(Bytes content, ElementBuffer& buffer) {
+    static_assert(std::endian::native == std::endian::little);
+    const std::size_t cut = content.size() % sizeof(Element);
+    const std::size_t size = content.size() - cut;
+    if (size != 0) std::memcpy(buffer.extend(size), content.data(), size);
+    return cut == 0;
+  }
+
+  ArrayData& array_;
+  bool hasWide_ = false;
 };
 
-// Reads the elements of a 16-bit class in the caller's own form. They may be packed or each in a
-// field of its own.
+// What reads the elements of a container, and the names of its fields.
 template <class Class>
-class NarrowReader {
+class NamesReader {
  public:
-  NarrowReader(NarrowElements& elements, Bytes part) : elements_(elements), part_(part) {}
+  static constexpr bool isStruct = Class::type == VORTEN_Array::STRUCT;
 
-  static bool wants(const WireField& field) {
-    return PartReader<Class>::wants(field) || field.isVarint(1) ||
-           (NumericClass<Class> && field.isVarint(2));
+  static bool isName(const WireField& field) {
+    return isStruct && field.is(STRUCT_class::Message::kFieldNamesFieldNumber);
   }
-  bool read(const WireField& field) {
-    auto& list = field.number() == 1 ? elements_.real : elements_.imaginary;
-    if (field.isLengthDelimited()) return readPacked(field.content, list);
-    list.push_back(static_cast<std::uint16_t>(varintOf(part_, field)));
+  static bool wants(const WireField& field) {
+    return isName(field) || field.is(Class::Message::kElementsFieldNumber);
+  }
+
+  explicit NamesReader(ArrayData& array) : array_(array) {}
+
+  bool readName(const WireField& field) {
+    if (!field.isWhole) return false;
+    const auto* const name = reinterpret_cast<const char*>(field.content.data());
+    array_.writeContainer().fieldNames.Add()->assign(name, field.content.size());
     return true;
   }
 
  private:
-  NarrowElements& elements_;
-  Bytes part_;
+  ArrayData& array_;
 };
 
 // Collects the elements of a container.
 template <class Class>
-class ArraysReader {
+class ArraysReader : public NamesReader<Class> {
  public:
-  ArraysReader(PackedArraysBuilder& arrays, int nesting) : arrays_(arrays), nesting_(nesting) {}
+  ArraysReader(ArrayData& array, PackedArraysBuilder& arrays, int nesting)
+      : NamesReader<Class>(array), arrays_(arrays), nesting_(nesting) {}
 
-  static bool wants(const WireField& field) {
-    return field.is(Class::Message::kElementsFieldNumber);
-  }
   bool read(const WireField& field) {
+    if (this->isName(field)) return this->readName(field);
     if (!field.isWhole || nesting_ <= 0) return false;
     if (!isCanonical(field.content, nesting_ - 1)) return addOther(field.content);
     arrays_.add(field.content);
@@ -151,12 +151,12 @@ class ArraysReader {
 
 // Finds where the elements of a container that is kept as it is lie.
 template <class Class>
-class ArraysFinder {
+class ArraysFinder : public NamesReader<Class> {
  public:
-  explicit ArraysFinder(Bytes part) : part_(part) {}
+  ArraysFinder(ArrayData& array, Bytes part) : NamesReader<Class>(array), part_(part) {}
 
-  static bool wants(const WireField& field) { return ArraysReader<Class>::wants(field); }
   bool read(const WireField& field) {
+    if (this->isName(field)) return this->readName(field);
     if (end_ == 0) begin_ = field.begin;
     end_ = field.end;
     return true;
@@ -169,48 +169,24 @@ class ArraysFinder {
   std::size_t end_ = 0;
 };
 
-struct SparseReader {
-  using Sparse = VORTEN_Array::Sparse;
-
-  Sparse& sparse;
-  int nesting;
-
-  static bool wants(const WireField& field) {
-    return field.is(Sparse::kIrFieldNumber) || field.is(Sparse::kJcFieldNumber) ||
-           field.is(Sparse::kQxsparsedoubleFieldNumber) || field.is(Sparse::kLogicalFieldNumber) ||
-           field.is(Sparse::kQxsparsesingleFieldNumber);
+bool readDimensions(Bytes packed, DimensionList& dimensions) {
+  const std::uint8_t* position = packed.data();
+  const std::uint8_t* const end = position + packed.size();
+  if (packed.size() > 2) dimensions.reserve(dimensions.size() + countVarints(packed));
+  while (position != end) {
+    const std::uint64_t dimension = readVarint(position, end);
+    if (position == nullptr) return false;
+    dimensions.push_back(dimension);
   }
-
-  bool read(const WireField& field) {
-    const Bytes content = field.content;
-    switch (field.number()) {
-      case Sparse::kIrFieldNumber:
-        return readPacked(content, *sparse.mutable_ir());
-      case Sparse::kJcFieldNumber:
-        return readPacked(content, *sparse.mutable_jc());
-      case Sparse::kQxsparsedoubleFieldNumber:
-        return readValues<DOUBLE_class>(*sparse.mutable_qxsparsedouble(), content);
-      case Sparse::kLogicalFieldNumber:
-        return readValues<LOGICAL_class>(*sparse.mutable_logical(), content);
-      default:
-        return readValues<SINGLE_class>(*sparse.mutable_qxsparsesingle(), content);
-    }
-  }
-
- private:
-  template <class Class>
-  bool readValues(typename Class::Message& values, Bytes content) const {
-    if (nesting <= 0) return false;
-    return readFields(values, content, PartReader<Class>(values), nesting - 1);
-  }
-};
+  return true;
+}
 
 // The class of an array, wherever it stands.
 VORTEN_Array::QXType typeOf(Bytes array) {
   auto type = VORTEN_Array::UINT8;
   forEachField(array, [&](const WireField& field) {
     if (field.isVarint(VORTEN_Array::kTypeFieldNumber))
-      type = static_cast<VORTEN_Array::QXType>(varintOf(array, field));
+      type = static_cast<VORTEN_Array::QXType>(field.value);
     return true;
   });
   return type;
@@ -219,117 +195,154 @@ VORTEN_Array::QXType typeOf(Bytes array) {
 class ArrayReader {
  public:
   // Without a source the bytes may be anything; with one they are canonical, and stay there.
-  ArrayReader(ArrayTarget target, Bytes bytes, int nesting, const PackedArrays* source = nullptr)
-      : target_(target), type_(typeOf(bytes)), bytes_(bytes), nesting_(nesting), source_(source) {}
+  ArrayReader(ArrayData& target, Bytes bytes, bool keepsWide, int nesting,
+              const PackedArrays* source = nullptr)
+      : target_(target),
+        type_(typeOf(bytes)),
+        bytes_(bytes),
+        keepsWide_(keepsWide),
+        nesting_(nesting),
+        source_(source) {}
 
   bool read() {
     bool isWhole = readOnce();
     // Bytes that are broken before the last type are read as what they were until then.
-    if (target_.message.type() != type_) {
-      type_ = target_.message.type();
+    if (target_.type() != type_) {
+      type_ = target_.type();
       clear();
       isWhole = readOnce();
     }
-    if (target_.message.type() != type_) clear();
+    if (target_.type() != type_) clear();
     return isWhole;
   }
 
-  bool wants(const WireField& field) const {
+  static bool wants(const WireField& field) {
     return field.isVarint(VORTEN_Array::kTypeFieldNumber) ||
            field.is(VORTEN_Array::kDimensionFieldNumber) ||
+           field.isVarint(VORTEN_Array::kDimensionFieldNumber) ||
            (field.isLengthDelimited() && field.number() >= kFirstPart &&
             field.number() <= kLastPart);
   }
 
   bool read(const WireField& field) {
     if (field.isVarint(VORTEN_Array::kTypeFieldNumber)) {
-      target_.message.set_type(static_cast<VORTEN_Array::QXType>(varintOf(bytes_, field)));
+      target_.setType(static_cast<VORTEN_Array::QXType>(field.value));
       return true;
     }
     if (field.is(VORTEN_Array::kDimensionFieldNumber)) {
-      return readPacked(field.content, *target_.message.mutable_dimension());
+      return readDimensions(field.content, target_.dimensions);
     }
+    if (field.isVarint(VORTEN_Array::kDimensionFieldNumber)) {
+      target_.dimensions.push_back(field.value);
+      return true;
+    }
+    partsEnd_ = field.end;
     return dispatch_on_QXType(typeOfPart(field.number()), [&]<class Class>(Class) {
-      // Names of fields come and go, which only the heap bears.
-      auto& part =
-          ContainerClass<Class> ? Class::write(target_.message) : Class::present(target_.message);
-      return readPart<Class>(field.content, part);
+      if constexpr (!SparseClass<Class>) {
+        if (type_ == Class::type) return readPart<Class>(field.content);
+      }
+      return readOther<Class>(field.content);
     });
   }
 
  private:
   bool readOnce() {
-    const bool isWhole = readFields(target_.message, bytes_, *this, nesting_);
-    if (arrays_) target_.arrays = arrays_->build(true);
+    const bool isWhole = readFields(bytes_, *this, [this](Bytes others) {
+      return mergePart(target_.writeRest(), others, nesting_);
+    });
+    if (arrays_) target_.writeContainer().arrays = arrays_->build(true);
+    if (hasWide_ && keepsWide_) keepWide();
     return isWhole;
   }
 
   void clear() {
-    target_.message.Clear();
-    target_.arrays.reset();
-    if (target_.narrow != nullptr) *target_.narrow = {};
+    target_ = {};
     arrays_.reset();
+    hasWide_ = false;
   }
 
+  // The part of the array's own class.
   template <class Class>
-  bool readPart(Bytes part, typename Class::Message& message) {
+  bool readPart(Bytes part) {
+    target_.showPart();
+    const auto merge = [&](Bytes others) {
+      return mergePart(Class::present(target_.writeRest()), others, nesting_ - 1);
+    };
+    if constexpr (ContainerClass<Class>) {
+      if (source_ != nullptr) {
+        ArraysFinder<Class> finder(target_, part);
+        readFields(part, finder, merge);
+        target_.writeContainer().arrays = std::make_shared<PackedArrays>(
+            source_->owner(), finder.fields(), source_->isReceived());
+        return true;
+      }
+      // A second part goes on behind the first.
+      if (!arrays_) arrays_.emplace(Class::Message::kElementsFieldNumber, part.size());
+      return readFields(part, ArraysReader<Class>(target_, *arrays_, nesting_ - 1), merge);
+    } else {
+      ElementsReader<Class> reader(target_);
+      const bool isWhole = readFields(part, reader, merge);
+      hasWide_ = hasWide_ || reader.hasWide();
+      return isWhole;
+    }
+  }
+
+  // A part of another class, or of a sparse array.
+  template <class Class>
+  bool readOther(Bytes part) {
+    typename Class::Message& message = Class::present(target_.writeRest());
     if constexpr (SparseClass<Class>) {
-      return readFields(message, part, SparseReader{message, nesting_ - 1}, nesting_ - 1);
+      return SparseReader::readPart(message, part, nesting_ - 1);
     } else if constexpr (ContainerClass<Class>) {
-      if (type_ == Class::type) return readArrays<Class>(part, message);
       return mergePart(message, part, nesting_ - 1);
     } else {
+      return MessageReader<Class>::readPart(message, part, nesting_ - 1);
+    }
+  }
+
+  // Reads the parts of the array's class once more, as the message library holds them.
+  void keepWide() {
+    target_.setWide();
+    dispatch_on_QXType(type_, [this]<class Class>(Class) {
       if constexpr (WidenedClass<Class>) {
-        if (type_ == Class::type && target_.narrow != nullptr) {
-          return readFields(message, part, NarrowReader<Class>(*target_.narrow, part),
-                            nesting_ - 1);
-        }
+        typename Class::Message& message = Class::present(target_.writeRest());
+        message.Clear();
+        forEachField(bytes_.first(partsEnd_), [&](const WireField& field) {
+          return !field.is(partNumber(Class::type)) ||
+                 MessageReader<Class>::readPart(message, field.content, nesting_ - 1);
+        });
       }
-      return readFields(message, part, PartReader<Class>(message), nesting_ - 1);
-    }
+    });
   }
 
-  template <class Class>
-  bool readArrays(Bytes part, typename Class::Message& message) {
-    if (source_ != nullptr) {
-      ArraysFinder<Class> finder(part);
-      readFields(message, part, finder, nesting_ - 1);
-      target_.arrays =
-          std::make_shared<PackedArrays>(source_->owner(), finder.fields(), source_->isReceived());
-      return true;
-    }
-    // A second part goes on behind the first.
-    if (!arrays_) arrays_.emplace(Class::Message::kElementsFieldNumber, part.size());
-    return readFields(message, part, ArraysReader<Class>(*arrays_, nesting_ - 1), nesting_ - 1);
-  }
-
-  ArrayTarget target_;
+  ArrayData& target_;
   VORTEN_Array::QXType type_;
   Bytes bytes_;
+  bool keepsWide_;
   int nesting_;
   const PackedArrays* source_;
   std::optional<PackedArraysBuilder> arrays_;
+  std::size_t partsEnd_ = 0;
+  bool hasWide_ = false;
 };
 
 template <class Class>
-bool ArraysReader<Class>::addOther(Bytes array) {
-  VORTEN_Array message;
-  std::shared_ptr<const PackedArrays> arrays;
-  const bool isWhole = ArrayReader({message, arrays}, array, nesting_ - 1).read();
-  const PackedFields elements(arrays);
-  const WrittenArray written(message, arrays ? &elements : nullptr);
+bool ArraysReader<Class>::addOther(Bytes bytes) {
+  ArrayData array;
+  const bool isWhole = ArrayReader(array, bytes, true, nesting_ - 1).read();
+  const WrittenArray written(array);
   arrays_.add([&written](std::uint8_t* out) { written.write(out); }, written.size());
   return isWhole;
 }
 
 }  // namespace
 
-bool readArray(ArrayTarget target, Bytes bytes) {
-  return ArrayReader(target, bytes, kNesting).read();
+bool readArray(ArrayData& target, Bytes bytes) {
+  return ArrayReader(target, bytes, false, kNesting).read();
 }
 
-void readPackedArray(ArrayTarget target, const PackedArrays& arrays, std::size_t index) {
-  ArrayReader(target, arrays.array(index), kNesting, &arrays).read();
+void readPackedArray(ArrayData& target, const PackedArrays& arrays, std::size_t index) {
+  ArrayReader(target, arrays.array(index), true, kNesting, &arrays).read();
 }
 
 }  // namespace hcy

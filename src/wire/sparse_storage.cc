@@ -7,10 +7,10 @@
 
 namespace hcy {
 
-std::optional<std::size_t> describedElements(const VORTEN_Array& array) {
-  if (array.dimension_size() != 2) return std::nullopt;
-  const std::uint64_t rows = array.dimension(0);
-  const std::uint64_t columns = array.dimension(1);
+std::optional<std::size_t> describedElements(const ArrayData& array) {
+  if (array.dimensions.size() != 2) return std::nullopt;
+  const std::uint64_t rows = array.dimensions[0];
+  const std::uint64_t columns = array.dimensions[1];
   const auto& starts = array.sparse().jc();
   const auto& rowIndices = array.sparse().ir();
   if (static_cast<std::uint64_t>(starts.size()) <= columns || starts[0] != 0) return std::nullopt;

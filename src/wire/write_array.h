@@ -6,15 +6,15 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <utility>
 
-#include "wire/array_class_traits.h"
+#include "wire/array_data.h"
 #include "wire/bytes.h"
-#include "wire/packed_arrays.h"
+#include "wire/varint.h"
+#include "wire/wire_fields.h"
 
 namespace hcy {
 
-// Elements of an array that lie outside its message: the fields of its typed part that hold them.
+// Elements of an array that lie outside it: the fields of its typed part that hold them.
 class ElementFields {
  public:
   ElementFields() = default;
@@ -26,27 +26,21 @@ class ElementFields {
   virtual ~ElementFields() = default;
 };
 
-// The elements of a container that are in wire form already.
-class PackedFields : public ElementFields {
- public:
-  explicit PackedFields(std::shared_ptr<const PackedArrays> arrays) : arrays_(std::move(arrays)) {}
+// How many bytes a field takes whose tag has one byte, and whose content has that many.
+constexpr std::size_t lengthDelimitedSize(std::size_t size) { return 1 + varintSize(size) + size; }
 
-  std::size_t size() const override { return arrays_->fields().size(); }
-  std::uint8_t* write(std::uint8_t* out) const override {
-    return copyBytes(arrays_->fields(), out);
-  }
+// Writes the head of a field whose tag has one byte.
+inline std::uint8_t* writeHead(int number, std::size_t size, std::uint8_t* out) {
+  *out++ = static_cast<std::uint8_t>(lengthDelimitedTag(number));
+  return writeVarint(size, out);
+}
 
- private:
-  std::shared_ptr<const PackedArrays> arrays_;
-};
-
-// An array in wire form: its message, with elements put into its typed part that lie outside it,
-// byte for byte as the message library would write one message with all of it. The message and the
-// elements must not change meanwhile; many threads may write one array at once.
+// An array in wire form, byte for byte as the message library would write one message with all of
+// it. What it holds must not change meanwhile; many threads may write one array at once.
 class WrittenArray {
  public:
-  // Elements that are null are all in the message.
-  WrittenArray(const VORTEN_Array& message, const ElementFields* elements);
+  // If there are elements from outside, they are written instead of the array's own.
+  explicit WrittenArray(const ArrayData& array, const ElementFields* elements = nullptr);
   WrittenArray(const WrittenArray&) = delete;
   WrittenArray& operator=(const WrittenArray&) = delete;
 
@@ -54,15 +48,27 @@ class WrittenArray {
   std::uint8_t* write(std::uint8_t* out) const;
 
  private:
-  void placeElements();
+  // The rest of an array with a part: what of it stands before the part, in it behind the elements,
+  // and behind it.
+  struct Rest {
+    std::string bytes;
+    Bytes before, partBehind, behind;
+  };
 
-  const VORTEN_Array& message_;
+  void placeRest();
+  std::size_t sizeElements();
+  std::uint8_t* writeElements(std::uint8_t* out) const;
+
+  const ArrayData& array_;
   const ElementFields* elements_;
-  std::size_t size_ = 0;
-  std::string around_;  // the message without those elements
-  // What of that stands before the part, in the part before and behind the elements, and behind it.
-  Bytes before_, partBefore_, partBehind_, behind_;
+  bool hasPart_;
+  std::size_t dimensionsSize_ = 0;
+  std::size_t realSize_ = 0;
+  std::size_t imaginarySize_ = 0;
   std::size_t partSize_ = 0;
+  std::size_t restSize_ = 0;  // outside the part
+  std::size_t size_ = 0;
+  std::unique_ptr<Rest> rest_;
 };
 
 }  // namespace hcy

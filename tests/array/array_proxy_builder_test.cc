@@ -76,7 +76,7 @@ TEST(CharProxy, HasNoImaginaryData) {
 
 TEST(NewProxy, HasTypeDimensionsAndStorage) {
   const auto proxy = created(VORTEN_Array::SINGLE, {2, 3, 1}, true, 6);
-  const VORTEN_Array& message = proxy->message();
+  const VORTEN_Array message = test::messageOf(proxy.get());
   EXPECT_EQ(message.type(), VORTEN_Array::SINGLE);
   EXPECT_EQ(test::numbers(message.dimension()), (test::Numbers{2, 3, 1}));
   EXPECT_EQ(test::numbers(message.single().elements()), test::Numbers(6, 0.0));
@@ -87,7 +87,7 @@ TEST(NewProxy, HasTypeDimensionsAndStorage) {
 TEST(NewProxy, OfNoElementsHasNoTypedPartAndIsReal) {
   for (int type = 0; type <= 14; ++type) {
     const auto proxy = created(type, {0, 7}, true, 0);
-    EXPECT_FALSE(test::hasTypedPart(proxy->message())) << type;
+    EXPECT_FALSE(test::hasTypedPart(test::messageOf(proxy.get()))) << type;
     EXPECT_FALSE(proxy->isComplex()) << type;
   }
 }

@@ -100,7 +100,7 @@ TEST(Message, IsSharedByTheHandleThatWrapsIt) {
   const ContentPtr content = test::contentOf(test::rowOf<DOUBLE_class>({1, 2}));
   const auto array = ArrayProxyBuilder::over(content);
   hcyGetPr(array.get())[1] = 5.0;
-  EXPECT_EQ(test::numbers(content->message().qxdouble().elements()), (test::Numbers{1, 5}));
+  EXPECT_EQ(test::numbers(content->data.real.as<double>()), (test::Numbers{1, 5}));
 }
 
 // An array with everything that the library carries and does not interpret.

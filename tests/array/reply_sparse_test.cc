@@ -66,7 +66,7 @@ TEST(OtherSparse, HasLogicalsResizedWithItsRoom) {
   for (const int type : otherTypes) {
     const auto array = otherSparse(type);
     hcySetNzmax(array.get(), 3);
-    const VORTEN_Array::Sparse& sparse = messageOf(array.get()).sparse();
+    const VORTEN_Array::Sparse& sparse = dataOf(array.get()).sparse();
     EXPECT_EQ(numbers(sparse.ir()), (Numbers{0, 2, 0}));
     EXPECT_EQ(numbers(sparse.logical().elements()), Numbers(3, 0.0));
     EXPECT_EQ(numbers(sparse.qxsparsesingle().elements()), (Numbers{5, 6}));
@@ -88,7 +88,7 @@ TEST(SparseWithoutItsPart, GetsRoomAndStarts) {
   const auto array = wrapped(arrayOf(VORTEN_Array::SPARSE, {3, 3}));
   hcySetNzmax(array.get(), 2);
   hcySetN(array.get(), 4);
-  const VORTEN_Array::Sparse& sparse = messageOf(array.get()).sparse();
+  const VORTEN_Array::Sparse& sparse = dataOf(array.get()).sparse();
   EXPECT_EQ(numbers(sparse.ir()), Numbers(2, 0.0));
   EXPECT_EQ(numbers(sparse.qxsparsedouble().elements()), Numbers(2, 0.0));
   EXPECT_EQ(numbers(sparse.jc()), Numbers(5, 0.0));
@@ -102,7 +102,7 @@ TEST(SparseOfFewerValues, GetsThemWithItsRoom) {
   EXPECT_TRUE(hcyIsComplex(array.get()));
   EXPECT_EQ(hcyGetNzmax(array.get()), 3U);
   hcySetNzmax(array.get(), 3);
-  const VORTEN_Array::Double& values = messageOf(array.get()).sparse().qxsparsedouble();
+  const VORTEN_Array::Double& values = dataOf(array.get()).sparse().qxsparsedouble();
   EXPECT_EQ(numbers(values.elements()), (Numbers{5, 0, 0}));
   EXPECT_EQ(numbers(values.imag_elements()), (Numbers{6, 0, 0}));
 }
@@ -112,7 +112,7 @@ TEST(SparseReply, IsBroughtInStepByItsOwnRowsAndRoom) {
   const auto array = wrapped(message);
   hcySetM(array.get(), hcyGetM(array.get()));
   hcySetNzmax(array.get(), hcyGetNzmax(array.get()));
-  const VORTEN_Array::Sparse& sparse = messageOf(array.get()).sparse();
+  const VORTEN_Array::Sparse& sparse = dataOf(array.get()).sparse();
   EXPECT_EQ(numbers(sparse.ir()), (Numbers{0, 1, 2}));
   EXPECT_EQ(numbers(sparse.jc()), Numbers(4, 0.0));
   EXPECT_EQ(numbers(sparse.qxsparsedouble().elements()), Numbers(3, 0.0));
@@ -134,7 +134,7 @@ TEST(SparseReply, HasRoomForAsManyElementsAsThereAreOfEachPart) {
 TEST(SparseReply, OfMoreRoomThanElementsIsBroughtInStepToo) {
   const auto array = wrapped(sparseOf(VORTEN_Array::Sparse::DOUBLE, {1, 1}, {0, 0, 0}, {0, 1}));
   hcySetNzmax(array.get(), std::min(hcyGetNzmax(array.get()), hcyGetNumberOfElements(array.get())));
-  const VORTEN_Array::Sparse& sparse = messageOf(array.get()).sparse();
+  const VORTEN_Array::Sparse& sparse = dataOf(array.get()).sparse();
   EXPECT_EQ(sparse.ir_size(), 1);
   EXPECT_EQ(sparse.qxsparsedouble().elements_size(), sparse.ir_size());
 }
@@ -157,9 +157,9 @@ TEST(SparseWithoutDimensions, HasNoRoomToSetAndNoColumns) {
   const auto array = wrapped(sparseOf(VORTEN_Array::Sparse::DOUBLE, {}, {0}, {0, 1}));
   hcySetNzmax(array.get(), 5);
   EXPECT_EQ(hcyGetNzmax(array.get()), 0U);
-  EXPECT_EQ(messageOf(array.get()).sparse().ir_size(), 1);
+  EXPECT_EQ(dataOf(array.get()).sparse().ir_size(), 1);
   hcySetN(array.get(), 5);
-  EXPECT_EQ(numbers(messageOf(array.get()).sparse().jc()), (Numbers{0, 1}));
+  EXPECT_EQ(numbers(dataOf(array.get()).sparse().jc()), (Numbers{0, 1}));
 }
 
 // A 1-by-1 sparse logical array.

@@ -38,7 +38,7 @@ TEST(SentInt16, TakesTenBytesWhenNegative) {
   *data<std::int16_t>(array) = -1;
   EXPECT_EQ(sent(array), SCALAR_OF("03") "9A 01 0C 0A 0A FF FF FF FF FF FF FF FF FF 01");
   VORTEN_Array parsed;
-  ASSERT_TRUE(parsed.ParseFromString(messageOf(array.get()).SerializeAsString()));
+  ASSERT_TRUE(parsed.ParseFromString(test::messageOf(array.get()).SerializeAsString()));
   EXPECT_EQ(*data<std::int16_t>(test::wrapped(parsed)), -1);
 }
 
@@ -156,13 +156,13 @@ TEST(SentArray, HasTypeDimensionsAndTheOnePartOfItsType) {
 
 TEST(SentSparse, HasTheOneValuePartOfItsType) {
   const auto doubles = owned(hcyCreateSparse(2, 2, 2, hcyREAL));
-  const VORTEN_Array::Sparse& sparseDoubles = messageOf(doubles.get()).sparse();
+  const VORTEN_Array::Sparse& sparseDoubles = dataOf(doubles.get()).sparse();
   EXPECT_TRUE(sparseDoubles.has_type());
   EXPECT_EQ(sparseDoubles.type(), VORTEN_Array::Sparse::DOUBLE);
   EXPECT_TRUE(sparseDoubles.has_qxsparsedouble());
   EXPECT_FALSE(sparseDoubles.has_logical() || sparseDoubles.has_qxsparsesingle());
   const auto logicals = owned(hcyCreateSparseLogicalMatrix(2, 2, 2));
-  const VORTEN_Array::Sparse& sparseLogicals = messageOf(logicals.get()).sparse();
+  const VORTEN_Array::Sparse& sparseLogicals = dataOf(logicals.get()).sparse();
   EXPECT_EQ(sparseLogicals.type(), VORTEN_Array::Sparse::LOGICAL);
   EXPECT_TRUE(sparseLogicals.has_logical());
   EXPECT_FALSE(sparseLogicals.has_qxsparsedouble() || sparseLogicals.has_qxsparsesingle());

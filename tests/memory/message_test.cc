@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What memory that runs out on the way leaves in a message, which other handles may share.
+// What memory that runs out on the way leaves in a content, which other handles may share.
 
 #include <memory>
 #include <new>
@@ -34,9 +34,9 @@ TEST_P(ExhaustedMemoryInAResize, leavesTheMessageAsItWas) {
   const std::size_t failures = failEachAllocation([](const Shortage& shortage) {
     const Array array = filledMatrix(GetParam(), 3, 2);
     proxyOf(array).commit();
-    const std::string before = messageOf(array).SerializeAsString();
+    const std::string before = test::messageOf(array).SerializeAsString();
     const bool failed = hasFailed(shortage, [&] { hcySetM(array, 20); });
-    EXPECT_EQ(messageOf(array).SerializeAsString() == before, failed);
+    EXPECT_EQ(test::messageOf(array).SerializeAsString() == before, failed);
     return failed;
   });
   EXPECT_GT(failures, 0U);
@@ -58,7 +58,7 @@ TEST_P(ExhaustedMemoryForAPart, leavesAMessageThatCanBeSent) {
     const Array array = test::wrapped(bare).release();
     const bool failed = hasFailed(shortage, [&] { dataOf(array); });
     VORTEN_Array left;
-    EXPECT_TRUE(left.ParseFromString(messageOf(array).SerializeAsString()));
+    EXPECT_TRUE(left.ParseFromString(test::messageOf(array).SerializeAsString()));
     EXPECT_EQ(hcyGetNumberOfElements(array), 4U);
     return failed;
   });
@@ -102,7 +102,7 @@ TEST(ExhaustedMemory, whileElementsAreLentOfWhichOneIsSharedDoesNotTakeTheOthers
     hcySetCell(cell, 0, Array(hcyCreateDoubleScalar(1.0)));
     hcySetCell(cell, 1, shared);
     const bool failed = hasFailed(shortage, [&] { Array(hcyDuplicateArray(cell)); });
-    EXPECT_TRUE(messageOf(cell).cell().elements().empty());
+    EXPECT_TRUE(test::messageOf(cell).cell().elements().empty());
     EXPECT_EQ(hcyGetScalar(Array(hcyGetCell(cell, 0))), 1.0);
     return failed;
   });

@@ -37,8 +37,8 @@ std::vector<double> scalarsOf(const VORTEN_Array& cell) {
 TEST_F(FevalContainers, areNotChangedBySending) {
   const OwnedArray cell = cellOf({1, 2});
   EXPECT_EQ(scalarsOf(sent(cell.get())), (std::vector<double>{1, 2}));
-  EXPECT_FALSE(messageOf(cell.get()).has_cell());
-  EXPECT_EQ(proxyOf(cell.get()).content()->arrays, nullptr);
+  EXPECT_FALSE(dataOf(cell.get()).hasPart());
+  EXPECT_EQ(dataOf(cell.get()).container().arrays, nullptr);
   EXPECT_EQ(hcyGetScalar(elementOf(cell, 1).get()), 2.0);
 }
 

@@ -81,13 +81,13 @@ TEST_F(FevalInputs, oneArrayMayOccurTwiceAndInContainersOfTheSameCall) {
   EXPECT_EQ(params.rhs(1).cell().elements(1).SerializeAsString(), bytesOf(one.get()));
 }
 
-// The message of an input is borrowed for the call, whatever becomes of it.
-TEST_F(FevalInputs, areTheSameMessagesAndBytesAfterEveryOutcome) {
+// The content of an input is only read, whatever becomes of the call.
+TEST_F(FevalInputs, areTheSameContentsAndBytesAfterEveryOutcome) {
   const OwnedArray a = int16s();
   const OwnedArray b(hcyCreateCellMatrix(1, 2));
   const std::vector<const hcyArray*> inputs{a.get(), b.get(), a.get()};
   const std::vector<std::string> before{bytesOf(a.get()), bytesOf(b.get())};
-  const auto* const message = &messageOf(a.get());
+  const auto* const content = proxyOf(a.get()).content().get();
   VORTEN_Result unserved;
   unserved.add_lhs()->set_type(VORTEN_Array::OBJECT);
   const test::UnlistenedPort nobody;
@@ -95,7 +95,7 @@ TEST_F(FevalInputs, areTheSameMessagesAndBytesAfterEveryOutcome) {
       {test::Connection{test::replyToEach(test::httpReply(404, "Not Found", ""))}});
 
   const auto expectUnchanged = [&](const char* outcome) {
-    EXPECT_EQ(&messageOf(a.get()), message) << outcome;
+    EXPECT_EQ(proxyOf(a.get()).content().get(), content) << outcome;
     EXPECT_EQ(proxyOf(a.get()).content()->use_count(), 1U) << outcome;
     EXPECT_EQ(bytesOf(a.get()), before[0]) << outcome;
     EXPECT_EQ(bytesOf(b.get()), before[1]) << outcome;

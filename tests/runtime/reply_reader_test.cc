@@ -19,11 +19,10 @@ using client::VORTEN_Result;
 
 using test::bytesOf;
 
-// What is sent of an output, or the message alone of one that the library does not serve.
+// What is sent of an output, or what was read of one that the library does not serve.
 std::string sentOf(const ReceivedArray& output) {
-  ReceivedArray copy{copyOf(*output.content), output.narrow};
-  const VORTEN_Array& message = copy.content->message();
-  if (!isServedQXType(message.type())) return message.SerializeAsString();
+  ReceivedArray copy{copyOf(*output.content)};
+  if (!isServedQXType(copy.content->data.type())) return test::writtenBytes(copy.content->data);
   return test::sent(ArrayProxyBuilder::over(std::move(copy))).SerializeAsString();
 }
 
@@ -154,9 +153,9 @@ TEST(Reply, ReservesRoomForElementsOfAnyWidth) {
   VORTEN_Result result;
   *result.add_lhs() = array;
   const Reply reply = readReply(bytesOf(result.SerializeAsString()), 1);
-  const NarrowElements& elements = reply.outputs.at(0).narrow;
-  EXPECT_EQ(elements.real.capacity(), 1000U);
-  EXPECT_EQ(elements.imaginary.capacity(), 1000U);
+  const ArrayData& read = reply.outputs.at(0).content->data;
+  EXPECT_EQ(read.real.capacity(), 2000U);
+  EXPECT_EQ(read.imaginary.capacity(), 2000U);
   EXPECT_EQ(sentOf(reply.outputs[0]), array.SerializeAsString());
 }
 
@@ -166,7 +165,7 @@ TEST(Reply, ReservesNoMoreRoomThanItHasBytes) {
   VORTEN_Result result;
   *result.add_lhs() = array;
   const Reply reply = readReply(bytesOf(result.SerializeAsString()), 1);
-  EXPECT_EQ(reply.outputs.at(0).narrow.real.capacity(), 5000U);
+  EXPECT_EQ(reply.outputs.at(0).content->data.real.capacity(), 10000U);
 }
 
 // A cell in a cell and so on; each one is two levels of messages.

@@ -4,12 +4,16 @@
 
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <initializer_list>
 #include <string>
 #include <vector>
 
 #include "support/array_class_lists.h"
 #include "wire/dispatch_on_QXType.h"
+#include "wire/read_array.h"
+#include "wire/write_array.h"
 
 namespace hcy::test {
 
@@ -23,6 +27,24 @@ inline VORTEN_Array arrayOf(int type, std::initializer_list<std::uint64_t> dimen
   array.set_type(asType(type));
   for (const std::uint64_t dimension : dimensions) array.add_dimension(dimension);
   return array;
+}
+
+// An array as it is held, read from its message.
+inline ArrayData dataOf(const VORTEN_Array& message) {
+  const std::string bytes = message.SerializeAsString();
+  ArrayData array;
+  EXPECT_TRUE(
+      readArray(array, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+  return array;
+}
+
+// The bytes that it is sent as.
+inline std::string writtenBytes(const ArrayData& array) {
+  const WrittenArray written(array);
+  std::string bytes(written.size(), '\0');
+  auto* const begin = reinterpret_cast<std::uint8_t*>(bytes.data());
+  EXPECT_EQ(written.write(begin), begin + bytes.size());
+  return bytes;
 }
 
 using Numbers = std::vector<double>;

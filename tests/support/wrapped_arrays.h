@@ -14,6 +14,7 @@
 #include "array/array_proxy_builder.h"
 #include "array/array_to_send.h"
 #include "support/array_messages.h"
+#include "wire/read_array.h"
 
 namespace hcy::test {
 
@@ -24,7 +25,7 @@ inline Bytes bytesOf(const std::string& text) {
 // What a handle is over that shares it.
 inline ContentPtr contentOf(const VORTEN_Array& array) {
   const ContentPtr content(new ArrayContent);
-  readArray({content->message(), content->arrays}, bytesOf(array.SerializeAsString()));
+  readArray(content->data, bytesOf(array.SerializeAsString()));
   content->isReceived = true;
   return content;
 }
@@ -49,6 +50,13 @@ inline VORTEN_Array parsed(const SentArray& array) {
   return message;
 }
 
+// What the array's content holds by now.
+inline VORTEN_Array messageOf(const hcyArray* array) {
+  VORTEN_Array message;
+  EXPECT_TRUE(message.ParseFromString(writtenBytes(proxyOf(array).data())));
+  return message;
+}
+
 // What is sent of the array.
 inline VORTEN_Array sent(const ArrayHandle& array) {
   return parsed(SentArray(array->toSend(SendingOrder())));
@@ -57,7 +65,7 @@ inline VORTEN_Array sent(const ArrayHandle& array) {
 // What the array shows of itself once its elements have been committed.
 inline VORTEN_Array committed(const ArrayHandle& array) {
   array->commit();
-  return parsed(SentArray(ArrayToSend::of(array->content())));
+  return parsed(SentArray({array->content(), nullptr}));
 }
 
 // A cell array of the given shape with 1-by-1 int32 arrays for elements, or a struct array with

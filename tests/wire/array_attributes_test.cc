@@ -13,30 +13,31 @@ using test::sparseOf;
 struct Expected {
   VORTEN_Array::QXType type;
   const char* className;
-  std::size_t elementSize;  // of the wire's storage
+  std::size_t elementSize;
   bool isNumeric;
 };
 constexpr Expected fullClasses[] = {
     {VORTEN_Array::UINT8, "uint8", 1, true},      {VORTEN_Array::INT8, "int8", 1, true},
-    {VORTEN_Array::UINT16, "uint16", 4, true},    {VORTEN_Array::INT16, "int16", 4, true},
+    {VORTEN_Array::UINT16, "uint16", 2, true},    {VORTEN_Array::INT16, "int16", 2, true},
     {VORTEN_Array::UINT32, "uint32", 4, true},    {VORTEN_Array::INT32, "int32", 4, true},
     {VORTEN_Array::UINT64, "uint64", 8, true},    {VORTEN_Array::INT64, "int64", 8, true},
     {VORTEN_Array::SINGLE, "single", 4, true},    {VORTEN_Array::DOUBLE, "double", 8, true},
-    {VORTEN_Array::LOGICAL, "logical", 1, false}, {VORTEN_Array::CHAR, "char", 4, false},
+    {VORTEN_Array::LOGICAL, "logical", 1, false}, {VORTEN_Array::CHAR, "char", 2, false},
     {VORTEN_Array::STRUCT, "struct", 8, false},   {VORTEN_Array::CELL, "cell", 8, false},
 };
 constexpr Expected sparseDouble = fullClasses[VORTEN_Array::DOUBLE];
 constexpr Expected sparseLogical = fullClasses[VORTEN_Array::LOGICAL];
 
-void expectAttributes(const VORTEN_Array& array, const Expected& expected, bool isComplex) {
-  const std::string before = array.SerializeAsString();
+void expectAttributes(const VORTEN_Array& message, const Expected& expected, bool isComplex) {
+  const ArrayData array = test::dataOf(message);
+  const std::string before = test::writtenBytes(array);
   const HcyArrayAttributesRetriever attributes = attributesOf(array);
   EXPECT_EQ(attributes.type, expected.type);
   EXPECT_STREQ(attributes.className, expected.className);
   EXPECT_EQ(attributes.elementSize, expected.elementSize) << expected.className;
   EXPECT_EQ(attributes.isNumeric, expected.isNumeric) << expected.className;
   EXPECT_EQ(attributes.isComplex, isComplex) << expected.className;
-  EXPECT_EQ(array.SerializeAsString(), before) << "asking changed " << expected.className;
+  EXPECT_EQ(test::writtenBytes(array), before) << "asking changed " << expected.className;
 }
 
 TEST(Attributes, OfEveryClassAreThoseOfItsRow) {

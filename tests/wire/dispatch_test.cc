@@ -47,7 +47,7 @@ TEST(Dispatch, FailsAtTheLocationThatItRecords) {
 
 TEST(UnservedType, LeavesTheDataAccessorAsItWas) {
   for (const int number : unservedTypes) {
-    VORTEN_Array array = arrayOf(number, {1, 1});
+    ArrayData array = test::dataOf(arrayOf(number, {1, 1}));
     int marker = 0;
     DataAccessor accessor{array, true, &marker, &marker, 7.0};
     expectUnserved([&] { dispatch_on_QXType(array.type(), accessor); });
@@ -58,7 +58,7 @@ TEST(UnservedType, LeavesTheDataAccessorAsItWas) {
 }
 
 TEST(UnservedType, LeavesTheAttributesAsTheyWere) {
-  const VORTEN_Array array = arrayOf(VORTEN_Array::OBJECT, {1, 1});
+  const ArrayData array = test::dataOf(arrayOf(VORTEN_Array::OBJECT, {1, 1}));
   HcyArrayAttributesRetriever attributes{array};
   expectUnserved([&] { dispatch_on_QXType(array.type(), attributes); });
   EXPECT_STREQ(attributes.className, "");
@@ -67,13 +67,13 @@ TEST(UnservedType, LeavesTheAttributesAsTheyWere) {
 
 TEST(UnservedType, IsNeitherMeasuredNorSized) {
   for (const int number : unservedTypes) {
-    VORTEN_Array array = arrayOf(number, {1, 1});
-    const std::string before = array.SerializeAsString();
+    ArrayData array = test::dataOf(arrayOf(number, {1, 1}));
+    const std::string before = test::writtenBytes(array);
     expectUnserved([&] { attributesOf(array); });
     expectUnserved([&] { accessData(array, false); });
     expectUnserved([&] { resizeElementStorage(array, 3); });
     expectUnserved([&] { sizeInitialStorage(array, 3, true); });
-    EXPECT_EQ(array.SerializeAsString(), before);
+    EXPECT_EQ(test::writtenBytes(array), before);
   }
 }
 

@@ -55,9 +55,29 @@ std::vector<Element> elementsOf(Bytes packed, bool& isWhole) {
 template <class List>
 class PackedVarints : public testing::Test {};
 
-using Lists = testing::Types<RepeatedField<std::uint32_t>, RepeatedField<std::int32_t>,
-                             RepeatedField<std::uint64_t>, RepeatedField<std::int64_t>,
-                             RepeatedField<bool>, std::vector<std::uint16_t>>;
+// A buffer as a list.
+template <class Element>
+struct Elements {
+  using value_type = Element;
+  ElementBuffer buffer;
+  auto begin() const { return buffer.as<Element>().begin(); }
+  auto end() const { return buffer.as<Element>().end(); }
+};
+
+template <class Element>
+bool readInto(RepeatedField<Element>& list, Bytes packed) {
+  return readPacked(packed, list);
+}
+template <class Element>
+bool readInto(Elements<Element>& list, Bytes packed) {
+  return readPacked<Element>(packed, list.buffer);
+}
+
+using Lists =
+    testing::Types<RepeatedField<std::uint32_t>, RepeatedField<std::int32_t>,
+                   RepeatedField<std::uint64_t>, RepeatedField<std::int64_t>, RepeatedField<bool>,
+                   Elements<std::uint16_t>, Elements<std::int16_t>, Elements<char16_t>,
+                   Elements<std::uint64_t>, Elements<std::int64_t>, Elements<bool>>;
 TYPED_TEST_SUITE(PackedVarints, Lists);
 
 // From memory of exactly that size, so that a read beyond its end is noticed.
@@ -68,7 +88,7 @@ void expectReadAsOneByOne(const Buffer& bytes) {
   bool isWhole = false;
   const std::vector<Element> expected = elementsOf<Element>(packed, isWhole);
   List list;
-  EXPECT_EQ(readPacked(packed, list), isWhole);
+  EXPECT_EQ(readInto(list, packed), isWhole);
   EXPECT_TRUE(std::equal(list.begin(), list.end(), expected.begin(), expected.end()));
 }
 
@@ -120,7 +140,7 @@ TYPED_TEST(PackedVarints, AreReadBehindWhatIsThere) {
   using Element = typename TypeParam::value_type;
   TypeParam list;
   const Buffer bytes = {1, 0};
-  for (int i = 0; i < 2; ++i) EXPECT_TRUE(readPacked(bytes, list));
+  for (int i = 0; i < 2; ++i) EXPECT_TRUE(readInto(list, bytes));
   const std::vector<Element> expected = {1, 0, 1, 0};
   EXPECT_TRUE(std::equal(list.begin(), list.end(), expected.begin(), expected.end()));
 }
@@ -128,8 +148,9 @@ TYPED_TEST(PackedVarints, AreReadBehindWhatIsThere) {
 template <class Element>
 class PackedElements : public testing::Test {};
 
-using Elements = testing::Types<std::uint16_t, std::int16_t, char16_t>;
-TYPED_TEST_SUITE(PackedElements, Elements);
+using WrittenElements =
+    testing::Types<std::uint16_t, std::int16_t, char16_t, std::uint64_t, std::int64_t>;
+TYPED_TEST_SUITE(PackedElements, WrittenElements);
 
 template <class Element>
 void expectWrittenAsOneByOne(std::span<const Element> elements) {
@@ -159,10 +180,22 @@ TYPED_TEST(PackedElements, OfAnyNumberAreWritten) {
   for (std::size_t count = 0; count < 200; ++count) {
     std::vector<TypeParam> elements(count);
     for (TypeParam& element : elements) {
-      element = static_cast<TypeParam>((random() & 0xFFFFU) >> (random() % 2 * 10));
+      element = static_cast<TypeParam>(random() >> random() % 64);
     }
     expectWrittenAsOneByOne<TypeParam>(elements);
   }
+}
+
+// Where the next length begins.
+TYPED_TEST(PackedElements, OfEveryLengthAreWritten) {
+  std::vector<TypeParam> elements;
+  for (int bits = 0; bits < 64; ++bits) {
+    const std::uint64_t power = std::uint64_t{1} << bits;
+    for (const std::uint64_t value : {power - 1, power, ~power, ~power + 1}) {
+      elements.push_back(static_cast<TypeParam>(value));
+    }
+  }
+  expectWrittenAsOneByOne<TypeParam>(elements);
 }
 
 TYPED_TEST(PackedElements, AtTheEndOfOneByteAreWritten) {

@@ -43,20 +43,23 @@ TEST(SaturatingProduct, IsTheLargestWhereItDoesNot) {
 }
 
 TEST(ElementCount, IsTheProductOfTheDimensions) {
-  EXPECT_EQ(elementCount(test::arrayOf(VORTEN_Array::DOUBLE, {})), 0U);
-  EXPECT_EQ(elementCount(test::arrayOf(VORTEN_Array::DOUBLE, {5})), 5U);
-  EXPECT_EQ(elementCount(test::arrayOf(VORTEN_Array::DOUBLE, {2, 3, 4})), 24U);
+  EXPECT_EQ(elementCount(test::dataOf(test::arrayOf(VORTEN_Array::DOUBLE, {}))), 0U);
+  EXPECT_EQ(elementCount(test::dataOf(test::arrayOf(VORTEN_Array::DOUBLE, {5}))), 5U);
+  EXPECT_EQ(elementCount(test::dataOf(test::arrayOf(VORTEN_Array::DOUBLE, {2, 3, 4}))), 24U);
 }
 
 TEST(ElementCount, IsZeroWithAnyZeroWhereverItStands) {
-  EXPECT_EQ(elementCount(test::arrayOf(VORTEN_Array::DOUBLE, {0, largest, largest})), 0U);
-  EXPECT_EQ(elementCount(test::arrayOf(VORTEN_Array::DOUBLE, {largest, largest, 0})), 0U);
+  EXPECT_EQ(elementCount(test::dataOf(test::arrayOf(VORTEN_Array::DOUBLE, {0, largest, largest}))),
+            0U);
+  EXPECT_EQ(elementCount(test::dataOf(test::arrayOf(VORTEN_Array::DOUBLE, {largest, largest, 0}))),
+            0U);
 }
 
 TEST(ElementCount, DoesNotWrap) {
   const std::uint64_t half = std::uint64_t{1} << 32;
-  EXPECT_EQ(elementCount(test::arrayOf(VORTEN_Array::DOUBLE, {half, half})), largest);
-  EXPECT_EQ(elementCount(test::arrayOf(VORTEN_Array::DOUBLE, {half, half, 2})), largest);
+  EXPECT_EQ(elementCount(test::dataOf(test::arrayOf(VORTEN_Array::DOUBLE, {half, half}))), largest);
+  EXPECT_EQ(elementCount(test::dataOf(test::arrayOf(VORTEN_Array::DOUBLE, {half, half, 2}))),
+            largest);
 }
 
 }  // namespace
