@@ -15,11 +15,9 @@ ContentPtr copyOf(const ArrayContent& content) {
   return copy;
 }
 
-ContentPtr unpacked(const PackedArrays& arrays, std::size_t index) {
-  ContentPtr content(new ArrayContent);
-  readPackedArray(content->data, arrays, index);
-  content->isReceived = arrays.isReceived();
-  return content;
+void unpack(const PackedArrays& arrays, std::size_t index, ArrayContent& content) {
+  readPackedArray(content.data, arrays, index);
+  content.isReceived = arrays.isReceived();
 }
 
 ContentPtr emptyDouble() {

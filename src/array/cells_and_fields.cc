@@ -29,8 +29,10 @@ StructProxy& structProxy(const hcyArray* array) {
   return static_cast<StructProxy&>(proxyOf(array));
 }
 
+const hcy::ContainerData& containerOf(const hcyArray* array) { return dataOf(array).container(); }
+
 const hcy::FieldIndex::Names& namesOf(const hcyArray* array) {
-  return dataOf(array).container().fieldNames;
+  return containerOf(array).fieldNames;
 }
 
 bool hasElement(const hcyArray* array, size_t index) {
@@ -77,7 +79,7 @@ const char* hcyGetFieldNameByNumber(const hcyArray* array, int n) {
 
 int hcyGetFieldNumber(const hcyArray* array, const char* name) {
   if (!hcyIsStruct(array) || name == nullptr) return -1;
-  return proxyOf(array).content()->fields().find(namesOf(array), name);
+  return containerOf(array).index.find(namesOf(array), name);
 }
 
 hcyArray* hcyGetField(const hcyArray* array, size_t index, const char* name) {
@@ -101,7 +103,7 @@ void hcySetFieldByNumber(hcyArray* array, size_t index, int n, hcyArray* value) 
 int hcyAddField(hcyArray* array, const char* name) {
   if (!hcyIsStruct(array) || name == nullptr) return -1;
   try {
-    const int existing = proxyOf(array).content()->fields().findBeforeChange(namesOf(array), name);
+    const int existing = containerOf(array).index.findBeforeChange(namesOf(array), name);
     if (existing >= 0) return existing;
     return structProxy(array).addField(name) ? hcyGetNumberOfFields(array) - 1 : -1;
   } catch (const std::exception&) {

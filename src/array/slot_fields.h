@@ -12,7 +12,8 @@
 namespace hcy {
 
 // The elements of a container behind a handle, to be written: what has not been taken out of the
-// packed arrays is copied as it is.
+// packed arrays is copied as it is. Small elements are written at once, so that each is looked at
+// only once; the others are written in their place among them.
 class SlotFields : public ElementFields {
  public:
   // `number` is that of the repeated field.
@@ -22,20 +23,24 @@ class SlotFields : public ElementFields {
   std::uint8_t* write(std::uint8_t* out) const override;
 
  private:
-  struct Element {
-    const ArrayContent* content = nullptr;  // null for one that is packed or was never set
-    std::size_t size = 0;
-    // What takes the place of the content, or takes long to size twice.
-    std::unique_ptr<SentArray> other;
+  // What stands behind so many bytes of small elements: packed fields, or an array without its
+  // head.
+  struct Piece {
+    std::size_t smallBefore;
+    Bytes packed;
+    std::unique_ptr<SentArray> array;
   };
 
-  Element elementOf(const ArrayContent& content, const SendingOrder& order) const;
-  std::uint8_t* writeElement(const Element& element, std::uint8_t* out) const;
+  void addSlot(std::size_t index, const SendingOrder& order);
+  void addPacked(std::size_t index);
+  void addArray(ArrayToSend array);
+  // Adds the head of an element and room for so many bytes behind it.
+  std::uint8_t* addHead(std::size_t elementSize, std::size_t room);
 
   const SlotTable& slots_;
   std::uint8_t tag_;
-  bool arePacked_;
-  std::vector<Element> elements_;
+  ElementBuffer small_;
+  std::vector<Piece> pieces_;
   std::size_t size_ = 0;
 };
 

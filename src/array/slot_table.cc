@@ -24,13 +24,19 @@ ContentPtr SlotTable::at(std::size_t index) const {
   if (index >= size_) return nullptr;
   Slot& slot = slotAt(index);
   if (ArrayContent* const seen = slot.load(std::memory_order_acquire)) return seen;
-  ContentPtr made = index < packedSize_ ? unpacked(*packed_, index) : emptyDouble();
+  ContentPtr made = index < packedSize_ ? takeOut(index) : emptyDouble();
   ArrayContent* expected = nullptr;
   intrusive_ptr_add_ref(made.get());  // the table's own
   if (slot.compare_exchange_strong(expected, made.get(), std::memory_order_acq_rel)) return made;
   // Another thread was faster.
   intrusive_ptr_release(made.get());
   return expected;
+}
+
+ContentPtr SlotTable::takeOut(std::size_t index) const {
+  ContentPtr content = blocks_.make();
+  unpack(*packed_, index, *content);
+  return content;
 }
 
 const ArrayContent* SlotTable::seen(std::size_t index) const {
@@ -131,6 +137,7 @@ void SlotTable::swap(SlotTable& other) noexcept {
   std::swap(firstSize_, other.firstSize_);
   std::swap(chunkCount_, other.chunkCount_);
   std::swap(chunks_, other.chunks_);
+  blocks_.swap(other.blocks_);
 }
 
 }  // namespace hcy

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "array/array_content.h"
+#include "array/content_blocks.h"
 
 namespace hcy {
 
@@ -61,6 +62,7 @@ class SlotTable {
   static std::size_t chunksFor(std::size_t size) { return (size + kChunk - 1) / kChunk; }
   // A small table has one small chunk.
   std::size_t sizeOfChunk(std::size_t chunk) const { return chunk == 0 ? firstSize_ : kChunk; }
+  ContentPtr takeOut(std::size_t index) const;
   void shrink(std::size_t size);
   void grow(std::size_t size);
   Slot& slotAt(std::size_t index) const;
@@ -75,6 +77,7 @@ class SlotTable {
   std::size_t firstSize_;
   std::size_t chunkCount_;
   Chunks chunks_;
+  mutable ContentBlocks blocks_;
 };
 
 }  // namespace hcy

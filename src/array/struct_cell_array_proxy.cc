@@ -107,9 +107,10 @@ bool VORTENStructCellArrayProxy<Class>::addField(std::string&& name) requires(
     const std::size_t element = i / slotsPerElement;
     regrouped.set(element * (fields + 1) + i % slotsPerElement, slots_.at(i));
   }
-  auto& names = data().writeContainer().fieldNames;
+  ContainerData& container = data().writeContainer();
+  auto& names = container.fieldNames;
   names.Reserve(names.size() + 1);
-  content()->fields().reset();
+  container.index.reset();
   *names.Add() = std::move(name);
   data().showPart();
   slots_ = std::move(regrouped);
@@ -128,8 +129,9 @@ void VORTENStructCellArrayProxy<Class>::removeField(std::size_t field) requires(
     if (!slots_.isUnset(i)) regrouped.set(kept, slots_.at(i));
     ++kept;
   }
-  content()->fields().reset();
-  data().writeContainer().fieldNames.DeleteSubrange(static_cast<int>(field), 1);
+  ContainerData& container = data().writeContainer();
+  container.index.reset();
+  container.fieldNames.DeleteSubrange(static_cast<int>(field), 1);
   elementsWithoutFields_ = elements;
   areClaimed_ = false;
   slots_ = std::move(regrouped);

@@ -56,8 +56,7 @@ void ElementBuffer::grow(std::size_t capacity, bool isZero) {
   } else if (isExtended) {
     block.data = static_cast<std::byte*>(std::realloc(storage_.block.data, capacity));
   } else {
-    block.data =
-        static_cast<std::byte*>(isZero ? std::calloc(1, capacity) : std::malloc(capacity));
+    block.data = static_cast<std::byte*>(isZero ? std::calloc(1, capacity) : std::malloc(capacity));
   }
   if (block.data == nullptr) throw std::bad_alloc();
   if (!isExtended) {

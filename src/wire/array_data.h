@@ -2,17 +2,15 @@
 
 #pragma once
 
-#include <google/protobuf/repeated_ptr_field.h>
-
 #include <boost/container/small_vector.hpp>
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
 
 #include "memory/element_buffer.h"
 #include "wire/array_class_traits.h"
 #include "wire/element_count.h"
+#include "wire/field_index.h"
 #include "wire/packed_arrays.h"
 
 namespace hcy {
@@ -20,10 +18,11 @@ namespace hcy {
 // The dimensions of most arrays take no allocation. Their address changes only with their number.
 using DimensionList = boost::container::small_vector<std::uint64_t, 2>;
 
-// What only a struct or cell has: the names of its fields, and its elements as they were committed
-// last, null if there are none.
+// What only a struct or cell has: the names of its fields, an index of them, and its elements as
+// they were committed last, null if there are none.
 struct ContainerData {
-  google::protobuf::RepeatedPtrField<std::string> fieldNames;
+  FieldIndex::Names fieldNames;
+  FieldIndex index;
   std::shared_ptr<const PackedArrays> arrays;
 };
 
@@ -67,6 +66,7 @@ class ArrayData {
 
   // Of a struct or cell; empty ones if nothing was written.
   const ContainerData& container() const;
+  bool hasContainer() const { return container_ != nullptr; }
   ContainerData& writeContainer() {
     if (!container_) container_ = std::make_unique<ContainerData>();
     return *container_;

@@ -130,14 +130,19 @@ class NamesReader {
 template <class Class>
 class ArraysReader : public NamesReader<Class> {
  public:
-  ArraysReader(ArrayData& array, PackedArraysBuilder& arrays, int nesting)
-      : NamesReader<Class>(array), arrays_(arrays), nesting_(nesting) {}
+  ArraysReader(ArrayData& array, Bytes part, PackedArraysBuilder& arrays, int nesting)
+      : NamesReader<Class>(array), part_(part), arrays_(arrays), nesting_(nesting) {}
 
   bool read(const WireField& field) {
     if (this->isName(field)) return this->readName(field);
     if (!field.isWhole || nesting_ <= 0) return false;
     if (!isCanonical(field.content, nesting_ - 1)) return addOther(field.content);
-    arrays_.add(field.content);
+    const std::size_t size = field.content.size();
+    if (field.end - field.begin == lengthDelimitedSize(size)) {
+      arrays_.addField(part_.subspan(field.begin, field.end - field.begin));
+    } else {
+      arrays_.add(field.content);
+    }
     return true;
   }
 
@@ -145,6 +150,7 @@ class ArraysReader : public NamesReader<Class> {
   // What the message library would have written otherwise is kept as it writes it.
   bool addOther(Bytes array);
 
+  Bytes part_;
   PackedArraysBuilder& arrays_;
   int nesting_;
 };
@@ -181,13 +187,13 @@ bool readDimensions(Bytes packed, DimensionList& dimensions) {
   return true;
 }
 
-// The class of an array, wherever it stands.
-VORTEN_Array::QXType typeOf(Bytes array) {
+// The class of an array, wherever it stands; in a canonical one it comes first.
+VORTEN_Array::QXType typeOf(Bytes array, bool isCanonical) {
   auto type = VORTEN_Array::UINT8;
   forEachField(array, [&](const WireField& field) {
     if (field.isVarint(VORTEN_Array::kTypeFieldNumber))
       type = static_cast<VORTEN_Array::QXType>(field.value);
-    return true;
+    return !isCanonical;
   });
   return type;
 }
@@ -198,7 +204,7 @@ class ArrayReader {
   ArrayReader(ArrayData& target, Bytes bytes, bool keepsWide, int nesting,
               const PackedArrays* source = nullptr)
       : target_(target),
-        type_(typeOf(bytes)),
+        type_(typeOf(bytes, source != nullptr)),
         bytes_(bytes),
         keepsWide_(keepsWide),
         nesting_(nesting),
@@ -278,7 +284,7 @@ class ArrayReader {
       }
       // A second part goes on behind the first.
       if (!arrays_) arrays_.emplace(Class::Message::kElementsFieldNumber, part.size());
-      return readFields(part, ArraysReader<Class>(target_, *arrays_, nesting_ - 1), merge);
+      return readFields(part, ArraysReader<Class>(target_, part, *arrays_, nesting_ - 1), merge);
     } else {
       ElementsReader<Class> reader(target_);
       const bool isWhole = readFields(part, reader, merge);

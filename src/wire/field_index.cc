@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "array/field_index.h"
+#include "wire/field_index.h"
 
 #include <algorithm>
 #include <memory>
