@@ -60,11 +60,12 @@ std::unique_ptr<VORTENArrayProxy> ArrayProxyBuilder::create(VORTEN_Array::QXType
   return makeProxy(type, type, dimensions, complex, count);
 }
 
-bool readReceived(ReceivedArray& array, Bytes bytes) {
+bool readReceived(ReceivedArray& array, Bytes bytes, const std::shared_ptr<void>& owner) {
   array.content = new ArrayContent;
   array.content->isReceived = true;
   array.content->isCommitted = false;
-  return readArray(array.content->data, bytes);
+  ArrayData& data = array.content->data;
+  return owner ? readArrayInPlace(data, bytes, owner) : readArray(data, bytes);
 }
 
 }  // namespace hcy

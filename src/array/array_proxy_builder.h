@@ -30,7 +30,8 @@ class ArrayProxyBuilder {
                                                   bool complex, std::uint64_t count);
 };
 
-// Reads an array of a reply as far as it arrived and is well-formed; false if that is not all.
-bool readReceived(ReceivedArray& array, Bytes bytes);
+// Reads an array of a reply as far as it arrived and is well-formed; false if that is not all. If
+// there is an owner of the bytes, elements may stay in its memory, which must be writable.
+bool readReceived(ReceivedArray& array, Bytes bytes, const std::shared_ptr<void>& owner = nullptr);
 
 }  // namespace hcy

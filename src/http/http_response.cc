@@ -78,6 +78,12 @@ void HttpResponse::takeMemory(BodyBlock& memory) {
   body_.trim(expected);
 }
 
+// What the spare block would not keep.
+std::shared_ptr<void> HttpResponse::takeBody() {
+  if (body_.capacity() <= SpareBlock::kMostKept) return nullptr;
+  return std::make_shared<BodyBlock>(std::move(body_));
+}
+
 bool HttpResponse::appendBody(const char* bytes, std::size_t count) {
   if (declaredLength_ > responseSizeLimit_) return false;
   const std::uint64_t room = bodyLength_ < mostKept_ ? mostKept_ - bodyLength_ : 0;

@@ -23,6 +23,7 @@ class HttpResponse : public Response {
 
   const char* bodyData() const override { return body_.data(); }
   std::uint64_t bodySize() const override { return bodyLength_; }
+  std::shared_ptr<void> takeBody() override;
   std::uint32_t statusCode() const override { return statusCode_; }
   std::string statusMessage() const override { return statusMessage_; }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace hcy {
@@ -16,6 +17,12 @@ class Response {
 
   virtual const char* bodyData() const = 0;    // never null; what was kept of the body
   virtual std::uint64_t bodySize() const = 0;  // of all of it
+
+  // Hands over the memory of a large body, which may be written, to an owner that gives it back in
+  // the end: the bytes stay where they are, and the response has none any more. Null, and nothing
+  // has changed, for another body.
+  virtual std::shared_ptr<void> takeBody() { return nullptr; }
+
   virtual std::uint32_t statusCode() const = 0;
 
   // What follows the status code in the first status line, line end included.

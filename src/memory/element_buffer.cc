@@ -11,6 +11,16 @@
 
 namespace hcy {
 
+ElementBuffer ElementBuffer::inside(const std::shared_ptr<void>& owner, std::byte* data,
+                                    std::size_t size) {
+  ElementBuffer buffer;
+  buffer.storage_.block.owner = new std::shared_ptr<void>(owner);
+  buffer.storage_.block.data = data;
+  buffer.place_ = Place::Inside;
+  buffer.truncate(size);
+  return buffer;
+}
+
 ElementBuffer ElementBuffer::copy() const {
   ElementBuffer copied;
   copied.reserve(size_);
@@ -45,7 +55,7 @@ std::byte* ElementBuffer::extend(std::size_t size) {
 }
 
 void ElementBuffer::grow(std::size_t capacity, bool isZero) {
-  Block block{nullptr, capacity};
+  Block block{nullptr, {capacity}};
   const Place place = capacity < kHugePage ? Place::Heap : Place::Mapped;
   const bool isExtended = place_ == place && size_ != 0;
   if (place == Place::Mapped) {
@@ -72,6 +82,8 @@ void ElementBuffer::release() {
     unmapLargeBlock(reinterpret_cast<char*>(storage_.block.data), storage_.block.size);
   } else if (place_ == Place::Heap) {
     std::free(storage_.block.data);
+  } else if (place_ == Place::Inside) {
+    delete storage_.block.owner;
   }
 }
 

@@ -4,15 +4,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <type_traits>
 
 namespace hcy {
 
 // The elements of one part of an array, as bytes. A few lie in the object itself, more on the heap,
-// and many in a mapped block of their own. Sizes are in bytes, and capacities are exact: a buffer
-// that is sized once has no more room than that. Operations that need memory throw std::bad_alloc
-// and change nothing then.
+// and many in a mapped block of their own, or inside memory that others own too. Sizes are in
+// bytes, and capacities are exact: a buffer that is sized once has no more room than that.
+// Operations that need memory throw std::bad_alloc and change nothing then.
 class ElementBuffer {
  public:
   // Room that takes no allocation.
@@ -28,11 +29,18 @@ class ElementBuffer {
   }
   ~ElementBuffer() { release(); }
 
+  // Bytes that lie in memory which the owner keeps.
+  static ElementBuffer inside(const std::shared_ptr<void>& owner, std::byte* data,
+                              std::size_t size);
+
   ElementBuffer copy() const;
 
   std::size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
-  std::size_t capacity() const { return place_ == Place::Inline ? kInline : storage_.block.size; }
+  std::size_t capacity() const {
+    if (place_ == Place::Inline) return kInline;
+    return place_ == Place::Inside ? size() : storage_.block.size;
+  }
 
   std::byte* data() { return place_ == Place::Inline ? storage_.bytes : storage_.block.data; }
   const std::byte* data() const {
@@ -61,10 +69,13 @@ class ElementBuffer {
   void truncate(std::size_t size) { size_ = size & kLargest; }
 
  private:
-  enum class Place : std::uint8_t { Inline, Heap, Mapped };
+  enum class Place : std::uint8_t { Inline, Heap, Mapped, Inside };
   struct Block {
     std::byte* data;
-    std::size_t size;
+    union {
+      std::size_t size;
+      std::shared_ptr<void>* owner;
+    };
   };
 
   static constexpr std::uint64_t kLargest = (std::uint64_t{1} << 56) - 1;

@@ -120,8 +120,9 @@ bool evaluate(hcyClientContext& context, const char* url, std::int32_t nargout, 
     context.setHttpError(*response);
     return false;
   }
-  Reply reply = readReply(bodyOf(*response, context.client->getConfig().getResponseSizeLimit()),
-                          static_cast<std::size_t>(std::max(nargout, 0)));
+  const Bytes body = bodyOf(*response, context.client->getConfig().getResponseSizeLimit());
+  Reply reply =
+      readReply(body, static_cast<std::size_t>(std::max(nargout, 0)), response->takeBody());
   if (reply.error) {
     context.setVortenError(std::move(*reply.error));
     return false;

@@ -26,10 +26,11 @@ constexpr std::uint32_t kError =
 
 class ReplyReader {
  public:
-  ReplyReader(Bytes body, std::size_t wantedOutputs)
+  ReplyReader(Bytes body, std::size_t wantedOutputs, const std::shared_ptr<void>& owner)
       : body_(body),
         input_(body.data(), static_cast<int>(body.size())),
-        wantedOutputs_(wantedOutputs) {}
+        wantedOutputs_(wantedOutputs),
+        owner_(owner) {}
 
   Reply read() {
     while (readField()) {
@@ -73,19 +74,21 @@ class ReplyReader {
       ReceivedArray unwanted;
       return readReceived(unwanted, bytes);
     }
-    return readReceived(reply_.outputs.emplace_back(), bytes);
+    const bool isMost = bytes.size() >= body_.size() / 4 * 3;
+    return readReceived(reply_.outputs.emplace_back(), bytes, isMost ? owner_ : nullptr);
   }
 
   Bytes body_;
   CodedInputStream input_;
   std::size_t wantedOutputs_;
+  std::shared_ptr<void> owner_;
   Reply reply_;
 };
 
 }  // namespace
 
-Reply readReply(Bytes body, std::size_t wantedOutputs) {
-  return ReplyReader(body, wantedOutputs).read();
+Reply readReply(Bytes body, std::size_t wantedOutputs, const std::shared_ptr<void>& owner) {
+  return ReplyReader(body, wantedOutputs, owner).read();
 }
 
 }  // namespace hcy

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -18,8 +19,10 @@ struct Reply {
   std::vector<ReceivedArray> outputs;  // the first ones
 };
 
-// Reads a body as far as it can be read. Each output gets memory of its own; those beyond the
-// wanted number are only counted.
-Reply readReply(Bytes body, std::size_t wantedOutputs);
+// Reads a body as far as it can be read. Outputs beyond the wanted number are only counted. Each
+// gets memory of its own; but if there is an owner of the body's memory, which must be writable, an
+// output that is most of the body stays there.
+Reply readReply(Bytes body, std::size_t wantedOutputs,
+                const std::shared_ptr<void>& owner = nullptr);
 
 }  // namespace hcy

@@ -43,12 +43,44 @@ bool areNarrow(Bytes packed) {
   return true;
 }
 
+// Elements that are to stay in the memory of the bytes that they were read from.
+struct StayingElements {
+  // From this size on, copying them costs more than the memory around them.
+  static constexpr std::size_t kLeast = std::size_t{1} << 20;
+
+  const std::shared_ptr<void>& owner;
+  Bytes real;
+  Bytes imaginary;
+  std::size_t elementSize = 1;
+
+  void clear() { real = imaginary = {}; }
+
+  // The part that lies first is moved first, so that none is written over before it is moved.
+  void putInto(ArrayData& array) const {
+    const bool isRealFirst = real.data() < imaginary.data();
+    if (isRealFirst && !real.empty()) array.real = moved(real);
+    if (!imaginary.empty()) array.imaginary = moved(imaginary);
+    if (!isRealFirst && !real.empty()) array.real = moved(real);
+  }
+
+ private:
+  // What stands before elements is longer than what they are moved by, or stands behind elements
+  // that have been moved by as much.
+  ElementBuffer moved(Bytes elements) const {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): the owner's memory may be written
+    auto* const begin = const_cast<std::uint8_t*>(elements.data());
+    std::uint8_t* const target = begin - reinterpret_cast<std::uintptr_t>(begin) % elementSize;
+    if (target != begin) std::memmove(target, begin, elements.size());
+    return ElementBuffer::inside(owner, reinterpret_cast<std::byte*>(target), elements.size());
+  }
+};
+
 // Reads the elements of a full class in the caller's own form. Those of a repeated field may be
 // packed or each in a field of its own.
 template <class Class>
 class ElementsReader {
  public:
-  explicit ElementsReader(ArrayData& array) : array_(array) {}
+  ElementsReader(ArrayData& array, StayingElements* staying) : array_(array), staying_(staying) {}
 
   static bool wants(const WireField& field) {
     return isElement(field, 1) || (NumericClass<Class> && isElement(field, 2));
@@ -59,7 +91,8 @@ class ElementsReader {
     if constexpr (ByteClass<Class>) {
       field.number() == 1 ? array_.showReal() : array_.showImaginary();
       buffer.truncate(0);
-      return add(field.content, buffer);
+      if (staying_ != nullptr) (field.number() == 1 ? staying_->real : staying_->imaginary) = {};
+      return add(field, buffer);
     } else if constexpr (isVarint<Class>) {
       if (field.isLengthDelimited()) {
         if constexpr (WidenedClass<Class>) hasWide_ = hasWide_ || !areNarrow<Class>(field.content);
@@ -71,7 +104,7 @@ class ElementsReader {
       std::memcpy(buffer.extend(sizeof element), &element, sizeof element);
       return true;
     } else {
-      return add(field.content, buffer);
+      return add(field, buffer);
     }
   }
 
@@ -88,15 +121,35 @@ class ElementsReader {
   }
 
   // Elements of fixed width: those that are there whole.
-  static bool add(Bytes content, ElementBuffer& buffer) {
+  bool add(const WireField& field, ElementBuffer& buffer) {
     static_assert(std::endian::native == std::endian::little);
-    const std::size_t cut = content.size() % sizeof(Element);
-    const std::size_t size = content.size() - cut;
-    if (size != 0) std::memcpy(buffer.extend(size), content.data(), size);
+    const std::size_t cut = field.content.size() % sizeof(Element);
+    const Bytes elements = field.content.first(field.content.size() - cut);
+    if (!stay(elements, field.number(), buffer)) append(elements, buffer);
     return cut == 0;
   }
 
+  static void append(Bytes elements, ElementBuffer& buffer) {
+    if (elements.empty()) return;
+    std::memcpy(buffer.extend(elements.size()), elements.data(), elements.size());
+  }
+
+  // Only one stretch of elements can stay where it is.
+  bool stay(Bytes elements, int number, ElementBuffer& buffer) {
+    if (staying_ == nullptr) return false;
+    Bytes& place = number == 1 ? staying_->real : staying_->imaginary;
+    if (place.empty() && buffer.empty() && elements.size() >= StayingElements::kLeast) {
+      place = elements;
+      staying_->elementSize = sizeof(Element);
+      return true;
+    }
+    append(place, buffer);
+    place = {};
+    return false;
+  }
+
   ArrayData& array_;
+  StayingElements* staying_;
   bool hasWide_ = false;
 };
 
@@ -202,13 +255,14 @@ class ArrayReader {
  public:
   // Without a source the bytes may be anything; with one they are canonical, and stay there.
   ArrayReader(ArrayData& target, Bytes bytes, bool keepsWide, int nesting,
-              const PackedArrays* source = nullptr)
+              const PackedArrays* source = nullptr, StayingElements* staying = nullptr)
       : target_(target),
         type_(typeOf(bytes, source != nullptr)),
         bytes_(bytes),
         keepsWide_(keepsWide),
         nesting_(nesting),
-        source_(source) {}
+        source_(source),
+        staying_(staying) {}
 
   bool read() {
     bool isWhole = readOnce();
@@ -219,6 +273,7 @@ class ArrayReader {
       isWhole = readOnce();
     }
     if (target_.type() != type_) clear();
+    if (staying_ != nullptr) staying_->putInto(target_);
     return isWhole;
   }
 
@@ -265,6 +320,7 @@ class ArrayReader {
     target_ = {};
     arrays_.reset();
     hasWide_ = false;
+    if (staying_ != nullptr) staying_->clear();
   }
 
   // The part of the array's own class.
@@ -286,7 +342,7 @@ class ArrayReader {
       if (!arrays_) arrays_.emplace(Class::Message::kElementsFieldNumber, part.size());
       return readFields(part, ArraysReader<Class>(target_, part, *arrays_, nesting_ - 1), merge);
     } else {
-      ElementsReader<Class> reader(target_);
+      ElementsReader<Class> reader(target_, staying_);
       const bool isWhole = readFields(part, reader, merge);
       hasWide_ = hasWide_ || reader.hasWide();
       return isWhole;
@@ -327,6 +383,7 @@ class ArrayReader {
   bool keepsWide_;
   int nesting_;
   const PackedArrays* source_;
+  StayingElements* staying_;
   std::optional<PackedArraysBuilder> arrays_;
   std::size_t partsEnd_ = 0;
   bool hasWide_ = false;
@@ -345,6 +402,11 @@ bool ArraysReader<Class>::addOther(Bytes bytes) {
 
 bool readArray(ArrayData& target, Bytes bytes) {
   return ArrayReader(target, bytes, false, kNesting).read();
+}
+
+bool readArrayInPlace(ArrayData& target, Bytes bytes, const std::shared_ptr<void>& owner) {
+  StayingElements staying{owner, {}, {}};
+  return ArrayReader(target, bytes, false, kNesting, nullptr, &staying).read();
 }
 
 void readPackedArray(ArrayData& target, const PackedArrays& arrays, std::size_t index) {

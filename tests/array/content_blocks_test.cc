@@ -16,8 +16,7 @@ namespace {
 using test::owned;
 
 ArrayHandle cellOfScalars(int count) {
-  VORTEN_Array cell =
-      test::arrayOf(VORTEN_Array::CELL, {static_cast<std::uint64_t>(count), 1});
+  VORTEN_Array cell = test::arrayOf(VORTEN_Array::CELL, {static_cast<std::uint64_t>(count), 1});
   for (int i = 0; i < count; ++i) {
     *cell.mutable_cell()->add_elements() = test::rowOf<DOUBLE_class>({i});
   }

@@ -54,6 +54,25 @@ TEST(HttpResponse, bodyGrowsPieceByPieceAndHoldsAnyByte) {
   EXPECT_EQ(bodyOf(response), std::string("ab\0\xFF", 4));
 }
 
+TEST(HttpResponse, givesTheMemoryOfALargeBodyAway) {
+  const std::string small(SpareBlock::kMostKept, 'x');
+  const std::string large(SpareBlock::kMostKept + 1, 'x');
+  const auto spare = std::make_shared<SpareBlock>();
+  std::shared_ptr<void> taken;
+  const char* bytes = nullptr;
+  {
+    HttpResponse response(kLimit, spare);
+    response.appendBody(small.data(), small.size());
+    EXPECT_EQ(response.takeBody(), nullptr);
+    EXPECT_EQ(bodyOf(response), small);
+    response.appendBody("x", 1);
+    bytes = response.bodyData();
+    taken = response.takeBody();
+    ASSERT_NE(taken, nullptr);
+  }
+  EXPECT_TRUE(std::string(bytes, large.size()) == large);
+}
+
 TEST(HttpResponse, emptyPieceIsTakenAndChangesNothing) {
   HttpResponse response(kLimit);
   EXPECT_TRUE(response.appendBody(nullptr, 0));

@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <new>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "support/mapped_memory.h"
 
@@ -118,6 +120,33 @@ TEST(ElementBuffer, IsCopiedAndMoved) {
     target = std::move(moved);
     expectFilled(target, size);
   }
+}
+
+TEST(ElementBuffer, InsideOtherMemoryKeepsItAndLeavesItToGrow) {
+  const auto block = std::make_shared<std::vector<std::byte>>(1000);
+  {
+    ElementBuffer buffer = ElementBuffer::inside(block, block->data() + 8, 100);
+    EXPECT_EQ(buffer.data(), block->data() + 8);
+    EXPECT_EQ(buffer.capacity(), 100U);
+    EXPECT_EQ(block.use_count(), 2);
+    fill(buffer);
+    const ElementBuffer copy = buffer.copy();
+    EXPECT_NE(copy.data(), buffer.data());
+    ElementBuffer moved = std::move(buffer);
+    EXPECT_EQ(moved.data(), block->data() + 8);
+    EXPECT_EQ(block.use_count(), 2);
+    moved.resize(50);
+    EXPECT_EQ(moved.data(), block->data() + 8);
+    moved.resize(200);
+    EXPECT_EQ(block.use_count(), 1);
+    expectFilled(moved, 50);
+    EXPECT_EQ(moved.data()[50], std::byte{0});
+    expectFilled(copy, 100);
+    EXPECT_EQ((*block)[108], std::byte{0}) << "written behind the elements";
+    moved = ElementBuffer::inside(block, block->data(), 10);
+    EXPECT_EQ(block.use_count(), 2);
+  }
+  EXPECT_EQ(block.use_count(), 1);
 }
 
 TEST(ElementBuffer, GivesItsBlocksBack) {

@@ -15,6 +15,7 @@
 
 #include "support/call_test.h"
 #include "support/own_process.h"
+#include "wire/varint.h"
 
 namespace hcy::abi {
 namespace {
@@ -123,19 +124,20 @@ class MeasuredCall {
 
   // A call with one output, or none.
   int feval(const ScriptServer& server, std::int32_t outputs) {
-    Outputs places(1);
-    const int status = context_->feval(server.url(), outputs, places.data());
+    const int status = context_->feval(server.url(), outputs, outputs_.data());
     taken_ = residentBytes("VmHWM") - before_;
     std::printf("%.1f MiB\n", static_cast<double>(taken_) / kMebibyte);
     return status;
   }
   std::size_t taken() const { return taken_; }
+  const hcyArray* output() const { return outputs_[0]; }
   Failure failure() const { return context_->lastFailure(); }
 
  private:
   Library library_;
   Config config_{library_};
   std::optional<Context> context_;
+  Outputs outputs_{1};
   std::size_t before_ = 0;
   std::size_t taken_ = 0;
 };
@@ -177,6 +179,33 @@ HCY_TEST_IN_OWN_PROCESS(CallMemory, ofAnEndlessReplyIsNoMoreThanTheLimitUntilThe
   EXPECT_EQ(call.feval(server, 1), 1);
   EXPECT_EQ(call.failure(), kTimedOut);
   EXPECT_LE(call.taken(), kLimit + kSlack);
+}
+
+// An output that is most of a large body stays where it is.
+HCY_TEST_IN_OWN_PROCESS(CallMemory, ofALargeOutputIsThatOfTheBody) {
+  constexpr std::size_t mebibytes = 24;
+  constexpr std::size_t count = mebibytes * kMebibyte / sizeof(double);
+  const auto head = [](const std::string& tag, std::size_t size) {
+    std::uint8_t bytes[10];
+    return tag + std::string(bytes, writeVarint(size, bytes));
+  };
+  const std::string elements = head("\x0A", count * sizeof(double));
+  const std::string part = head("\xCA\x01", elements.size() + count * sizeof(double)) + elements;
+  const std::string array = "\x08\x09" + head("\x12", 5) + head("\x01", count) + part;
+  const std::string body = head("\x0A", array.size() + count * sizeof(double)) + array;
+  std::string piece;
+  for (std::size_t i = 0; i < kMebibyte; i += 8) piece += std::string("\0\0\0\0\0\0\x04\x40", 8);
+  const std::size_t size = body.size() + mebibytes * kMebibyte;
+  const ScriptServer server(
+      {Connection{readRequest(),
+                  send("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(size) + "\r\n\r\n"),
+                  send(body), sendRepeated(piece, mebibytes * kMebibyte), waitForClose()}});
+  MeasuredCall call;
+  EXPECT_EQ(call.feval(server, 1), 0) << call.failure().text;
+  EXPECT_LE(call.taken(), size + kSlack);
+  const double* const data = hcyGetPr(call.output());
+  ASSERT_NE(data, nullptr);
+  EXPECT_EQ(std::count(data, data + count, 2.5), static_cast<std::ptrdiff_t>(count));
 }
 
 HCY_TEST_IN_OWN_PROCESS(CallMemory, ofTheBodyOfAFailureIsLittle) {

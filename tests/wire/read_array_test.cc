@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
 #include <random>
 #include <string>
 #include <utility>
@@ -14,6 +16,7 @@
 
 #include "support/array_messages.h"
 #include "wire/read_message.h"
+#include "wire/wire_parts.h"
 
 namespace hcy {
 namespace {
@@ -270,6 +273,63 @@ TYPED_TEST(ReadNarrow, HoldsNoMoreThanTheElementsOfOrdinaryOnes) {
   EXPECT_FALSE(array.areWide());
   EXPECT_EQ(array.rest(), nullptr);
   EXPECT_EQ(test::writtenBytes(array), message.SerializeAsString());
+}
+
+template <class Class>
+struct AreOfFixedWidth
+    : std::bool_constant<!SparseClass<Class> && !ContainerClass<Class> && !isVarint<Class>> {};
+template <class Class>
+class ReadInPlace : public testing::Test {};
+using FixedClasses = test::ClassesThat<AreOfFixedWidth>;
+TYPED_TEST_SUITE(ReadInPlace, FixedClasses, test::ClassNames);
+
+// A body of one output, which begins at each address of the alignment in turn, with its parts in
+// either order.
+TYPED_TEST(ReadInPlace, LeavesManyElementsInTheMemoryOfTheBody) {
+  using Element = typename TypeParam::Element;
+  constexpr std::size_t size = std::size_t{1} << 20;
+  std::string real(size, '\0');
+  std::string imaginary(size, '\0');
+  for (std::size_t i = 0; i < size; ++i) real[i] = static_cast<char>(i * 7);
+  for (std::size_t i = 0; i < size; ++i) imaginary[i] = static_cast<char>(i * 3 + 1);
+  const std::string type = "\x08" + varint(static_cast<std::uint64_t>(TypeParam::type));
+  const int number = 16 + static_cast<int>(TypeParam::type);
+  for (const std::string& part : {field(1, real) + field(2, imaginary),
+                                  field(2, imaginary) + field(1, real), field(1, real)}) {
+    const std::string bytes = type + field(2, varint(size / sizeof(Element)) + "\1") +
+                              field(number, part) + unknownFields();
+    ArrayData expected;
+    ASSERT_TRUE(readArray(expected, bytesOf(bytes)));
+    for (std::size_t offset = 0; offset < sizeof(Element); ++offset) {
+      const auto body = std::make_shared<std::vector<std::uint8_t>>(offset + bytes.size());
+      std::ranges::copy(bytes, body->begin() + static_cast<std::ptrdiff_t>(offset));
+      ArrayData array;
+      EXPECT_TRUE(readArrayInPlace(array, Bytes(*body).subspan(offset), body));
+      EXPECT_EQ(body.use_count(), array.imaginary.empty() ? 2 : 3);
+      const auto* const address = reinterpret_cast<const std::uint8_t*>(array.real.data());
+      EXPECT_TRUE(address > body->data() && address < body->data() + body->size());
+      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(address) % sizeof(Element), 0U);
+      EXPECT_TRUE(test::writtenBytes(array) == test::writtenBytes(expected));
+    }
+  }
+}
+
+TYPED_TEST(ReadInPlace, CopiesFewElementsAndThoseInSeveralPieces) {
+  const std::string piece(std::size_t{1} << 20, '\1');
+  const std::string type = "\x08" + varint(static_cast<std::uint64_t>(TypeParam::type));
+  const int number = 16 + static_cast<int>(TypeParam::type);
+  for (const std::string& part :
+       {field(1, piece.substr(0, piece.size() - 8)), field(1, piece) + field(1, "\1\2\3\4\5\6\7\b"),
+        field(1, "\1\2\3\4\5\6\7\b") + field(1, piece) + field(1, "")}) {
+    const std::string bytes = type + field(number, part);
+    ArrayData expected;
+    ASSERT_TRUE(readArray(expected, bytesOf(bytes)));
+    const auto body = std::make_shared<std::vector<std::uint8_t>>(bytes.begin(), bytes.end());
+    ArrayData array;
+    EXPECT_TRUE(readArrayInPlace(array, *body, body));
+    EXPECT_TRUE(test::writtenBytes(array) == test::writtenBytes(expected));
+    EXPECT_EQ(body.use_count(), 1);
+  }
 }
 
 template <class Class>
