@@ -16,10 +16,9 @@ namespace hcy {
 
 using client::VORTEN_Array;
 
-// read() gives the typed sub-message, the schema's empty one if it is absent. present() makes it
-// present, in the memory of the message. write() does so on the heap, and allocates before it
-// touches the message: the generated accessor would mark a sub-message present that it then fails
-// to allocate.
+// read() gives the typed sub-message, the schema's empty one if it is absent. write() makes it
+// present, and allocates before it touches the message: the generated accessor would mark a
+// sub-message present that it then fails to allocate.
 #define HCY_ARRAY_CLASS_TRAITS(type_, name_, storage_, field, Message_, Element_, is_numeric_) \
   struct type_##_class {                                                                       \
     using Message = VORTEN_Array::Message_;                                                    \
@@ -29,9 +28,6 @@ using client::VORTEN_Array;
     static constexpr ElementStorage storage = ElementStorage::storage_;                        \
     static constexpr bool is_numeric = is_numeric_;                                            \
     static const Message& read(const VORTEN_Array& array) { return array.field(); }            \
-    static bool isPresent(const VORTEN_Array& array) { return array.has_##field(); }           \
-    static void clear(VORTEN_Array& array) { array.clear_##field(); }                          \
-    static Message& present(VORTEN_Array& array) { return *array.mutable_##field(); }          \
     static Message& write(VORTEN_Array& array) {                                               \
       if (!array.has_##field()) array.set_allocated_##field(new Message());                    \
       return *array.mutable_##field();                                                         \

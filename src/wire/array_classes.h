@@ -12,7 +12,7 @@
 // each class in the order of the wire's QXType numbers, from 0, without a gap:
 //   type        name of the class in QXType
 //   name        name of the class for the caller; a sparse array has the class of its values
-//   storage     how the elements lie in the message (see ElementStorage)
+//   storage     how the elements lie on the wire (see ElementStorage)
 //   field       the typed sub-message's field in VORTEN_Array
 //   Message     the typed sub-message's type in VORTEN_Array
 //   Element     what one element is to the caller, behind a data pointer

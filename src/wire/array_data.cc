@@ -32,7 +32,7 @@ void ArrayData::clearWide() {
   areWide_ = false;
   dispatch_on_QXType(type(), [this]<class Class>(Class) {
     if constexpr (WidenedClass<Class>) {
-      typename Class::Message& part = Class::present(*rest_);
+      typename Class::Message& part = Class::write(*rest_);
       part.clear_elements();
       if constexpr (NumericClass<Class>) part.clear_imag_elements();
     }

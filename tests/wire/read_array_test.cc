@@ -102,7 +102,7 @@ template <class Class>
 void dropHighBits(VORTEN_Array& array) {
   if constexpr (WidenedClass<Class>) {
     using Element = typename Class::Element;
-    if (!Class::isPresent(array)) return;
+    if (!test::hasTypedPart(array)) return;
     auto& part = Class::write(array);
     for (auto& element : *part.mutable_elements()) element = static_cast<Element>(element);
     if constexpr (NumericClass<Class>) {
