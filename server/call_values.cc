@@ -21,6 +21,7 @@
 #include "runtime/reply_reader.h"
 #include "source_text.h"
 #include "text.h"
+#include "wire/read_message.h"
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
 
