@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "wire/ascii_runs.h"
 #include "wire/varint.h"
 #include "wire/varint_ends.h"
 
@@ -60,49 +61,100 @@ inline std::uint64_t valueOf(const std::uint8_t* varint, std::size_t length) {
          (varint[9] & mask.tenth) << 63;
 }
 
-// Reads varints block by block, without a branch for each of their lengths; up to a block and a
-// varint are left over. `position` is moved behind what was read, and becomes null if that is
-// broken.
+// Reads varints block by block, without a branch for each of their lengths.
 template <class Element>
-Element* readBlocks(const std::uint8_t*& position, const std::uint8_t* end, Element* elements) {
-  for (const std::uint8_t* block = position; end - block >= std::ptrdiff_t{kBlock + kLongest};
-       block += kBlock) {
-    std::uint64_t ends = varintEnds(block);
-    if (ends == UINT64_MAX && position == block) {
-      elements = std::transform(block, block + kBlock, elements, elementOf<Element>);
-      position += kBlock;
-      continue;
-    }
-    for (; ends != 0; ends &= ends - 1) {
-      const std::uint8_t* const next = block + std::countr_zero(ends) + 1;
-      const auto length = static_cast<std::size_t>(next - position);
-      if (length > kLongest) {
-        position = nullptr;
-        return elements;
+class BlockReader {
+ public:
+  // There is room for one element for each byte that ends a varint.
+  BlockReader(Bytes packed, Element* elements, std::size_t room)
+      : position_(packed.data()),
+        end_(position_ + packed.size()),
+        elements_(elements),
+        elementsEnd_(elements + room) {}
+
+  // Up to a block and a varint are left over. False if what was read is broken.
+  bool read() {
+    for (const std::uint8_t* block = position_; end_ - block >= std::ptrdiff_t{kBlock + kLongest};
+         block += kBlock) {
+      const std::uint64_t ends = varintEnds(block);
+      if (ends == UINT64_MAX && position_ == block) {
+        elements_ = std::transform(block, block + kBlock, elements_, elementOf<Element>);
+        position_ += kBlock;
+      } else if (hasRuns(ends) ? !readRuns(block, ends) : !readEach(block, ends)) {
+        return false;
       }
-      if constexpr (sizeof(Element) == 2) {
-        *elements++ = static_cast<Element>(lowBitsOf(position, length));
-      } else {
-        *elements++ = elementOf<Element>(valueOf(position, length));
-      }
-      position = next;
     }
+    return true;
   }
-  return elements;
-}
+
+  const std::uint8_t* position() const { return position_; }
+  Element* elements() const { return elements_; }
+
+ private:
+  // Whether most varints are of one byte, and eight elements can be written wherever one is due.
+  bool hasRuns(std::uint64_t ends) const {
+    return sizeof(Element) == 2 && std::popcount(ends) > 40 &&
+           elementsEnd_ - elements_ >= std::ptrdiff_t{kBlock + kRun};
+  }
+
+  bool readEach(const std::uint8_t* block, std::uint64_t ends) {
+    for (; ends != 0; ends &= ends - 1) {
+      if (!readOne(block + std::countr_zero(ends) + 1)) return false;
+    }
+    return true;
+  }
+
+  // Any varint, and those of one byte that follow it.
+  bool readRuns(const std::uint8_t* block, std::uint64_t ends) {
+    while (ends != 0) {
+      if (!readOne(block + std::countr_zero(ends) + 1)) return false;
+      ends &= ends - 1;
+      if (ends == 0) break;
+      const auto offset = position_ - block;
+      const std::uint64_t following = ends >> offset;
+      const std::size_t run = runLength(following);
+      widenRun(position_, elements_);
+      elements_ += run;
+      position_ += run;
+      ends = following >> run << run << offset;
+    }
+    return true;
+  }
+
+  bool readOne(const std::uint8_t* next) {
+    const auto length = static_cast<std::size_t>(next - position_);
+    if (length > kLongest) return false;
+    if constexpr (sizeof(Element) == 2) {
+      *elements_++ = static_cast<Element>(lowBitsOf(position_, length));
+    } else {
+      *elements_++ = elementOf<Element>(valueOf(position_, length));
+    }
+    position_ = next;
+    return true;
+  }
+
+  const std::uint8_t* position_;
+  const std::uint8_t* end_;
+  Element* elements_;
+  Element* elementsEnd_;
+};
 
 // Reads packed varints, and moves `elements` behind the last one; false if they are broken. There
 // is room for one element for each byte that ends a varint.
 template <class Element>
-bool readAll(Bytes packed, Element*& elements) {
-  const std::uint8_t* position = packed.data();
-  const std::uint8_t* const end = position + packed.size();
-  elements = readBlocks(position, end, elements);
-  while (position != nullptr && position != end) {
+bool readAll(Bytes packed, Element*& elements, std::size_t room) {
+  BlockReader<Element> blocks(packed, elements, room);
+  const bool isWhole = blocks.read();
+  elements = blocks.elements();
+  if (!isWhole) return false;
+  const std::uint8_t* position = blocks.position();
+  const std::uint8_t* const end = packed.data() + packed.size();
+  while (position != end) {
     const std::uint64_t varint = readVarint(position, end);
-    if (position != nullptr) *elements++ = elementOf<Element>(varint);
+    if (position == nullptr) return false;
+    *elements++ = elementOf<Element>(varint);
   }
-  return position != nullptr;
+  return true;
 }
 
 template <class Element>
@@ -118,11 +170,18 @@ std::size_t varintSizeOf(Element element) {
   }
 }
 
-// The highest bit of each of the first bytes.
-constexpr std::uint64_t continued(std::size_t count) {
-  return count >= 8 ? 0x8080808080808080U
-                    : 0x8080808080808080U & ((std::uint64_t{1} << 8 * count) - 1);
-}
+// The highest bits of the first eight bytes of a varint of each length.
+constexpr std::uint64_t continued[kLongest + 1] = {0,
+                                                   0,
+                                                   0x80,
+                                                   0x8080,
+                                                   0x808080,
+                                                   0x80808080,
+                                                   0x8080808080,
+                                                   0x808080808080,
+                                                   0x80808080808080,
+                                                   0x8080808080808080,
+                                                   0x8080808080808080};
 
 // Groups of seven bits, each in a byte.
 constexpr std::uint64_t spread(std::uint64_t bits) {
@@ -138,24 +197,23 @@ std::uint8_t* writeIntoTen(Element element, std::uint8_t* out) {
   if constexpr (sizeof(Element) == 8) {
     const auto value = static_cast<std::uint64_t>(element);
     const std::size_t length = varintSize(value);
-    storeLittleEndian(spread(value) | continued(length - 1), out);
+    storeLittleEndian(spread(value) | continued[length], out);
     out[8] = static_cast<std::uint8_t>((value >> 56 & 0x7F) | (value >> 63) << 7);
     out[9] = 1;
     return out + length;
   }
-  static constexpr std::uint64_t continuedBits[] = {0, 0, 0x80, 0x8080};
   const auto value = static_cast<std::uint64_t>(static_cast<std::uint16_t>(element));
   const std::size_t length = 1U + (value >= 0x80) + (value >= 0x4000);
   std::uint64_t bytes = (value & 0x7F) | (value & 0x3F80) << 1 | (value & 0xC000) << 2;
   if constexpr (std::is_signed_v<Element>) {
     // Sign-extended to 64 bits: seven bytes and the rest of the third are constant.
     const std::uint64_t negative = -(value >> 15);
-    storeLittleEndian(bytes | continuedBits[length] | (negative & 0xFFFFFFFFFFFC8080U), out);
+    storeLittleEndian(bytes | continued[length] | (negative & 0xFFFFFFFFFFFC8080U), out);
     out[8] = 0xFF;
     out[9] = 0x01;
     return out + length + (negative & (kLongest - 3));
   } else {
-    storeLittleEndian(bytes | continuedBits[length], out);
+    storeLittleEndian(bytes | continued[length], out);
     return out + length;
   }
 }
@@ -174,6 +232,25 @@ std::uint8_t* writeGroup(std::span<const Element, size> elements, std::uint8_t* 
   return out;
 }
 
+// The same of text: what is ASCII up to the next other unit is written eight at a time.
+std::uint8_t* writeGroup(std::span<const char16_t, kUnits> units, std::uint8_t* out) {
+  std::uint64_t ascii = asciiUnits(units.data());
+  if (ascii == UINT64_MAX) {
+    for (std::size_t i = 0; i < kUnits; i += kRun) narrowRun(units.data() + i, out + i);
+    return out + kUnits;
+  }
+  for (std::size_t i = 0;;) {
+    const std::size_t run = runLength(ascii);
+    narrowRun(units.data() + i, out);
+    out += run;
+    i += run;
+    if (i == kUnits) return out;
+    out = writeIntoTen(units[i++], out);
+    if (i == kUnits) return out;
+    ascii = ascii >> run >> 1;
+  }
+}
+
 }  // namespace
 
 // In 32 bits, which hold the number of any body's bytes and are quick to add up.
@@ -190,7 +267,7 @@ bool readPacked(Bytes packed, RepeatedField<Element>& list) {
   list.Reserve(size + static_cast<int>(count));
   Element* const begin = list.AddNAlreadyReserved(static_cast<int>(count));
   Element* elements = begin;
-  const bool isWhole = readAll(packed, elements);
+  const bool isWhole = readAll(packed, elements, count);
   list.Truncate(size + static_cast<int>(elements - begin));
   return isWhole;
 }
@@ -198,10 +275,10 @@ bool readPacked(Bytes packed, RepeatedField<Element>& list) {
 template <class Element>
 bool readPacked(Bytes packed, ElementBuffer& buffer) {
   const std::size_t size = buffer.size();
-  auto* const begin =
-      reinterpret_cast<Element*>(buffer.extend(countVarints(packed) * sizeof(Element)));
+  const std::size_t count = countVarints(packed);
+  auto* const begin = reinterpret_cast<Element*>(buffer.extend(count * sizeof(Element)));
   Element* elements = begin;
-  const bool isWhole = readAll(packed, elements);
+  const bool isWhole = readAll(packed, elements, count);
   buffer.truncate(size + static_cast<std::size_t>(elements - begin) * sizeof(Element));
   return isWhole;
 }
@@ -215,8 +292,8 @@ std::size_t packedSize(std::span<const Element> elements) {
 
 template <class Element>
 std::uint8_t* writePacked(std::span<const Element> elements, std::uint8_t* out) {
-  constexpr std::size_t group = 8;
   // Each of those that follow takes a byte at least.
+  constexpr std::size_t group = std::is_same_v<Element, char16_t> ? kUnits : 8;
   for (; elements.size() >= group + kLongest; elements = elements.subspan(group)) {
     out = writeGroup(elements.template first<group>(), out);
   }

@@ -98,7 +98,7 @@ class ArrayReader {
       return mergePart(target_.writeRest(), others, nesting_);
     });
     if (arrays_) target_.writeContainer().arrays = arrays_->build(true);
-    if (hasWide_ && keepsWide_) keepWide();
+    if (hasWide_) keepWide();
     return isWhole;
   }
 
@@ -128,7 +128,7 @@ class ArrayReader {
       if (!arrays_) arrays_.emplace(Class::Message::kElementsFieldNumber, part.size());
       return readFields(part, ArraysReader<Class>(target_, part, *arrays_, nesting_ - 1), merge);
     } else {
-      ElementsReader<Class> reader(target_, staying_);
+      ElementsReader<Class> reader(target_, staying_, keepsWide_);
       const bool isWhole = readFields(part, reader, merge);
       hasWide_ = hasWide_ || reader.hasWide();
       return isWhole;

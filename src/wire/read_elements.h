@@ -79,7 +79,9 @@ struct StayingElements {
 template <class Class>
 class ElementsReader {
  public:
-  ElementsReader(ArrayData& array, StayingElements* staying) : array_(array), staying_(staying) {}
+  // Only whoever keeps wide values has to know of them.
+  ElementsReader(ArrayData& array, StayingElements* staying, bool keepsWide)
+      : array_(array), staying_(staying), seeksWide_(WidenedClass<Class> && keepsWide) {}
 
   static bool wants(const WireField& field) {
     return isElement(field, 1) || (NumericClass<Class> && isElement(field, 2));
@@ -94,10 +96,10 @@ class ElementsReader {
       return add(field, buffer);
     } else if constexpr (isVarint<Class>) {
       if (field.isLengthDelimited()) {
-        if constexpr (WidenedClass<Class>) hasWide_ = hasWide_ || !areNarrow<Class>(field.content);
+        if (seeksWide_) hasWide_ = hasWide_ || !areNarrow<Class>(field.content);
         return readPacked<Element>(field.content, buffer);
       }
-      if constexpr (WidenedClass<Class>) hasWide_ = hasWide_ || !isNarrow<Class>(field.value);
+      if (seeksWide_) hasWide_ = hasWide_ || !isNarrow<Class>(field.value);
       const auto element = std::is_same_v<Element, bool> ? static_cast<Element>(field.value != 0)
                                                          : static_cast<Element>(field.value);
       std::memcpy(buffer.extend(sizeof element), &element, sizeof element);
@@ -149,6 +151,7 @@ class ElementsReader {
 
   ArrayData& array_;
   StayingElements* staying_;
+  bool seeksWide_;
   bool hasWide_ = false;
 };
 

@@ -9,6 +9,7 @@
 #include <numeric>
 #include <random>
 
+#include "wire/ascii_runs.h"
 #include "wire/varint.h"
 #include "wire/varint_ends.h"
 
@@ -48,7 +49,7 @@ std::vector<Element> elementsOf(Bytes packed, bool& isWhole) {
     elements.push_back(std::is_same_v<Element, bool> ? static_cast<Element>(value != 0)
                                                      : static_cast<Element>(value));
   }
-  isWhole = position != nullptr;
+  isWhole = packed.empty() || position != nullptr;
   return elements;
 }
 
@@ -111,6 +112,27 @@ TYPED_TEST(PackedVarints, AreReadAroundALongerOne) {
     addVarint(300, 2, bytes);
     bytes.resize(300, 1);
     expectReadAsOneByOne<TypeParam>(bytes);
+  }
+}
+
+// One in so many is longer than a byte, as in text.
+TYPED_TEST(PackedVarints, AreReadWhereMostAreOfOneByte) {
+  std::mt19937_64 random(7);
+  for (const std::uint64_t rarity : {2U, 4U, 8U, 20U, 60U}) {
+    for (int round = 0; round < 40; ++round) {
+      Buffer bytes;
+      while (bytes.size() < 600) {
+        const bool isLonger = random() % rarity == 0;
+        addVarint(random() % 0x80, isLonger ? 2 + random() % 9 : 1, bytes);
+      }
+      expectReadAsOneByOne<TypeParam>(bytes);
+      // There is room for those that end, and nothing behind it.
+      Buffer cut(bytes);
+      cut.resize(cut.size() + 30, 0x80);
+      expectReadAsOneByOne<TypeParam>(cut);
+      bytes.insert(bytes.begin() + static_cast<int>(random() % bytes.size()), 11, 0x80);
+      expectReadAsOneByOne<TypeParam>(bytes);
+    }
   }
 }
 
@@ -186,6 +208,17 @@ TYPED_TEST(PackedElements, OfAnyNumberAreWritten) {
   }
 }
 
+TYPED_TEST(PackedElements, ThatAreMostlyAsciiAreWritten) {
+  std::mt19937_64 random(8);
+  for (const std::uint64_t rarity : {2U, 4U, 8U, 20U, 60U}) {
+    std::vector<TypeParam> elements(2000);
+    for (TypeParam& element : elements) {
+      element = static_cast<TypeParam>(random() % rarity == 0 ? random() : random() % 0x80);
+    }
+    expectWrittenAsOneByOne<TypeParam>(elements);
+  }
+}
+
 // Where the next length begins.
 TYPED_TEST(PackedElements, OfEveryLengthAreWritten) {
   std::vector<TypeParam> elements;
@@ -217,6 +250,20 @@ TEST(VarintEnds, AreTheBytesWithoutTheHighestBit) {
     }
     EXPECT_EQ(varintEnds(block.data()), expected);
     EXPECT_EQ(varintEndsPortably(block.data()), expected);
+  }
+}
+
+TEST(AsciiUnits, AreThoseBelow128) {
+  std::mt19937_64 random(9);
+  for (int i = 0; i < 1000; ++i) {
+    std::u16string units(kUnits, 0);
+    std::uint64_t expected = 0;
+    for (std::size_t k = 0; k < kUnits; ++k) {
+      units[k] = static_cast<char16_t>(random() >> random() % 64);
+      expected |= std::uint64_t{units[k] < 0x80} << k;
+    }
+    EXPECT_EQ(asciiUnits(units.data()), expected);
+    EXPECT_EQ(asciiUnitsPortably(units.data()), expected);
   }
 }
 
