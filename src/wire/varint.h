@@ -10,6 +10,8 @@
 
 namespace hcy {
 
+inline constexpr std::size_t kLongestVarint = 10;
+
 constexpr std::size_t varintSize(std::uint64_t value) {
   return static_cast<std::size_t>(std::bit_width(value | 1) + 6) / 7;
 }
