@@ -63,6 +63,7 @@ TEST(CppArrayEigen, isCopiedOut) {
   EXPECT_EQ(toEigen<Eigen::MatrixXd>(array)(1, 0), 3);
   EXPECT_EQ(toEigen<Eigen::Matrix2i>(array)(0, 1), 2);
   EXPECT_EQ(toEigen<Eigen::MatrixXcd>(array)(1, 1), std::complex<double>(4, 0));
+  EXPECT_EQ(toEigen<Eigen::MatrixXcd>(Array::zeros<double>(0, 2)).cols(), 2);
   const Array complex = Array({std::complex<double>(1, 2), std::complex<double>(3, 4)});
   EXPECT_EQ(toEigen<Eigen::VectorXcd>(complex)(1), std::complex<double>(3, 4));
   EXPECT_THROW(toEigen<Eigen::VectorXd>(complex), UsageError);

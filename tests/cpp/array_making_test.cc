@@ -42,6 +42,7 @@ TEST(CppArrayMaking, takesContiguousRanges) {
   EXPECT_EQ(Array(std::vector<bool>{true, false}), Array({true, false}));
   EXPECT_EQ(Array(std::vector<bool>{true, false}, {1, 2}), Array::row({true, false}));
   EXPECT_THROW(Array(column, {2, 2}), UsageError);
+  EXPECT_THROW(Array(column, Shape{}), UsageError);
   EXPECT_THROW(Array(column, {100000, 100000}), UsageError);
   EXPECT_TRUE(Array(std::array<double, 0>{}).isEmpty());
 }

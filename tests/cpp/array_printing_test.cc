@@ -20,6 +20,7 @@ TEST(CppArrayPrinting, showsOneValueOnItsLine) {
   EXPECT_EQ(format(Array(5.0)), "double 1-by-1 = 5");
   EXPECT_EQ(format(Array(0.1)), "double 1-by-1 = 0.1");
   EXPECT_EQ(format(Array(true)), "logical 1-by-1 = true");
+  EXPECT_EQ(format(Array(false)), "logical 1-by-1 = false");
   EXPECT_EQ(format(Array(std::int8_t{-3})), "int8 1-by-1 = -3");
   EXPECT_EQ(format(Array(std::complex<double>(1, -2.5))), "complex double 1-by-1 = 1 - 2.5i");
   EXPECT_EQ(format(Array(std::complex<float>(1, 2))), "complex single 1-by-1 = 1 + 2i");
@@ -28,6 +29,12 @@ TEST(CppArrayPrinting, showsOneValueOnItsLine) {
   EXPECT_EQ(format(Array(-std::numeric_limits<double>::infinity())), "double 1-by-1 = -Inf");
   EXPECT_EQ(format(Array(std::numeric_limits<double>::quiet_NaN())), "double 1-by-1 = NaN");
   EXPECT_EQ(format(Array()), "(no array)");
+}
+
+TEST(CppArrayPrinting, showsWholeNumbersInFullWhileTheyAreExact) {
+  EXPECT_EQ(format(Array(9007199254740991.0)), "double 1-by-1 = 9007199254740991");
+  EXPECT_EQ(format(Array(9007199254740992.0)), "double 1-by-1 = 9.0072e+15");
+  EXPECT_EQ(format(Array(-1e300)), "double 1-by-1 = -1e+300");
 }
 
 TEST(CppArrayPrinting, alignsColumns) {
@@ -80,6 +87,25 @@ TEST(CppArrayPrinting, lendsNothingToATerminal) {
             "struct 1-by-1\n  a\\nb\uFFFD\u00e9\U0001F600: double 1-by-1 = 1");
 }
 
+// Each stretch of units that are escaped, and what is beside it.
+TEST(CppArrayPrinting, escapesWhatATerminalWouldObey) {
+  const auto isEscaped = [](char16_t unit) {
+    const std::string text = format(Array(std::u16string{u'a', unit}));
+    return text.find("\\u") != std::string::npos;
+  };
+  const std::vector<std::pair<char16_t, char16_t>> stretches = {{0x7F, 0x9F},     {0x61C, 0x61C},
+                                                                {0x200E, 0x200F}, {0x2028, 0x202E},
+                                                                {0x2066, 0x2069}, {0xD800, 0xDFFF}};
+  for (const auto& [first, last] : stretches) {
+    EXPECT_FALSE(isEscaped(static_cast<char16_t>(first - 1))) << std::hex << first;
+    EXPECT_TRUE(isEscaped(first)) << std::hex << first;
+    EXPECT_TRUE(isEscaped(last)) << std::hex << last;
+    EXPECT_FALSE(isEscaped(static_cast<char16_t>(last + 1))) << std::hex << last;
+  }
+  EXPECT_EQ(format(Array(std::u16string{0xD83D, u'a'})), "char 1-by-2 = \"\\ud83da\"");
+  EXPECT_EQ(format(Array(std::u16string{0xD83D, 0xE000})), "char 1-by-2 = \"\\ud83d\uE000\"");
+}
+
 TEST(CppArrayPrinting, isCutToASize) {
   std::vector<int> numbers(100);
   std::iota(numbers.begin(), numbers.end(), 0);
@@ -95,6 +121,10 @@ TEST(CppArrayPrinting, isCutToASize) {
       "sparse double 9-by-9, 4 stored\n  (0, 0)  1\n  (1, 0)  1\n  … 2 more entries");
   EXPECT_EQ(format(Array::sparse<double>(9, 9, {{0, 0, 1}, {1, 0, 1}, {2, 0, 1}}), {40, 2, 6}),
             "sparse double 9-by-9, 3 stored\n  (0, 0)  1\n  (1, 0)  1\n  … 1 more entry");
+  EXPECT_EQ(format(Array::fromRows<double>({{12345, 1}, {1, 1}}), {6, 1, 9}),
+            "doubl…\n  123…\n  … 1…\n  … 1…");
+  EXPECT_EQ(format(Array({1, 2, 3}), {20, 9, 0}), "");
+  EXPECT_EQ(format(Array({1, 2, 3}), {20, 9, 1}), "…");
   const Array nested = Array::cellOf({Array::cellOf({1, 2}), Array::cellOf({3, 4})});
   EXPECT_EQ(format(nested, {40, 2, 4}),
             "cell 2-by-1\n  (0, 0): cell 2-by-1\n    (0, 0): int32 1-by-1 = 1\n…");

@@ -176,6 +176,8 @@ TEST(CppArrayReading, convertsComplexNumbers) {
   EXPECT_EQ(wide.imaginary<double>()[0], 2);
   EXPECT_TRUE(Array(1.0).convertTo<std::complex<double>>().isComplex());
   EXPECT_EQ(Array(std::complex<double>(4, 0)).convertTo<int>().scalar(), 4);
+  EXPECT_THROW(Array(std::complex<double>(0.1, 0)).convertTo<std::complex<float>>(), UsageError);
+  EXPECT_THROW(Array(std::complex<double>(0, 0.1)).convertTo<std::complex<float>>(), UsageError);
 }
 
 TEST(CppArrayReading, convertsSparseArraysByTheirEntries) {
@@ -207,6 +209,16 @@ TEST(CppArrayReading, comparesComplexNumbers) {
   EXPECT_NE(Array(1.0), number);
   EXPECT_EQ(Array(1.0), Array(std::complex<double>(1, 0)));
   EXPECT_EQ(Array(std::complex<double>(1, 0)), Array(1.0));
+}
+
+TEST(CppArrayReading, comparesEntriesOfSparseArrays) {
+  const auto entry = [](std::size_t row, std::size_t column, double value) {
+    return Array::sparse<double>(2, 2, {{row, column, value}});
+  };
+  EXPECT_EQ(entry(0, 0, 1), entry(0, 0, 1));
+  EXPECT_NE(entry(0, 0, 1), entry(1, 0, 1));
+  EXPECT_NE(entry(0, 0, 1), entry(0, 1, 1));
+  EXPECT_NE(entry(0, 0, 1), entry(0, 0, 2));
 }
 
 TEST(CppArrayReading, comparesContainers) {

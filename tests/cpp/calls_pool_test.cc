@@ -174,5 +174,17 @@ TEST_F(CppPool, retriesBareCallsToo) {
   EXPECT_EQ(fail(FunctionError("", "", {})), 1);
 }
 
+TEST(CppRetry, endsIfItsPauseSaysSo) {
+  int pauses = 0;
+  const auto stop = [&pauses](milliseconds) { return ++pauses < 2; };
+  const auto fail = [](const auto& error) { return [&error]() -> int { throw error; }; };
+  const Retry retry{5, milliseconds(1)};
+  EXPECT_THROW(retry.run(fail(HttpError(503, "")), stop), HttpError);
+  EXPECT_EQ(pauses, 2);
+  pauses = 0;
+  EXPECT_THROW(retry.run(fail(TransportError("Couldn't connect to server")), stop), TransportError);
+  EXPECT_EQ(pauses, 2);
+}
+
 }  // namespace
 }  // namespace hcyclient
