@@ -37,7 +37,7 @@ from hcyclient import Cell
 print(client.linalg.solve([[2, 0], [0, 4]], [1, 2]))
 print(type(client.echo(Cell([1, 2]))).__name__)
 
-# What cannot be carried.
+# What cannot be converted.
 try:
     client.echo('first', {'a': [1, 'two', {3}]})
 except TypeError as error:
@@ -61,7 +61,7 @@ print(hcyclient.to_structured(columns)['weight'])
 row = np.array([[1.0, 2.0, 3.0]])
 print(client.echo(row).shape, client.echo(row, results='exact').shape)
 
-# Text of several rows.
+# Strings in several rows.
 print(client.echo(np.array(['ab', 'cd'])).tolist())
 
 # Cells and structs in more than a row.
@@ -153,7 +153,7 @@ for name in ('demo/fail', 'no/such/function'):
             print(f'  in {frame.name}, {frame.file}, line {frame.line}')
     except hcyclient.HttpError as error:
         print(error.status, error.reason)
-    except ConnectionError as error:  # Python's own, of which hcyclient.ConnectionError is a kind
+    except ConnectionError as error:  # Python's own, the base class of hcyclient.ConnectionError
         print('try again later:', error)
 
 # The log.

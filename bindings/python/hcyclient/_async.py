@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Calls that a coroutine awaits."""
+"""A client for asyncio."""
 from __future__ import annotations
 
 import asyncio
@@ -14,9 +14,9 @@ from ._settings import Results
 class AsyncClient(BaseClient):
     """Calls functions on a server from coroutines. Its arguments are those of Client.
 
-    Calls are made on threads of the client, so that the event loop goes on meanwhile. A call that
-    is cancelled, by `asyncio.timeout` for instance, ends at once for the one who awaits it; the
-    server may go on with it.
+    Calls run on threads of the client, so the event loop is never blocked. Cancelling a call, with
+    `asyncio.timeout` for instance, ends it at once for the coroutine that awaits it; the server may
+    still run the function to its end.
     """
 
     @overload
@@ -38,22 +38,37 @@ class AsyncClient(BaseClient):
                     results: Optional[Results] = None) -> Any:
         """Evaluate a function on a server.
 
-        Arguments, result and exceptions are those of Client.feval(). The arguments are read on
-        another thread: leave them unchanged until the call has ended.
+        The arguments, the result and the exceptions are those of Client.feval(). The arguments are
+        read on another thread, so do not change them until the call has ended.
         """
         return await self._evaluate(self._url(url), arguments, nargout, results)
 
     def function(self, url: str) -> AsyncFunction:
-        """The function of this name or URL; calling it gives a coroutine.
+        """Return the function with this name or URL. Calling it returns a coroutine.
 
-        ``client.function('math/plus')`` is also written ``client.math.plus``. Raises ValueError if
-        there is no such URL.
+        ``client.function('math/plus')`` is the same as ``client.math.plus``.
+
+        Parameters
+        ----------
+        url : str
+            As for feval().
+
+        Returns
+        -------
+        AsyncFunction
+
+        Raises
+        ------
+        TypeError, ValueError
+            If the URL is not a str, or is not valid.
         """
         return AsyncFunction(self, url)
 
     async def close(self) -> None:
-        """Close all connections. Calls that are under way raise RuntimeError at once. Closing again
-        does nothing."""
+        """Close all connections.
+
+        Calls in progress raise RuntimeError at once. Closing a closed client does nothing.
+        """
         await asyncio.get_running_loop().run_in_executor(None, self._pool.close)
 
     async def __aenter__(self) -> AsyncClient:
@@ -79,7 +94,7 @@ class AsyncClient(BaseClient):
 
 
 class AsyncFunction(BaseFunction):
-    """A function on a server, which an AsyncClient calls. Its attributes are functions, too."""
+    """A function on a server, called through an AsyncClient. Its attributes are functions too."""
 
     @overload
     async def __call__(self, *arguments: Any, results: Optional[Results] = None) -> Any: ...

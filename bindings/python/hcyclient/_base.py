@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What clients of both kinds have in common: settings, and a pool of connections."""
+"""What the two kinds of client share: the settings, and a pool of connections."""
 from __future__ import annotations
 
 import weakref
@@ -31,18 +31,18 @@ class BaseClient:
             'connections': connections}
         self._reader = reader(results)
         self._pool = Pool(library_settings(self._settings), connection_count(connections))
-        # A process that ends closes its connections without us.
+        # At exit, the operating system closes the connections.
         weakref.finalize(self, self._pool.close, wait=False).atexit = False
 
     @property
     def server(self) -> Optional[str]:
-        """The URL that names of functions are relative to."""
+        """The URL that function names are relative to, or None."""
         server: Optional[str] = self._settings['server']
         return server
 
     @property
     def settings(self) -> dict[str, Any]:
-        """The arguments that make such a client, the pass phrase included."""
+        """The arguments that create an equal client, including the pass phrase."""
         return dict(self._settings)
 
     @property
@@ -51,7 +51,7 @@ class BaseClient:
         return self._pool.closed
 
     def _kind(self, nargout: int, results: Optional[Results]) -> tuple[int, ExactReader]:
-        """How many outputs a call has, and what reads them."""
+        """The number of outputs of a call, and their reader."""
         return (number('nargout', nargout, 0, LARGEST_SIZE),
                 self._reader if results is None else reader(results))
 
@@ -59,17 +59,17 @@ class BaseClient:
         return function_url(self._settings['server'], name)
 
     def _require_name(self, name: str) -> None:
-        """Raises AttributeError unless it can be that of a function."""
+        """Raise AttributeError unless this can be the name of a function."""
         if name.startswith('_'):
             raise AttributeError(f'{type(self).__name__!r} object has no attribute {name!r}')
         if self._settings['server'] is None:
             kind = type(self).__name__
             raise AttributeError(f'{kind!r} object has no attribute {name!r}, and no server that '
-                                 'could have such a function: give the URL of one, as in '
+                                 'could have a function of that name; pass the URL of one, as in '
                                  f"{kind}('http://127.0.0.1:8080')")
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return _made, (type(self), self._settings)
+        return _create, (type(self), self._settings)
 
     def __repr__(self) -> str:
         server = self._settings['server']
@@ -79,12 +79,12 @@ class BaseClient:
         return f'<{type(self).__name__} {where}, {state}>'
 
 
-def _made(kind: type[BaseClient], settings: dict[str, Any]) -> BaseClient:
+def _create(kind: type[BaseClient], settings: dict[str, Any]) -> BaseClient:
     return kind(**settings)
 
 
 class BaseFunction:
-    """A function on a server, and the functions whose names begin with its own."""
+    """A function on a server. Its attributes are the functions below its name."""
 
     def __init__(self, client: Any, name: str) -> None:
         self.client = client
@@ -92,6 +92,7 @@ class BaseFunction:
 
     @property
     def url(self) -> str:
+        """The whole URL of the function."""
         return self._encoded.decode()
 
     def __getattr__(self, name: str) -> Any:

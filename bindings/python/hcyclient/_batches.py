@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Many calls, whose results come in order."""
+"""Many calls with their results in order."""
 from __future__ import annotations
 
 from collections import deque
@@ -13,9 +13,9 @@ Progress = Callable[[int, Optional[int]], object]
 def results_in_order(submit: Callable[[tuple[Any, ...]], Task], abandon: Callable[[Call], None],
                      iterables: tuple[Iterable[Any], ...], most: int,
                      progress: Optional[Progress]) -> Iterator[Any]:
-    """Keeps so many calls under way at most."""
+    """Keep at most this many calls in progress."""
     if not iterables:
-        raise TypeError('map() takes one iterable at least')
+        raise TypeError('map() takes at least one iterable')
     total = _length(iterables)
     arguments = zip(*iterables)
     tasks: deque[Task] = deque()

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """How one thread wakes another.
 
-A bell is a pipe, because that takes half the time of a lock: who rings it and who is woken by it do
-not contend for the interpreter, since neither holds it then.
+A bell is a pipe. It takes half the time of a lock, because the two threads do not compete for the
+interpreter: neither holds it while it writes to the pipe or reads from it.
 """
 from __future__ import annotations
 
@@ -16,14 +16,14 @@ from ._library import uninterrupted_method
 
 
 class _Descriptor(ctypes.c_int):
-    """Closes itself."""
+    """A file descriptor that closes itself."""
 
     __del__ = uninterrupted_method(ctypes.PYFUNCTYPE(ctypes.c_int, ctypes.c_int)(
         ('close', ctypes.pythonapi)))
 
 
 class Bell:
-    """Ringing is only a hint to look: a bell may have been rung for an earlier reason."""
+    """A ring only says that it is time to look: it may be a late one, for an earlier event."""
 
     def __init__(self) -> None:
         self._reading, self._writing = os.pipe()
@@ -35,14 +35,14 @@ class Bell:
     def ring(self) -> None:
         try:
             os.write(self._writing, b'.')
-        except BlockingIOError:  # it has been rung often enough for everybody
+        except BlockingIOError:  # the pipe is full, so nobody can miss it
             pass
 
     def wait(self) -> None:
         os.read(self._reading, 1)
 
     def wait_at_most(self, milliseconds: int) -> None:
-        """Only one thread may wait so."""
+        """Only one thread at a time may call this."""
         if self._poll.poll(milliseconds):
             os.read(self._reading, 1)
 
@@ -56,7 +56,7 @@ _spare = _OfThread()
 
 
 def own_bell() -> Bell:
-    """One that this thread alone has. A signal handler that asks in between gets another one."""
+    """A bell that only this thread uses. A signal handler that interrupts it gets another one."""
     try:
         return _spare.bells.pop()
     except IndexError:
@@ -64,12 +64,12 @@ def own_bell() -> Bell:
 
 
 def return_bell(bell: Bell) -> None:
-    """For the next time."""
+    """Keep the bell for this thread's next call."""
     _spare.bells.append(bell)
 
 
 def _forget() -> None:
-    _spare.bells = []  # the pipes are the parent's, too
+    _spare.bells = []  # the parent uses these pipes too
 
 
 os.register_at_fork(after_in_child=_forget)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Calls that block."""
+"""A client whose calls block."""
 from __future__ import annotations
 
 from concurrent.futures import Future
@@ -15,48 +15,46 @@ from ._settings import Results, number
 class Client(BaseClient):
     """Calls functions on a server. Any number of threads may use a client at once.
 
-    A client holds up to `connections` connections, which it opens when they are needed and keeps
-    open until it is closed. It can be pickled: what comes out has the same settings and connections
-    of its own. So it does in a child process after a fork.
+    A client opens up to `connections` connections when they are needed, and keeps them open until
+    it is closed. Clients can be pickled: the copy has the same settings, and its own connections.
+    After a fork, the client in the child process opens its own connections too.
 
     Parameters
     ----------
     server : str, optional
-        URL of the server, such as ``http://127.0.0.1:8080``, which the names of functions are
-        relative to. If it is not given, the environment variable ``HCY_SERVER`` names it; without
-        one, calls take whole URLs.
+        URL of the server, such as ``http://127.0.0.1:8080``, that function names are relative to.
+        The default is the environment variable ``HCY_SERVER``; if that is not set either, calls
+        take whole URLs.
     timeout : float or None
-        Seconds that one call may take, over 0 and at most 2147483; None for no limit. The library
-        counts whole seconds: fractions are rounded up. Waiting for a free connection does not
-        count.
+        Seconds that one call may take: more than 0 and at most 2147483, or None for no limit.
+        Fractions are rounded up to whole seconds. Waiting for a free connection does not count.
     response_size_limit : int
-        Bytes of the largest reply that is accepted, from 0 to 4294967295.
+        Size of the largest reply to accept, in bytes, from 0 to 4294967295.
     client_cert_file, client_key_file : path, optional
         The client's TLS certificate and its private key (PEM).
     client_key_passphrase : str or bytes, optional
-        What the private key is locked with.
+        Pass phrase of the private key.
     ca_file : path, optional
-        The authorities that may have signed the server's certificate (PEM); those of the system
-        by default.
+        Certificate authorities to trust (PEM); those of the system by default.
     revocation_list_file : path, optional
-        Certificate revocation lists (PEM), one of each authority in the chain.
+        Certificate revocation lists (PEM), one for each authority in the chain.
     verify_hostname, verify_peer : bool
-        Whether the server's certificate has to name the host of the URL, and whether it is
-        verified at all.
+        Whether the server's certificate must name the host of the URL, and whether it is verified
+        at all.
     results : {'natural', 'exact'}
-        ``'natural'`` gives numbers, vectors, strings, dicts and lists, as the guide's table says;
-        ``'exact'`` keeps the shapes of all arrays.
+        ``'natural'`` returns numbers, vectors, strings, dicts and lists, as the table in the guide
+        says; ``'exact'`` keeps the shape of every array.
     connections : int
-        How many calls may be under way at once, from 1 to 1000. Further ones wait.
+        How many calls may be in progress at once, from 1 to 1000. Further calls wait.
 
     Raises
     ------
     TypeError, ValueError
-        If an argument makes no sense.
+        If an argument is not valid.
     OSError
-        If a file does not exist; its ``filename`` says which.
+        If a file does not exist; the attribute ``filename`` says which.
     Error
-        If the library does not start, or memory is exhausted.
+        If the library fails to start, or memory is exhausted.
     """
 
     @overload
@@ -76,10 +74,10 @@ class Client(BaseClient):
 
     def feval(self, url: str, *arguments: Any, nargout: int = 1,
               results: Optional[Results] = None) -> Any:
-        """Evaluate a function on a server, and wait for what it returns.
+        """Evaluate a function on a server and wait for the result.
 
-        An exception that a signal handler raises meanwhile, such as KeyboardInterrupt, ends the
-        call at once. The server may go on with it.
+        An exception that a signal handler raises in the meantime, such as KeyboardInterrupt, ends
+        the call at once. The server may still run the function to its end.
 
         Parameters
         ----------
@@ -89,43 +87,75 @@ class Client(BaseClient):
         *arguments
             The inputs.
         nargout : int
-            How many outputs are wanted, from 0 to 2147483647.
+            The number of outputs to request, from 0 to 2147483647.
         results : {'natural', 'exact'}, optional
-            Another kind of results than the client's.
+            The kind of results, if it is not to be the client's.
 
         Returns
         -------
         object
-            The output; a tuple of them if `nargout` is over 1, None if it is 0.
+            The output; a tuple of outputs if `nargout` is more than 1, None if it is 0.
 
         Raises
         ------
         TypeError
-            If an argument cannot be carried, or is not of the type that it should be.
+            If an input cannot be converted, or another argument has the wrong type.
         ValueError
-            If there is no such URL, or `nargout` is out of range.
+            If the URL is not valid, or `nargout` is out of range.
         HttpError, FunctionError, TransportError
             If the call fails. TimeoutError, ConnectionError, CertificateError, ReplyTooLarge and
-            IncompleteReply are kinds of TransportError.
+            IncompleteReply are subclasses of TransportError.
         RuntimeError
             If the client is closed, even during the call.
         """
         return self._evaluate(self._url(url), arguments, nargout, results)
 
     def function(self, url: str) -> Function:
-        """The function of this name or URL, to be called like one of Python.
+        """Return the function with this name or URL, which is called like a Python function.
 
-        ``client.function('math/plus')`` is also written ``client.math.plus``. Raises ValueError if
-        there is no such URL.
+        ``client.function('math/plus')`` is the same as ``client.math.plus``.
+
+        Parameters
+        ----------
+        url : str
+            As for feval().
+
+        Returns
+        -------
+        Function
+
+        Raises
+        ------
+        TypeError, ValueError
+            If the URL is not a str, or is not valid.
         """
         return Function(self, url)
 
     def submit(self, url: Union[str, Function], *arguments: Any, nargout: int = 1,
                results: Optional[Results] = None) -> Future[Any]:
-        """Begin a call, and return at once a future that gives what feval() would.
+        """Start a call without waiting for it.
 
-        The arguments are read later, so leave them unchanged until the future is done. A call that
-        waits for a connection can be cancelled.
+        The arguments are read later, so do not change them until the future is done. A call that
+        still waits for a connection can be cancelled.
+
+        Parameters
+        ----------
+        url : str or Function
+            The function.
+        *arguments, nargout, results
+            As for feval().
+
+        Returns
+        -------
+        concurrent.futures.Future
+            Its result, or its exception, is that of feval().
+
+        Raises
+        ------
+        TypeError, ValueError
+            If the URL, `nargout` or `results` is not valid.
+        RuntimeError
+            If the client is closed.
         """
         return self._submitted(self._encoded(url), arguments, nargout, results).future
 
@@ -139,22 +169,29 @@ class Client(BaseClient):
         url : str or Function
             The function.
         *iterables
-            As for the built-in `map`: one for each argument, the shortest of which ends it. They
-            are read as far as the calls need it.
+            As for the built-in `map`: one for each argument; the shortest one ends the calls. They
+            are read only as far as the calls need them.
         workers : int, optional
-            How many calls may be under way at once; by default as many as there are connections.
+            How many calls may be in progress at once; by default, one for each connection.
         nargout, results
             As for feval().
         progress : callable, optional
-            Called as ``progress(done, total)`` after each result, on the thread that reads them;
-            the total is None if an iterable has no length.
+            Called as ``progress(done, total)`` before each result is returned, on the thread that
+            reads the results. The total is None if an iterable has no length.
 
         Returns
         -------
         iterator
-            The results in the order of the arguments. The first call that failed raises in its
-            place, and no other is begun then. Calls begin at once, not only when the first result
-            is read.
+            The results in the order of the arguments. The first failed call raises its exception
+            in place of its result, and no further call starts. The first calls start at once, not
+            when the first result is read.
+
+        Raises
+        ------
+        TypeError, ValueError
+            If there are no iterables, or the URL, `workers`, `nargout` or `results` is not valid.
+        RuntimeError
+            If the client is closed.
         """
         encoded = self._encoded(url)
         most = self._pool.most if workers is None else number('workers', workers, 1, 1 << 20)
@@ -163,8 +200,11 @@ class Client(BaseClient):
             self._pool.abandon, iterables, most, progress)
 
     def close(self) -> None:
-        """Close all connections. Calls that are under way raise RuntimeError in the threads that
-        wait for them, at once. Closing again does nothing."""
+        """Close all connections.
+
+        Calls in progress raise RuntimeError at once in the threads that wait for them. Closing a
+        closed client does nothing.
+        """
         self._pool.close()
 
     def __enter__(self) -> Client:
@@ -195,8 +235,10 @@ class Client(BaseClient):
 
 
 class Function(BaseFunction):
-    """A function on a server, which a client calls. An attribute of it is the function whose name
-    is its own, a slash, and the attribute's: ``client.math.plus`` is ``math/plus``."""
+    """A function on a server, called through a Client.
+
+    Its attributes are the functions below its name: ``client.math.plus`` is ``math/plus``.
+    """
 
     @overload
     def __call__(self, *arguments: Any, results: Optional[Results] = None) -> Any: ...

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A context of the library, which ends once, and only in the process that made it."""
+"""A context of the library. It is destroyed once, and only by the process that created it."""
 from __future__ import annotations
 
 import os
@@ -11,8 +11,8 @@ from .errors import Error
 
 
 class Connection:
-    """One thread uses it at a time. The settings are named as in the library's table, and are of
-    the types of its setters."""
+    """For one thread at a time. The settings have the names of the setters in the library's table,
+    and the types that those take."""
 
     def __init__(self, settings: Mapping[str, Any]) -> None:
         self.process = os.getpid()
@@ -29,11 +29,11 @@ class Connection:
         runtime, config = self.runtime, c_void_p()
         try:
             if runtime.create_config(byref(config)):
-                raise Error('there is no memory for a configuration')
+                raise Error('not enough memory for the configuration of a client')
             for name, setting in settings.items():
                 getattr(runtime, 'set_' + name)(config, setting)
             if runtime.create_context(byref(self.context), config):
-                raise Error('there is no memory or no transfer handle for a context')
+                raise Error('not enough memory for a connection, or no handle from libcurl')
         except BaseException:
             if self.context:
                 runtime.destroy_context(self.context)
@@ -43,8 +43,8 @@ class Connection:
                 runtime.destroy_config(config)
 
     def end(self) -> None:
-        """Does nothing the second time, nor in a process that inherited the connection, whose TLS
-        session would end for the other process too."""
+        """Destroy the context, unless that has been done. A process that inherited the connection
+        leaves it alone: ending the TLS session would end it for the parent too."""
         if self.context and self.process == os.getpid():
             context, self.context = self.context, c_void_p()
             self.runtime.destroy_context(context)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Numbers, truth values and text, written once, straight into the storage of a new array."""
+"""Numbers, booleans and strings, written once, straight into the storage of a new array."""
 from __future__ import annotations
 
 import sys
@@ -10,33 +10,33 @@ import numpy as np
 
 from . import _library as library
 from ._library import COMPLEX, LARGEST_SIZE, LOGICAL, REAL, Handle
-from ._refusal import CannotCarry, array_of
+from ._refusal import CannotConvert, array_of
 from ._sequences import double_of
 from ._storage import CHAR_UNIT, DTYPES, NDArray, Shape, element_count, resize, view
 
 UTF16 = 'utf-16-le' if sys.byteorder == 'little' else 'utf-16-be'
-# Arrays of up to so many elements are created in one step. Creating a larger one could throw.
+# Up to this many elements, an array is created in one step. Creating a larger one could throw.
 _FEW = 4096
 _CLASSES: dict[str, int] = {dtype.char: number for number, dtype in enumerate(DTYPES)}
-# The type codes of C include two for integers of 64 bits.
+# C has two type codes for integers of 64 bits.
 _CLASSES.update({code: _CLASSES[np.dtype(f'{kind}{np.dtype(code).itemsize}').char]
                  for kind, codes in (('i', 'bhilq'), ('u', 'BHILQ')) for code in codes})
 _PART_CLASSES = {'F': library.SINGLE, 'D': library.DOUBLE}
 
 
 def matrix_shape(shape: Shape) -> Shape:
-    """Of two dimensions at least: a vector is a column."""
+    """At least two dimensions: a vector is a column."""
     return shape if len(shape) > 1 else (shape[0] if shape else 1, 1)
 
 
 def sized(handle: Handle, shape: Shape) -> Handle:
-    """A 1-by-1 array brought to the shape."""
+    """Resize a 1-by-1 array to the shape, and return it."""
     if len(shape) == 2 and shape[0] == 1 and shape[1] == 1:
         return handle
     if max(shape) > LARGEST_SIZE or not resize(handle, shape):
         if max(shape) > LARGEST_SIZE or element_count(shape) > LARGEST_SIZE:
-            raise CannotCarry(f'array of shape {tuple(shape)}: it is too large',
-                              'several calls with a part of it each')
+            raise CannotConvert(f'array of shape {tuple(shape)}: it is too large',
+                                'several calls, each with a part of it')
         raise MemoryError
     return handle
 
@@ -54,9 +54,9 @@ def _write(handle: Handle, address: int, shape: Shape, dtype: np.dtype[Any], par
 
 
 def numeric_array(value: NDArray) -> Handle:
-    """From an array of any dtype that there is a class for."""
+    """An array of any dtype that has a class in the library."""
     number = _CLASSES.get(value.dtype.char)
-    if value.dtype.char == 'e':  # a half is a single
+    if value.dtype.char == 'e':  # half precision becomes single
         return numeric_array(value.astype(np.float32))
     if number is None:
         return _complex_array(value)
@@ -73,7 +73,7 @@ def numeric_array(value: NDArray) -> Handle:
 
 
 def is_complex_integer(dtype: np.dtype[Any]) -> bool:
-    """Whether it is one of those that complex_dtype() makes."""
+    """Whether complex_dtype() makes such a dtype."""
     return (dtype.names == ('real', 'imag') and dtype['real'] == dtype['imag']
             and dtype['real'].kind in 'iu')
 
@@ -114,7 +114,7 @@ def nothing(_: None) -> Handle:
 
 
 def scalar(value: Any) -> Handle:
-    """From a number that NumPy knows better."""
+    """A number of a type that NumPy converts."""
     return numeric_array(np.asarray(value))
 
 
@@ -123,7 +123,7 @@ def _new_text(shape: Shape) -> Handle:
 
 
 def text(value: str) -> Handle:
-    """A row of UTF-16 code units; 0-by-0 for the empty text."""
+    """A row of UTF-16 code units; 0-by-0 for the empty string."""
     units = value.encode(UTF16, 'surrogatepass')
     count = len(units) // CHAR_UNIT.itemsize
     handle = _new_text((1, count) if count else (0, 0))
@@ -137,16 +137,16 @@ def _code_points(value: NDArray) -> NDArray:
 
 
 def _code_units(value: NDArray) -> NDArray:
-    """The code units of an array of single characters."""
+    """The UTF-16 code units of an array of single characters."""
     points = _code_points(value)
     if points.size and points.max() > np.iinfo(CHAR_UNIT).max:
-        raise CannotCarry('array of characters with one that takes two code units',
-                          'an array of strings in one dimension')
+        raise CannotConvert('array of single characters, one of which takes two code units',
+                            'a one-dimensional array of strings')
     return points.astype(CHAR_UNIT)
 
 
 def _rows_of_units(value: NDArray) -> NDArray:
-    """A text in each row, padded with NUL."""
+    """A string in each row, padded with NUL."""
     rows = [np.frombuffer(item.encode(UTF16, 'surrogatepass'), CHAR_UNIT)
             for item in value.tolist()]
     units = np.zeros((len(rows), max(map(len, rows), default=0)), CHAR_UNIT)
@@ -156,10 +156,10 @@ def _rows_of_units(value: NDArray) -> NDArray:
 
 
 def text_array(value: NDArray) -> Handle:
-    """From an array of texts in one dimension, a row each, or of characters in more."""
+    """A row for each string of a one-dimensional array, or an array of single characters."""
     if value.size and value.dtype.itemsize and _code_points(value).max() > sys.maxunicode:
-        raise CannotCarry('array of texts with a number that is no character',
-                          '.view(\'uint32\')')
+        raise CannotConvert('array of strings with a code point that is not a Unicode character',
+                            ".view('uint32')")
     if value.ndim == 0:
         return text(value.item())
     if value.ndim == 1:
@@ -167,8 +167,9 @@ def text_array(value: NDArray) -> Handle:
     elif value.dtype.itemsize == np.dtype('U1').itemsize:
         units = _code_units(value)
     else:
-        raise CannotCarry(f'array of dtype {value.dtype} in {value.ndim} dimensions: longer texts '
-                          'are carried in one dimension', '.astype(object) for a cell of them')
+        raise CannotConvert(f'array of dtype {value.dtype} with {value.ndim} dimensions: strings '
+                            'of more than one character must be in a one-dimensional array',
+                            '.astype(object) for a cell array')
     handle = _new_text(units.shape)
     if units.size:
         _write(handle, library.get_chars(handle), units.shape, CHAR_UNIT, units)

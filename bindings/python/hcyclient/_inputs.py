@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Makes arrays of the library from values of Python."""
+"""Converts Python values to arrays of the library."""
 from __future__ import annotations
 
 from ctypes import c_char_p
@@ -13,7 +13,7 @@ from ._dense_inputs import nothing, numeric_array, real_scalar, scalar, sized, t
 from ._foreign import array_of_object, fields_of, frame_columns, has_array, pandas_of
 from ._foreign import series_array, unmasked
 from ._library import Handle
-from ._refusal import CannotCarry, object_of
+from ._refusal import CannotConvert, object_of
 from ._sequences import numbers_in
 from ._sparse import compressed_columns, is_scipy_sparse, scipy_sparse
 from ._storage import NDArray
@@ -21,16 +21,16 @@ from ._values import Cell, CompressedColumns
 
 
 def handles_of(arguments: Iterable[Any]) -> list[Handle]:
-    """Raises TypeError that names what cannot be carried, and its place."""
+    """Convert the arguments. A TypeError says what cannot be converted, and where it is."""
     handles: list[Handle] = []
     try:
         for argument in arguments:
             handles.append(_handle_of(argument))
-    except CannotCarry as refusal:
+    except CannotConvert as refusal:
         raise refusal.as_type_error(len(handles) + 1) from None
     except RecursionError:
-        raise CannotCarry('what is nested too deeply, or holds itself', 'less of it').as_type_error(
-            len(handles) + 1) from None
+        raise CannotConvert('value that is nested too deeply or contains itself',
+                            'fewer levels').as_type_error(len(handles) + 1) from None
     return handles
 
 
@@ -42,10 +42,10 @@ def _handle_of(value: Any) -> Handle:
 
 
 def _element(value: Any, *place: object) -> Handle:
-    """The handle of what stands at this place of a container."""
+    """Convert the value at this place of a container."""
     try:
         return _handle_of(value)
-    except CannotCarry as refusal:
+    except CannotConvert as refusal:
         refusal.inside(*place)
         raise
 
@@ -75,7 +75,7 @@ def _object_array(value: NDArray) -> Handle:
 
 
 def _indices(value: NDArray) -> Iterable[tuple[int, ...]]:
-    """The subscripts of its elements, column after column."""
+    """The indices of the elements, column by column."""
     return (index[::-1] for index in np.ndindex(*value.shape[::-1]))
 
 
@@ -85,8 +85,8 @@ def _cell(value: Sequence[Any]) -> Handle:
 
 
 def _sequence(value: Sequence[Any]) -> Handle:
-    """Numbers are an array of them; dictionaries and the like with the same keys are a struct
-    array; anything else is a cell array."""
+    """Numbers become a numeric array, mappings and the like with the same keys a struct array, and
+    anything else a cell array."""
     numbers = numbers_in(value)
     if numbers is not None:
         return numeric_array(numbers)
@@ -99,7 +99,7 @@ def _sequence(value: Sequence[Any]) -> Handle:
 
 
 def _same_fields(value: Sequence[Any]) -> list[Mapping[Any, Any]]:
-    """The fields of each element, if all have some, and the same ones."""
+    """The fields of each element if all elements have the same fields, otherwise an empty list."""
     found: list[Mapping[Any, Any]] = []
     for element in value:
         fields = fields_of(element)
@@ -129,15 +129,15 @@ def _structured_array(value: NDArray) -> Handle:
 
 
 def _rows(elements: NDArray, names: list[str]) -> Iterator[tuple[Any, ...]]:
-    """Their values, which are taken out column by column: that is several times as fast. Only the
-    two dtypes that Python has a type for are made values of Python."""
+    """The values of each element. They are taken out column by column, which is several times as
+    fast. Only the two dtypes that Python has a type for become Python values."""
     yield from zip(*(elements[name].tolist() if elements.dtype[name].char in 'd?'
                      else list(elements[name]) for name in names))
 
 
 def _structs(shape: Sequence[int], names: list[Any], places: Iterable[tuple[object, ...]],
              elements: Iterable[Iterable[Any]]) -> Handle:
-    """A struct array of these elements, whose values come in the order of the names."""
+    """A struct array. The values of each element are in the order of the names."""
     handle = sized(library.create_struct(1, 1, len(names), (c_char_p * len(names))(
         *map(_field_name, names))), shape)
     if not names:
@@ -150,24 +150,25 @@ def _structs(shape: Sequence[int], names: list[Any], places: Iterable[tuple[obje
 
 def _field_name(name: Any) -> bytes:
     if not isinstance(name, str):
-        raise CannotCarry(f'key of type {type(name).__name__}: the name of a field is a str',
-                          'str(x)')
+        raise CannotConvert(f'key of type {type(name).__name__}: field names must be strings',
+                            'str(x)')
     try:
         encoded = name.encode(errors='surrogateescape')
     except UnicodeEncodeError:
-        raise CannotCarry(f'key {name!r}: it is no text', 'a key without surrogates') from None
+        raise CannotConvert(f'key {name!r}: it is not valid Unicode',
+                            'a key without surrogates') from None
     if b'\0' in encoded:
-        raise CannotCarry(f'key {name!r}: the name of a field has no NUL', 'a key without it')
+        raise CannotConvert(f'key {name!r}: field names cannot contain NUL', 'a key without NUL')
     return encoded
 
 
 def _conversion_of(value: Any) -> Callable[[Any], Handle]:
-    """For types that are derived from those of the table, and for those of other libraries."""
+    """The conversion for subclasses of the types in the table, and for types of other libraries."""
     if isinstance(value, np.ma.MaskedArray):
         return lambda masked: _array(unmasked(masked))
     if isinstance(value, (np.ndarray, np.generic)) and not isinstance(value, str):
-        return lambda derived: _array(np.asarray(derived))  # not of a class with ways of its own
-    if is_scipy_sparse(value):  # first, as one kind of them is derived from dict
+        return lambda derived: _array(np.asarray(derived))  # a subclass could behave differently
+    if is_scipy_sparse(value):  # before mappings: one format is a dict
         return scipy_sparse
     pandas = pandas_of(value)
     if pandas is not None:

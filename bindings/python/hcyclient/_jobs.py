@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Calls on their way through a pool.
+"""Calls that a pool makes.
 
-A job is run by a thread of the pool, and owns all that the library reads and writes meanwhile. So
-whoever waits for it may leave at any time.
+A thread of the pool runs the job. The job owns everything that the library reads and writes during
+the call, so a thread that waits for it may stop waiting at any time.
 """
 from __future__ import annotations
 
@@ -24,9 +24,9 @@ CLOSED = 'this client was closed during the call'
 
 
 class Call:
-    """One evaluation of a function. prepare() and result() belong to the one who asks for it,
-    evaluate() to a connection. The pool reads `wanted` and `finished`: an unwanted call is not
-    begun, and a connection that it holds is no longer counted."""
+    """One evaluation of a function. The caller runs prepare() and result(), the thread of a
+    connection runs evaluate(). The pool reads `wanted` and `finished`: it does not start a call
+    that nobody wants, and does not count the connection that such a call still occupies."""
 
     __slots__ = ('url', 'nargout', 'reader', 'inputs', 'outputs', 'room', 'failure', 'wanted',
                  'finished')
@@ -40,14 +40,14 @@ class Call:
         self.finished = False
 
     def prepare(self, arguments: tuple[Any, ...]) -> None:
-        """Raises TypeError if one of them cannot be carried."""
+        """Raise TypeError if an argument cannot be converted."""
         self.inputs = handles_of(arguments)
         if self.nargout == 1:
             self.outputs = [Handle()]
             self.room: Any = byref(self.outputs[0])
         else:
             room = (c_void_p * self.nargout)()
-            # They own what the call will write, from the moment that it does.
+            # They share the memory of `room`, and so own each output as soon as it is written.
             self.outputs = [Handle.from_buffer(room, i * sizeof(c_void_p))
                             for i in range(self.nargout)]
             self.room = room
@@ -73,8 +73,8 @@ class Call:
                  self.failure, self.wanted)
 
     def result(self) -> Any:
-        """Raises what the call failed with. The outputs are nobody's afterwards: an exception that
-        is kept keeps this call."""
+        """Return the outputs, or raise the exception that the call failed with. The call gives up
+        its outputs, because an exception that somebody keeps keeps the call alive too."""
         outputs, self.outputs, self.room = self.outputs, [], None
         if self.failure is not None:
             self._raise_failure()
@@ -84,7 +84,7 @@ class Call:
         return tuple(values) if self.nargout else None
 
     def _raise_failure(self) -> NoReturn:
-        """And keeps it no longer: it keeps this call, and nothing should keep itself alive."""
+        """The call gives up its exception: each refers to the other, and would keep it alive."""
         failure, self.failure = self.failure, None
         try:
             assert failure is not None
@@ -93,18 +93,18 @@ class Call:
             del failure
 
     def run(self, connection: Connection) -> bool:
-        """What a thread of the pool does. Raises nothing, and returns whether the call was wanted
-        to its end."""
+        """Run on a thread of the pool. Raises nothing, and returns whether the call was wanted to
+        its end."""
         raise NotImplementedError
 
     def fail(self, error: BaseException) -> None:
-        """Ends the call for whoever waits for it, while it may still run."""
+        """End the call for the thread that waits for it, although it may still run."""
         raise NotImplementedError
 
 
 class AwaitedCall(Call):
-    """A thread waits for it, which prepares it and reads its result: only the transfer takes place
-    on the thread of the pool."""
+    """A call that a thread waits for. That thread prepares it and reads its result; only the
+    transfer runs on a thread of the pool."""
 
     __slots__ = ('bell', 'error')
 
@@ -140,8 +140,8 @@ class AwaitedCall(Call):
 
 
 class Task(Call):
-    """Takes place on the thread of the pool as a whole, for a future. It holds its client, which
-    would be closed otherwise when nobody else does."""
+    """A call that runs entirely on a thread of the pool, and completes a future. It refers to its
+    client, which would otherwise be closed when the last other reference goes."""
 
     __slots__ = ('client', 'arguments', 'future')
 
@@ -174,5 +174,5 @@ class Task(Call):
     def _settle(settle: Callable[[Any], None], outcome: Any) -> None:
         try:
             settle(outcome)
-        except Exception:  # it has been settled: a call may end while its client is closed
+        except Exception:  # closing the client has completed the future in the meantime
             pass

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """The shared library and the prototypes of its exported functions.
 
-The array functions keep the interpreter's lock: they are short, and handles over the elements of
-one array, which the collector may return on any thread, are so never used at once.
+The array functions hold the interpreter's lock. They are short, and the garbage collector may
+destroy a handle on any thread: the lock keeps that apart from other uses of the same array.
 """
 from __future__ import annotations
 
@@ -15,7 +15,7 @@ UINT8, INT8, UINT16, INT16, UINT32, INT32, UINT64, INT64, SINGLE, DOUBLE = range
 LOGICAL, CHAR, STRUCT, CELL = range(10, 14)
 REAL, COMPLEX = 0, 1
 VERSION_1_1 = 0x10001
-# Of a dimension, and of a number of elements.
+# The largest dimension, and the largest number of elements.
 LARGEST_SIZE = 2147483647
 
 
@@ -24,9 +24,9 @@ def _load() -> tuple[ctypes.PyDLL, ctypes.CDLL]:
     try:
         return ctypes.PyDLL(name), ctypes.CDLL(name)
     except OSError as error:
-        raise ImportError(f'the library of hcyclient cannot be loaded: {error}; install it '
-                          "where the system's loader looks, or name its file in the environment "
-                          'variable HCYCLIENT_LIBRARY') from None
+        raise ImportError(f'cannot load the shared library of hcyclient: {error}; install it '
+                          "where the system's loader looks, or set the environment variable "
+                          'HCYCLIENT_LIBRARY to its file') from None
 
 
 _locking, _unlocking = _load()
@@ -36,22 +36,23 @@ def _function(name: str, result: Any, *arguments: Any, unlocks: bool = False) ->
     try:
         found = getattr(_unlocking if unlocks else _locking, name)
     except AttributeError as error:
-        raise ImportError(f'this is not a library of hcyclient, or an older one: {error}') from None
+        raise ImportError('the shared library is not that of hcyclient, or is too old: '
+                          f'{error}') from None
     found.restype, found.argtypes = result, arguments
     return found
 
 
 def uninterrupted_method(function: Any) -> Any:
-    """A method that is no code of Python: that of a finalizer may be interrupted, and what is
-    raised there is lost."""
+    """A method that is not written in Python. A signal handler could interrupt a finalizer written
+    in Python, and an exception raised in a finalizer is lost."""
     make = ctypes.pythonapi.PyInstanceMethod_New
     make.restype, make.argtypes = ctypes.py_object, (ctypes.py_object,)
     return make(function)
 
 
 class Handle(c_void_p):
-    """Owns an array of the library. Functions return it and calls write into it, so that there is
-    no moment in which an interrupt could lose the array."""
+    """Owns an array of the library. Functions return it and calls write into it directly, so that
+    an interrupt can never lose the array."""
 
     __del__ = uninterrupted_method(_function('hcyDestroyArray', None, c_void_p))
 
@@ -78,8 +79,9 @@ get_dimension_count = _function('hcyGetNumberOfDimensions', c_size_t, c_void_p)
 get_dimensions = _function('hcyGetDimensions', ctypes.POINTER(c_size_t), c_void_p)
 get_element_count = _function('hcyGetNumberOfElements', c_size_t, c_void_p)
 get_element_size = _function('hcyGetElementSize', c_size_t, c_void_p)
-get_room = _function('hcyGetNzmax', c_size_t, c_void_p)  # of a sparse array
-# Writing many elements takes a while.
+# How many elements a sparse array has room for.
+get_room = _function('hcyGetNzmax', c_size_t, c_void_p)
+# Unlike the others, this can take long: it writes all elements.
 set_dimensions = _function('hcySetDimensions', c_int, c_void_p, c_void_p, c_size_t, unlocks=True)
 
 get_data = _function('hcyGetData', c_void_p, c_void_p)

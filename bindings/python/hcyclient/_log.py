@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A line for each call, for whoever sets the logger `hcyclient` to DEBUG."""
+"""A log message for each call, at level DEBUG of the logger `hcyclient`."""
 from __future__ import annotations
 
 import logging
@@ -16,7 +16,7 @@ def is_wanted() -> bool:
 
 
 def byte_count(handles: Iterable[Handle]) -> int:
-    """The bytes of data that arrays hold, elements of containers included."""
+    """How many bytes of data the arrays hold, including the elements of containers."""
     return sum(_bytes_of(handle) for handle in handles if handle.value)
 
 
@@ -37,7 +37,7 @@ def _bytes_of(handle: Handle) -> int:
     if library.is_sparse(handle):
         count = library.get_room(handle)
     else:
-        # The storage is there if all elements are; dimensions alone are no data.
+        # There is storage only if all elements are there; dimensions alone are not data.
         count = library.get_element_count(handle) if _data(handle, number) else 0
     parts = 2 if library.is_complex(handle) else 1
     size: int = library.get_element_size(handle)
@@ -51,7 +51,7 @@ def _data(handle: Handle, number: int) -> object:
 
 
 def _elements(handle: Handle, number: int) -> Iterable[Handle]:
-    """As far as they are there: what dimensions name may be more."""
+    """The elements that are there. The dimensions may announce more than that."""
     for index in range(library.get_element_count(handle)):
         if number == library.CELL:
             fields = [library.get_cell(handle, index)]

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Makes values of Python from arrays that a call returned.
+"""Converts the arrays that a call returned to Python values.
 
-What a server sent may be incomplete, or cut off by the limit on the size of replies. The library
-hands out storage only where all elements that the dimensions name have arrived, so a value holds
-nothing else, and no memory is asked for because of dimensions alone.
+A reply may be incomplete, or truncated by the limit on its size. The library provides storage only
+if all elements that the dimensions announce have arrived. So a value never holds anything else, and
+dimensions alone never make it allocate memory.
 """
 from __future__ import annotations
 
@@ -24,16 +24,16 @@ from ._values import Cell, complex_dtype
 Shape = Tuple[int, ...]
 _COMPLEX_DTYPES = [complex_dtype(dtype) for dtype in DTYPES[:library.SINGLE]] + [
     np.dtype(np.complex64), np.dtype(np.complex128)]
-_MOST_DIMENSIONS: int = getattr(np, 'MAXDIMS', 64)  # NumPy 2 does not name them any more
+_MOST_DIMENSIONS: int = getattr(np, 'MAXDIMS', 64)  # NumPy 2 has no name for this
 
 
 class ExactReader:
-    """Keeps the shape of every array, as far as Python has a type that tells it."""
+    """Keeps the shape of every array, as far as there is a Python type that shows it."""
 
     def values_of(self, outputs: list[Handle], url: bytes) -> list[Any]:
-        """Raises a TransportError that says which output has no value, and destroys all of them
-        then: an exception that is kept keeps the frames that it passed through, and so what they
-        hold."""
+        """The value of each output. If one has none, a TransportError says which. All outputs are
+        destroyed first: an exception that somebody keeps refers to the frames that it passed
+        through, and they would keep the outputs."""
         values: list[Any] = []
         try:
             for output in outputs:
@@ -65,7 +65,7 @@ class ExactReader:
         return number_array(handle, number, shape, count)
 
     def text(self, handle: Handle, shape: Shape, count: int) -> Any:
-        """A row, and what is 0-by-0, is a string; anything else an array of characters."""
+        """A row or a 0-by-0 array is a string; anything else is an array of characters."""
         is_string = is_row(shape) or shape == (0, 0)
         if count == 0:
             return '' if is_string else empty(shape, 'U1')
@@ -74,11 +74,11 @@ class ExactReader:
         return characters(handle, shape, count)
 
     def is_list(self, shape: Shape) -> bool:
-        """Whether the elements of a container of this shape make a list."""
+        """Whether a container of this shape becomes a list."""
         return is_row(shape)
 
     def cells(self, handle: Handle, shape: Shape, count: int) -> Any:
-        """A list, also if it is 0-by-0, or an array of objects."""
+        """A list if the cell is a row or 0-by-0, otherwise an array of objects."""
         get, value_of = library.get_cell, self.value_of
         values: Cell[Any] = Cell()
         try:
@@ -94,8 +94,8 @@ class ExactReader:
         return values if is_list else filled(values, shape, object)
 
     def structs(self, handle: Handle, shape: Shape, count: int) -> Any:
-        """One is a dictionary, several in a row are a list of dictionaries; anything else, and
-        what has no fields, is a structured array."""
+        """One struct is a dictionary, a row of them a list of dictionaries; any other shape, and
+        structs without fields, are a structured array."""
         names = field_names(handle)
         if shape == (1, 1):
             return self.struct(handle, 0, names, count)
@@ -121,7 +121,7 @@ class ExactReader:
                ) -> dict[str, Any]:
         fields: dict[str, Any] = {}
         name = ''
-        get, value_of = library.get_field, self.value_of  # there may be many elements
+        get, value_of = library.get_field, self.value_of  # looked up once for many elements
         try:
             for name, number in names.items():
                 element = get(handle, index, number)
@@ -134,7 +134,7 @@ class ExactReader:
         return fields
 
     def index(self, shape: Shape, position: int) -> object:
-        """The subscript of an element in Python: that of a list is a number."""
+        """The index of an element in Python, which is a number for a list."""
         if self.is_list(shape):
             return position
         subscripts = []
@@ -145,18 +145,18 @@ class ExactReader:
 
 
 def _shape(handle: Handle) -> Shape:
-    """Of two dimensions at least."""
+    """At least two dimensions."""
     count = library.get_dimension_count(handle)
     if count == 0:
         raise no_dimensions()
     if count > _MOST_DIMENSIONS:
-        raise malformed(f'an array of {count} dimensions; NumPy takes {_MOST_DIMENSIONS}')
+        raise malformed(f'an array of {count} dimensions; NumPy allows at most {_MOST_DIMENSIONS}')
     shape = tuple(library.get_dimensions(handle)[:count])
     return shape if count != 1 else (shape[0], 1)
 
 
 def number_array(handle: Handle, number: int, shape: Shape, count: int) -> NDArray:
-    """Numbers or truth values."""
+    """Numbers or booleans."""
     dtype = DTYPES[number]
     if count == 0:
         return empty(shape, dtype)
@@ -170,7 +170,7 @@ def number_array(handle: Handle, number: int, shape: Shape, count: int) -> NDArr
 
 
 def _elements(handle: Handle, address: Any, shape: Shape, dtype: Any) -> NDArray:
-    """A view on them, if they are there."""
+    """A view of the elements, if they are there."""
     if not address:
         raise missing_elements(element_count(shape))
     return view(handle, address, shape, dtype)
@@ -184,7 +184,7 @@ def empty(shape: Shape, dtype: Any) -> NDArray:
 
 
 def _complex_numbers(number: int, real: NDArray, imaginary: NDArray) -> NDArray:
-    """A copy: NumPy keeps both parts of a number side by side, the library apart."""
+    """A copy: NumPy interleaves the two parts of a number, the library keeps them apart."""
     dtype = _COMPLEX_DTYPES[number]
     values = np.empty(real.shape, dtype, order='F')
     if dtype.kind == 'c':
@@ -195,7 +195,7 @@ def _complex_numbers(number: int, real: NDArray, imaginary: NDArray) -> NDArray:
 
 
 def code_units(handle: Handle, count: int) -> Any:
-    """The address of so many."""
+    """The address of this many code units."""
     address = library.get_chars(handle)
     if not address:
         raise missing_elements(count)
@@ -216,8 +216,8 @@ def is_row(shape: Shape) -> bool:
 
 
 def filled(values: list[Any], shape: Shape, dtype: Any) -> NDArray:
-    """An array of values that come column after column. They are gathered first: dimensions may
-    name more elements than there are."""
+    """An array of values that are given column by column. It takes values that have been collected,
+    since the dimensions may announce more elements than there are."""
     if not values:
         return empty(shape, dtype)
     array = np.empty(len(values), dtype)
@@ -231,14 +231,14 @@ def struct_dtype(names: dict[str, int]) -> np.dtype[Any]:
 
 
 def _structs_without_fields(shape: Shape, count: int) -> NDArray:
-    """A few bytes of a reply can name any number of them; in NumPy they take no memory either."""
+    """A few bytes of a reply can announce any number of them, which NumPy stores in no memory."""
     if count > library.LARGEST_SIZE:
         raise malformed(f'an array of shape {shape}')
     return empty(shape, struct_dtype({}))
 
 
 def field_names(handle: Handle) -> dict[str, int]:
-    """With their numbers. A server may send several fields with one name, of which the library
-    gives the first."""
+    """The names and numbers of the fields. If a server sends several fields with one name, the
+    library returns the first."""
     return {library.get_field_name(handle, number).decode(errors='surrogateescape'): number
             for number in range(library.get_field_count(handle))}

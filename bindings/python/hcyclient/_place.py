@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Where in a container a value stands."""
+"""The place of a value within a container."""
 from __future__ import annotations
 
 from typing import TypeVar
@@ -8,7 +8,7 @@ Self = TypeVar('Self', bound='PlacedError')
 
 
 class PlacedError(Exception):
-    """Gathers the value's place on the way out of the containers around it."""
+    """Collects the place of a value as it passes through the containers around it."""
 
     def __init__(self, what: str) -> None:
         super().__init__(what)
@@ -16,7 +16,7 @@ class PlacedError(Exception):
         self._steps: list[str] = []
 
     def inside(self: Self, *place: object) -> Self:
-        """Adds the steps that lead from a container to its element, such as an index and a key."""
+        """Add the steps from a container to its element, such as an index and a key."""
         self._steps[:0] = map(_subscript, place)
         return self
 
@@ -26,6 +26,6 @@ class PlacedError(Exception):
 
 
 def _subscript(step: object) -> str:
-    if isinstance(step, tuple):  # of an array; one without dimensions has none
+    if isinstance(step, tuple):  # the index of an array; empty for one without dimensions
         return f'[{", ".join(map(str, step))}]' if step else ''
     return f'[{step!r}]'

@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The connections of a client, each with a thread of its own that makes the calls.
+"""The connections of a client, each with its own thread that makes the calls.
 
-The interpreter runs signal handlers on its main thread alone, and not while that is inside the
-library. So calls are made on other threads, and whoever waits for one can be interrupted. A call
-that nobody waits for any more goes on alone; its connection ends with it, and another one takes its
-place.
+The interpreter runs signal handlers on its main thread only, and not while that thread is inside
+the library. So calls run on other threads, and a thread that waits for one can be interrupted. A
+call that nobody waits for any more runs to its end in the background. Its connection does not count
+any more, so that a new one can take its place at once, and is closed when the call ends.
 """
 from __future__ import annotations
 
@@ -20,12 +20,12 @@ from ._bell import Bell
 from ._connection import Connection
 from ._jobs import CLOSED, AwaitedCall, Call
 
-_LOOK = 50  # milliseconds: how often someone who waits looks whether all is well
-_LONGEST_FAREWELL = 5.0  # in seconds
+_LOOK = 50  # milliseconds between two checks that there is a worker for the job
+_CLOSING_TIME = 5.0  # seconds to wait for each connection that is closed
 
 
 class _Worker:
-    """A thread, and the job that it is at."""
+    """A thread, and the job that it runs."""
 
     __slots__ = ('job', 'thread', 'ended')
 
@@ -45,7 +45,7 @@ class _Worker:
 
 
 class Pool:
-    """Holds `most` connections at most, which are opened when they are needed and kept open."""
+    """Holds up to `most` connections. They are opened when they are needed, and kept open."""
 
     def __init__(self, settings: Mapping[str, Any], most: int) -> None:
         self.settings = settings
@@ -53,7 +53,7 @@ class Pool:
         self.closed = False
         self._runtime: Optional[_runtime.Runtime] = _runtime.acquire()
         try:
-            # At once, so that whoever makes a client hears what is wrong with it.
+            # Created now, so that creating the client reports what is wrong with its settings.
             first = Connection(settings)
         except BaseException:
             _runtime.release()
@@ -62,7 +62,7 @@ class Pool:
         _pools.add(self)
 
     def _begin(self, *connections: Connection) -> None:
-        # Reentrant: the collector and signal handlers may come back here.
+        # Reentrant: the garbage collector or a signal handler may get here while it is held.
         self._lock = threading.RLock()
         self._bell = Bell()
         self._jobs: deque[Call] = deque()
@@ -70,16 +70,17 @@ class Pool:
         self._spare = list(connections)
 
     def begin_anew(self) -> None:
-        """In a child process, which has none of the threads; the connections are the parent's."""
+        """Start over in a child process, where the threads do not exist. The connections belong to
+        the parent."""
         self._begin()
 
     @property
     def connections(self) -> int:
-        """How many there are."""
+        """How many connections are open."""
         return sum(worker.counts() for worker in list(self._workers))
 
     def finish(self, job: AwaitedCall) -> Any:
-        """Returns the result of a call, or raises what it, or a signal handler, raises."""
+        """Return the result of a call, or raise its exception or that of a signal handler."""
         try:
             self.start(job)
             while True:
@@ -88,29 +89,29 @@ class Pool:
                     break
                 self._add_worker_if_needed()
         finally:
-            job.wanted = False  # which calls no function, and so cannot be interrupted itself
+            job.wanted = False  # an assignment, which cannot be interrupted
         return job.result()
 
     def start(self, job: Call) -> None:
         self._require_open()
         self._jobs.append(job)
         self._add_worker_if_needed()
-        if self.closed:  # since then
+        if self.closed:  # in the meantime
             self._fail_waiting_jobs()
-        self._bell.ring()  # last, since whoever waits for the job now waits
+        self._bell.ring()  # last, as the thread of the job is waiting for it
 
     def abandon(self, job: Call) -> None:
         job.wanted = False
         self._add_worker_if_needed()
 
     def close(self, wait: bool = True) -> None:
-        """Ends all idle connections, and waits until they have ended. Calls that are under way fail
-        for those who wait for them, and go on alone."""
+        """Close all idle connections, and wait until they are closed. Calls in progress fail for
+        the threads that wait for them, and run to their end in the background."""
         with self._lock:
             self.closed = True
             workers = list(self._workers)
             runtime, self._runtime = self._runtime, None
-        if runtime is not None:  # each connection holds it, too
+        if runtime is not None:  # each connection holds a reference of its own
             _runtime.release()
         self._fail_waiting_jobs()
         idle = [worker for worker in workers if worker.is_idle()]
@@ -123,7 +124,7 @@ class Pool:
             self._spare.pop().end()
         for worker in idle:
             if wait and worker.thread != get_ident():
-                worker.ended.acquire(True, _LONGEST_FAREWELL)
+                worker.ended.acquire(True, _CLOSING_TIME)
 
     def _require_open(self) -> None:
         if self.closed:
@@ -164,12 +165,12 @@ class Pool:
             except BaseException as error:
                 self._workers.remove(worker)
                 if not (isinstance(error, RuntimeError) and self._workers):
-                    raise  # there is no thread to wait for
+                    raise  # no thread is left that could run the job
 
     def _work(self, worker: _Worker) -> None:
         with self._lock:
             if worker not in self._workers:
-                return  # whoever started it was interrupted
+                return  # an interrupt hit _add_worker_if_needed()
             worker.thread = get_ident()
         connection: Optional[Connection] = None
         try:
@@ -185,10 +186,10 @@ class Pool:
                     self._add_worker_if_needed()
                 connection = connection or self._connection_for(job)
                 goes_on = connection is None or self._run(job, connection)
-                worker.job = job = None  # an idle thread keeps nothing alive
+                worker.job = job = None  # an idle thread must not keep anything alive
                 if not goes_on:
                     break
-        except BaseException as error:  # there is no memory, for instance
+        except BaseException as error:  # out of memory, for instance
             if worker.job is not None:
                 worker.job.fail(error)
         finally:
@@ -207,7 +208,7 @@ class Pool:
             return None
 
     def _run(self, job: Call, connection: Connection) -> bool:
-        """Whether the connection is used further."""
+        """Run the job. Returns whether the connection can be used again."""
         if self.closed:
             job.fail(RuntimeError(CLOSED))
         elif not job.wanted:

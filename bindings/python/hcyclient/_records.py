@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The record that tells why a call failed."""
+"""The library's record of why a call failed."""
 from __future__ import annotations
 
 from ctypes import POINTER, Structure, Union, byref, c_char_p, c_int32, c_size_t, c_uint32, c_void_p
@@ -38,7 +38,7 @@ class _ErrorInfo(Structure):
 
 
 def _text(found: Optional[bytes]) -> str:
-    """Texts come from the server byte for byte."""
+    """Decode a string that comes from the server, and may hold any bytes."""
     return (found or b'').decode(errors='backslashreplace')
 
 
@@ -55,7 +55,7 @@ def _exception(info: _ErrorInfo, url: str) -> Error:
 
 
 def last_failure(runtime: Runtime, context: c_void_p, url: str) -> Error:
-    """What the last failed call of the context, which was of this URL, failed with."""
+    """The exception for the last failed call of the context, which was to this URL."""
     info = _ErrorInfo()
     try:
         runtime.get_error(context, byref(info))

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The table of the library's runtime, which is started for the first client and ended with the
-last one."""
+"""The library's table of functions. The library starts with the first client and is shut down after
+the last one."""
 from __future__ import annotations
 
 import os
@@ -14,11 +14,11 @@ from .errors import Error
 
 
 def _setting(kind: Any) -> list[Any]:
-    """A setter and a getter."""
+    """The prototypes of a setter and a getter."""
     return [PYFUNCTYPE(None, c_void_p, kind), PYFUNCTYPE(kind, c_void_p)]
 
 
-# What waits for the network releases the interpreter's lock.
+# The functions that wait for the network release the interpreter's lock.
 _SLOTS = dict(zip(
     ('create_config destroy_config set_timeout get_timeout set_size_limit get_size_limit '
      'create_context destroy_context get_error destroy_error feval set_cert_file get_cert_file '
@@ -41,7 +41,7 @@ class _Table(Structure):
 
 
 class Runtime:
-    """The functions of the table, read out of it once."""
+    """The functions of the table, looked up once."""
 
     __slots__ = tuple(_SLOTS)
 
@@ -49,11 +49,11 @@ class Runtime:
         for name in _SLOTS:
             setattr(self, name, getattr(table, name))
 
-    def __getattr__(self, name: str) -> Any:  # for the type checker: there is no other name
+    def __getattr__(self, name: str) -> Any:  # tells the type checker that the names are dynamic
         raise AttributeError(name)
 
 
-# Reentrant: the collector may give a client back while one is made.
+# Reentrant: the garbage collector may close a client while another one is created.
 _lock = threading.RLock()
 _users = 0
 _runtime: Optional[Runtime] = None
@@ -65,16 +65,15 @@ def _start() -> Runtime:
         raise Error((library.initialization_error() or b'').decode(errors='backslashreplace'))
     table = _Table.from_address(address)
     if not table.set_verify_peer:
-        raise Error('the library has been started for interface version 1.0 by other code of this '
-                    'process')
+        raise Error('other code in this process has started the library for interface version 1.0')
     return Runtime(table)
 
 
 def acquire() -> Runtime:
-    """The runtime, for one more user, who gives it back by release()."""
+    """The runtime for one more user, who must call release() in the end."""
     global _users, _runtime
     with _lock:
-        _users += 1  # first, so that nobody ends it from here on
+        _users += 1  # first, so that nobody shuts it down from here on
         if _runtime is None:
             try:
                 _runtime = _start()

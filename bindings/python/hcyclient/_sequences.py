@@ -1,21 +1,21 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Lists of numbers, which are arrays of them."""
+"""Lists of numbers, which become numeric arrays."""
 from __future__ import annotations
 
 from typing import Any, Iterable, Optional, Sequence, Tuple
 
 import numpy as np
 
-from ._refusal import CannotCarry
+from ._refusal import CannotConvert
 from ._storage import NDArray
 
 _NUMBERS = (int, float, complex, np.number, np.bool_)
-_EXACT = 1 << 53  # a double is equal to each integer up to this one
+_EXACT = 1 << 53  # doubles represent every integer up to this one exactly
 
 
 def numbers_in(value: Sequence[Any]) -> Optional[NDArray]:
-    """The array that NumPy makes of lists of numbers, with doubles for integers of Python. None if
-    they hold anything else."""
+    """The array that NumPy makes of lists of numbers, with doubles for Python integers; None if the
+    lists hold anything else."""
     kinds: set[type] = set()
     shape = _shape(value, kinds)
     if shape is None:
@@ -29,7 +29,7 @@ def numbers_in(value: Sequence[Any]) -> Optional[NDArray]:
 def _array(value: Sequence[Any]) -> NDArray:
     try:
         return np.array(value)
-    except OverflowError:  # of integers in some versions of NumPy
+    except OverflowError:  # some versions of NumPy raise it for large integers
         return np.array(value, object)
 
 
@@ -46,15 +46,15 @@ def _shape(value: Sequence[Any], kinds: set[type]) -> Optional[Tuple[int, ...]]:
     if None in shapes:
         return None
     if numbers or len(shapes) > 1:
-        raise CannotCarry('lists of numbers that differ in length',
-                          'Cell([...]) for a cell of them')
+        raise CannotConvert('lists of numbers that differ in length',
+                            'Cell([...]) for a cell array')
     return len(value), *(shapes.pop() or ())
 
 
 def _with_doubles(array: NDArray, value: Any, kinds: Iterable[type]) -> NDArray:
     if array.dtype.kind in 'iu':
         is_exact = not array.size or -_EXACT <= array.min() and array.max() <= _EXACT
-    else:  # other numbers are among them, or integers that NumPy has no dtype for
+    else:  # there are other numbers too, or integers that are too large for NumPy
         is_exact = array.dtype.kind in 'fc' and not _has_large(value)
     if is_exact:
         return array if array.dtype.kind in 'fc' else array.astype(float)
@@ -73,19 +73,20 @@ def _has_large(value: Any) -> bool:
 def _require_double(number: int, place: Tuple[int, ...]) -> None:
     try:
         double_of(number)
-    except CannotCarry as refusal:
+    except CannotConvert as refusal:
         refusal.inside(*place)
         raise
 
 
 def double_of(value: int) -> float:
-    """The double that is equal to it."""
+    """The double that is equal to the integer."""
     try:
         number = float(value)
     except OverflowError:
-        raise CannotCarry('int that is too large for a double', 'str(x) for text') from None
+        raise CannotConvert('int that is too large for a double',
+                            'str(x) for a string') from None
     if number != value:
-        raise CannotCarry(f'int {value}, which no double is equal to',
-                          'numpy.int64(x) or numpy.uint64(x) for that class, float(x) for the '
-                          'nearest double')
+        raise CannotConvert(f'int {value}, which a double cannot represent exactly',
+                            'numpy.int64(x) or numpy.uint64(x) to keep it, float(x) for the '
+                            'nearest double')
     return number

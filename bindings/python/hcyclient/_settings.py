@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The settings of a client, checked and in the types of the library's setters."""
+"""The settings of a client, checked and converted for the library's setters."""
 from __future__ import annotations
 
 import errno
@@ -16,15 +16,15 @@ from ._urls import c_text
 
 Results = Literal['natural', 'exact']
 Path = Union[str, bytes, 'os.PathLike[str]', 'os.PathLike[bytes]']
-_LONGEST_TIMEOUT = 2147483  # in seconds; libcurl takes no more
+_LONGEST_TIMEOUT = 2147483  # seconds; libcurl's own limit
 _LARGEST_LIMIT = 0xFFFFFFFF
 _MOST_CONNECTIONS = 1000
 _READERS = {'natural': NaturalReader(), 'exact': ExactReader()}
 
 
 def library_settings(settings: Mapping[str, Any]) -> dict[str, Any]:
-    """Those that the library takes, under the names of its setters. Raises TypeError, ValueError,
-    or OSError for a file that cannot be read."""
+    """The settings that the library takes, under the names of its setters. Raises TypeError,
+    ValueError, or OSError if a file does not exist."""
     return {
         'timeout': _seconds(settings['timeout']),
         'size_limit': number('response_size_limit', settings['response_size_limit'], 0,
@@ -47,16 +47,16 @@ def reader(results: Results) -> ExactReader:
     try:
         return _READERS[results]
     except (KeyError, TypeError):
-        raise ValueError(f"results is 'natural' or 'exact', not {results!r}") from None
+        raise ValueError(f"results must be 'natural' or 'exact', not {results!r}") from None
 
 
 def number(name: str, value: int, least: int, most: int) -> int:
     try:
         found = index(value)
     except TypeError:
-        raise TypeError(f'{name} is a whole number, not {type(value).__name__}') from None
+        raise TypeError(f'{name} must be an integer, not {type(value).__name__}') from None
     if not least <= found <= most:
-        raise ValueError(f'{name} is from {least} to {most}, not {found}')
+        raise ValueError(f'{name} must be from {least} to {most}, not {found}')
     return found
 
 
@@ -65,14 +65,15 @@ def _seconds(timeout: Union[int, float, None]) -> int:
     if timeout is None:
         return 0
     if isinstance(timeout, (str, bytes, bool)):
-        raise TypeError(f'timeout is a number of seconds, not {type(timeout).__name__}')
+        raise TypeError(f'timeout must be a number of seconds, not {type(timeout).__name__}')
     try:
         seconds = float(timeout)
     except TypeError:
-        raise TypeError(f'timeout is a number of seconds, not {type(timeout).__name__}') from None
+        raise TypeError('timeout must be a number of seconds, not '
+                        f'{type(timeout).__name__}') from None
     if not 0 < seconds <= _LONGEST_TIMEOUT:
-        raise ValueError(f'timeout is over 0 and at most {_LONGEST_TIMEOUT} seconds, not '
-                         f'{timeout}; None is for no limit')
+        raise ValueError(f'timeout must be more than 0 and at most {_LONGEST_TIMEOUT} seconds, not '
+                         f'{timeout}; use None for no limit')
     return math.ceil(seconds)
 
 
@@ -82,7 +83,7 @@ def _file(name: str, path: Optional[Path]) -> bytes:
     try:
         encoded = c_text(name, os.fsencode(path))
     except TypeError:
-        raise TypeError(f'{name} is a path, not {type(path).__name__}') from None
+        raise TypeError(f'{name} must be a path, not {type(path).__name__}') from None
     if not os.path.isfile(encoded):
         code = errno.EISDIR if os.path.isdir(encoded) else errno.ENOENT
         raise OSError(code, f'{name}: {os.strerror(code)}', os.fsdecode(encoded))
@@ -91,12 +92,12 @@ def _file(name: str, path: Optional[Path]) -> bytes:
 
 def _passphrase(phrase: Union[str, bytes, None]) -> bytes:
     if not isinstance(phrase, (str, bytes, type(None))):
-        raise TypeError(f'client_key_passphrase is a str or bytes, not {type(phrase).__name__}')
+        raise TypeError(f'client_key_passphrase must be str or bytes, not {type(phrase).__name__}')
     return c_text('client_key_passphrase', phrase or b'')
 
 
 def _switch(name: str, value: bool) -> bool:
-    """Nothing else: who gives None for what he does not care for would turn it off."""
+    """Accept only booleans. None, meant as "the default", would turn the check off."""
     if not isinstance(value, (bool, np.bool_)):
-        raise TypeError(f'{name} is True or False, not {type(value).__name__}')
+        raise TypeError(f'{name} must be True or False, not {type(value).__name__}')
     return bool(value)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Sparse matrices both ways: SciPy's, where it is installed, or our own type."""
+"""Sparse matrices in both directions: SciPy's if it is installed, otherwise our own type."""
 from __future__ import annotations
 
 import sys
@@ -10,17 +10,17 @@ import numpy as np
 
 from . import _library as library
 from ._library import COMPLEX, LARGEST_SIZE, REAL, Handle
-from ._refusal import CannotCarry
+from ._refusal import CannotConvert
 from ._storage import DTYPES, SIZE, NDArray, require_memory, view
 from ._unreadable import malformed, missing_elements, missing_indices
 from ._values import CompressedColumns
 
-_SCIPY = 'scipy.sparse.csc_matrix(...), which checks what it is made of'
+_SCIPY = 'scipy.sparse.csc_matrix(...), which checks its arguments'
 _DOUBLE, _LOGICAL = DTYPES[library.DOUBLE], DTYPES[library.LOGICAL]
 
 
 def is_scipy_sparse(value: Any) -> bool:
-    """Nobody has such a matrix who has not imported SciPy, which takes long."""
+    """Nothing is imported, since that takes long: without SciPy, the value cannot come from it."""
     module = sys.modules.get('scipy.sparse')
     return module is not None and bool(module.issparse(value))
 
@@ -38,15 +38,15 @@ def compressed_columns(value: CompressedColumns) -> Handle:
     rows, columns = _rows_and_columns(value.shape)
     data, indices, indptr = map(np.asarray, value[:3])
     if data.dtype.char not in '?dD':
-        raise CannotCarry(f'sparse matrix of dtype {data.dtype}: only float64, complex128 and bool '
-                          'are carried', ".astype('float64')")
+        raise CannotConvert(f'sparse matrix of dtype {data.dtype}: only float64, complex128 and '
+                            'bool are supported', ".astype('float64')")
     if data.ndim != 1 or not _are_indices(indices) or not _are_indices(indptr):
-        raise CannotCarry('sparse matrix whose parts are not lists of values, rows and columns',
-                          _SCIPY)
+        raise CannotConvert('sparse matrix whose data, indices or indptr is not one-dimensional, '
+                            'or has the wrong type', _SCIPY)
     stored = int(indptr[-1]) if indptr.size else 0
     if stored > min(len(data), len(indices), LARGEST_SIZE) or not _make_sense(
             rows, columns, indices[:stored], indptr):
-        raise CannotCarry('sparse matrix whose rows and columns make no sense', _SCIPY)
+        raise CannotConvert('sparse matrix whose indices and indptr are not consistent', _SCIPY)
     require_memory(columns + 1 + 3 * stored)
     if data.dtype == _LOGICAL:
         handle: Handle = library.create_sparse_logical(rows, columns, stored)
@@ -66,12 +66,12 @@ def _rows_and_columns(shape: Any) -> tuple[int, int]:
     try:
         rows, columns = map(index, shape)
     except (TypeError, ValueError):
-        raise CannotCarry('sparse matrix whose shape is not two whole numbers', _SCIPY) from None
+        raise CannotConvert('sparse matrix whose shape is not two integers', _SCIPY) from None
     if min(rows, columns) < 0:
-        raise CannotCarry(f'sparse matrix of shape {(rows, columns)}', _SCIPY)
+        raise CannotConvert(f'sparse matrix of shape {(rows, columns)}', _SCIPY)
     if max(rows, columns + 1) > LARGEST_SIZE:
-        raise CannotCarry(f'sparse matrix of shape {(rows, columns)}: it is too large',
-                          'several calls with a part of it each')
+        raise CannotConvert(f'sparse matrix of shape {(rows, columns)}: it is too large',
+                            'several calls, each with a part of it')
     return rows, columns
 
 
@@ -80,14 +80,14 @@ def _are_indices(part: NDArray) -> bool:
 
 
 def _make_sense(rows: int, columns: int, indices: NDArray, indptr: NDArray) -> bool:
-    """Whether the column starts rise from 0 to the number of stored elements, and in each column
-    the rows."""
+    """Whether the column starts increase from 0 to the number of stored elements, and the row
+    indices increase within each column."""
     starts, places = indptr.astype(np.int64), indices.astype(np.int64)
     if len(starts) != columns + 1 or starts[0] != 0 or starts[-1] != len(places):
         return False
     if (np.diff(starts) < 0).any() or ((places < 0) | (places >= rows)).any():
         return False
-    falls = np.flatnonzero(np.diff(places) <= 0) + 1  # only where a column begins
+    falls = np.flatnonzero(np.diff(places) <= 0) + 1  # allowed only at the start of a column
     return bool(np.isin(falls, starts).all())
 
 
@@ -97,8 +97,8 @@ def _write(address: int, dtype: np.dtype[Any], values: NDArray) -> None:
 
 
 def sparse_value(handle: Handle, shape: tuple[int, ...], count: int) -> Any:
-    """SciPy's csc_matrix, whose values are a view, or our own type. The count is that of all its
-    elements, most of which are not stored."""
+    """SciPy's csc_matrix, whose values are a view, or our own type. The count includes the elements
+    that are not stored."""
     # Null unless they and the row indices describe a matrix of this shape.
     address = library.get_column_starts(handle)
     if not address:
@@ -110,7 +110,7 @@ def sparse_value(handle: Handle, shape: tuple[int, ...], count: int) -> Any:
     stored = int(starts[-1])
     rows = _stored(handle, library.get_rows(handle), stored, SIZE, count)
     if not _make_sense(row_count, column_count, rows, starts):
-        raise malformed('a sparse array whose rows do not rise within each column')
+        raise malformed('a sparse array whose row indices do not increase within each column')
     return _built(_values(handle, stored, count), rows, starts, (row_count, column_count))
 
 

@@ -13,10 +13,10 @@ from . import _library as library
 if TYPE_CHECKING:
     NDArray = np.ndarray[Any, Any]
 else:
-    NDArray = np.ndarray  # which NumPy before 1.22 cannot subscript
+    NDArray = np.ndarray  # NumPy before 1.22 cannot subscript it
 Shape = Sequence[int]
 
-# In the order of the classes' numbers, up to logical.
+# In the order of the class numbers, up to logical.
 DTYPES = [np.dtype(name) for name in ('uint8', 'int8', 'uint16', 'int16', 'uint32', 'int32',
                                       'uint64', 'int64', 'float32', 'float64', 'bool')]
 CHAR_UNIT = np.dtype('uint16')
@@ -24,7 +24,7 @@ SIZE = np.dtype(c_size_t)
 
 
 class Storage:
-    """What NumPy sees of an array's storage, and keeps alive as long as it looks at it."""
+    """Presents an array's storage to NumPy, which keeps this object alive as long as its views."""
 
     __slots__ = ('__array_interface__', 'owner')
     __array_interface__: dict[str, Any]
@@ -35,8 +35,8 @@ _TYPE_NAMES = {dtype: dtype.str for dtype in [*DTYPES, CHAR_UNIT, SIZE]}
 
 
 def view(owner: Any, address: int, shape: Shape, dtype: np.dtype[Any]) -> NDArray:
-    """An array, in columns, over the elements at the address, which belong to the owner. All of
-    them must be there, and one at least."""
+    """A view, in column-major order, of the elements at the address, which belong to the owner. All
+    of them must be there, and at least one."""
     step = dtype.itemsize
     strides = []
     for dimension in shape:
@@ -51,14 +51,14 @@ def view(owner: Any, address: int, shape: Shape, dtype: np.dtype[Any]) -> NDArra
 
 
 def resize(handle: library.Handle, shape: Shape) -> bool:
-    """Gives the array this shape; False where that is not possible. Unlike the functions that
-    create arrays, and unlike hcySetM, this throws nothing that Python could not catch."""
+    """Give the array this shape. Returns False if that is not possible. The functions that create
+    arrays, and hcySetM, would throw a C++ exception instead, which Python cannot catch."""
     count = len(shape)
     return not library.set_dimensions(handle, (c_size_t * count)(*shape), count)
 
 
 def require_memory(elements: int) -> None:
-    """Raises MemoryError where the library would throw what Python cannot catch."""
+    """Raise MemoryError if the library would throw a C++ exception, which Python cannot catch."""
     np.empty(elements, SIZE)
 
 

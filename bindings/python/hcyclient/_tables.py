@@ -13,17 +13,17 @@ if TYPE_CHECKING:
 
 
 def records(structs: Any) -> list[dict[str, Any]]:
-    """The elements of a struct array, however many there are.
+    """Return the elements of a struct array as a list, even if there is only one.
 
     Parameters
     ----------
     structs : dict, list of dicts, or structured array
-        A result that is a struct array. A dict is a struct array of one element.
+        A result that is a struct or a struct array. A dict is a single element.
 
     Returns
     -------
     list of dict
-        One for each element; those of a structured array come column after column.
+        One for each element; those of a structured array are in column-major order.
 
     Raises
     ------
@@ -42,19 +42,19 @@ def records(structs: Any) -> list[dict[str, Any]]:
 
 
 def to_pandas(table: Any) -> DataFrame:
-    """A table as a DataFrame of pandas, with a dtype of NumPy for each column that has one.
+    """Convert a table to a pandas DataFrame.
 
     Parameters
     ----------
     table : dict, list of dicts, or structured array
         A struct whose fields are the columns (vectors, cells, or scalars for a table of one row),
-        or a struct array whose elements are the rows. The first is by far the faster way to send
-        a large table.
+        or a struct array whose elements are the rows. The first form is by far the faster one for
+        large tables.
 
     Returns
     -------
     pandas.DataFrame
-        With the index 0, 1, ...
+        With the index 0, 1, ... A column has a NumPy dtype if its values share one.
 
     Raises
     ------
@@ -69,7 +69,7 @@ def to_pandas(table: Any) -> DataFrame:
 
 
 def to_structured(table: Any) -> NDArray:
-    """A table as a structured array of one dimension, whose fields have plain dtypes.
+    """Convert a table to a one-dimensional structured array with plain dtypes.
 
     Parameters
     ----------
@@ -79,8 +79,8 @@ def to_structured(table: Any) -> NDArray:
     Returns
     -------
     numpy.ndarray
-        A field is of the dtype of its column: of numbers, truth values, or strings, otherwise of
-        objects.
+        Each field has the dtype of its column: that of its numbers, booleans or strings, otherwise
+        object.
 
     Raises
     ------
@@ -109,17 +109,17 @@ def _columns(table: Any) -> dict[str, NDArray]:
 
 
 def _column_of(name: str, value: Any) -> NDArray:
-    """The column that a field of a struct is."""
+    """Convert a field of a struct to a column."""
     if not isinstance(value, np.ndarray):
         return _plain(value if isinstance(value, (list, tuple)) else [value])
     if value.ndim > 1 and value.size != max(value.shape):
-        raise ValueError(f'{name} is an array of shape {value.shape}, and no column')
+        raise ValueError(f'{name} is not a column, but an array of shape {value.shape}')
     column: NDArray = value.reshape(-1)
     return column if value.dtype != object else _plain(column.tolist())
 
 
 def _plain(values: Sequence[Any]) -> NDArray:
-    """An array of these values, of one dimension and of their own dtype if they share one."""
+    """A one-dimensional array of the values, with their own dtype if they share one."""
     single = [value.reshape(-1)[0] if isinstance(value, np.ndarray) and value.size == 1 else value
               for value in values]
     kinds = {value.dtype if isinstance(value, np.generic) else type(value) for value in single}

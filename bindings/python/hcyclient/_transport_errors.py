@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Which exception stands for a text of the library.
+"""Which exception to raise for an error message of the library.
 
-Most texts are libcurl's. Those of libcurl 7 and 8 differ: both are here.
+Most messages are libcurl's. Those of libcurl 7 and 8 differ, so both are here.
 """
 from __future__ import annotations
 
@@ -32,7 +32,7 @@ _KINDS: dict[str, type[TransportError]] = {
 }
 _LIMIT = 'response size limit'
 _ADVICE = 'You can increase response size limit using setResponseSizeLimit method.'
-_OUR_ADVICE = 'The argument response_size_limit of the client increases it.'
+_OUR_ADVICE = "The client's argument response_size_limit increases it."
 
 
 def transport_error(text: str, url: str) -> TransportError:

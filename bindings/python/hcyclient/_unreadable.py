@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What is raised where no value can be made of an output."""
+"""What is raised if an output cannot be converted."""
 from __future__ import annotations
 
 from ._place import PlacedError
@@ -7,7 +7,7 @@ from .errors import IncompleteReply, TransportError
 
 
 class Unreadable(PlacedError):
-    """An output, or an array in it, that was sent so, or cut off."""
+    """An output, or an array in it, was sent like this or was truncated."""
 
     kind: type[TransportError] = TransportError
 
@@ -20,30 +20,29 @@ class _Incomplete(Unreadable):
     kind = IncompleteReply
 
     def __init__(self, what: str) -> None:
-        super().__init__(f'{what}; the limit on the size of replies (response_size_limit) may have '
-                         'cut this one')
+        super().__init__(f'{what}; the reply may have been truncated at response_size_limit')
 
 
 def malformed(what: str) -> Unreadable:
-    """The server broke its own rules."""
+    """The server did not follow the protocol."""
     return Unreadable(f'the reply holds {what}')
 
 
 def no_dimensions() -> Unreadable:
-    return _Incomplete('the array has 0 elements, since no dimensions of it arrived')
+    return _Incomplete('the array has 0 elements, because no dimensions arrived')
 
 
 def missing_elements(count: int) -> Unreadable:
-    return _Incomplete(f'the dimensions of the array name {count} elements, which did not all '
-                       'arrive')
+    return _Incomplete(f'the dimensions of the array announce {count} elements, which did not '
+                       'all arrive')
 
 
 def missing_indices(count: int) -> Unreadable:
-    return _Incomplete(f'the dimensions of the sparse array name {count} elements, and the column '
-                       'starts and row indices that arrived do not describe them')
+    return _Incomplete(f'the dimensions of the sparse array announce {count} elements, but the '
+                       'column starts and row indices that arrived do not describe them')
 
 
 def missing_element(count: int) -> Unreadable:
-    """To be placed at the element itself."""
-    return _Incomplete(f'the dimensions of the container name {count} elements, of which this one '
-                       'did not arrive, or is of a class that is not served')
+    """The place of this error is that of the missing element itself."""
+    return _Incomplete(f'the dimensions of the container announce {count} elements, but this one '
+                       'did not arrive, or its class is not supported')

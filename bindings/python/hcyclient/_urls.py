@@ -14,48 +14,48 @@ _USER = re.compile(r'(?<=://)[^/?#]*@')
 def c_text(name: str, text: Union[str, bytes]) -> bytes:
     encoded = text.encode() if isinstance(text, str) else text
     if b'\0' in encoded:
-        raise ValueError(f'{name} has a NUL inside')
+        raise ValueError(f'{name} contains a NUL character')
     return encoded
 
 
 def server_url(server: Optional[str]) -> Optional[str]:
-    """The URL of a server without a slash at its end; that of the environment if none is given."""
-    name = 'the URL of a server'
+    """The URL of the server without a slash at its end. None stands for HCY_SERVER."""
+    name = 'the URL of the server'
     if server is None:
         server = os.environ.get('HCY_SERVER') or None
         name = 'the URL in the environment variable HCY_SERVER'
         if server is None:
             return None
     if not isinstance(server, str):
-        raise TypeError(f'{name} is a str, not {type(server).__name__}')
+        raise TypeError(f'{name} must be a str, not {type(server).__name__}')
     if not _SCHEME.match(c_text(name, server)):
-        raise ValueError(f'{name} begins with http:// or https://, and this one does not')
+        raise ValueError(f'{name} must begin with http:// or https://')
     if '?' in server or '#' in server:
-        raise ValueError(f'{name} has no query and no fragment')
+        raise ValueError(f'{name} must not have a query or a fragment')
     return server.rstrip('/')
 
 
 def function_url(server: Optional[str], name: str) -> bytes:
     """The URL of a function, from its URL or its name on the server."""
     if not isinstance(name, str):
-        raise TypeError(f'a URL is a str, not {type(name).__name__}')
-    encoded = c_text('a URL', name)
+        raise TypeError(f'the URL must be a str, not {type(name).__name__}')
+    encoded = c_text('the URL', name)
     if _SCHEME.match(encoded):
         return encoded
-    # The library would have libcurl read local files, too, and guess a scheme that is missing.
+    # libcurl would also read local files, and guess a missing scheme.
     if _ANY_SCHEME.match(name) or name.startswith('//') or '://' in name:
-        raise ValueError('a URL begins with http:// or https://, and this one does not')
+        raise ValueError('the URL must begin with http:// or https://')
     if not name.strip('/ '):
         raise ValueError('the name of a function is empty')
     if server is None:
-        raise ValueError(f'{name!r} is relative to a server, and this client has none: give the '
-                         "URL of one, as in Client('http://127.0.0.1:8080') or in the environment "
-                         'variable HCY_SERVER, or the whole URL of the function, which begins with '
-                         'http:// or https://')
+        raise ValueError(f'{name!r} is relative to a server, but this client has none: pass the '
+                         "URL of one, as in Client('http://127.0.0.1:8080'), set the environment "
+                         'variable HCY_SERVER, or use the whole URL of the function, which begins '
+                         'with http:// or https://')
     return f'{server}/{name.lstrip("/")}'.encode()
 
 
 def public(url: Union[str, bytes]) -> str:
-    """The URL without a user's name and password."""
+    """The URL without a user name and password."""
     text = url if isinstance(url, str) else url.decode(errors='backslashreplace')
     return _USER.sub('', text, count=1)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Values that Python and NumPy have no type for."""
+"""Types for values that Python and NumPy have no type for."""
 from __future__ import annotations
 
 from typing import Any, List, NamedTuple, TypeVar
@@ -10,8 +10,8 @@ Element = TypeVar('Element')
 
 
 class Cell(List[Element]):
-    """A list that is a cell array of one row, whatever it holds. A plain list of numbers is an
-    array of them, and one of dictionaries with the same keys a struct array.
+    """A list that is sent as a cell array of one row, whatever it holds. A plain list of numbers is
+    sent as a numeric array, and a plain list of dictionaries with the same keys as a struct array.
 
     Examples
     --------
@@ -22,9 +22,11 @@ class Cell(List[Element]):
 
 
 class CompressedColumns(NamedTuple):
-    """A sparse matrix where SciPy is not installed, under the names of its csc_matrix: the values
-    of column j are data[indptr[j]:indptr[j + 1]], in the rows indices[indptr[j]:indptr[j + 1]],
-    which rise."""
+    """A sparse matrix for use without SciPy. The attributes are named as in SciPy's csc_matrix.
+
+    The values of column j are ``data[indptr[j]:indptr[j + 1]]``, and their row indices, in
+    increasing order, are ``indices[indptr[j]:indptr[j + 1]]``.
+    """
 
     data: np.ndarray[Any, Any]
     indices: np.ndarray[Any, Any]
@@ -33,12 +35,12 @@ class CompressedColumns(NamedTuple):
 
 
 def complex_dtype(integer: Any) -> np.dtype[Any]:
-    """The dtype of complex integers, of which NumPy has none of its own.
+    """Return a dtype for complex integers, which NumPy itself does not have.
 
     Parameters
     ----------
-    integer : dtype or what makes one
-        The dtype of the parts, of integers with or without a sign.
+    integer : dtype, or anything that `numpy.dtype` takes
+        The dtype of the two parts, an integer type with or without a sign.
 
     Returns
     -------
@@ -48,9 +50,9 @@ def complex_dtype(integer: Any) -> np.dtype[Any]:
     Raises
     ------
     TypeError
-        If it is no dtype of integers.
+        If the dtype is not an integer type.
     """
     part = np.dtype(integer)
     if part.kind not in 'iu':
-        raise TypeError(f'{part} is no dtype of integers')
+        raise TypeError(f'{part} is not an integer dtype')
     return np.dtype([('real', part), ('imag', part)])

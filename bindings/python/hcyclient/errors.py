@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What a call can fail with. No message and no `url` holds a user's name or password."""
+"""Exceptions of calls. No message and no attribute `url` contains a user name or a password."""
 from __future__ import annotations
 
 import builtins
@@ -7,7 +7,7 @@ from typing import NamedTuple
 
 
 class Error(Exception):
-    """The base of all that goes wrong between the library and a server."""
+    """The base class of all errors of the library and of calls."""
 
 
 class HttpError(Error):
@@ -17,7 +17,7 @@ class HttpError(Error):
     ----------
     status : int
     reason : str
-        What follows the status in the reply; may be empty.
+        The text after the status in the reply; may be empty.
     url : str
     """
 
@@ -32,7 +32,7 @@ class HttpError(Error):
 
 
 class StackFrame(NamedTuple):
-    """Where an error was raised on the server; a text is empty and the line 0 where absent."""
+    """Where an error was raised on the server. Absent strings are empty, an absent line is 0."""
 
     file: str
     name: str
@@ -45,7 +45,7 @@ class FunctionError(Error):
     Attributes
     ----------
     message, identifier : str
-        As the function gave them; each may be empty.
+        As set by the function; each may be empty.
     stack : tuple of StackFrame
         In the server's order.
     url : str
@@ -64,18 +64,18 @@ class FunctionError(Error):
 
 
 class TransportError(Error):
-    """The call failed otherwise, as the text says: transport, memory, another number of outputs, or
-    a reply that makes no sense. The classes derived from it tell the commonest cases.
+    """The call failed for another reason, such as the transport, memory, the number of outputs, or
+    a reply that is not valid. The most common cases have subclasses of their own.
 
     Attributes
     ----------
     text : str
-        What went wrong. Texts of libcurl depend on its version.
+        What went wrong. The messages of libcurl depend on its version.
     url : str
     """
 
     def __init__(self, text: str, url: str = '') -> None:
-        # Not that of OSError, from which some are derived: it would take these for other things.
+        # Not OSError's, although some subclasses derive from it: it interprets two arguments.
         Exception.__init__(self, text, url)
         self.text = text
         self.url = url
@@ -89,22 +89,22 @@ class TimeoutError(TransportError, builtins.TimeoutError):
 
 
 class ConnectionError(TransportError, builtins.ConnectionError):
-    """The server, or a proxy, could not be reached, or the connection broke. A call that broke off
-    may have run."""
+    """The server or a proxy could not be reached, or the connection broke. In the latter case the
+    function may have run."""
 
 
 class CertificateError(TransportError):
-    """A certificate, key or revocation list was not accepted, on either side."""
+    """The client or the server did not accept a certificate, key or revocation list."""
 
 
 class ReplyTooLarge(TransportError):
-    """The reply is larger than `response_size_limit` allows, or than memory does."""
+    """The reply is larger than `response_size_limit`, or than the available memory."""
 
 
 class IncompleteReply(TransportError):
-    """The call succeeded, but one of its outputs, or an array in one, did not arrive whole. The
-    text says which, and how many elements its dimensions name. No output is returned: the limit on
-    the size of replies, `response_size_limit`, may have cut the reply, or the server sent it so."""
+    """The call succeeded, but an output, or an array in an output, is not complete. The message
+    says which one, and how many elements its dimensions announce. The reply may have been truncated
+    at `response_size_limit`, or the server sent it like this. No output is returned."""
 
 
 def _after(url: str, text: str) -> str:

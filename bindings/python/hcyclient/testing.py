@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A server for tests: functions of Python, and calls recorded from another server.
+"""A server for tests: Python functions, and calls recorded from another server.
 
     import hcyclient, hcyclient.testing
 
@@ -7,8 +7,8 @@
         with hcyclient.Client() as client:
             client.feval(server.url('my/scale'), [1, 2], 3)
 
-The server is the program hcy-local-server, a process of its own, which ends with this one. The
-functions run in this process.
+The server is the program hcy-local-server. It runs as a process of its own, and ends with this one.
+The functions run in this process.
 """
 from __future__ import annotations
 
@@ -37,7 +37,7 @@ Path = Union[str, 'os.PathLike[str]']
 
 
 class Call(NamedTuple):
-    """A call that a function of Python got."""
+    """A call to a Python function of a Server."""
 
     function: str
     arguments: tuple[Any, ...]
@@ -45,51 +45,70 @@ class Call(NamedTuple):
 
 
 class Server:
-    """A server on this machine, from its making until close(), or the end of a with statement.
+    """A server on this machine. It runs until close(), or the end of a with statement.
 
-    functions   by name, callables that get the arguments as feval() would return them, and return
-                what feval() would take: one output, or a tuple of them. An exception is raised in
-                the client as a FunctionError with the stack of Python.
-    threads     how many functions run at a time, each on a thread of its own
-    record      a folder that keeps the calls that are passed on to `upstream`
-    replay      a folder of such calls, which are answered from it
-    upstream    the URL of another server
-    options     more options of hcy-local-server, such as ['--fault', 'my/*=503@2']
-    program     its file; that of the environment variable HCY_LOCAL_SERVER, or on the PATH,
-                otherwise
+    Without `functions`, `record`, `replay` and `upstream`, it has the functions of
+    hcy-local-server.
 
-    Without functions, record, replay and upstream, it has the functions of hcy-local-server.
+    Parameters
+    ----------
+    functions : mapping of str to callable, optional
+        The functions by name. They get the arguments as feval() would return them, and return what
+        feval() would take: one output, or a tuple of outputs. An exception is raised in the client
+        as a FunctionError with the Python stack.
+    threads : int
+        How many functions may run at once, each on its own thread; at least 1.
+    record : path, optional
+        A folder to record calls in that are passed on to `upstream`.
+    replay : path, optional
+        A folder of recorded calls to answer from.
+    upstream : str, optional
+        The URL of another server.
+    options : sequence of str
+        More options for hcy-local-server, such as ``['--fault', 'my/*=503@2']``.
+    program : path, optional
+        The file of hcy-local-server. The default is the environment variable
+        ``HCY_LOCAL_SERVER``, then the search path.
 
-    Raises FileNotFoundError if the program is not installed, RuntimeError if it does not start (its
-    standard error says why), and ValueError for a number of threads below 1, or a name that is
-    empty or has an equals sign inside.
+    Attributes
+    ----------
+    calls : list of Call
+        The calls to the functions, in the order in which they started.
+
+    Raises
+    ------
+    FileNotFoundError
+        If the program is not installed.
+    RuntimeError
+        If the program does not start; its standard error says why.
+    ValueError
+        If `threads` is less than 1, or a name is empty or contains an equals sign.
     """
 
     calls: list[Call]
-    """What the functions were called with, in the order in which they began."""
 
     def __init__(self, functions: Optional[Mapping[str, Callable[..., Any]]] = None, *,
                  threads: int = 1, record: Optional[Path] = None, replay: Optional[Path] = None,
                  upstream: Optional[str] = None, options: Sequence[str] = (),
                  program: Optional[Path] = None) -> None:
         if threads < 1:
-            raise ValueError('a server has one thread at least')
+            raise ValueError('threads must be at least 1')
         for name in functions or {}:
             if not name.strip('/') or '=' in name:
-                raise ValueError(f'this is not the name of a function: {name!r}')
+                raise ValueError(f'not a valid function name: {name!r}')
         self.calls = []
         self._functions = {name.lstrip('/'): function
                            for name, function in (functions or {}).items()}
         self._threads: list[threading.Thread] = []
         self._is_closing = False
-        # A name that nobody guesses: who calls it answers for the functions.
+        # A name that cannot be guessed: whoever calls it answers for the functions.
         worker_path = 'worker-' + secrets.token_urlsafe(16)
         command = [_file_of(program), '--port', '0', '--stop-on-eof']
         for option, value in (('--record', record), ('--replay', replay), ('--upstream', upstream)):
             if value is not None:
                 command += [option, os.fspath(value)]
         if self._functions:
-            # A function may be looked into with a debugger meanwhile.
+            # A function may stand in a debugger for long.
             command += ['--worker-path', worker_path, '--function-timeout', '86400']
         for name in self._functions:
             command += ['--function', name + '=@']
@@ -109,11 +128,11 @@ class Server:
             self._threads.append(thread)
 
     def url(self, function: str = '') -> str:
-        """The URL of a function; of the server itself without one."""
+        """Return the URL of a function, or that of the server if no function is named."""
         return f'{self._url}/{function.lstrip("/")}' if function else self._url
 
     def close(self) -> None:
-        """Ends the server. Calls that are being answered fail. Closing again does nothing."""
+        """End the server. Calls in progress fail. Closing a closed server does nothing."""
         self._is_closing = True
         assert self._process.stdin is not None and self._process.stdout is not None
         self._process.stdin.close()
@@ -135,14 +154,14 @@ class Server:
         self.close()
 
     def _work(self, url: str) -> None:
-        """Hands over what a function has returned, and gets the next call."""
+        """Deliver what a function returned, and fetch the next call."""
         with Client(timeout=None, response_size_limit=_LARGEST_REPLY) as client:
             answer: list[Any] = [0.0]
             while not self._is_closing:
                 try:
                     call = client.feval(url, *answer)
                 except (TypeError, ValueError, OverflowError) as error:
-                    # The function has returned what no array can hold. Nothing has been sent.
+                    # What the function returned cannot be converted. Nothing has been sent.
                     if answer[1:2] != ['outputs']:
                         raise
                     answer = [answer[0], *_error(error)]
@@ -150,10 +169,10 @@ class Server:
                 except Error:
                     if self._process.poll() is not None or self._is_closing:
                         return
-                    # What was handed over is lost, the thread is not.
+                    # The answer is lost, but the thread goes on.
                     answer = [0.0]
                     continue
-                if not call:  # there was none for a while
+                if not call:  # none came for a while
                     answer = [0.0]
                     continue
                 ticket, name, nargout, *arguments = call
@@ -176,7 +195,7 @@ def _number(value: Any) -> float:
 
 
 def _error(error: Exception) -> list[Any]:
-    """What stands for an exception on its way."""
+    """How an exception is sent."""
     if isinstance(error, FunctionError):
         frames = error.stack or _frames(error)
         return _described(error.identifier, error.message, frames)
@@ -192,12 +211,12 @@ def _described(identifier: str, message: str, stack: Sequence[StackFrame]) -> li
 
 
 def _text(text: str) -> str:
-    """Without what UTF-8 cannot hold."""
+    """Replace what UTF-8 cannot encode."""
     return text.encode(errors='replace').decode()
 
 
 def _frames(error: Exception) -> list[StackFrame]:
-    """Innermost first, without those of this module."""
+    """The Python stack, innermost frame first, without this module."""
     found = traceback.extract_tb(error.__traceback__)
     frames = [StackFrame(frame.filename, frame.name, frame.lineno or 0) for frame in found
               if frame.filename != __file__]
@@ -209,6 +228,6 @@ def _file_of(program: Optional[Path]) -> str:
     found = shutil.which(name)
     if found is None:
         raise FileNotFoundError(
-            f'{name} is not found: install the tools of hcyclient, or name the program in the '
-            'environment variable HCY_LOCAL_SERVER')
+            f'cannot find {name}: install the tools of hcyclient, or set the environment variable '
+            'HCY_LOCAL_SERVER to its file')
     return found

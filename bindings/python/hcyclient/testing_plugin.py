@@ -1,17 +1,17 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Fixtures of pytest.
+"""Fixtures for pytest.
 
 hcy_client      a Client, closed after the test
-hcy_functions   the functions of hcy_server, none of its own; a test file defines it anew to have
-                some: a dictionary of callables by name
+hcy_functions   the functions of hcy_server, a dictionary of callables by name; empty unless a test
+                file overrides this fixture
 hcy_server      a hcyclient.testing.Server with these functions, closed after the test
 
     @pytest.mark.hcy_replay('prices')
     def test_prices(hcy_server, hcy_client):
         hcy_client.feval(hcy_server.url('shop/prices'), 'EUR')
 
-makes hcy_server answer from the folder recordings/prices beside the test file. Calls that are not
-there are passed on to the server of `pytest --hcy-upstream URL`, and recorded.
+makes hcy_server answer from the folder recordings/prices next to the test file. With
+`pytest --hcy-upstream URL`, other calls are passed on to that server and recorded.
 """
 from __future__ import annotations
 
@@ -30,17 +30,17 @@ _MARKER = 'hcy_replay'
 def pytest_addoption(parser: pytest.Parser) -> None:
     parser.getgroup('hcyclient').addoption(
         '--hcy-upstream', metavar='URL', default=None,
-        help='server that answers, and is recorded, where a test marked hcy_replay has no recording')
+        help='server to call and record if a test marked hcy_replay has no recording')
 
 
 def pytest_configure(config: pytest.Config) -> None:
     config.addinivalue_line('markers', f'{_MARKER}(name): answer the calls of hcy_server from the '
-                                       'folder recordings/<name> beside the test file')
+                                       'folder recordings/<name> next to the test file')
 
 
 @pytest.fixture
 def hcy_client() -> Iterator[hcyclient.Client]:
-    """A client of the test's own."""
+    """A client for this test only."""
     with hcyclient.Client() as client:
         yield client
 
@@ -54,12 +54,12 @@ def hcy_functions() -> Mapping[str, Callable[..., Any]]:
 @pytest.fixture
 def hcy_server(request: pytest.FixtureRequest, hcy_functions: Mapping[str, Callable[..., Any]]
                ) -> Iterator[hcyclient.testing.Server]:
-    """A server of the test's own."""
+    """A server for this test only."""
     marker = request.node.get_closest_marker(_MARKER)
     upstream: Optional[str] = request.config.getoption('--hcy-upstream')
     folder = _folder_of(marker, request) if marker else None
     if folder is not None and upstream is None and not folder.is_dir():
-        pytest.fail(f'nothing is recorded in {folder}: run pytest once with --hcy-upstream URL',
+        pytest.fail(f'there is no recording in {folder}: run pytest once with --hcy-upstream URL',
                     pytrace=False)
     records = folder is not None and upstream is not None
     with hcyclient.testing.Server(hcy_functions, replay=folder, record=folder if records else None,
@@ -69,5 +69,5 @@ def hcy_server(request: pytest.FixtureRequest, hcy_functions: Mapping[str, Calla
 
 def _folder_of(marker: pytest.Mark, request: pytest.FixtureRequest) -> pathlib.Path:
     if len(marker.args) != 1 or not isinstance(marker.args[0], str) or marker.kwargs:
-        pytest.fail(f'{_MARKER} takes the name of a recording', pytrace=False)
+        pytest.fail(f'{_MARKER} takes one argument, the name of a recording', pytrace=False)
     return pathlib.Path(request.path).parent / 'recordings' / marker.args[0]

@@ -172,7 +172,7 @@ def test_other_fields_of_these_names_are_a_struct(echo, real, imaginary):
 
 @pytest.mark.parametrize('name', ['float64', 'bool', 'U1'])
 def test_only_integers_have_such_a_dtype(name):
-    with pytest.raises(TypeError, match='is no dtype of integers'):
+    with pytest.raises(TypeError, match='is not an integer dtype'):
         complex_dtype(name)
 
 
@@ -280,7 +280,7 @@ def test_classes_of_numpy_that_have_ways_of_their_own(echo):
     assert echo(np.char.array('a ')) == 'a '
 
 
-def test_types_derived_from_those_that_are_carried(echo):
+def test_subclasses_of_the_types_in_the_table(echo):
     import collections
     import enum
     import types

@@ -81,7 +81,7 @@ def test_errors(server):
     async def body(client):
         with pytest.raises(hcyclient.FunctionError):
             await client.demo.fail('a:b', 'c')
-        with pytest.raises(TypeError, match='cannot carry'):
+        with pytest.raises(TypeError, match='cannot convert'):
             await client.echo({1})
         with pytest.raises(ValueError):
             await client.echo(nargout=-1)

@@ -45,14 +45,14 @@ def test_a_function_is_called_like_one_of_python(server, client):
                                            (1.5, TypeError), (1.0, TypeError),
                                            (None, TypeError)])
 def test_a_bad_number_of_outputs(server, client, nargout, kind):
-    with pytest.raises(kind, match='nargout is '):
+    with pytest.raises(kind, match='nargout must be '):
         client.feval(server + '/echo', 1, nargout=nargout)
 
 
 def test_a_bad_url(client):
-    with pytest.raises(TypeError, match='a URL is a str, not bytes'):
+    with pytest.raises(TypeError, match='the URL must be a str, not bytes'):
         client.feval(b'http://127.0.0.1')
-    with pytest.raises(ValueError, match='a URL has a NUL inside'):
+    with pytest.raises(ValueError, match='the URL contains a NUL character'):
         client.function('http://127.0.0.1\0')
 
 
@@ -66,7 +66,7 @@ def test_a_url_of_another_scheme(url):
             with pytest.raises(ValueError) as raised:
                 call(url)
             assert str(raised.value) == (
-                'a URL begins with http:// or https://, and this one does not')
+                'the URL must begin with http:// or https://')
 
 
 def test_the_scheme_in_capitals(server, client):
@@ -226,7 +226,7 @@ def test_a_library_that_is_not_there_is_an_import_error(tmp_path):
         [sys.executable, '-c', 'import hcyclient'], stderr=subprocess.PIPE, text=True,
         env={**os.environ, 'HCYCLIENT_LIBRARY': str(tmp_path / 'x')})
     assert outcome.returncode == 1
-    assert 'ImportError: the library of hcyclient cannot be loaded' in outcome.stderr
+    assert 'ImportError: cannot load the shared library of hcyclient' in outcome.stderr
     assert 'HCYCLIENT_LIBRARY' in outcome.stderr
 
 
@@ -235,7 +235,7 @@ def test_another_library_is_an_import_error():
     outcome = subprocess.run(
         [sys.executable, '-c', 'import hcyclient'], stderr=subprocess.PIPE, text=True,
         env={**os.environ, 'HCYCLIENT_LIBRARY': ctypes.util.find_library('c')})
-    assert 'ImportError: this is not a library of hcyclient, or an older one' in outcome.stderr
+    assert 'ImportError: the shared library is not that of hcyclient, or is too old' in outcome.stderr
 
 
 def test_the_loader_of_the_system_finds_the_library_too(server):
@@ -389,10 +389,10 @@ def test_a_client_that_cannot_be_made_leaves_nothing(client, monkeypatch):
     runtime = client._pool._runtime
     configs, destroy = [], runtime.destroy_config
     monkeypatch.setattr(runtime, 'destroy_config', lambda config: configs.append(destroy(config)))
-    for name, text in [('create_config', 'configuration'), ('create_context', 'context')]:
+    for name, text in [('create_config', 'configuration'), ('create_context', 'connection')]:
         with monkeypatch.context() as patch:
             patch.setattr(runtime, name, lambda *_: 1)
-            with pytest.raises(Error, match=f'there is no memory .*for a {text}'):
+            with pytest.raises(Error, match=f'not enough memory for .*{text}'):
                 hcyclient.Client()
     hcyclient.Client().close()
     assert _runtime._users == users and len(configs) == 2  # of the second client and of the third

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""An output that did not arrive whole is an error, and nothing is made up for what is missing."""
+"""An incomplete output is an error, and nothing is invented in place of what is missing."""
 import gc
 import tracemalloc
 
@@ -12,8 +12,8 @@ from replies import double_array, doubles, field, packed, sparse_array, struct_a
 import hcyclient
 from hcyclient import IncompleteReply
 
-CUT = '; the limit on the size of replies (response_size_limit) may have cut this one'
-SIX = 'the dimensions of the array name 6 elements, which did not all arrive'
+CUT = '; the reply may have been truncated at response_size_limit'
+SIX = 'the dimensions of the array announce 6 elements, which did not all arrive'
 
 
 def answer(client, *outputs):
@@ -71,14 +71,14 @@ def test_missing_code_units(client):
 
 @pytest.mark.parametrize('kind', [UINT8, DOUBLE, LOGICAL, CHAR, STRUCT, CELL, SPARSE])
 def test_an_array_without_dimensions(client, kind):
-    what = 'the array has 0 elements, since no dimensions of it arrived'
+    what = 'the array has 0 elements, because no dimensions arrived'
     assert complaint(client, array(kind, [])) == f'output 0: {what}'
     assert complaint(client, cell_array([1, 1], array(kind, []))) == f'output 0, [0]: {what}'
 
 
 ONE, SHORT = double_array([1, 1], 1), double_array([2, 3], 1)
-LACKS = 'the dimensions of the container name {} elements, of which this one did not arrive, or ' \
-    'is of a class that is not served'
+LACKS = 'the dimensions of the container announce {} elements, but this one did not arrive, or ' \
+    'its class is not supported'
 
 
 @pytest.mark.parametrize('outputs, place', [
@@ -125,11 +125,11 @@ def test_missing_elements_of_containers(client, message, place, count):
     ([0], [0, 1], [3]),
     ([0], [0, 1], [3, 1, 1]),
 ])
-def test_indices_that_describe_no_sparse_array(client, rows, starts, dimensions):
+def test_indices_that_do_not_describe_a_sparse_array(client, rows, starts, dimensions):
     count = np.prod(dimensions)
     assert complaint(client, sparse_array(dimensions, rows, starts, [1.0])) == (
-        f'output 0: the dimensions of the sparse array name {count} elements, and the column '
-        'starts and row indices that arrived do not describe them')
+        f'output 0: the dimensions of the sparse array announce {count} elements, but the '
+        'column starts and row indices that arrived do not describe them')
 
 
 def sparse_part(number, kind, content):

@@ -21,7 +21,7 @@ NUMBERS = [
     [1, 2, 3], (1, 2, 3), [1.5, 2], [True, False], [1 + 2j, 3], [[1, 2], [3, 4]], [(1, 2), (3, 4)],
     [np.float32(1), np.float32(2)], [np.int8(1), np.int8(2)], [np.int64(2**60), np.int64(1)],
     [[[1, 2]], [[3, 4]]], [2**53, -2**53], [1, 2.5, True], [[], []],
-    [2**60, 1], [2**70, 2.0],  # which doubles are equal to
+    [2**60, 1], [2**70, 2.0],  # which doubles represent exactly
 ]
 
 
@@ -73,7 +73,7 @@ def test_whatever_numpy_makes_an_array_of(echo):
     assert echo(WithArray()).tolist() == [1, 2]
     assert echo(WithInterface()).tolist() == [3, 4]
     WithArray.__array__ = lambda *_, **more: np.array([{1}], object)
-    with pytest.raises(TypeError, match='WithArray, whose array holds objects; write list'):
+    with pytest.raises(TypeError, match='WithArray, whose array holds objects; use list'):
         echo(WithArray())
 
 
@@ -86,7 +86,7 @@ def test_a_frame_is_a_struct_of_columns(echo):
     back = echo(frame)
     assert list(back) == ['x', 'n', 't'] and back['t'] == ['a', 'b']
     assert back['x'].tolist() == [1.5, 2] and back['n'].dtype == np.int8
-    with pytest.raises(TypeError, match=r"\['t'\]\[1\]: cannot carry object of type .*NAType"):
+    with pytest.raises(TypeError, match=r"\['t'\]\[1\]: cannot convert object of type .*NAType"):
         echo(pandas.DataFrame({'t': pandas.Series(['a', pandas.NA], dtype=object)}))
 
 
@@ -107,7 +107,7 @@ def test_named_tuples_and_dataclasses_are_structs(echo):
     assert back['size'].tolist() == [1, 2] and back['lid'] == {'x': 0, 'name': ''}
     assert echo([Point(1, 'a'), Point(2, 'b')]) == [{'x': 1, 'name': 'a'}, {'x': 2, 'name': 'b'}]
     assert type(echo([Point(1, 'a'), Box(1)])) is hcyclient.Cell
-    with pytest.raises(TypeError, match='object of type type; write an instance of it'):
+    with pytest.raises(TypeError, match='object of type type; use an instance of it'):
         echo(Box)
 
 

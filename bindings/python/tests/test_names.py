@@ -51,7 +51,7 @@ def test_a_relative_name_without_a_server_says_so():
     with hcyclient.Client() as client:
         assert client.server is None
         for call in client.feval, client.function:
-            with pytest.raises(ValueError, match="^'math/plus' is relative to a server, and this "
+            with pytest.raises(ValueError, match="^'math/plus' is relative to a server, but this "
                                                  'client has none'):
                 call('math/plus')
         with pytest.raises(AttributeError, match="no attribute 'math', and no server"):
@@ -65,12 +65,15 @@ def test_an_empty_name(named, name):
 
 
 @pytest.mark.parametrize('server, kind, text', [
-    ('localhost:8080', ValueError, 'begins with http:// or https://'),
-    ('file:///etc', ValueError, 'begins with http:// or https://'), ('', ValueError, 'begins'),
-    ('http://h/?a', ValueError, 'no query and no fragment'), (b'http://h', TypeError, 'not bytes'),
-    ('http://h/#a', ValueError, 'no query and no fragment'), ('http://\0', ValueError, 'NUL')])
+    ('localhost:8080', ValueError, 'must begin with http:// or https://'),
+    ('file:///etc', ValueError, 'must begin with http:// or https://'), 
+    ('', ValueError, 'must begin'),
+    ('http://h/?a', ValueError, 'not have a query or a fragment'),
+    (b'http://h', TypeError, 'not bytes'),
+    ('http://h/#a', ValueError, 'not have a query or a fragment'),
+    ('http://\0', ValueError, 'NUL')])
 def test_a_bad_server(server, kind, text):
-    with pytest.raises(kind, match='the URL of a server .*' + text):
+    with pytest.raises(kind, match='the URL of the server .*' + text):
         hcyclient.Client(server)
 
 
@@ -81,7 +84,7 @@ def test_the_environment_names_the_server(server, monkeypatch):
     with hcyclient.Client('http://127.0.0.1:1') as client:
         assert client.server == 'http://127.0.0.1:1'
     monkeypatch.setenv('HCY_SERVER', 'localhost')
-    with pytest.raises(ValueError, match='environment variable HCY_SERVER begins with'):
+    with pytest.raises(ValueError, match='environment variable HCY_SERVER must begin with'):
         hcyclient.Client()
     monkeypatch.setenv('HCY_SERVER', '')
     assert hcyclient.Client().server is None

@@ -182,5 +182,5 @@ def test_a_call_may_ask_for_the_other_kind(server, natural):
 
 @pytest.mark.parametrize('results', ['Exact', None, 1, []])
 def test_there_are_two_kinds(server, results):
-    with pytest.raises(ValueError, match="results is 'natural' or 'exact', not "):
+    with pytest.raises(ValueError, match="results must be 'natural' or 'exact', not "):
         hcyclient.Client(results=results)

@@ -70,7 +70,7 @@ def sparse_arrays(draw):
 
 @st.composite
 def sparse_matrices(draw, arriving=EXACTLY):
-    """With rows that rise in each column."""
+    """With rows that increase in each column."""
     height, width = draw(st.tuples(st.integers(0, 4), st.integers(0, 4)))
     columns = draw(st.lists(st.sets(st.integers(0, height - 1)) if height else st.just(set()),
                             min_size=width, max_size=width))

@@ -53,9 +53,10 @@ def test_a_class_that_is_not_served(client):
 
 
 @pytest.mark.parametrize('rows', [[0, 0], [2, 1]])
-def test_sparse_arrays_whose_rows_do_not_rise(client, rows):
+def test_sparse_arrays_whose_rows_do_not_increase(client, rows):
     assert refusal(client, sparse_array([3, 1], rows, [0, 2], [1, 2])) == (
-        'output 0: the reply holds a sparse array whose rows do not rise within each column')
+        'output 0: the reply holds a sparse array whose row indices do not increase within each '
+        'column')
 
 
 def test_fields_of_one_name_are_the_first_of_them(client):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Whatever can be carried comes back as the guide's table says."""
+"""Whatever can be sent comes back as the guide's table says."""
 import numpy as np
 import scipy.sparse
 from hypothesis import given
@@ -209,7 +209,7 @@ def test_containers_of_all_of_them(echo, sent):
 
 
 @given(VALUES)
-def test_what_came_back_is_carried_unchanged(echo, sent):
+def test_what_came_back_is_sent_unchanged(echo, sent):
     """The second time, nothing is lost any more."""
     once = echo(sent)
     twice = echo(once)

@@ -24,7 +24,7 @@ def test_values_are_a_view(echo):
 
 
 @pytest.mark.parametrize('form', ['csr', 'coo', 'dok', 'lil', 'dia', 'bsr'])
-def test_every_form_of_them_is_carried(echo, form):
+def test_every_form_of_them_is_sent(echo, form):
     sent = scipy.sparse.csc_matrix(np.array([[0, 2.0], [1, 0]])).asformat(form)
     back = echo(sent)
     assert type(back) is scipy.sparse.csc_matrix
@@ -53,7 +53,7 @@ def test_it_multiplies(server, client):
                                sent @ vector)
 
 
-def test_our_own_type_is_carried(echo):
+def test_our_own_type_is_sent(echo):
     back = echo(CompressedColumns(np.array([1.5, 2]), np.array([0, 2]), np.array([0, 1, 2]),
                                   (3, 2)))
     np.testing.assert_array_equal(back.toarray(), [[1.5, 0], [0, 0], [0, 2]])

@@ -54,7 +54,7 @@ def test_what_is_no_table():
     for convert in to_pandas, to_structured:
         with pytest.raises(ValueError, match='differ in length: a has 2, b has 3'):
             convert({'a': np.ones(2), 'b': np.ones(3)})
-        with pytest.raises(ValueError, match=r'a is an array of shape \(2, 2\), and no column'):
+        with pytest.raises(ValueError, match=r'a is not a column, but an array of shape \(2, 2\)'):
             convert({'a': np.ones((2, 2))})
         with pytest.raises(TypeError, match=r'records\(\) takes'):
             convert(3)

@@ -195,7 +195,7 @@ def test_the_plugin_records_once_and_replays_from_then_on(server, tmp_path):
     printed = run_pytest(tmp_path)
     assert '2 failed, 1 passed' in printed or '1 passed, 2 errors' in printed, printed
     assert 'run pytest once with --hcy-upstream URL' in printed
-    assert 'hcy_replay takes the name of a recording' in printed
+    assert 'hcy_replay takes one argument, the name of a recording' in printed
     assert '2 passed' in run_pytest(tmp_path, '--hcy-upstream', server)
     assert len(list((tmp_path / 'recordings/sums').glob('*.hcycall'))) == 1
     assert '2 passed' in run_pytest(tmp_path)
