@@ -4,15 +4,15 @@ from __future__ import annotations
 
 import asyncio
 from types import TracebackType
-from typing import Any, Literal, Optional, overload
+from typing import Any, AsyncIterator, Iterable, Literal, Optional, Union, overload
 
 from ._base import BaseClient, BaseFunction
-from ._jobs import Task
+from ._batches import Progress
 from ._settings import Results
 
 
 class AsyncClient(BaseClient):
-    """Calls functions on a server from coroutines. Its arguments are those of Client.
+    """Calls functions on a server from coroutines. Its parameters are those of Client.
 
     Calls run on threads of the client, so the event loop is never blocked. Cancelling a call, with
     `asyncio.timeout` for instance, ends it at once for the coroutine that awaits it; the server may
@@ -64,6 +64,36 @@ class AsyncClient(BaseClient):
         """
         return AsyncFunction(self, url)
 
+    def map(self, url: Union[str, AsyncFunction], *iterables: Iterable[Any],
+            workers: Optional[int] = None, nargout: int = 1, results: Optional[Results] = None,
+            progress: Optional[Progress] = None) -> AsyncIterator[Any]:
+        """Call a function with the elements of iterables, several at a time.
+
+        Parameters
+        ----------
+        url : str or AsyncFunction
+            The function.
+        *iterables, workers, nargout, results
+            As for Client.map(). The iterables are read in the event loop, so they must not block.
+        progress : callable, optional
+            Called as ``progress(done, total)`` before each result is returned, in the event loop.
+            The total is None if an iterable has no length.
+
+        Returns
+        -------
+        asynchronous iterator
+            The results in the order of the arguments, for ``async for``. The first failed call
+            raises its exception in place of its result, and no further call starts. If the
+            coroutine is cancelled while it waits for a result, or the iterator is closed, the
+            calls in progress are abandoned and no further call starts.
+
+        Raises
+        ------
+        TypeError, ValueError, RuntimeError
+            As for Client.map().
+        """
+        return self._batch(url, iterables, workers, nargout, results, progress).awaited_results()
+
     async def close(self) -> None:
         """Close all connections.
 
@@ -84,8 +114,7 @@ class AsyncClient(BaseClient):
 
     async def _evaluate(self, url: bytes, arguments: tuple[Any, ...], nargout: int,
                         results: Optional[Results]) -> Any:
-        task = Task(url, *self._kind(nargout, results), self, arguments)
-        self._pool.start(task)
+        task = self._submitted(url, arguments, nargout, results)
         try:
             return await asyncio.wrap_future(task.future)
         finally:

@@ -3,13 +3,17 @@
 from __future__ import annotations
 
 import weakref
-from typing import Any, Optional, Union
+from typing import Any, Iterable, Optional, TypeVar, Union
 
+from ._batches import Batch, Progress
+from ._jobs import Task
 from ._library import LARGEST_SIZE
 from ._outputs import ExactReader
 from ._pool import Pool
 from ._settings import Path, Results, connection_count, library_settings, number, reader
 from ._urls import function_url, public, server_url
+
+Self = TypeVar('Self', bound='BaseFunction')
 
 
 class BaseClient:
@@ -58,6 +62,23 @@ class BaseClient:
     def _url(self, name: str) -> bytes:
         return function_url(self._settings['server'], name)
 
+    def _encoded(self, url: Union[str, BaseFunction]) -> bytes:
+        return url._encoded if isinstance(url, BaseFunction) else self._url(url)
+
+    def _submitted(self, url: bytes, arguments: tuple[Any, ...], nargout: int,
+                   results: Optional[Results]) -> Task:
+        task = Task(url, *self._kind(nargout, results), self, arguments)
+        self._pool.start(task)
+        return task
+
+    def _batch(self, url: Union[str, BaseFunction], iterables: tuple[Iterable[Any], ...],
+               workers: Optional[int], nargout: int, results: Optional[Results],
+               progress: Optional[Progress]) -> Batch:
+        encoded = self._encoded(url)
+        most = self._pool.most if workers is None else number('workers', workers, 1, 1 << 20)
+        return Batch(lambda arguments: self._submitted(encoded, arguments, nargout, results),
+                     self._pool.abandon, iterables, most, progress)
+
     def _require_name(self, name: str) -> None:
         """Raise AttributeError unless this can be the name of a function."""
         if name.startswith('_'):
@@ -95,7 +116,7 @@ class BaseFunction:
         """The whole URL of the function."""
         return self._encoded.decode()
 
-    def __getattr__(self, name: str) -> Any:
+    def __getattr__(self: Self, name: str) -> Self:
         if name.startswith('_'):
             raise AttributeError(f'{type(self).__name__!r} object has no attribute {name!r}')
         return type(self)(self.client, f'{self.url}/{name}')

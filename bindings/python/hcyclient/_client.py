@@ -7,9 +7,9 @@ from types import TracebackType
 from typing import Any, Iterable, Iterator, Literal, Optional, Union, overload
 
 from ._base import BaseClient, BaseFunction
-from ._batches import Progress, results_in_order
-from ._jobs import AwaitedCall, Task
-from ._settings import Results, number
+from ._batches import Progress
+from ._jobs import AwaitedCall
+from ._settings import Results
 
 
 class Client(BaseClient):
@@ -193,11 +193,7 @@ class Client(BaseClient):
         RuntimeError
             If the client is closed.
         """
-        encoded = self._encoded(url)
-        most = self._pool.most if workers is None else number('workers', workers, 1, 1 << 20)
-        return results_in_order(
-            lambda arguments: self._submitted(encoded, arguments, nargout, results),
-            self._pool.abandon, iterables, most, progress)
+        return self._batch(url, iterables, workers, nargout, results, progress).results()
 
     def close(self) -> None:
         """Close all connections.
@@ -218,20 +214,11 @@ class Client(BaseClient):
         self._require_name(name)
         return Function(self, name)
 
-    def _encoded(self, url: Union[str, Function]) -> bytes:
-        return url._encoded if isinstance(url, Function) else self._url(url)
-
     def _evaluate(self, url: bytes, arguments: tuple[Any, ...], nargout: int,
                   results: Optional[Results]) -> Any:
         call = AwaitedCall(url, *self._kind(nargout, results))
         call.prepare(arguments)
         return self._pool.finish(call)
-
-    def _submitted(self, url: bytes, arguments: tuple[Any, ...], nargout: int,
-                   results: Optional[Results]) -> Task:
-        task = Task(url, *self._kind(nargout, results), self, arguments)
-        self._pool.start(task)
-        return task
 
 
 class Function(BaseFunction):

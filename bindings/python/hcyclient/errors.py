@@ -32,7 +32,14 @@ class HttpError(Error):
 
 
 class StackFrame(NamedTuple):
-    """Where an error was raised on the server. Absent strings are empty, an absent line is 0."""
+    """Where an error was raised on the server. Absent strings are empty, an absent line is 0.
+
+    Attributes
+    ----------
+    file, name : str
+        The file and the function.
+    line : int
+    """
 
     file: str
     name: str

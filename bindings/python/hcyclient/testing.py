@@ -37,7 +37,17 @@ Path = Union[str, 'os.PathLike[str]']
 
 
 class Call(NamedTuple):
-    """A call to a Python function of a Server."""
+    """A call to a Python function of a Server.
+
+    Attributes
+    ----------
+    function : str
+        The name that the function was called by.
+    arguments : tuple
+        As feval() would return them.
+    nargout : int
+        How many outputs the caller asked for.
+    """
 
     function: str
     arguments: tuple[Any, ...]

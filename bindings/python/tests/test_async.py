@@ -109,3 +109,53 @@ def test_a_client_serves_several_loops(server):
 def test_it_has_no_attributes_that_are_no_functions(server):
     assert not hasattr(hcyclient.AsyncClient(server), '_repr_html_')
     assert not hasattr(hcyclient.AsyncClient(), 'math')
+
+
+def test_a_batch(server):
+    async def body(client):
+        seen = []
+        results = client.map('math/plus', range(20), range(20), workers=4,
+                             progress=lambda done, total: seen.append((done, total)))
+        assert [value async for value in results] == [2 * i for i in range(20)]
+        assert seen == [(i, 20) for i in range(1, 21)]
+        pairs = client.map(client.echo, 'ab', nargout=1, results='exact')
+        assert [value async for value in pairs] == ['a', 'b']
+        with pytest.raises(TypeError, match='at least one iterable'):
+            client.map('echo')
+        with pytest.raises(ValueError, match='workers must be '):
+            client.map('echo', [1], workers=0)
+    run(server, body)
+
+
+def test_a_batch_reads_no_further_than_it_has_to(server):
+    async def body(client):
+        read = []
+        results = client.map('echo', (read.append(i) or i for i in range(100)), workers=3)
+        assert len(read) == 3
+        assert await results.__anext__() == 0 and len(read) == 4
+        await results.aclose()
+        assert len(read) == 4
+    run(server, body)
+
+
+def test_a_batch_ends_with_the_first_failure(server):
+    async def body(client):
+        done = []
+        with pytest.raises(TypeError, match='cannot convert'):
+            async for value in client.map('echo', [1, 2, {3}, *range(100)], workers=2):
+                done.append(value)
+        assert done == [1, 2]
+        assert await client.math.plus(2, 3) == 5
+    run(server, body)
+
+
+def test_a_batch_that_is_cancelled(server):
+    async def body(client):
+        async def read():
+            return [value async for value in client.map('demo/sleep', [0, *[900] * 50], workers=3)]
+        start = time.monotonic()
+        with pytest.raises(asyncio.TimeoutError):
+            await asyncio.wait_for(read(), 0.3)
+        assert time.monotonic() - start < 2 and not client._pool.connections
+        assert await client.math.plus(2, 3) == 5
+    run(server, body, connections=3)

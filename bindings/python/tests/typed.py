@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import pathlib
 from concurrent.futures import Future
-from typing import Any, Iterator
+from typing import Any, AsyncIterator, Iterator
 
 import hcyclient
 
@@ -28,7 +28,8 @@ async def calls() -> None:
         pair: tuple[Any, ...] = await asynchronous.feval('f', nargout=2)
         one: float = await asynchronous.math.plus(1, 2)
         function: hcyclient.AsyncFunction = asynchronous.function('f')
-        print(pair, one, function)
+        sums: AsyncIterator[Any] = asynchronous.map(asynchronous.math.plus, [1], [2], workers=2)
+        print(pair, one, function, [value async for value in sums])
 
 
 try:
@@ -50,4 +51,5 @@ client.feval('http://h/f', nargout='2')  # type: ignore[call-overload]
 hcyclient.Client(timeout='1')  # type: ignore[arg-type]
 hcyclient.Client(tls=True)  # type: ignore[call-arg]
 nothing: int = function(1, nargout=0)  # type: ignore[assignment]
+likewise: int = relative.math.plus(1, nargout=0)  # type: ignore[assignment]
 words: hcyclient.Cell[str] = hcyclient.Cell([1])  # type: ignore[list-item]
