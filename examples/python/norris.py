@@ -34,7 +34,7 @@ def fit(server: str, x: Vector, y: Vector) -> dict[str, Any]:
 
 
 def draw(x: Vector, y: Vector, found: dict[str, Any], picture: str) -> None:
-    figure, (above, below) = pyplot.subplots(
+    _, (above, below) = pyplot.subplots(
         2, 1, sharex=True, figsize=(6.4, 5.2), height_ratios=(3, 2), layout='constrained')
     ends = np.array([x.min(), x.max()])
     above.plot(ends, found['intercept'] + found['slope'] * ends, color='tab:orange',
@@ -54,7 +54,7 @@ def draw(x: Vector, y: Vector, found: dict[str, Any], picture: str) -> None:
     for axes in (above, below):
         axes.grid(alpha=0.3)
         axes.spines[['top', 'right']].set_visible(False)
-    figure.savefig(picture, dpi=100, metadata={'Software': None})
+    pyplot.savefig(picture, dpi=100, metadata={'Software': None})
 
 
 server, data_file, picture = sys.argv[1:]

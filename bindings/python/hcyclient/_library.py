@@ -19,14 +19,25 @@ VERSION_1_1 = 0x10001
 LARGEST_SIZE = 2147483647
 
 
+_NAME = 'libhcyclient.so.1'
+_ELSEWHERE = ("install it where the system's loader looks, or set the environment variable "
+              'HCYCLIENT_LIBRARY to its file')
+_WITHOUT_CURL = 'install the system package of libcurl (on Debian: apt install libcurl4)'
+
+
+def _file_name() -> str:
+    inside = os.path.join(os.path.dirname(__file__), _NAME)  # wheels for one platform hold it
+    return os.environ.get('HCYCLIENT_LIBRARY') or (inside if os.path.exists(inside) else _NAME)
+
+
 def _load() -> tuple[ctypes.PyDLL, ctypes.CDLL]:
-    name = os.environ.get('HCYCLIENT_LIBRARY') or 'libhcyclient.so.1'
+    name = _file_name()
     try:
         return ctypes.PyDLL(name), ctypes.CDLL(name)
     except OSError as error:
-        raise ImportError(f'cannot load the shared library of hcyclient: {error}; install it '
-                          "where the system's loader looks, or set the environment variable "
-                          'HCYCLIENT_LIBRARY to its file') from None
+        advice = _WITHOUT_CURL if str(error).startswith('libcurl.so') else _ELSEWHERE
+        raise ImportError(
+            f'cannot load the shared library of hcyclient: {error}; {advice}') from None
 
 
 _locking, _unlocking = _load()

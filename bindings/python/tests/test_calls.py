@@ -230,6 +230,18 @@ def test_a_library_that_is_not_there_is_an_import_error(tmp_path):
     assert 'HCYCLIENT_LIBRARY' in outcome.stderr
 
 
+def test_a_missing_libcurl_is_an_import_error():
+    outcome = subprocess.run([sys.executable, '-c', '''
+import ctypes
+def load(name):
+    raise OSError('libcurl.so.4: cannot open shared object file: No such file or directory')
+ctypes.PyDLL = load
+import hcyclient
+'''], stderr=subprocess.PIPE, text=True)
+    assert 'file or directory; install the system package of libcurl (on Debian: apt install ' \
+        'libcurl4)' in outcome.stderr
+
+
 def test_another_library_is_an_import_error():
     import ctypes.util
     outcome = subprocess.run(
