@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# Says no to what the library cannot be, before anything is built.
+
+if(CMAKE_SIZEOF_VOID_P AND CMAKE_SIZEOF_VOID_P LESS 8)
+  message(FATAL_ERROR "hcyclient needs a 64-bit system: the index arrays of sparse arrays, which are "
+    "handed out where they lie, have elements of 64 bits and the type size_t.")
+endif()
+
+# A static library would bring its Protocol Buffers into a program that may have another, and would
+# leave all of its symbols to be seen there.
+if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
+  set(why "hcyclient is a shared library only. A static one could not hide its symbols, and would put "
+    "a second Protocol Buffers into a program that has one of its own.")
+  list(JOIN why "" why)
+  if(PROJECT_IS_TOP_LEVEL)
+    message(FATAL_ERROR "${why} Leave out BUILD_SHARED_LIBS=OFF; HCY_STATIC_PROTOBUF=ON holds "
+      "Protocol Buffers inside.")
+  endif()
+  # Of another project it says how that one's libraries are built.
+  message(NOTICE "${why} BUILD_SHARED_LIBS=OFF does not change that.")
+endif()
