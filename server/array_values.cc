@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "function_error.h"
+#include "wire/protobuf_version.h"
 
 namespace hcy::server {
 namespace {
@@ -157,7 +158,7 @@ Doubles& makeDoubles(Array& array, std::initializer_list<std::size_t> dimensions
     throw FunctionError(kResultSize, "The result is " + describeShape(shape) + ", too large.");
   }
   Doubles& elements = *array.mutable_qxdouble()->mutable_elements();
-  elements.Resize(static_cast<int>(count), 0.0);
+  resizeList(elements, static_cast<int>(count));
   return elements;
 }
 

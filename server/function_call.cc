@@ -2,8 +2,6 @@
 
 #include "function_call.h"
 
-#include <google/protobuf/arena.h>
-
 #include <cstdint>
 #include <new>
 #include <string>
@@ -12,13 +10,13 @@
 #include "hcy.client.VORTENResult.pb.h"
 #include "reply_room.h"
 #include "serialized_error.h"
+#include "wire/protobuf_version.h"
 
 namespace hcy::server {
 namespace {
 
 using client::VORTEN_Params;
 using client::VORTEN_Result;
-using google::protobuf::Arena;
 
 // A few hundredths of a second.
 constexpr double kManySteps = 3e7;
@@ -50,7 +48,7 @@ std::uint8_t* bytesOf(Evaluation& evaluation) {
 }  // namespace
 
 FunctionCall::FunctionCall(const Function& function)
-    : function_(function), params_(*Arena::CreateMessage<VORTEN_Params>(&*arena_)) {}
+    : function_(function), params_(createMessage<VORTEN_Params>(*arena_)) {}
 
 bool FunctionCall::parse(ByteBuffer body) {
   requestSize_ = body.size();
@@ -72,7 +70,7 @@ Evaluation FunctionCall::evaluate() try {
 }
 
 Evaluation FunctionCall::evaluateFunction() {
-  auto& result = *Arena::CreateMessage<VORTEN_Result>(&*arena_);
+  auto& result = createMessage<VORTEN_Result>(*arena_);
   Call call{*params_.mutable_rhs(), *result.mutable_lhs(), params_.nargout(),
             longestReplyTo(requestSize_)};
   checkCounts(function_, call);

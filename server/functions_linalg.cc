@@ -15,17 +15,40 @@ namespace {
 
 constexpr char kNoConvergence[] = "halcyon:matrix:convergence";
 
-using Decomposition = Eigen::BDCSVD<Eigen::MatrixXd>;
+// With the factors that the bits name. Eigen has them in the type from 5 on, where giving them to
+// the constructor is deprecated.
+template <int kFactors>
+auto decompositionOf(const MatrixView& a) {
+#if EIGEN_MAJOR_VERSION >= 5
+  return Eigen::BDCSVD<Eigen::MatrixXd, kFactors>(a);
+#else
+  return Eigen::BDCSVD<Eigen::MatrixXd>(a, kFactors);
+#endif
+}
+
+template <class Decomposition>
+void requireConvergence(const Decomposition& svd) {
+  if (svd.info() == Eigen::Success) return;
+  throw FunctionError(kNoConvergence, "The singular values of A were not found.");
+}
 
 // The factors of an m-by-n matrix with k = min(m, n): U is m-by-k and V is n-by-k, so that no
 // output is ever larger than the argument.
-void putFactors(Call& call, const Decomposition& svd) {
+void putFactors(Call& call, const MatrixView& a) {
+  const auto svd = decompositionOf<Eigen::ComputeThinU | Eigen::ComputeThinV>(a);
+  requireConvergence(svd);
   makeMatrix(*call.outputs.Add(), svd.matrixU().rows(), svd.matrixU().cols()) = svd.matrixU();
   const Eigen::VectorXd& values = svd.singularValues();
   makeMatrix(*call.outputs.Add(), values.size(), values.size()).diagonal() = values;
   if (call.nargout > 2) {
     makeMatrix(*call.outputs.Add(), svd.matrixV().rows(), svd.matrixV().cols()) = svd.matrixV();
   }
+}
+
+void putSingularValues(Call& call, const MatrixView& a) {
+  const auto svd = decompositionOf<0>(a);
+  requireConvergence(svd);
+  makeMatrix(*call.outputs.Add(), svd.singularValues().size(), 1) = svd.singularValues();
 }
 
 // Eigen decomposes no empty matrix.
@@ -75,13 +98,8 @@ void linalgSvd(Call& call) {
   const MatrixView a = matrixArgument(call.inputs[0], "A");
   requireFinite(a, "A");
   if (a.size() == 0) return putEmptyFactors(call, a.rows(), a.cols());
-  const bool factors = call.nargout > 1;
-  const Decomposition svd(a, factors ? Eigen::ComputeThinU | Eigen::ComputeThinV : 0);
-  if (svd.info() != Eigen::Success) {
-    throw FunctionError(kNoConvergence, "The singular values of A were not found.");
-  }
-  if (factors) return putFactors(call, svd);
-  makeMatrix(*call.outputs.Add(), svd.singularValues().size(), 1) = svd.singularValues();
+  if (call.nargout > 1) return putFactors(call, a);
+  putSingularValues(call, a);
 }
 
 }  // namespace hcy::server

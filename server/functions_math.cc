@@ -5,6 +5,7 @@
 #include "array_values.h"
 #include "function_error.h"
 #include "functions.h"
+#include "wire/protobuf_version.h"
 
 namespace hcy::server {
 namespace {
@@ -42,7 +43,7 @@ void mathPlus(Call& call) {
   const DoubleElements& terms = intoSecond ? first : second;
   add(sum.real, terms.real);
   if (!terms.imaginary.empty()) {
-    sum.imaginary.Resize(sum.real.size(), 0.0);
+    resizeList(sum.imaginary, sum.real.size());
     add(sum.imaginary, terms.imaginary);
   }
   call.inputs[intoSecond ? 1 : 0].clear_iscomplex();

@@ -2,8 +2,6 @@
 
 #include "work_messages.h"
 
-#include <google/protobuf/arena.h>
-
 #include <algorithm>
 #include <new>
 #include <span>
@@ -14,6 +12,7 @@
 #include "function_error.h"
 #include "hcy.client.VORTENResult.pb.h"
 #include "message_memory.h"
+#include "wire/protobuf_version.h"
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
 
@@ -97,7 +96,7 @@ ByteBuffer resultWithCell(std::span<const Bytes> elements) {
 // Arrays that a worker sends about a call, beside the outputs.
 class Remark {
  public:
-  explicit Remark(Bytes bytes) : array_(*google::protobuf::Arena::CreateMessage<Array>(&*arena_)) {
+  explicit Remark(Bytes bytes) : array_(createMessage<Array>(*arena_)) {
     if (!array_.ParseFromArray(bytes.data(), static_cast<int>(bytes.size()))) {
       throw FunctionError(kArgumentValue, "An input of the worker is broken.");
     }

@@ -8,6 +8,7 @@
 #include "array/array_handle.h"
 #include "wire/checked_size.h"
 #include "wire/element_storage.h"
+#include "wire/protobuf_version.h"
 #include "wire/sparse_values.h"
 
 using hcy::dataOf;
@@ -30,7 +31,7 @@ std::size_t* firstIndex(const google::protobuf::RepeatedField<std::uint64_t>& in
 template <class... Lists>
 void resizeTogether(int nzmax, Lists&... lists) {
   (lists.Reserve(nzmax), ...);
-  (lists.Resize(nzmax, {}), ...);
+  (hcy::resizeList(lists, nzmax), ...);
 }
 
 void resizeStoredElements(VORTEN_Array::Sparse& sparse, int nzmax) {

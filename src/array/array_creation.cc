@@ -7,6 +7,7 @@
 #include "array/array_maker.h"
 #include "wire/checked_size.h"
 #include "wire/element_storage.h"
+#include "wire/protobuf_version.h"
 #include "wire/sparse_values.h"
 
 using hcy::ArrayHandle;
@@ -46,7 +47,7 @@ ArrayHandle makeSparse(std::size_t m, std::size_t n, std::size_t nzmax, bool com
   VORTEN_Array::Sparse& sparse = sparsePart(array);
   sparse.set_type(type);
   hcy::resizeElementStorage(array->data(), 0);
-  sparse.mutable_ir()->Resize(stored, 0);
+  hcy::resizeList(*sparse.mutable_ir(), stored);
   return array;
 }
 
@@ -133,9 +134,9 @@ hcyArray* hcyCreateStructArray(size_t ndim, const size_t* dims, int nfields,
 hcyArray* hcyCreateSparse(size_t m, size_t n, size_t nzmax, hcyComplexity complexity) {
   ArrayHandle array = makeSparse(m, n, nzmax, isComplex(complexity), VORTEN_Array::Sparse::DOUBLE);
   VORTEN_Array::Double& values = hcy::sparseDoubles(sparsePart(array));
-  values.mutable_elements()->Resize(hcy::checkedSize(nzmax), 0.0);
+  hcy::resizeList(*values.mutable_elements(), hcy::checkedSize(nzmax));
   if (array->isComplex()) {
-    values.mutable_imag_elements()->Resize(hcy::checkedSize(nzmax), 0.0);
+    hcy::resizeList(*values.mutable_imag_elements(), hcy::checkedSize(nzmax));
   }
   return array.release();
 }
@@ -143,6 +144,6 @@ hcyArray* hcyCreateSparse(size_t m, size_t n, size_t nzmax, hcyComplexity comple
 hcyArray* hcyCreateSparseLogicalMatrix(size_t m, size_t n, size_t nzmax) {
   ArrayHandle array = makeSparse(m, n, nzmax, false, VORTEN_Array::Sparse::LOGICAL);
   VORTEN_Array::Logical& values = hcy::sparseLogicals(sparsePart(array));
-  values.mutable_elements()->Resize(hcy::checkedSize(nzmax), false);
+  hcy::resizeList(*values.mutable_elements(), hcy::checkedSize(nzmax));
   return array.release();
 }

@@ -29,7 +29,7 @@ class WrittenParams {
   WrittenParams(std::int32_t nargout, std::span<const hcyArray* const> inputs) {
     client::VORTEN_Params params;
     params.set_nargout(nargout);
-    params.SerializeToString(&nargout_);
+    nargout_ = params.SerializeAsString();
     const SentInputs sent(inputs);
     size_ = nargout_.size();
     for (std::size_t i = 0; i < inputs.size(); ++i) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "wire/checked_size.h"
+#include "wire/protobuf_version.h"
 #include "wire/sparse_values.h"
 
 namespace hcy {
@@ -56,7 +57,7 @@ void ElementStorageResizer::operator()(SPARSE_class) {
   const std::uint64_t columns = array.dimensions.size() > 1 ? array.dimensions[1] : 0;
   const int starts = checkedSize(columns == UINT64_MAX ? columns : columns + 1);
   SparsePart part(array);
-  part->mutable_jc()->Resize(starts, 0);
+  resizeList(*part->mutable_jc(), starts);
   part.keep();
 }
 

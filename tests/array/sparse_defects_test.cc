@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/ways_to_arrays.h"
+#include "wire/protobuf_version.h"
 
 namespace hcy {
 namespace {
@@ -259,7 +260,7 @@ TEST(SparseOfManyElements, NeedsNoMoreValuesThanItStores) {
   for (const Type type : kTypes) {
     VORTEN_Array message = withValues(sparseOf(type, {50000, 50000}, {7, 49999}), 2);
     auto& starts = *message.mutable_sparse()->mutable_jc();
-    starts.Resize(50001, 2);
+    resizeList(starts, 50001, 2);
     starts[0] = 0;
     forEachWay({{"50000-by-50000", message}}, [&](const ArrayHandle& array, const VORTEN_Array&) {
       EXPECT_EQ(hcyGetNumberOfElements(array.get()), 2500000000U);

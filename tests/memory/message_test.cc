@@ -11,6 +11,7 @@
 #include "array/array_proxy_builder.h"
 #include "memory/sweep.h"
 #include "support/wrapped_arrays.h"
+#include "wire/protobuf_version.h"
 
 namespace hcy::abi {
 namespace {
@@ -50,7 +51,7 @@ TEST_P(ExhaustedMemoryForAPart, leavesAMessageThatCanBeSent) {
   VORTEN_Array bare;
   bare.set_type(GetParam().isSparse ? VORTEN_Array::SPARSE
                                     : static_cast<VORTEN_Array::QXType>(GetParam().id));
-  bare.mutable_dimension()->Resize(2, 2);
+  resizeList(*bare.mutable_dimension(), 2, 2);
   if (GetParam().id == hcyLOGICAL_CLASS && GetParam().isSparse) {
     bare.mutable_sparse()->set_type(VORTEN_Array::Sparse::LOGICAL);
   }

@@ -11,6 +11,7 @@
 #include "hcy.client.VORTENResult.pb.h"
 #include "support/array_messages.h"
 #include "support/wrapped_arrays.h"
+#include "wire/protobuf_version.h"
 
 namespace hcy {
 namespace {
@@ -161,7 +162,7 @@ TEST(Reply, ReservesRoomForElementsOfAnyWidth) {
 
 TEST(Reply, ReservesNoMoreRoomThanItHasBytes) {
   VORTEN_Array array = test::arrayOf(VORTEN_Array::INT16, {std::uint64_t{1} << 40, 1});
-  array.mutable_int16()->mutable_elements()->Resize(5000, 1);
+  resizeList(*array.mutable_int16()->mutable_elements(), 5000, 1);
   VORTEN_Result result;
   *result.add_lhs() = array;
   const Reply reply = readReply(bytesOf(result.SerializeAsString()), 1);

@@ -9,12 +9,14 @@
 #include <fstream>
 #include <regex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "hcy.client.VORTENArray.pb.h"
 #include "hcy.client.VORTENError.pb.h"
 #include "hcy.client.VORTENParams.pb.h"
 #include "hcy.client.VORTENResult.pb.h"
+#include "wire/protobuf_version.h"
 
 namespace hcy {
 namespace {
@@ -108,14 +110,14 @@ const Lines resultSchema = {
     "VORTEN_Result: 1 repeated VORTEN_Array lhs; 2 optional VORTEN_Error error",
 };
 
-std::string withoutPackage(const std::string& name) {
-  return name.substr(std::string("hcy.client.").size());
+std::string withoutPackage(std::string_view name) {
+  return std::string(name.substr(std::string_view("hcy.client.").size()));
 }
 
 std::string typeOf(const FieldDescriptor& field) {
-  if (field.message_type() != nullptr) return withoutPackage(field.message_type()->full_name());
-  if (field.enum_type() != nullptr) return withoutPackage(field.enum_type()->full_name());
-  return field.type_name();
+  if (field.message_type() != nullptr) return withoutPackage(fullNameOf(*field.message_type()));
+  if (field.enum_type() != nullptr) return withoutPackage(fullNameOf(*field.enum_type()));
+  return std::string(field.type_name());
 }
 
 std::string labelOf(const FieldDescriptor& field) {
@@ -125,11 +127,11 @@ std::string labelOf(const FieldDescriptor& field) {
 }
 
 void describe(const Descriptor& message, Lines& lines) {
-  std::string text = withoutPackage(message.full_name()) + ":";
+  std::string text = withoutPackage(fullNameOf(message)) + ":";
   for (int i = 0; i < message.field_count(); ++i) {
     const FieldDescriptor& field = *message.field(i);
     text += (i == 0 ? " " : "; ") + std::to_string(field.number()) + " " + labelOf(field) + " " +
-            typeOf(field) + " " + field.name();
+            typeOf(field) + " " + std::string(nameOf(field));
   }
   lines.push_back(text);
   for (int i = 0; i < message.nested_type_count(); ++i) describe(*message.nested_type(i), lines);
@@ -142,13 +144,13 @@ Lines describe(const FileDescriptor& file) {
 }
 
 // A file of the schema itself, as it is given to others.
-Lines describe(const std::string& file) {
+Lines describe(std::string_view file) {
   std::ifstream stream(HCY_SCHEMA_SET, std::ios::binary);
   google::protobuf::FileDescriptorSet files;
   EXPECT_TRUE(files.ParseFromIstream(&stream));
   google::protobuf::DescriptorPool pool;
   for (const auto& each : files.file()) EXPECT_NE(pool.BuildFile(each), nullptr);
-  return describe(*pool.FindFileByName(file));
+  return describe(*pool.FindFileByName(std::string(file)));
 }
 
 // In generated classes strings are bytes, of which nobody asks whether they are valid UTF-8.
@@ -165,60 +167,64 @@ const FileDescriptor& resultFile() { return *client::VORTEN_Result::descriptor()
 
 TEST(Schema, HasTheMessagesAndFieldsOfTheContract) {
   using testing::UnorderedElementsAreArray;
-  EXPECT_THAT(describe(arrayFile().name()), UnorderedElementsAreArray(arraySchema));
-  EXPECT_THAT(describe(errorFile().name()), UnorderedElementsAreArray(errorSchema));
-  EXPECT_THAT(describe(paramsFile().name()), UnorderedElementsAreArray(paramsSchema));
-  EXPECT_THAT(describe(resultFile().name()), UnorderedElementsAreArray(resultSchema));
+  EXPECT_THAT(describe(nameOf(arrayFile())), UnorderedElementsAreArray(arraySchema));
+  EXPECT_THAT(describe(nameOf(errorFile())), UnorderedElementsAreArray(errorSchema));
+  EXPECT_THAT(describe(nameOf(paramsFile())), UnorderedElementsAreArray(paramsSchema));
+  EXPECT_THAT(describe(nameOf(resultFile())), UnorderedElementsAreArray(resultSchema));
 }
 
 TEST(Schema, IsWhatTheClassesHaveButForStrings) {
   for (const FileDescriptor* file : {&arrayFile(), &errorFile(), &paramsFile(), &resultFile()}) {
-    EXPECT_EQ(describe(*file), withBytes(describe(file->name())));
+    EXPECT_EQ(describe(*file), withBytes(describe(nameOf(*file))));
   }
 }
 
 Lines dependenciesOf(const FileDescriptor& file) {
   Lines names;
-  for (int i = 0; i < file.dependency_count(); ++i) names.push_back(file.dependency(i)->name());
+  for (int i = 0; i < file.dependency_count(); ++i) names.emplace_back(nameOf(*file.dependency(i)));
   return names;
 }
 
 TEST(Schema, LiesInFourFilesOfOnePackage) {
   const std::string prefix = "hcy.client.VORTEN";
-  EXPECT_EQ(arrayFile().name(), prefix + "Array.proto");
-  EXPECT_EQ(errorFile().name(), prefix + "Error.proto");
-  EXPECT_EQ(paramsFile().name(), prefix + "Params.proto");
-  EXPECT_EQ(resultFile().name(), prefix + "Result.proto");
+  EXPECT_EQ(nameOf(arrayFile()), prefix + "Array.proto");
+  EXPECT_EQ(nameOf(errorFile()), prefix + "Error.proto");
+  EXPECT_EQ(nameOf(paramsFile()), prefix + "Params.proto");
+  EXPECT_EQ(nameOf(resultFile()), prefix + "Result.proto");
   EXPECT_EQ(dependenciesOf(arrayFile()), Lines());
   EXPECT_EQ(dependenciesOf(errorFile()), Lines());
-  EXPECT_EQ(dependenciesOf(paramsFile()), Lines{arrayFile().name()});
-  EXPECT_EQ(dependenciesOf(resultFile()), (Lines{arrayFile().name(), errorFile().name()}));
+  EXPECT_EQ(dependenciesOf(paramsFile()), Lines{std::string(nameOf(arrayFile()))});
+  EXPECT_EQ(dependenciesOf(resultFile()),
+            (Lines{std::string(nameOf(arrayFile())), std::string(nameOf(errorFile()))}));
   for (const FileDescriptor* file : {&arrayFile(), &errorFile(), &paramsFile(), &resultFile()}) {
     EXPECT_EQ(file->package(), "hcy.client");
-    EXPECT_EQ(file->syntax(), FileDescriptor::SYNTAX_PROTO3);
+    google::protobuf::FileDescriptorProto asWritten;
+    file->CopyTo(&asWritten);
+    EXPECT_EQ(asWritten.syntax(), "proto3");
     EXPECT_NE(file->options().optimize_for(), google::protobuf::FileOptions::LITE_RUNTIME);
     EXPECT_EQ(file->extension_count(), 0);
-    EXPECT_EQ(google::protobuf::DescriptorPool::generated_pool()->FindFileByName(file->name()),
+    EXPECT_EQ(google::protobuf::DescriptorPool::generated_pool()->FindFileByName(
+                  std::string(nameOf(*file))),
               file);
   }
 }
 
 void expectPlain(const FieldDescriptor& field) {
-  EXPECT_FALSE(field.has_default_value()) << field.full_name();
-  EXPECT_FALSE(field.options().deprecated()) << field.full_name();
-  EXPECT_EQ(field.real_containing_oneof(), nullptr) << field.full_name();
-  EXPECT_EQ(field.is_packed(), field.options().packed()) << field.full_name();
+  EXPECT_FALSE(field.has_default_value()) << fullNameOf(field);
+  EXPECT_FALSE(field.options().deprecated()) << fullNameOf(field);
+  EXPECT_EQ(field.real_containing_oneof(), nullptr) << fullNameOf(field);
+  EXPECT_EQ(field.is_packed(), field.options().packed()) << fullNameOf(field);
   if (!field.has_optional_keyword()) return;
-  ASSERT_NE(field.containing_oneof(), nullptr) << field.full_name();
-  EXPECT_EQ(field.containing_oneof()->name(), "_" + field.name());
+  ASSERT_NE(field.containing_oneof(), nullptr) << fullNameOf(field);
+  EXPECT_EQ(nameOf(*field.containing_oneof()), "_" + std::string(nameOf(field)));
 }
 
 void expectPlain(const Descriptor& message) {
-  EXPECT_EQ(message.extension_count(), 0) << message.full_name();
-  EXPECT_EQ(message.extension_range_count(), 0) << message.full_name();
-  EXPECT_EQ(message.reserved_range_count(), 0) << message.full_name();
-  EXPECT_EQ(message.reserved_name_count(), 0) << message.full_name();
-  EXPECT_EQ(message.real_oneof_decl_count(), 0) << message.full_name();
+  EXPECT_EQ(message.extension_count(), 0) << fullNameOf(message);
+  EXPECT_EQ(message.extension_range_count(), 0) << fullNameOf(message);
+  EXPECT_EQ(message.reserved_range_count(), 0) << fullNameOf(message);
+  EXPECT_EQ(message.reserved_name_count(), 0) << fullNameOf(message);
+  EXPECT_EQ(message.real_oneof_decl_count(), 0) << fullNameOf(message);
   for (int i = 0; i < message.field_count(); ++i) expectPlain(*message.field(i));
   for (int i = 0; i < message.nested_type_count(); ++i) expectPlain(*message.nested_type(i));
 }
@@ -233,7 +239,7 @@ std::string describe(const EnumDescriptor* enumeration) {
   std::string text;
   for (int i = 0; i < enumeration->value_count(); ++i) {
     const auto& value = *enumeration->value(i);
-    text += std::to_string(value.number()) + " " + value.name() + "; ";
+    text += std::to_string(value.number()) + " " + std::string(nameOf(value)) + "; ";
   }
   return text;
 }

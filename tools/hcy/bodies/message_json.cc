@@ -10,6 +10,7 @@
 
 #include "notations/element_json.h"
 #include "text/text.h"
+#include "wire/protobuf_version.h"
 
 namespace hcy::tools {
 namespace {
@@ -62,7 +63,7 @@ class Writer {
     open('{');
     for (const FieldDescriptor* const field : fields) {
       item();
-      out_ += "\"" + field->name() + "\": ";
+      out_ += "\"" + std::string(nameOf(*field)) + "\": ";
       this->field(message, *field);
     }
     unknownFields(unknown);
@@ -109,7 +110,7 @@ class Writer {
   }
 
   static bool isCodeUnits(const FieldDescriptor& field) {
-    return field.containing_type()->name() == "Char" || field.name() == "strings";
+    return nameOf(*field.containing_type()) == "Char" || nameOf(field) == "strings";
   }
 
   // As a text, if they are one.
@@ -160,11 +161,11 @@ class Writer {
 
   void enumeration(const FieldDescriptor& field, int number) {
     const auto* const known = field.enum_type()->FindValueByNumber(number);
-    out_ += known == nullptr ? std::to_string(number) : "\"" + known->name() + "\"";
+    out_ += known == nullptr ? std::to_string(number) : "\"" + std::string(nameOf(*known)) + "\"";
   }
 
   void bytes(const FieldDescriptor& field, const std::string& value) {
-    const std::string& type = field.containing_type()->name();
+    const std::string_view type = nameOf(*field.containing_type());
     if (type == "Uint8") return appendBytes<std::uint8_t>(out_, value);
     if (type == "Int8") return appendBytes<std::int8_t>(out_, value);
     appendText(out_, value);

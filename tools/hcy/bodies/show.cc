@@ -86,9 +86,7 @@ std::string replyWith(const WireSchema& schema, const Message& request) {
   const int count = request.GetReflection()->FieldSize(request, &inputs);
   for (int i = 0; i < count; ++i) {
     const Message& input = request.GetReflection()->GetRepeatedMessage(request, &inputs, i);
-    reply->GetReflection()
-        ->AddMessage(reply.get(), &outputs)
-        ->ParseFromString(input.SerializeAsString());
+    reply->GetReflection()->AddMessage(reply.get(), &outputs)->CopyFrom(input);
   }
   return reply->SerializeAsString();
 }
