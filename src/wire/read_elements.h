@@ -4,7 +4,6 @@
 
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -12,6 +11,7 @@
 #include <type_traits>
 
 #include "wire/array_data.h"
+#include "wire/fixed_width.h"
 #include "wire/packed_varints.h"
 #include "wire/varint.h"
 #include "wire/wire_fields.h"
@@ -123,7 +123,6 @@ class ElementsReader {
 
   // Elements of fixed width: those that are there whole.
   bool add(const WireField& field, ElementBuffer& buffer) {
-    static_assert(std::endian::native == std::endian::little);
     const std::size_t cut = field.content.size() % sizeof(Element);
     const Bytes elements = field.content.first(field.content.size() - cut);
     if (!stay(elements, field.number(), buffer)) append(elements, buffer);
@@ -132,12 +131,13 @@ class ElementsReader {
 
   static void append(Bytes elements, ElementBuffer& buffer) {
     if (elements.empty()) return;
-    std::memcpy(buffer.extend(elements.size()), elements.data(), elements.size());
+    auto* const appended = reinterpret_cast<std::uint8_t*>(buffer.extend(elements.size()));
+    copyFixedWidth<Element>(elements, appended);
   }
 
   // Only one stretch of elements can stay where it is.
   bool stay(Bytes elements, int number, ElementBuffer& buffer) {
-    if (staying_ == nullptr) return false;
+    if (staying_ == nullptr || !liesAsItTravels<Element>) return false;
     Bytes& place = number == 1 ? staying_->real : staying_->imaginary;
     if (place.empty() && buffer.empty() && elements.size() >= StayingElements::kLeast) {
       place = elements;

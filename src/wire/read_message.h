@@ -6,12 +6,11 @@
 
 #include <google/protobuf/io/coded_stream.h>
 
-#include <bit>
-#include <cstring>
 #include <string>
 
 #include "wire/array_class_traits.h"
 #include "wire/bytes.h"
+#include "wire/fixed_width.h"
 #include "wire/packed_varints.h"
 #include "wire/wire_fields.h"
 #include "wire/wire_parts.h"
@@ -93,12 +92,12 @@ class MessageReader {
   // Elements of fixed width: those that are there whole.
   template <class Element>
   static bool addFixed(Bytes packed, google::protobuf::RepeatedField<Element>& list) {
-    static_assert(std::endian::native == std::endian::little);
     const auto count = static_cast<int>(packed.size() / sizeof(Element));
     list.Reserve(list.size() + count);
     if (count != 0) {
       const auto size = static_cast<std::size_t>(count) * sizeof(Element);
-      std::memcpy(list.AddNAlreadyReserved(count), packed.data(), size);
+      auto* const added = reinterpret_cast<std::uint8_t*>(list.AddNAlreadyReserved(count));
+      copyFixedWidth<Element>(packed.first(size), added);
     }
     return packed.size() % sizeof(Element) == 0;
   }

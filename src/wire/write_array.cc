@@ -6,6 +6,7 @@
 
 #include "wire/checked_size.h"
 #include "wire/dispatch_on_QXType.h"
+#include "wire/fixed_width.h"
 #include "wire/packed_varints.h"
 #include "wire/wire_parts.h"
 
@@ -61,7 +62,7 @@ std::uint8_t* writeContent(const ElementBuffer& elements, std::uint8_t* out) {
   if constexpr (isConverted<Class>) {
     return writePacked(elements.as<typename Class::Element>(), out);
   } else {
-    return copyBytes(bytesOf(elements), out);
+    return copyFixedWidth<typename Class::Element>(bytesOf(elements), out);
   }
 }
 
