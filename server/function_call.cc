@@ -79,7 +79,7 @@ Evaluation FunctionCall::evaluateFunction() {
     call.outputs.DeleteSubrange(call.nargout, call.outputs.size() - call.nargout);
   }
   Evaluation evaluation = withRoomFor(result.ByteSizeLong());
-  result.SerializeWithCachedSizesToArray(bytesOf(evaluation));
+  static_cast<void>(result.SerializeWithCachedSizesToArray(bytesOf(evaluation)));
   evaluation.replyDelay = call.replyDelay;
   return evaluation;
 }
