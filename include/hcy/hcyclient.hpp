@@ -48,8 +48,8 @@
 #include <hcy/cpp/function.hpp>
 #include <hcy/cpp/input.hpp>
 #include <hcy/cpp/library.hpp>
-#include <hcy/cpp/mdspan.hpp>
 #include <hcy/cpp/make.hpp>
+#include <hcy/cpp/mdspan.hpp>
 #include <hcy/cpp/outputs.hpp>
 #include <hcy/cpp/pool.hpp>
 #include <hcy/cpp/print.hpp>
