@@ -26,11 +26,11 @@ constexpr std::uint32_t kError =
 
 class ReplyReader {
  public:
-  ReplyReader(Bytes body, std::size_t wantedOutputs, const std::shared_ptr<void>& owner)
+  ReplyReader(Bytes body, std::size_t wantedOutputs, std::shared_ptr<void> owner)
       : body_(body),
         input_(body.data(), static_cast<int>(body.size())),
         wantedOutputs_(wantedOutputs),
-        owner_(owner) {}
+        owner_(std::move(owner)) {}
 
   Reply read() {
     while (readField()) {

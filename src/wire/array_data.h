@@ -32,8 +32,10 @@ struct ContainerData {
 class ArrayData {
  public:
   ArrayData() = default;
+  // NOLINTBEGIN(bugprone-exception-escape): a list of dimensions moves without an allocation
   ArrayData(ArrayData&&) = default;
   ArrayData& operator=(ArrayData&&) = default;
+  // NOLINTEND(bugprone-exception-escape)
   ~ArrayData() = default;
 
   ArrayData copy() const;

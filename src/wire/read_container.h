@@ -61,7 +61,7 @@ class ArraysReader : public NamesReader<Class> {
 
  private:
   // What the message library would have written otherwise is kept as it writes it.
-  bool addOther(Bytes array);
+  bool addOther(Bytes bytes);
 
   Bytes part_;
   PackedArraysBuilder& arrays_;
