@@ -6,6 +6,7 @@
 #include <google/protobuf/wire_format_lite.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "hcy.client.VORTENResult.pb.h"
 #include "wire/read_message.h"
