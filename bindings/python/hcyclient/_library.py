@@ -49,7 +49,10 @@ def _function(name: str, result: Any, *arguments: Any, unlocks: bool = False) ->
     except AttributeError as error:
         raise ImportError('the shared library is not that of hcyclient, or is too old: '
                           f'{error}') from None
-    found.restype, found.argtypes = result, arguments
+    found.restype = result
+    # A handle is passed as it is, which takes less time than by a declared type.
+    if arguments != (c_void_p,):
+        found.argtypes = arguments
     return found
 
 
@@ -65,6 +68,7 @@ class Handle(c_void_p):
     """Owns an array of the library. Functions return it and calls write into it directly, so that
     an interrupt can never lose the array."""
 
+    __slots__ = ()
     __del__ = uninterrupted_method(_function('hcyDestroyArray', None, c_void_p))
 
 

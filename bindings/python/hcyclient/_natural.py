@@ -4,7 +4,8 @@ from __future__ import annotations
 
 from ctypes import c_double, c_float, c_int8, c_int16, c_int32, c_int64, c_uint8, c_uint16
 from ctypes import c_uint32, c_uint64
-from typing import Any, Callable
+from operator import attrgetter
+from typing import Any, Callable, Iterable
 
 import numpy as np
 
@@ -21,10 +22,19 @@ _IN_C: list[Any] = [c_uint8, c_int8, c_uint16, c_int16, c_uint32, c_int32, c_uin
 _SCALARS: dict[int, tuple[Callable[[int], Any], Callable[[Any], Any]]] = {
     number: (kind.from_address, dtype.type)
     for number, (kind, dtype) in enumerate(zip(_IN_C, DTYPES))}
+_value = attrgetter('value')
 
 
 def _is_vector(shape: Shape) -> bool:
     return len(shape) == 2 and 1 in shape
+
+
+def _are_scalars(elements: list[Handle], number: int) -> bool:
+    """Whether each element is a single real number of this class, and not of more dimensions."""
+    return (set(map(get_class, elements)) == {number}
+            and set(map(get_element_count, elements)) == {1}
+            and not any(map(is_complex, elements)) and not any(map(is_sparse, elements))
+            and max(map(get_dimension_count, elements)) <= 2)
 
 
 class NaturalReader(ExactReader):
@@ -40,6 +50,17 @@ class NaturalReader(ExactReader):
                 at, kind = scalar
                 return kind(at(address).value)
         return super().value_of(handle)
+
+    def column(self, elements: list[Handle], count: int) -> Iterable[Any]:
+        """Many single numbers of one class are read together, since a loop takes longer."""
+        if len(elements) > 1 and all(elements):
+            number = get_class(elements[0])
+            if number in _SCALARS and _are_scalars(elements, number):
+                addresses = [*map(get_data, elements)]
+                if all(addresses):
+                    at, kind = _SCALARS[number]
+                    return [*map(kind, map(_value, map(at, addresses)))]
+        return super().column(elements, count)
 
     def numbers(self, handle: Handle, number: int, shape: Shape, count: int) -> Any:
         array = number_array(handle, number, shape, count)

@@ -8,7 +8,8 @@ dimensions alone never make it allocate memory.
 from __future__ import annotations
 
 import ctypes
-from typing import Any, Tuple
+from itertools import repeat
+from typing import Any, Iterable, Iterator, Tuple
 
 import numpy as np
 
@@ -24,6 +25,8 @@ from ._values import Cell, complex_dtype
 Shape = Tuple[int, ...]
 _COMPLEX_DTYPES = [complex_dtype(dtype) for dtype in DTYPES[:library.SINGLE]] + [
     np.dtype(np.complex64), np.dtype(np.complex128)]
+# Elements of containers are read in columns of up to this many.
+_COLUMN = 1024
 _MOST_DIMENSIONS: int = getattr(np, 'MAXDIMS', 64)  # NumPy 2 has no name for this
 
 
@@ -79,14 +82,12 @@ class ExactReader:
 
     def cells(self, handle: Handle, shape: Shape, count: int) -> Any:
         """A list if the cell is a row or 0-by-0, otherwise an array of objects."""
-        get, value_of = library.get_cell, self.value_of
         values: Cell[Any] = Cell()
         try:
-            for i in range(count):
-                element = get(handle, i)
-                if not element:
-                    raise missing_element(count)
-                values.append(value_of(element))
+            for indices in _columns(count):
+                elements = [*map(library.get_cell, repeat(handle), indices)]
+                for value in self.column(elements, count):
+                    values.append(value)
         except Unreadable as unreadable:
             unreadable.inside(self.index(shape, len(values)))
             raise
@@ -98,7 +99,8 @@ class ExactReader:
         structs without fields, are a structured array."""
         names = field_names(handle)
         if shape == (1, 1):
-            return self.struct(handle, 0, names, count)
+            return {name: value for name, number in names.items()
+                    for value in self.field(handle, name, number, range(1), count)}
         if not names:
             return _structs_without_fields(shape, count)
         structs = self.dictionaries(handle, names, shape, count)
@@ -110,28 +112,33 @@ class ExactReader:
                      ) -> list[dict[str, Any]]:
         structs: list[dict[str, Any]] = []
         try:
-            for i in range(count):
-                structs.append(self.struct(handle, i, names, count))
+            for indices in _columns(count):
+                columns = [self.field(handle, name, number, indices, count)
+                           for name, number in names.items()]
+                for values in zip(*columns):
+                    structs.append(dict(zip(names, values)))
         except Unreadable as unreadable:
             unreadable.inside(self.index(shape, len(structs)))
             raise
         return structs
 
-    def struct(self, handle: Handle, index: int, names: dict[str, int], count: int
-               ) -> dict[str, Any]:
-        fields: dict[str, Any] = {}
-        name = ''
-        get, value_of = library.get_field, self.value_of  # looked up once for many elements
+    def field(self, handle: Handle, name: str, number: int, indices: range, count: int
+              ) -> Iterator[Any]:
+        """The values of one field. Each is read when it is asked for, so that what is wrong is
+        found in the order of the elements."""
         try:
-            for name, number in names.items():
-                element = get(handle, index, number)
-                if not element:
-                    raise missing_element(count)
-                fields[name] = value_of(element)
+            yield from self.column([*map(library.get_field, repeat(handle), indices,
+                                         repeat(number))], count)
         except Unreadable as unreadable:
             unreadable.inside(name)
             raise
-        return fields
+
+    def column(self, elements: list[Handle], count: int) -> Iterable[Any]:
+        """The values of some elements of a container that has `count` of them."""
+        for element in elements:
+            if not element:
+                raise missing_element(count)
+            yield self.value_of(element)
 
     def index(self, shape: Shape, position: int) -> object:
         """The index of an element in Python, which is a number for a list."""
@@ -209,6 +216,10 @@ def decoded(units: bytes) -> str:
 def characters(handle: Handle, shape: Shape, count: int) -> NDArray:
     units = view(handle, code_units(handle, count), shape, CHAR_UNIT)
     return units.astype(np.uint32, order='F').view('U1')
+
+
+def _columns(count: int) -> Iterator[range]:
+    return (range(start, min(start + _COLUMN, count)) for start in range(0, count, _COLUMN))
 
 
 def is_row(shape: Shape) -> bool:

@@ -94,7 +94,10 @@ LACKS = 'the dimensions of the container announce {} elements, but this one did 
      "output 0, ['name'][3]"),
     ([ONE, cell_array([2, 1], ONE, struct_array([1, 1], [b'\xff'], SHORT))],
      "output 1, [1, 0]['\\udcff']"),
-], ids=range(10))
+    # Although fields are read one after the other, the first element is named.
+    ([struct_array([1, 3], [b'a', b'b'], ONE, ONE, ONE, SHORT, SHORT, ONE)], "output 0, [1]['b']"),
+    ([cell_array([1, 3000], *[ONE] * 2000, SHORT, *[ONE] * 999)], 'output 0, [2000]'),
+], ids=range(12))
 def test_the_place_is_named(client, outputs, place):
     assert complaint(client, *outputs) == f'{place}: {SIX}'
 
@@ -230,3 +233,16 @@ def test_a_client_goes_on_after_an_incomplete_reply(client):
     for _ in range(3):
         assert complaint(client, SHORT) == f'output 0: {SIX}'
         assert answer(client, ONE).item() == 1
+
+
+def test_deep_nesting_costs_no_more_than_what_arrived(client):
+    message = SHORT
+    for _ in range(40):
+        message = cell_array([1, 1], message)
+    assert complaint(client, message) == f'output 0, {"[0]" * 40}: {SIX}'
+    message = SHORT
+    for _ in range(40):
+        message = struct_array([1, 2], [b'a'], message, message) if len(message) < 5000 else (
+            struct_array([1, 2], [b'a'], message))
+    place = "[0]['a']" * 40
+    assert complaint(client, message) == f'output 0, {place}: {SIX}'

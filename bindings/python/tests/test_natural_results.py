@@ -184,3 +184,41 @@ def test_a_call_may_ask_for_the_other_kind(server, natural):
 def test_there_are_two_kinds(server, results):
     with pytest.raises(ValueError, match="results must be 'natural' or 'exact', not "):
         hcyclient.Client(results=results)
+
+
+COMPLEX_ONE = array(DOUBLE, [1, 1], 25, replies.field(1, replies.doubles(1)) + replies.field(
+    2, replies.doubles(2)))
+ONE = double_array([1, 1], 1)
+
+
+@pytest.mark.parametrize('other, value', [
+    (COMPLEX_ONE, 1 + 2j), (double_array([1, 2], 1, 2), np.array([1.0, 2.0])),
+    (double_array([1, 1, 1], 1), np.ones((1, 1, 1))), (double_array([0, 0]), np.empty((0, 0))),
+    (array(CHAR, [1, 1], 27, replies.field(1, b'x')), 'x'),
+    (replies.sparse_array([1, 1], [0], [0, 1], [3]), None),
+], ids=range(6))
+def test_one_element_that_is_not_a_number_among_many_that_are(natural, other, value):
+    for reply in (cell_array([1, 1500], *[ONE] * 1400, other, *[ONE] * 99),
+                  struct_array([1, 750], [b'a', b'b'], *[ONE] * 1400, other, *[ONE] * 99)):
+        found = answer(natural, reply)
+        if reply[1] == STRUCT:
+            found = [element for fields in found for element in fields.values()]
+        assert len(found) == 1500 and all(type(number) is np.float64 and number == 1
+                                          for number in found[:1400] + found[1401:])
+        if value is None:
+            assert found[1400].toarray().tolist() == [[3.0]]
+        else:
+            assert np.shape(found[1400]) == np.shape(value) and np.all(found[1400] == value)
+
+
+@pytest.mark.parametrize('dtype', ['u1', 'i1', 'u2', 'i2', 'u4', 'i4', 'u8', 'i8', 'f4', 'f8'])
+def test_many_numbers_in_a_container(echo, dtype):
+    limits = np.finfo(dtype) if dtype[0] == 'f' else np.iinfo(dtype)
+    sent = Cell([np.dtype(dtype).type(limit) for limit in (limits.min, limits.max)] * 1100)
+    found = echo(sent)
+    assert found == sent and {type(number) for number in found} == {np.dtype(dtype).type}
+
+
+def test_one_number_of_another_class_among_many(echo):
+    found = echo(Cell([1.0] * 1100 + [np.int32(7)] + [1.0]))
+    assert found == [1.0] * 1100 + [7, 1.0] and type(found[1100]) is np.int32
