@@ -120,10 +120,15 @@ std::string typeOf(const FieldDescriptor& field) {
   return std::string(field.type_name());
 }
 
+// In proto3 the keyword makes a oneof that nobody wrote.
+bool hasOptionalKeyword(const FieldDescriptor& field) {
+  return field.containing_oneof() != nullptr && field.real_containing_oneof() == nullptr;
+}
+
 std::string labelOf(const FieldDescriptor& field) {
   if (field.is_packed()) return "packed";
   if (field.is_repeated()) return "repeated";
-  return field.has_presence() && field.has_optional_keyword() ? "optional" : "singular";
+  return field.has_presence() && hasOptionalKeyword(field) ? "optional" : "singular";
 }
 
 void describe(const Descriptor& message, Lines& lines) {
@@ -214,8 +219,7 @@ void expectPlain(const FieldDescriptor& field) {
   EXPECT_FALSE(field.options().deprecated()) << fullNameOf(field);
   EXPECT_EQ(field.real_containing_oneof(), nullptr) << fullNameOf(field);
   EXPECT_EQ(field.is_packed(), field.options().packed()) << fullNameOf(field);
-  if (!field.has_optional_keyword()) return;
-  ASSERT_NE(field.containing_oneof(), nullptr) << fullNameOf(field);
+  if (!hasOptionalKeyword(field)) return;
   EXPECT_EQ(nameOf(*field.containing_oneof()), "_" + std::string(nameOf(field)));
 }
 
