@@ -1,0 +1,20 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# Debian's cross compiler for another processor, with the packages of that one in a tree
+# (HCY_CROSS_ROOT), and qemu for programs. script/matrix makes the tree.
+
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES HCY_CROSS_PROCESSOR HCY_CROSS_ROOT)
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR ${HCY_CROSS_PROCESSOR})
+set(CMAKE_LIBRARY_ARCHITECTURE ${HCY_CROSS_PROCESSOR}-linux-gnu)
+set(CMAKE_C_COMPILER ${CMAKE_LIBRARY_ARCHITECTURE}-gcc)
+set(CMAKE_CXX_COMPILER ${CMAKE_LIBRARY_ARCHITECTURE}-g++)
+set(CMAKE_SYSROOT ${HCY_CROSS_ROOT})
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-${HCY_CROSS_PROCESSOR}-static;-L;${HCY_CROSS_ROOT})
+
+# Headers, libraries and packages are of the tree; programs, like protoc, of this machine.
+set(CMAKE_FIND_ROOT_PATH ${HCY_CROSS_ROOT})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
