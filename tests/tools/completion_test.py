@@ -24,6 +24,7 @@ FUNCTIONS = ('math/plus', 'text/upper', 'echo')
 # What is typed, and what then stands there, in every shell.
 SHOWN = {
     'hcy ca\t': 'hcy call ',
+    'hcy se\t': 'hcy serve ',
     'hcy help be\t': 'hcy help bench ',
     'hcy call u --no-verify-p\t': 'hcy call u --no-verify-peer ',
     'hcy call ma\t': 'hcy call math/plus ',

@@ -9,6 +9,7 @@ import tempfile
 import unittest
 
 from index_server import FUNCTIONS, IndexServer
+from local_server import LocalServer
 from pseudo_terminal import PseudoTerminal
 
 HCY = os.environ['HCY_PROGRAM']
@@ -35,6 +36,18 @@ class List(unittest.TestCase):
             self.assertEqual(listed('@lab', HCY_CONFIG=str(config)), (TABLE, '', 0))
             self.assertEqual(listed(server.url, '--raw')[0], 'math/plus\ntext/upper\necho\n')
             self.assertEqual(json.loads(listed(server.url, '--json')[0]), {'functions': FUNCTIONS})
+
+    def test_of_the_local_server(self):
+        with LocalServer() as server:
+            names = listed(server.url, '--raw')[0].split()
+            self.assertLessEqual({'echo', 'linalg/solve', 'math/plus', 'text/upper'}, set(names))
+            self.assertEqual(names, sorted(names))
+            table = listed(server.url)
+            self.assertEqual(table[1:], ('', 0))
+            self.assertEqual([line.split()[0] for line in table[0].splitlines()], names)
+            self.assertIn('linalg/solve A (n by n), B (n by k)', table[0])
+            index = json.loads(listed(server.url, '--json')[0])
+            self.assertEqual([function['name'] for function in index['functions']], names)
 
     def test_is_cut_to_the_terminal(self):
         with IndexServer() as server, PseudoTerminal([HCY, 'list', server.url], 24) as terminal:
