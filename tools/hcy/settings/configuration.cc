@@ -61,9 +61,12 @@ class Reader {
   }
 
  private:
+  std::string located(const toml::source_region& place, const std::string& problem) const {
+    return printable(file_) + ", line " + std::to_string(place.begin.line) + ", column " +
+           std::to_string(place.begin.column) + ": " + problem;
+  }
   [[noreturn]] void refuse(const toml::source_region& place, const std::string& problem) const {
-    throw BadInput(printable(file_) + ", line " + std::to_string(place.begin.line) + ", column " +
-                   std::to_string(place.begin.column) + ": " + problem);
+    throw BadInput(located(place, problem));
   }
   [[noreturn]] void refuseKey(const toml::key& key,
                               const std::vector<std::string_view>& known) const {
@@ -82,7 +85,7 @@ class Reader {
   template <class T>
   T valueFrom(const toml::node& node, const char* wanted) const {
     const auto value = node.value_exact<T>();
-    if (!value) refuse(node.source(), std::string("this is to be ") + wanted);
+    if (!value) refuse(node.source(), std::string("expected ") + wanted);
     return *value;
   }
   std::string stringFrom(const toml::node& node) const {
@@ -92,19 +95,20 @@ class Reader {
     const fs::path file = expandedHome(stringFrom(node));
     return file.is_absolute() ? file.string() : (fs::path(file_).parent_path() / file).string();
   }
-  std::string secretFrom(const toml::node& node) const {
+  // A problem is kept for whoever uses this server: calls to the others go on.
+  std::string secretFrom(const toml::node& node, Server& server) const {
     std::string file = fileFrom(node);
     try {
       requirePrivate(file);
     } catch (const BadInput& problem) {
-      refuse(node.source(), problem.what());
+      server.problem = located(node.source(), problem.what());
     }
     return file;
   }
   double secondsFrom(const toml::node& node) const {
     const auto seconds = node.value<double>();
     if (!seconds || !(*seconds >= 0 && *seconds <= std::numeric_limits<std::uint32_t>::max())) {
-      refuse(node.source(), "this is to be a number of seconds");
+      refuse(node.source(), "expected a number of seconds");
     }
     return *seconds;
   }
@@ -116,7 +120,7 @@ class Reader {
 
   Server serverFrom(const toml::node& node) const {
     const toml::table* const table = node.as_table();
-    if (table == nullptr) refuse(node.source(), "this is to be a table with the url of a server");
+    if (table == nullptr) refuse(node.source(), "expected a table with the url of a server");
     Server server;
     for (const auto& [key, value] : *table) set(server, key, value);
     if (server.url.empty()) refuse(node.source(), "the url of the server is missing");
@@ -138,9 +142,9 @@ class Reader {
     } else if (key == "cert") {
       settings.certificateFile = fileFrom(value);
     } else if (key == "key") {
-      settings.keyFile = secretFrom(value);
+      settings.keyFile = secretFrom(value, server);
     } else if (key == "key-pass-file") {
-      settings.passPhraseFile = secretFrom(value);
+      settings.passPhraseFile = secretFrom(value, server);
     } else if (key == "ask-key-pass") {
       settings.asksPassPhrase = valueFrom<bool>(value, "true or false");
     } else if (key == "verify-host") {
@@ -171,8 +175,7 @@ void requirePrivate(const std::string& file) {
     throw BadInput(printable(file) + ": " + std::generic_category().message(errno));
   }
   if ((state.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-    throw BadInput(printable(file) + " can be used by others than its owner; chmod 600 " +
-                   printable(file));
+    throw BadInput(printable(file) + " is open to other users; run chmod 600 " + printable(file));
   }
 }
 

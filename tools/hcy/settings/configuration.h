@@ -14,6 +14,7 @@ namespace hcy::tools {
 struct Server {
   std::string url;
   Settings settings;
+  std::string problem;  // why its secrets must not be used, with the place; empty if they may
 };
 
 struct Configuration {

@@ -59,6 +59,7 @@ const Server& serverNamed(const Configuration& configuration, const std::string&
 }
 
 void use(const Server& server, std::string_view path, Options& options) {
+  if (!server.problem.empty()) throw BadInput(server.problem);
   options.url = joined(server.url, path);
   fillIn(options.settings, server.settings);
 }
@@ -74,7 +75,7 @@ void resolveName(Options& options) {
     path = options.arguments.front();
     options.arguments.erase(options.arguments.begin());
   } else {
-    throw BadInput("the function on " + printable(options.url) + " is missing");
+    throw BadInput("a function must follow " + printable(options.url));
   }
   const Configuration configuration = readConfiguration();
   use(serverNamed(configuration, name), path, options);
@@ -90,7 +91,7 @@ void resolvePath(Options& options) {
   const Configuration configuration = readConfiguration();
   const std::string name = said.starts_with('@') ? said.substr(1) : configuration.defaultServer;
   if (!said.empty() && !said.starts_with('@')) {
-    throw BadInput("HCY_SERVER is neither a URL nor @ and a name: " + printable(said));
+    throw BadInput("HCY_SERVER must be a URL or @NAME, but is " + printable(said));
   }
   if (name.empty()) {
     throw BadInput("the URL does not begin with http:// or https://, and neither HCY_SERVER nor " +
