@@ -62,7 +62,7 @@ TEST(Options, anUnknownCommandIsNamed) {
   testing::internal::CaptureStderr();
   const auto parsed = parse({"fo\no", "url"});
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "hcy: there is no command fo\\no\nhcy --help lists the options.\n");
+            "hcy: there is no command fo\\no\nRun \"hcy help\" to list the options.\n");
   EXPECT_EQ(parsed.exitStatus, tools::kUsage);
 }
 

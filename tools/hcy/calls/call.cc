@@ -22,6 +22,7 @@
 #include "calls/retry.h"
 #include "settings/settings.h"
 #include "settings/url.h"
+#include "text/text.h"
 
 namespace hcy::tools {
 namespace {
@@ -37,11 +38,22 @@ void limit(std::optional<Deadline>& deadline, const Options& options) {
   });
 }
 
+// With -v, a line between a call and the next.
+void showRetry(const hcyclient::CallError& problem, double seconds) {
+  std::cerr << "* " << printable(problem.what()) << "; calling again in " << seconds << " s\n";
+}
+
 std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
                                             const hcyclient::Config& config,
                                             const std::vector<hcyclient::Array>& inputs,
                                             const Options& options) {
-  if (options.isOpen()) return openCall(library, config, inputs, options);
+  if (options.isOpen()) {
+    return callWithRetries(
+        options.retries, [&] { return openCall(library, config, inputs, options); },
+        [&](const hcyclient::CallError& problem, double seconds) {
+          if (options.isVerbose) showRetry(problem, seconds);
+        });
+  }
   const hcyclient::Context context(config);
   std::optional<Deadline> deadline;
   limit(deadline, options);

@@ -24,21 +24,29 @@ bool mayPass(const hcyclient::CallError& error) {
 
 }  // namespace
 
+std::vector<hcyclient::Array> callWithRetries(unsigned retries, const Call& call,
+                                              const OnRetry& onRetry) {
+  std::chrono::milliseconds pause = 100ms;
+  for (;; --retries) {
+    try {
+      return call();
+    } catch (const hcyclient::CallError& error) {
+      if (retries == 0 || !mayPass(error)) throw;
+      onRetry(error, std::chrono::duration<double>(pause).count());
+    }
+    std::this_thread::sleep_for(pause);
+    pause = std::min<std::chrono::milliseconds>(pause * 2, 10s);
+  }
+}
+
 std::vector<hcyclient::Array> evaluateWithRetries(const hcyClientRuntime& runtime,
                                                   const hcyclient::Context& context,
                                                   const std::string& url,
                                                   const std::vector<const hcyArray*>& inputs,
                                                   int nargout, unsigned retries) {
-  std::chrono::milliseconds pause = 100ms;
-  for (;; --retries) {
-    try {
-      return evaluate(runtime, context, url, inputs, nargout);
-    } catch (const hcyclient::CallError& error) {
-      if (retries == 0 || !mayPass(error)) throw;
-    }
-    std::this_thread::sleep_for(pause);
-    pause = std::min<std::chrono::milliseconds>(pause * 2, 10s);
-  }
+  return callWithRetries(
+      retries, [&] { return evaluate(runtime, context, url, inputs, nargout); },
+      [](const hcyclient::CallError&, double) {});
 }
 
 }  // namespace hcy::tools

@@ -2,15 +2,23 @@
 
 #pragma once
 
+#include <functional>
 #include <hcy/hcyclient.hpp>
 #include <string>
 #include <vector>
 
 namespace hcy::tools {
 
-// A call that is made again, up to `retries` times, if it fails on the way or the server answers
-// with 408, 429, 500, 502, 503 or 504. Waits 0.1 s before the first time, and each time twice as
-// long, but no longer than 10 s. Throws as evaluate() does.
+// Makes a call, and makes it again, up to `retries` times, if it fails on the way or the server
+// answers with 408, 429, 500, 502, 503 or 504. Waits 0.1 s before the first retry and twice as long
+// before each further one, but no longer than 10 s; `onRetry` is told before each wait why the call
+// failed and how many seconds the wait takes. Throws what the last call throws.
+using Call = std::function<std::vector<hcyclient::Array>()>;
+using OnRetry = std::function<void(const hcyclient::CallError& problem, double seconds)>;
+std::vector<hcyclient::Array> callWithRetries(unsigned retries, const Call& call,
+                                              const OnRetry& onRetry);
+
+// The same for evaluate(), silently.
 std::vector<hcyclient::Array> evaluateWithRetries(const hcyClientRuntime& runtime,
                                                   const hcyclient::Context& context,
                                                   const std::string& url,

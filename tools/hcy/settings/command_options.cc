@@ -27,7 +27,7 @@ std::string delimiterProblem(std::string& text) {
   const bool isPlain = text.size() == 1 && reserved.find(text[0]) == std::string_view::npos &&
                        (text[0] == '\t' || (text[0] >= ' ' && text[0] <= '~')) &&
                        !std::isalnum(static_cast<unsigned char>(text[0]));
-  return isPlain ? "" : "not a character that can separate fields: " + text;
+  return isPlain ? "" : "not usable as a delimiter of fields: " + text;
 }
 
 std::string secondsProblem(const std::string& text) {
@@ -47,11 +47,11 @@ CLI::Validator unnamed(Validator validator) {
 void addSettings(CLI::App& app, Settings& settings) {
   const char* const group = "Connection";
   app.add_option("-m,--timeout,--max-time", settings.timeout,
-                 "Seconds that one call may take; 0 for no limit [120]")
+                 "Longest time for one call; 0 for no limit [120]")
       ->type_name("SECONDS")
       ->check(unnamed(CLI::Validator(secondsProblem, "", "")))
       ->group(group);
-  app.add_option("--max-reply", settings.largestReply, "Largest reply that is accepted [67108864]")
+  app.add_option("--max-reply", settings.largestReply, "Largest reply to accept [67108864]")
       ->type_name("BYTES")
       ->group(group);
   const auto addFile = [&](const char* name, std::string& file, const char* help) {
@@ -61,10 +61,11 @@ void addSettings(CLI::App& app, Settings& settings) {
         ->group(group);
   };
   addFile("--ca,--cacert", settings.authorityFile,
-          "Authorities that the server's certificate is checked against (PEM)");
-  addFile("--crl,--crlfile", settings.revocationListFile, "Lists of revoked certificates (PEM)");
-  addFile("-E,--cert", settings.certificateFile, "Certificate to show to the server (PEM)");
-  CLI::Option* const key = addFile("--key", settings.keyFile, "Its private key (PEM)");
+          "CA certificates to verify the server with (PEM)");
+  addFile("--crl,--crlfile", settings.revocationListFile, "Certificate revocation lists (PEM)");
+  addFile("-E,--cert", settings.certificateFile, "Client certificate (PEM)");
+  CLI::Option* const key =
+      addFile("--key", settings.keyFile, "Private key of the client certificate (PEM)");
   CLI::Option* const fromFile = addFile("--key-pass-file", settings.passPhraseFile,
                                         "File whose first line is the pass phrase of the key")
                                     ->needs(key);
@@ -75,15 +76,15 @@ void addSettings(CLI::App& app, Settings& settings) {
       ->group(group);
   app.add_flag_callback(
          "--no-verify-host", [&settings] { settings.verifiesHost = false; },
-         "Take a certificate that names another host")
+         "Accept a certificate for another host")
       ->group(group);
   app.add_flag_callback(
          "--no-verify-peer", [&settings] { settings.verifiesPeer = false; },
-         "Take a certificate that nobody trusted has signed")
+         "Accept a certificate that no trusted CA has signed")
       ->group(group);
   app.add_flag_callback(
          "-k,--insecure", [&settings] { settings.verifiesHost = settings.verifiesPeer = false; },
-         "Take any certificate: both of these")
+         "Accept any certificate: both of these")
       ->group(group);
 }
 
@@ -96,7 +97,7 @@ void addInputs(CLI::App& command, Options& options) {
       .add_option_function<std::string>(
           "--delimiter",
           [&options](const std::string& text) { options.argumentSettings.delimiter = text[0]; },
-          "Character between the fields of csv [,]")
+          "Character between the fields of CSV [,]")
       ->type_name("C")
       ->transform(unnamed(CLI::Validator(delimiterProblem, "", "")));
 }
@@ -115,10 +116,10 @@ CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& 
 void addOutput(CLI::App& app, OutputSettings& output) {
   const char* const group = "Output";
   const std::vector<std::tuple<const char*, Form, const char*>> forms = {
-      {"--json", Form::kJson, "Show each output on a line, as JSON that can be an ARG"},
-      {"-r,--raw", Form::kRaw, "Show text and single numbers without quotes and class"},
-      {"--csv", Form::kCsv, "Show tables as comma-separated values"},
-      {"--tsv", Form::kTsv, "Show tables as values separated by tabs"}};
+      {"--json", Form::kJson, "Print each output on a line, as JSON that an ARG can be"},
+      {"-r,--raw", Form::kRaw, "Print text and single numbers without quotes or class"},
+      {"--csv", Form::kCsv, "Print tables as comma-separated values"},
+      {"--tsv", Form::kTsv, "Print tables as tab-separated values"}};
   std::vector<CLI::Option*> flags;
   for (const auto& [name, form, help] : forms) {
     CLI::Option* const flag = app.add_flag_callback(
@@ -135,7 +136,7 @@ void addOutput(CLI::App& app, OutputSettings& output) {
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->group(group);
   app.add_option("--width", output.width,
-                 "Columns to cut outputs to; 0 for no limit [that of the terminal]")
+                 "Cut lines to this width; 0 for no limit [width of the terminal]")
       ->type_name("COLUMNS")
       ->group(group);
   app.add_flag_callback(
@@ -150,9 +151,9 @@ std::vector<CLI::Option*> addSeeing(CLI::App& app, Options& options) {
   std::vector<CLI::Option*> all = {
       app.add_flag("-v,--verbose", options.isVerbose,
                    "Show request, status, sizes and times on standard error"),
-      app.add_option("--save-request", options.requestFile, "Keep the body of the request")
+      app.add_option("--save-request", options.requestFile, "Save the body of the request")
           ->type_name("FILE"),
-      app.add_option("--save-reply", options.replyFile, "Keep the body of the reply")
+      app.add_option("--save-reply", options.replyFile, "Save the body of the reply")
           ->type_name("FILE")};
   for (CLI::Option* const option : all) option->group(group);
   return all;
@@ -160,11 +161,11 @@ std::vector<CLI::Option*> addSeeing(CLI::App& app, Options& options) {
 
 void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& seeing) {
   const char* const group = "Many calls";
-  CLI::Option* const retry = app.add_option("--retry", options.retries,
-                                            "Times to call again after a failure on the way [0]")
-                                 ->type_name("N")
-                                 ->check(unnamed(CLI::Range(0U, 1000U)))
-                                 ->group(group);
+  app.add_option("--retry", options.retries,
+                 "Call again up to N times if the connection or the server fails [0]")
+      ->type_name("N")
+      ->check(unnamed(CLI::Range(0U, 1000U)))
+      ->group(group);
   CLI::Option* const each =
       app.add_option_function<std::vector<std::string>>(
              "--each",
@@ -172,12 +173,12 @@ void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& s
                const bool isNamed = !file.empty() && !file.front().empty() && file.front() != "{}";
                options.each = isNamed ? file.front() : "-";
              },
-             "Call for each line of a file or the standard input, a JSON list of arguments")
+             "Make a call for each line of a file or the standard input: a JSON list of arguments")
           ->type_name("[FILE]")
           ->expected(0, 1)
           ->group(group);
-  for (CLI::Option* const option : seeing) option->excludes(each)->excludes(retry);
-  app.add_option("-j,--jobs", options.jobs, "Calls that are under way at once [1]")
+  for (CLI::Option* const option : seeing) option->excludes(each);
+  app.add_option("-j,--jobs", options.jobs, "Calls to make at once [1]")
       ->type_name("N")
       ->check(unnamed(CLI::Range(1U, 1024U)))
       ->needs(each)
@@ -194,26 +195,27 @@ void addCall(CLI::App& app, Options& options) {
 
 void addBenchSettings(CLI::App& app, Options& options) {
   const auto seconds = unnamed(CLI::Validator(secondsProblem, "", ""));
-  app.add_option("--duration", options.duration, "Time after which no more calls begin")
+  app.add_option("--duration", options.duration, "Begin no more calls after this time")
       ->type_name("SECONDS")
       ->check(seconds);
-  app.add_option("--warmup", options.warmUps, "Calls before those that are measured [0]")
+  app.add_option("--warmup", options.warmUps, "Calls to make before measuring [0]")
       ->type_name("N")
       ->check(unnamed(CLI::Range(std::uint64_t{0}, std::uint64_t{1000000000})));
   app.add_option("--rate", options.rate,
-                 "Calls per second that are to begin; latencies count from then on")
+                 "Calls to begin per second; a latency counts from when its call was due")
       ->type_name("R")
       ->check(unnamed(CLI::Range(1e-3, 1e6)));
-  app.add_option("--against", options.against, "Another URL to compare with, called in turns")
+  app.add_option("--against", options.against,
+                 "Another URL to compare with; the two are called in turns")
       ->type_name("URL");
-  app.add_flag("--histogram", options.showsHistogram, "Show how the latencies are spread");
+  app.add_flag("--histogram", options.showsHistogram, "Show the distribution of the latencies");
   app.add_flag_callback(
-      "--json", [&options] { options.output.form = Form::kJson; }, "Show the summary as JSON");
+      "--json", [&options] { options.output.form = Form::kJson; }, "Print the summary as JSON");
 }
 
 void addBench(CLI::App& app, Options& options) {
   CLI::App* const bench =
-      addCalling(app, "bench", "Call a function over and over, and measure it", options);
+      addCalling(app, "bench", "Call a function repeatedly and measure it", options);
   bench
       ->add_option("--calls", options.calls,
                    "Number of calls in all [1000, or as many as go into --duration]")
@@ -221,7 +223,7 @@ void addBench(CLI::App& app, Options& options) {
       ->check(unnamed(CLI::Range(std::uint64_t{1}, std::uint64_t{1000000000})));
   bench
       ->add_option("--threads", options.threads,
-                   "Threads that call, each on its own connection [1]")
+                   "Threads that make calls, each on its own connection [1]")
       ->type_name("T")
       ->check(unnamed(CLI::Range(1U, 1024U)));
   addBenchSettings(*bench, options);
@@ -231,11 +233,12 @@ void addBench(CLI::App& app, Options& options) {
 
 void addList(CLI::App& app, Options& options) {
   CLI::App* const list = app.add_subcommand("list", "List the functions of a server");
-  list->add_option("SERVER", options.url, "A URL or @SERVER [that of HCY_SERVER]")->type_name("");
+  list->add_option("SERVER", options.url, "A URL or @SERVER [the default server]")->type_name("");
   CLI::Option* const json = list->add_flag_callback(
-      "--json", [&options] { options.output.form = Form::kJson; }, "Show the server's own index");
+      "--json", [&options] { options.output.form = Form::kJson; },
+      "Print the index as the server sends it");
   list->add_flag_callback(
-          "-r,--raw", [&options] { options.output.form = Form::kRaw; }, "Show the names alone")
+          "-r,--raw", [&options] { options.output.form = Form::kRaw; }, "Print the names only")
       ->excludes(json);
   addSettings(*list, options.settings);
   list->footer(kListExamples + 1);
@@ -256,12 +259,12 @@ void addShow(CLI::App& app, Options& options) {
       ->required()
       ->type_name("");
   CLI::Option* const request = show->add_flag_callback(
-      "--request", [&options] { options.body = Body::kRequest; }, "Take it for a request");
+      "--request", [&options] { options.body = Body::kRequest; }, "Read it as a request");
   show->add_flag_callback(
-          "--reply", [&options] { options.body = Body::kReply; }, "Take it for a reply")
+          "--reply", [&options] { options.body = Body::kReply; }, "Read it as a reply")
       ->excludes(request);
   show->add_flag("--schema", options.showsSchema,
-                 "Show it field by field, as the schema names them, not as arrays");
+                 "Show the fields by their names in the schema, not as arrays");
   show->footer(kShowExamples + 1);
 }
 

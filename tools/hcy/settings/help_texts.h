@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What stands below the options in a help. Every example is run by a test.
+// The text below the options in each help page. A test runs every example.
 
 #pragma once
 
@@ -13,11 +13,12 @@ inline constexpr const char* kArgumentHelp = R"(An ARG is one of
   text:hello  text:@notes.txt  text:-                  text
   @data.json  @table.csv  @table.tsv  @a.npy           a file
   -  csv:-  tsv:-                                      the standard input
-  '@table.csv[x,y]'  '@table.csv[x;y]'                 columns: a matrix; one by one
-hcy(1) tells more.
+  '@table.csv[x,y]'  '@table.csv[x;y]'                 columns: as a matrix; one by one
+See hcy(1) for more.
 )";
 
-inline constexpr const char* kGeneralFooter = R"(hcy help COMMAND tells the options of a command.
+inline constexpr const char* kGeneralFooter =
+    R"(Run "hcy help COMMAND" for the options of a command.
 
 Examples:
   hcy call http://127.0.0.1:8080/math/plus 2 3

@@ -32,10 +32,14 @@ std::string suggestedCommand(const CLI::App& app, std::string_view word) {
   return suggestionFor(word, {names.begin(), names.end()});
 }
 
-CommandLine refused(const std::string& problem, bool isJson) {
+// `command` is the command whose options are in question, or empty.
+CommandLine refused(const std::string& problem, bool isJson, const std::string& command) {
   const Failure failure{"usage", printable(problem), kUsage};
   std::cerr << failureAs(isJson, failure);
-  if (!isJson) std::cerr << "hcy --help lists the options.\n";
+  if (!isJson) {
+    const std::string help = command.empty() ? "hcy help" : "hcy help " + command;
+    std::cerr << "Run \"" << help << "\" to list the options.\n";
+  }
   return {std::nullopt, kUsage};
 }
 
@@ -103,19 +107,21 @@ CommandLine parseCommandLine(int argc, char** argv) {
   const bool isJson = std::find(words.begin(), words.end(), "--json") != words.end();
   if (!words.empty() && words.front()[0] != '-' && !isCommand(app, words.front())) {
     return refused("there is no command " + words.front() + suggestedCommand(app, words.front()),
-                   isJson);
+                   isJson, "");
   }
+  const std::string command =
+      !words.empty() && isCommand(app, words.front()) ? words.front() : std::string();
   try {
     app.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // as the parser takes them
-    const CLI::App* const command = app.get_subcommands().front();
-    options.command = commandNamed(command->get_name());
-    options.arguments = command->remaining();
+    const CLI::App* const parsed = app.get_subcommands().front();
+    options.command = commandNamed(parsed->get_name());
+    options.arguments = parsed->remaining();
     requireNoOptions(options.arguments);
   } catch (const CLI::ExtrasError& problem) {
-    return refused(problem.what() + suggestedOption(app, words), isJson);
+    return refused(problem.what() + suggestedOption(app, words), isJson, command);
   } catch (const CLI::ParseError& outcome) {
     if (outcome.get_exit_code() == 0) return {std::nullopt, app.exit(outcome)};
-    return refused(outcome.what(), isJson);
+    return refused(outcome.what(), isJson, command);
   }
   return {options, kSuccess};
 }
