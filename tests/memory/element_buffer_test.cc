@@ -111,7 +111,8 @@ TEST(ElementBuffer, IsCopiedAndMoved) {
     const ElementBuffer copy = buffer.copy();
     ElementBuffer moved = std::move(buffer);
     EXPECT_TRUE(buffer.empty());  // NOLINT(bugprone-use-after-move)
-    moved = std::move(moved);     // NOLINT(clang-diagnostic-self-move)
+    ElementBuffer& itself = moved;
+    moved = std::move(itself);
     for (const ElementBuffer* const other : {&copy, &std::as_const(moved)}) {
       EXPECT_EQ(other->size(), size);
       expectFilled(*other, size);
