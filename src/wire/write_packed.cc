@@ -47,15 +47,17 @@ constexpr std::uint64_t spread(std::uint64_t bits) {
 // Writes an element where there is room for ten bytes. The numbers follow one another at random, so
 // there is no branch for each length.
 template <class Element>
-std::uint8_t* writeIntoTen(Element element, std::uint8_t* out) {
-  if constexpr (sizeof(Element) == 8) {
-    const auto value = static_cast<std::uint64_t>(element);
-    const std::size_t length = varintSize(value);
-    storeLittleEndian(spread(value) | continued[length], out);
-    out[8] = static_cast<std::uint8_t>((value >> 56 & 0x7F) | (value >> 63) << 7);
-    out[9] = 1;
-    return out + length;
-  }
+requires(sizeof(Element) == 8) std::uint8_t* writeIntoTen(Element element, std::uint8_t* out) {
+  const auto value = static_cast<std::uint64_t>(element);
+  const std::size_t length = varintSize(value);
+  storeLittleEndian(spread(value) | continued[length], out);
+  out[8] = static_cast<std::uint8_t>((value >> 56 & 0x7F) | (value >> 63) << 7);
+  out[9] = 1;
+  return out + length;
+}
+
+template <class Element>
+requires(sizeof(Element) == 2) std::uint8_t* writeIntoTen(Element element, std::uint8_t* out) {
   const auto value = static_cast<std::uint64_t>(static_cast<std::uint16_t>(element));
   const std::size_t length = 1U + (value >= 0x80) + (value >= 0x4000);
   std::uint64_t bytes = (value & 0x7F) | (value & 0x3F80) << 1 | (value & 0xC000) << 2;

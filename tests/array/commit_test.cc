@@ -154,6 +154,17 @@ TYPED_TEST(NarrowElement, IsSentAsItWasUntilItIsStoredBack) {
   EXPECT_EQ(this->sent(cell), (Numbers{7, 2}));
 }
 
+// Wider values than those of its class are not what the handle shows, and are not sent.
+TYPED_TEST(NarrowElement, SendsWhatItShows) {
+  VORTEN_Array message = test::arrayOf(VORTEN_Array::CELL, {1, 1});
+  *message.mutable_cell()->add_elements() = test::rowOf<TypeParam>({0x10005, 6});
+  const auto cell = wrapped(message);
+  const auto element = owned(hcyGetCell(cell.get(), 0));
+  static_cast<typename TypeParam::Element*>(element->getData())[1] = 7;
+  EXPECT_EQ(numbers(TypeParam::read(test::sent(element)).elements()), (Numbers{5, 7}));
+  EXPECT_EQ(this->sent(cell), (Numbers{0x10005, 6}));
+}
+
 template <class Class>
 class ContainerCommit : public testing::Test {
  protected:

@@ -43,6 +43,7 @@ TEST(CppArrayMaking, takesContiguousRanges) {
   EXPECT_EQ(Array(std::vector<bool>{true, false}, {1, 2}), Array::row({true, false}));
   EXPECT_THROW(Array(column, {2, 2}), UsageError);
   EXPECT_THROW(Array(column, Shape{}), UsageError);
+  EXPECT_EQ(Shape(std::size_t{2}), (Shape{0, 0}));
   EXPECT_THROW(Array(column, {100000, 100000}), UsageError);
   EXPECT_TRUE(Array(std::array<double, 0>{}).isEmpty());
 }

@@ -143,5 +143,13 @@ TEST(SparseStorage, IsUnchangedWhenThereAreTooManyColumns) {
   }
 }
 
+TEST(ElementStorage, OfContainersIsNotHere) {
+  ArrayData array;
+  array.setType(VORTEN_Array::CELL);
+  resizeElementStorage(array, 3);
+  EXPECT_FALSE(array.hasPart());
+  EXPECT_FALSE(array.hasContainer());
+}
+
 }  // namespace
 }  // namespace hcy

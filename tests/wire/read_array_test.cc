@@ -334,6 +334,21 @@ TYPED_TEST(ReadInPlace, CopiesFewElementsAndThoseInSeveralPieces) {
   }
 }
 
+// What was read as another class until its end was seen to be broken stays nowhere.
+TYPED_TEST(ReadInPlace, LeavesNothingOfAClassThatDidNotArrive) {
+  const std::string piece(std::size_t{1} << 20, '\1');
+  const std::string type = "\x08" + varint(static_cast<std::uint64_t>(TypeParam::type));
+  const int number = 16 + static_cast<int>(TypeParam::type);
+  const std::string bytes = field(number, field(1, piece) + '\0') + type;
+  ArrayData expected;
+  EXPECT_FALSE(readArray(expected, bytesOf(bytes)));
+  const auto body = std::make_shared<std::vector<std::uint8_t>>(bytes.begin(), bytes.end());
+  ArrayData array;
+  EXPECT_FALSE(readArrayInPlace(array, *body, body));
+  EXPECT_EQ(array.hasType(), expected.hasType());
+  EXPECT_TRUE(test::writtenBytes(array) == test::writtenBytes(expected));
+}
+
 template <class Class>
 class ReadContainer : public testing::Test {};
 TYPED_TEST_SUITE(ReadContainer, test::ContainerClasses, test::ClassNames);
@@ -358,6 +373,22 @@ TYPED_TEST(ReadContainer, HasItsElementsWhereItsTypeSays) {
     const int others = array.rest() ? TypeParam::read(*array.rest()).elements_size() : 0;
     EXPECT_EQ(others, isContainer ? 0 : 1);
   }
+}
+
+// The length of an element in more bytes than it needs.
+TYPED_TEST(ReadContainer, TakesElementsWithLongerHeads) {
+  constexpr int number = TypeParam::type == VORTEN_Array::CELL ? 28 : 29;
+  const std::string element = test::rowOf<INT32_class>({7}).SerializeAsString();
+  const std::string usual = field(TypeParam::Message::kElementsFieldNumber, element);
+  const char tag = usual[0];
+  const std::string longer = tag + varint(element.size(), 3) + element;
+  const std::string type = "\x08" + varint(static_cast<std::uint64_t>(TypeParam::type));
+  ArrayData expected;
+  ASSERT_TRUE(readArray(expected, bytesOf(type + field(number, usual + usual + usual))));
+  ArrayData array;
+  EXPECT_TRUE(readArray(array, bytesOf(type + field(number, usual + longer + usual))));
+  EXPECT_EQ(array.container().arrays->size(), 3U);
+  EXPECT_EQ(test::writtenBytes(array), test::writtenBytes(expected));
 }
 
 TEST(ReadSparse, GoesAsDeepAsTheMessageLibrary) {
