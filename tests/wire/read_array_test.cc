@@ -346,6 +346,7 @@ TYPED_TEST(ReadInPlace, LeavesNothingOfAClassThatDidNotArrive) {
   ArrayData array;
   EXPECT_FALSE(readArrayInPlace(array, *body, body));
   EXPECT_EQ(array.hasType(), expected.hasType());
+  EXPECT_EQ(array.real.size(), expected.real.size());
   EXPECT_TRUE(test::writtenBytes(array) == test::writtenBytes(expected));
 }
 
