@@ -119,7 +119,7 @@ import asyncio
 async def main():
     async with hcyclient.AsyncClient(server) as client:
         print(*await asyncio.gather(*(client.math.plus(i, i) for i in range(5))))
-        print([value async for value in client.map('math/plus', range(5), range(5), workers=4)])
+        print(*[value async for value in client.map('math/plus', range(5), range(5), workers=4)])
         try:
             await asyncio.wait_for(client.demo.sleep(60), timeout=0.1)
         except asyncio.TimeoutError:

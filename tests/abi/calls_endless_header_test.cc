@@ -57,11 +57,15 @@ TEST_F(CallsEndlessHeader, ofTrailersFailsTheCall) {
   EXPECT_EQ(resultOf(server.url()), kAnswer);
 }
 
+// Newer versions of libcurl bound the number of lines themselves.
 TEST_F(CallsEndlessHeader, ofShortTrailersFailsTheCall) {
   const ScriptServer server({Connection{readRequest(), send(kChunked + "\r\n" + wholeBody()),
                                         sendRepeated("a:\r\n", kEndless)},
                              answering()});
-  EXPECT_EQ(failureOf(server.url()), kOverTheLimit);
+  const Failure failure = failureOf(server.url());
+  if (failure != genericFailure("A value or data field grew larger than allowed")) {
+    EXPECT_EQ(failure, kOverTheLimit);
+  }
   expectSentAtMost(server, std::size_t{32} << 20);
   EXPECT_EQ(resultOf(server.url()), kAnswer);
 }

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <memory>
+#include <utility>
 
 #include "http/transfer_handle.h"
 #include "support/loopback.h"
@@ -49,6 +50,7 @@ TEST(KeptConnections, areNotTheSocketsThatHaveGotTheirNumbers) {
 
   std::array<int, 2> pair{};
   ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()), 0);
+  if (pair[1] == number) std::swap(pair[0], pair[1]);
   const FileDescriptor first(pair[0]);
   const FileDescriptor second(pair[1]);
   const FileDescriptor other(first.get() == number ? ::dup(number) : ::dup2(first.get(), number));

@@ -142,16 +142,18 @@ class MeasuredCall {
   std::size_t taken_ = 0;
 };
 
-// Most versions of libcurl unpack a transfer encoding, though no request asks for one.
+// libcurl 7.88 unpacks a transfer encoding, though no request asks for one; 8.14 refuses it.
 HCY_TEST_IN_OWN_PROCESS(CallMemory, ofABombIsNoMoreThanTheLimit) {
   const std::string bomb = bombOf(300);
   EXPECT_LT(bomb.size(), 2048U);
   const ScriptServer server({Connection{readRequest(), sendHead("200 OK", "gzip, gzip, chunked"),
                                         send(chunk(bomb) + chunk("")), waitForClose()}});
   MeasuredCall call(kLimit);
-  EXPECT_EQ(call.feval(server, 0), 0) << call.failure().text;
+  if (call.feval(server, 0) != 0) {
+    EXPECT_EQ(call.failure(),
+              genericFailure("Unrecognized or bad HTTP Content or Transfer-Encoding"));
+  }
   EXPECT_LE(call.taken(), kLimit + kSlack);
-  if (call.taken() < kLimit) std::printf("This libcurl does not unpack it.\n");
 }
 
 HCY_TEST_IN_OWN_PROCESS(CallMemory, ofAReplyThatIsTooLargeToCountIsNoMoreThanTheLimit) {

@@ -32,14 +32,16 @@ def test_its_name_says_where_it_can_be_installed(wheel):
 
 def test_it_holds_what_it_should(wheel):
     with zipfile.ZipFile(wheel) as archive:
+        # Newer versions of setuptools put the licences into a folder.
+        licences = INFO if INFO + 'LICENSE' in archive.namelist() else INFO + 'licenses/'
         names = set(archive.namelist())
         description = archive.read(INFO + 'WHEEL').decode()
         metadata = archive.read(INFO + 'METADATA').decode()
         plugin = archive.read(INFO + 'entry_points.txt').decode()
-        assert archive.read(INFO + 'LICENSE.other') == b'The text of LICENSE.other\n'
+        assert archive.read(licences + 'LICENSE.other') == b'The text of LICENSE.other\n'
     assert names == MODULES | {'hcyclient/libhcyclient.so.1'} | {INFO + name for name in (
-        'LICENSE', 'LICENSE.other', 'METADATA', 'RECORD', 'WHEEL', 'entry_points.txt',
-        'top_level.txt')}
+        'METADATA', 'RECORD', 'WHEEL', 'entry_points.txt', 'top_level.txt')} | {
+        licences + name for name in ('LICENSE', 'LICENSE.other')}
     assert 'Root-Is-Purelib: false' in description
     assert f'Tag: py3-none-linux_{platform.machine()}' in description
     for line in ('Name: hcyclient', 'Version: 1.1.0', 'Requires-Python: >=3.9',

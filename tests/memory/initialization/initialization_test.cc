@@ -4,13 +4,17 @@
 // its TLS library included. These set themselves up once in a process, so that each attempt has a
 // process of its own: this program's own is never initialised.
 
+#include <dlfcn.h>
+#include <execinfo.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 #include "hcy/hcyclient.h"
 #include "memory/sweep.h"
@@ -34,6 +38,20 @@ extern "C" void judgeStandstill(int /*signal*/) {
   ::_exit(Broken);
 }
 
+// OpenSSL 3.5 ends the process if some of its allocations fail.
+extern "C" void judgeAbort(int /*signal*/) {
+  std::array<void*, 64> frames{};
+  const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
+  for (int i = 0; i < count; ++i) {
+    // A function that never returns may end with the call that its frame returns from.
+    const void* const call = static_cast<char*>(frames.at(static_cast<std::size_t>(i))) - 1;
+    Dl_info function{};
+    const bool isNamed = ::dladdr(call, &function) != 0 && function.dli_sname != nullptr;
+    if (isNamed && std::string_view(function.dli_sname) == "OPENSSL_die") ::_exit(Failed);
+  }
+  ::_exit(Broken);
+}
+
 // What an attempt comes to in a process of its own. An expectation that fails there is printed.
 template <class Attempt>
 Outcome inOwnProcess(Attempt attempt) {
@@ -41,6 +59,7 @@ Outcome inOwnProcess(Attempt attempt) {
   const pid_t child = ::fork();
   if (child == 0) {
     std::signal(SIGALRM, judgeStandstill);
+    std::signal(SIGABRT, judgeAbort);
     const bool failed = attempt();
     std::fflush(nullptr);
     ::_exit(testing::Test::HasFailure() ? Broken : failed ? Failed : Succeeded);
