@@ -2,16 +2,30 @@
 
 #include "array/array_content.h"
 
+#include <utility>
+
 #include "wire/element_storage.h"
 #include "wire/read_array.h"
 
 namespace hcy {
 
-ContentPtr copyOf(const ArrayContent& content) {
-  ContentPtr copy(new ArrayContent(content.data.copy()));
+namespace {
+
+ContentPtr withData(const ArrayContent& content, ArrayData&& data) {
+  ContentPtr copy(new ArrayContent(std::move(data)));
   copy->isReceived = content.isReceived;
   copy->isCommitted = content.isCommitted;
   if (content.isPartShown()) copy->showPart();
+  return copy;
+}
+
+}  // namespace
+
+ContentPtr copyOf(const ArrayContent& content) { return withData(content, content.data.copy()); }
+
+ContentPtr copyWithoutElements(const ArrayContent& content) {
+  ContentPtr copy = withData(content, content.data.copyWithoutElements());
+  copy->isCommitted = false;
   return copy;
 }
 

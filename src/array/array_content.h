@@ -62,6 +62,8 @@ using ContentPtr = boost::intrusive_ptr<ArrayContent>;
 
 // A deep copy, with memory of its own.
 ContentPtr copyOf(const ArrayContent& content);
+// The same of a 16-bit class, whose elements are not committed yet.
+ContentPtr copyWithoutElements(const ArrayContent& content);
 
 // Reads an array out of a container, well-formed and in wire form, into an empty content.
 void unpack(const PackedArrays& arrays, std::size_t index, ArrayContent& content);

@@ -93,12 +93,17 @@ double NarrowArrayProxy<Class>::getScalar() const {
 template <WidenedClass Class>
 void NarrowArrayProxy<Class>::commitTo(ArrayContent& content) const {
   // Copies of both parts first: then nothing fails once one of them has changed.
-  NarrowElements elements{elements_.real.copy(), elements_.imaginary.copy()};
+  NarrowElements elements = elements_.copy();
   content.data.clearWide();
   content.data.real = std::move(elements.real);
   content.data.imaginary = std::move(elements.imaginary);
   content.data.showPart();
   content.isCommitted = true;
+}
+
+template <WidenedClass Class>
+std::unique_ptr<VORTENArrayProxy> NarrowArrayProxy<Class>::copied() const {
+  return std::make_unique<NarrowArrayProxy>(copyWithoutElements(*content()), elements_.copy());
 }
 
 template <WidenedClass Class>

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 #include "array/array_proxy.h"
@@ -14,6 +15,8 @@ namespace hcy {
 struct NarrowElements {
   ElementBuffer real;
   ElementBuffer imaginary;
+
+  NarrowElements copy() const { return {real.copy(), imaginary.copy()}; }
 };
 
 // An int16, uint16 or char array. The caller works on elements of the handle's own, which reach the
@@ -40,6 +43,7 @@ class NarrowArrayProxy : public VORTENArrayProxy {
 
  protected:
   void commitTo(ArrayContent& content) const override;
+  std::unique_ptr<VORTENArrayProxy> copied() const override;
 
  private:
   using Element = typename Class::Element;

@@ -56,7 +56,7 @@ std::byte* ElementBuffer::extend(std::size_t size) {
 
 void ElementBuffer::grow(std::size_t capacity, bool isZero) {
   Block block{nullptr, {capacity}};
-  const Place place = capacity < kHugePage ? Place::Heap : Place::Mapped;
+  const Place place = capacity < kLeastMapped ? Place::Heap : Place::Mapped;
   const bool isExtended = place_ == place && size_ != 0;
   if (place == Place::Mapped) {
     char* const old = reinterpret_cast<char*>(storage_.block.data);

@@ -19,6 +19,11 @@ class ElementBuffer {
   // Room that takes no allocation.
   static constexpr std::size_t kInline = 16;
 
+  // The least size of a block that is mapped for itself. The heap keeps smaller ones for the next
+  // array of their size, which finds them warm; larger ones it maps anew each time, without huge
+  // pages.
+  static constexpr std::size_t kLeastMapped = std::size_t{32} << 20;
+
   ElementBuffer() noexcept = default;
   ElementBuffer(ElementBuffer&& other) noexcept { take(other); }
   ElementBuffer& operator=(ElementBuffer&& other) noexcept {

@@ -7,6 +7,13 @@
 namespace hcy {
 
 ArrayData ArrayData::copy() const {
+  ArrayData copied = copyWithoutElements();
+  copied.real = real.copy();
+  copied.imaginary = imaginary.copy();
+  return copied;
+}
+
+ArrayData ArrayData::copyWithoutElements() const {
   ArrayData copied;
   copied.type_ = type_;
   copied.hasType_ = hasType_;
@@ -15,8 +22,6 @@ ArrayData ArrayData::copy() const {
   copied.hasImaginary_ = hasImaginary_;
   copied.areWide_ = areWide_;
   copied.dimensions = dimensions;
-  copied.real = real.copy();
-  copied.imaginary = imaginary.copy();
   if (container_) {
     copied.writeContainer().fieldNames.CopyFrom(container_->fieldNames);
     copied.writeContainer().arrays = container_->arrays;

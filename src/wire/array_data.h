@@ -39,6 +39,7 @@ class ArrayData {
   ~ArrayData() = default;
 
   ArrayData copy() const;
+  ArrayData copyWithoutElements() const;
 
   VORTEN_Array::QXType type() const { return static_cast<VORTEN_Array::QXType>(type_); }
   bool hasType() const { return hasType_; }

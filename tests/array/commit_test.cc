@@ -106,6 +106,7 @@ TYPED_TEST(NarrowCommit, WritesWhatTheShapeChangedTo) {
 TEST(CharCommit, MarksTheTextPresentAndWritesItsCodeUnits) {
   const auto empty = wrapped(test::arrayOf(VORTEN_Array::CHAR, {0, 0}));
   EXPECT_FALSE(test::messageOf(empty.get()).has_qxchar());
+  EXPECT_TRUE(test::sent(owned(hcyDuplicateArray(empty.get()))).has_qxchar());
   EXPECT_TRUE(committed(empty).has_qxchar());
 
   const auto array = owned(hcyCreateString("\xFFz"));
@@ -163,6 +164,11 @@ TYPED_TEST(NarrowElement, SendsWhatItShows) {
   static_cast<typename TypeParam::Element*>(element->getData())[1] = 7;
   EXPECT_EQ(numbers(TypeParam::read(test::sent(element)).elements()), (Numbers{5, 7}));
   EXPECT_EQ(this->sent(cell), (Numbers{0x10005, 6}));
+  const auto copy = owned(hcyDuplicateArray(element.get()));
+  static_cast<typename TypeParam::Element*>(copy->getData())[0] = 8;
+  EXPECT_EQ(numbers(TypeParam::read(test::sent(copy)).elements()), (Numbers{8, 7}));
+  hcySetCell(cell.get(), 0, copy.get());
+  EXPECT_EQ(this->sent(cell), (Numbers{8, 7}));
 }
 
 template <class Class>
