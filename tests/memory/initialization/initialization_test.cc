@@ -13,7 +13,6 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
-#include <string>
 #include <string_view>
 
 #include "hcy/hcyclient.h"
@@ -28,26 +27,19 @@ using test::FailingAllocation;
 
 enum Outcome { Succeeded, Failed, Broken };
 
-// OpenSSL 3.5 waits for itself if an allocation fails while it initialises: it reports that by a
-// function that initialises it. Nobody outside can end that; it is told from a fault of ours by who
-// asked for the memory.
-extern "C" void judgeStandstill(int /*signal*/) {
-  for (const std::string& caller : FailingAllocation::callers()) {
-    if (caller.find("OPENSSL_init_crypto") != std::string::npos) ::_exit(Failed);
-  }
-  ::_exit(Broken);
-}
-
-// OpenSSL 3.5 ends the process if some of its allocations fail.
-extern "C" void judgeAbort(int /*signal*/) {
+// If an allocation fails while OpenSSL 3.5 initialises, it waits for itself, since it reports that by
+// a function that initialises it, or ends the process. Nobody outside can prevent either; they are
+// told from a fault of ours by who is on the stack. No memory can be allocated here.
+extern "C" void judgeEnd(int /*signal*/) {
   std::array<void*, 64> frames{};
   const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
   for (int i = 0; i < count; ++i) {
     // A function that never returns may end with the call that its frame returns from.
     const void* const call = static_cast<char*>(frames.at(static_cast<std::size_t>(i))) - 1;
     Dl_info function{};
-    const bool isNamed = ::dladdr(call, &function) != 0 && function.dli_sname != nullptr;
-    if (isNamed && std::string_view(function.dli_sname) == "OPENSSL_die") ::_exit(Failed);
+    if (::dladdr(call, &function) == 0 || function.dli_sname == nullptr) continue;
+    const std::string_view name(function.dli_sname);
+    if (name == "OPENSSL_init_crypto" || name == "OPENSSL_die") ::_exit(Failed);
   }
   ::_exit(Broken);
 }
@@ -58,8 +50,8 @@ Outcome inOwnProcess(Attempt attempt) {
   std::fflush(nullptr);
   const pid_t child = ::fork();
   if (child == 0) {
-    std::signal(SIGALRM, judgeStandstill);
-    std::signal(SIGABRT, judgeAbort);
+    std::signal(SIGALRM, judgeEnd);
+    std::signal(SIGABRT, judgeEnd);
     const bool failed = attempt();
     std::fflush(nullptr);
     ::_exit(testing::Test::HasFailure() ? Broken : failed ? Failed : Succeeded);
@@ -87,7 +79,7 @@ template <auto Start>
 bool initialize(const Shortage& shortage) {
   hcyClientRuntime* runtime = nullptr;
   bool failed = false;
-  ::alarm(20);
+  ::alarm(5);
   {
     const FailingAllocation failing(shortage.working, shortage.exhaustion);
     runtime = Start();
