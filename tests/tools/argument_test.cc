@@ -138,10 +138,12 @@ TEST(Argument, filesOfJsonAndOfCommaSeparatedValues) {
                 ", line 2, column 4: bad JSON: unexpected number literal; expected ']'\n"
                 "   2 3]\n"
                 "     ^");
-  EXPECT_EQ(refusalOf("int8:@" + directory.write("g.csv", "1,2\n3,x\n")),
-            directory.file("g.csv") +
-                ", line 1, column 1: a class can only stand before numbers\n"
-                "  1,2\n  ^");
+  EXPECT_EQ(
+      refusalOf("int8:@" + directory.write("g.csv", "1,2\n3,x\n")),
+      directory.file("g.csv") +
+          ", line 1, column 1: only a table of numbers can have a class, and this one contains "
+          "text\n"
+          "  1,2\n  ^");
 }
 
 TEST(Argument, badJsonSaysWhere) {
@@ -153,22 +155,24 @@ TEST(Argument, badJsonSaysWhere) {
   EXPECT_THAT(refusalOf(R"(["é" "b"])"), HasSubstr("column 6: "));
   EXPECT_THAT(refusalOf(R"(["x" "p\"q\\"])"), HasSubstr("column 6: "));
   EXPECT_THAT(refusalOf("int8:[1,200]"),
-              StartsWith("argument 1, line 1, column 9: the number is not between -128 and 127\n"
+              StartsWith("argument 1, line 1, column 9: the number must be between -128 and 127\n"
                          "  int8:[1,200]\n"
                          "          ^"));
-  EXPECT_THAT(refusalOf("int8:[1,false]"), HasSubstr("column 9: not a number"));
-  EXPECT_THAT(refusalOf("hello"), HasSubstr("(for text write '\"hello\"' or text:hello)"));
+  EXPECT_THAT(refusalOf("int8:[1,false]"), HasSubstr("column 9: expected a number"));
+  EXPECT_THAT(refusalOf("hello"), HasSubstr("(for text, write '\"hello\"' or text:hello)"));
   EXPECT_EQ(refusalOf("@"),
-            "argument 1, line 1, column 2: the name of a file is missing\n"
+            "argument 1, line 1, column 2: a file name must follow @\n"
             "  @\n"
             "   ^");
   EXPECT_THAT(refusalOf("foo:1"), HasSubstr("column 1: there is no class foo"));
-  EXPECT_THAT(refusalOf(R"({"a":1,"b":2,"a":3})"), HasSubstr("column 14: the same name"));
-  EXPECT_THAT(refusalOf("[[1,2],[3]]"), HasSubstr("column 8: the lists differ in length: 1"));
-  EXPECT_THAT(refusalOf("[[1],[[2]]]"), HasSubstr("column 7: a list where the others"));
+  EXPECT_THAT(refusalOf(R"({"a":1,"b":2,"a":3})"),
+              HasSubstr("column 14: this object has the name a twice"));
+  EXPECT_THAT(refusalOf("[[1,2],[3]]"),
+              HasSubstr("column 8: this list has 1 element, but the lists before it have 2"));
+  EXPECT_THAT(refusalOf("[[1],[[2]]]"), HasSubstr("column 7: expected a single value, like"));
   EXPECT_THAT(refusalOf(""), HasSubstr("unexpected end of input"));
   EXPECT_THAT(refusalOf("@" + TestDirectory().write("a.json", std::string("1\0", 2))),
-              HasSubstr("column 2: bad JSON: a NUL"));
+              HasSubstr("column 2: bad JSON: NUL"));
   EXPECT_THAT(refusalOf(std::string("[1,\xFF]")), HasSubstr("column 4: bad JSON"));
 }
 
@@ -176,13 +180,15 @@ TEST(Argument, aCommaBeforeABracketIsTheWrongThing) {
   const TestDirectory directory;
   EXPECT_EQ(refusalOf("@" + directory.write("a.json", "{\"a\": 1,\n \"b\": 2,\n}\n")),
             directory.file("a.json") +
-                ", line 2, column 8: bad JSON: a comma before '}'\n"
+                ", line 2, column 8: bad JSON: trailing comma before '}'\n"
                 "   \"b\": 2,\n"
                 "         ^");
-  EXPECT_THAT(refusalOf(R"({"a":1,})"), HasSubstr("column 7: bad JSON: a comma before '}'"));
-  EXPECT_THAT(refusalOf(R"({"a":"x" , })"), HasSubstr("column 10: bad JSON: a comma before '}'"));
-  EXPECT_THAT(refusalOf("[1,\n]"), HasSubstr("line 1, column 3: bad JSON: a comma before ']'"));
-  EXPECT_THAT(refusalOf("[[1,],2]"), HasSubstr("column 4: bad JSON: a comma before ']'"));
+  EXPECT_THAT(refusalOf(R"({"a":1,})"), HasSubstr("column 7: bad JSON: trailing comma before '}'"));
+  EXPECT_THAT(refusalOf(R"({"a":"x" , })"),
+              HasSubstr("column 10: bad JSON: trailing comma before '}'"));
+  EXPECT_THAT(refusalOf("[1,\n]"),
+              HasSubstr("line 1, column 3: bad JSON: trailing comma before ']'"));
+  EXPECT_THAT(refusalOf("[[1,],2]"), HasSubstr("column 4: bad JSON: trailing comma before ']'"));
   EXPECT_THAT(refusalOf("{,}"), HasSubstr("column 2: bad JSON: unexpected ','"));
   EXPECT_THAT(refusalOf("{}}"), HasSubstr("column 3: bad JSON: unexpected '}'"));
   // Where a name is expected, the place is that of what is there.
@@ -190,13 +196,14 @@ TEST(Argument, aCommaBeforeABracketIsTheWrongThing) {
 }
 
 TEST(Argument, integersThatNoDoubleIsEqualToAreRefusedWithWhatToWrite) {
-  EXPECT_EQ(refusalOf("9007199254740993"),
-            "argument 1, line 1, column 1: no double is equal to this integer; write "
-            "int64:9007199254740993 (inside JSON {\"$int64\":9007199254740993}), or "
-            "double:9007199254740993 for the nearest double\n"
-            "  9007199254740993\n"
-            "  ^");
-  const std::string refused = "no double is equal to this integer";
+  EXPECT_EQ(
+      refusalOf("9007199254740993"),
+      "argument 1, line 1, column 1: this integer cannot be stored exactly as a double; write "
+      "int64:9007199254740993 (inside JSON {\"$int64\":9007199254740993}), or "
+      "double:9007199254740993 for the nearest double\n"
+      "  9007199254740993\n"
+      "  ^");
+  const std::string refused = "this integer cannot be stored exactly as a double";
   EXPECT_THAT(refusalOf("[1,[-9007199254740993]]"), HasSubstr("column 5: " + refused));
   EXPECT_THAT(refusalOf("[[1,2],[3,9007199254740993]]"), HasSubstr("column 11: " + refused));
   EXPECT_THAT(refusalOf(R"({"a":[1,"x",9007199254740993]})"), HasSubstr("column 13: " + refused));
@@ -258,81 +265,93 @@ TEST(Argument, ofALongLineThePlaceAndWhatIsAroundItIsShown) {
 }
 
 TEST(Argument, numbersThatJsonDoesNotHaveAreRefusedWithWhatToWrite) {
-  EXPECT_EQ(
-      refusalOf("[1,NaN]"),
-      "argument 1, line 1, column 4: bad JSON: such a number is written {\"$double\":\"NaN\"}\n"
-      "  [1,NaN]\n"
-      "     ^");
-  EXPECT_THAT(refusalOf("[ -Infinity]"), HasSubstr(R"(column 3: bad JSON: such a number is )"
-                                                   R"(written {"$double":"-Infinity"})"));
-  EXPECT_THAT(refusalOf("Infinity"), HasSubstr(R"({"$double":"Infinity"})"));
-  EXPECT_THAT(refusalOf("-NaN"), HasSubstr("column 2: bad JSON: invalid number"));
-  EXPECT_THAT(refusalOf("NaN"),
-              testing::Not(HasSubstr("(for text write '\"hello\"' or text:hello)")));
-  EXPECT_THAT(refusalOf("Infinity"),
-              testing::Not(HasSubstr("(for text write '\"hello\"' or text:hello)")));
+  EXPECT_EQ(refusalOf("[1,NaN]"),
+            "argument 1, line 1, column 4: JSON has no NaN; write it in quotes, with a class: "
+            "double:[1,\"NaN\"], or inside JSON {\"$double\":[1,\"NaN\"]}\n"
+            "  [1,NaN]\n"
+            "     ^");
+  EXPECT_THAT(refusalOf("[ -Infinity]"), HasSubstr("column 3: JSON has no -Infinity; write it"));
+  EXPECT_THAT(refusalOf("[-inf]"), HasSubstr("column 2: JSON has no -Infinity; write it"));
+  EXPECT_THAT(refusalOf("[1,nan]"), HasSubstr("column 4: JSON has no NaN; write it"));
+  EXPECT_THAT(refusalOf("[1, Inf]"), HasSubstr("column 5: JSON has no Infinity; write it"));
+  EXPECT_THAT(refusalOf("[1,nanny]"), HasSubstr("column 5: bad JSON: invalid literal"));
+  EXPECT_THAT(refusalOf("Infinity"), HasSubstr(R"({"$double":[1,"Infinity"]})"));
+  EXPECT_THAT(refusalOf("-NaN"), HasSubstr("column 1: JSON has no NaN"));
+  for (const std::string number : {"NaN", "nan", "Infinity", "inf"}) {
+    EXPECT_THAT(refusalOf(number), testing::Not(HasSubstr("(for text")));
+  }
 }
 
 TEST(Argument, valuesThatDoNotFitAreRefused) {
   EXPECT_THAT(refusalOf("1e999"), HasSubstr("too large for a double"));
   EXPECT_THAT(refusalOf("single:1e39"), HasSubstr("too large for a single"));
-  EXPECT_THAT(refusalOf("int8:1.5"), HasSubstr("is not whole"));
-  EXPECT_THAT(refusalOf("int64:9223372036854775808"), HasSubstr("is not between"));
-  EXPECT_THAT(refusalOf("int64:9007199254740993.0"), HasSubstr("without point"));
+  EXPECT_THAT(refusalOf("int8:1.5"), HasSubstr("must be an integer"));
+  EXPECT_THAT(refusalOf("int64:9223372036854775808"), HasSubstr("must be between"));
+  EXPECT_THAT(refusalOf("int64:9007199254740993.0"), HasSubstr("without a decimal point"));
   EXPECT_THAT(refusalOf("uint64:1e400"), HasSubstr("too large"));
-  EXPECT_THAT(refusalOf("uint8:-1"), HasSubstr("is not between 0 and 255"));
-  EXPECT_THAT(refusalOf("logical:2"), HasSubstr("neither true nor false"));
-  EXPECT_THAT(refusalOf("char:65536"), HasSubstr("is not between 0 and 65535"));
-  EXPECT_THAT(refusalOf("int8:true"), HasSubstr("not a number"));
+  EXPECT_THAT(refusalOf("uint8:-1"), HasSubstr("must be between 0 and 255"));
+  EXPECT_THAT(refusalOf("logical:2"), HasSubstr("expected true or false"));
+  EXPECT_THAT(refusalOf("char:65536"), HasSubstr("must be between 0 and 65535"));
+  EXPECT_THAT(refusalOf("int8:true"), HasSubstr("expected a number"));
   EXPECT_THAT(refusalOf(R"(double:"nan")"), HasSubstr(R"("NaN")"));
-  EXPECT_THAT(refusalOf(R"({"a\u0000":1})"), HasSubstr("cannot hold a NUL"));
+  EXPECT_THAT(refusalOf(R"({"a\u0000":1})"), HasSubstr("cannot contain a NUL"));
 }
 
 TEST(Argument, typedValuesThatContradictThemselvesAreRefused) {
-  EXPECT_THAT(refusalOf(R"({"$int8":1,"b":2})"), HasSubstr("no field beside a class"));
-  EXPECT_THAT(refusalOf(R"({"$int7":1})"), HasSubstr("no class has this name"));
-  EXPECT_THAT(refusalOf(R"({"$int8":1,"$int16":1})"), HasSubstr("a second class"));
-  EXPECT_THAT(refusalOf(R"({"$shape":[1,1]})"), HasSubstr("without a class"));
-  EXPECT_THAT(refusalOf(R"({"$int8":[1],"$fields":[]})"), HasSubstr("only a struct has fields"));
-  EXPECT_THAT(refusalOf(R"({"$int8":[1,2],"$shape":[1,3]})"), HasSubstr("3 elements, here are 2"));
-  EXPECT_THAT(refusalOf(R"({"$int8":[],"$shape":[2147483647,2147483647]})"), HasSubstr("larger"));
-  EXPECT_THAT(refusalOf(R"({"$int8":[],"$shape":[3]})"), HasSubstr("two dimensions"));
-  EXPECT_THAT(refusalOf(R"(complex:{"re":[1,2],"im":[1]})"), HasSubstr("another shape"));
-  EXPECT_THAT(refusalOf(R"(complex:{"re":[1,2],"im":[[1],[2]]})"), HasSubstr("another shape"));
-  EXPECT_THAT(refusalOf(R"(complex:{"re":1})"), HasSubstr("a complex value is"));
+  EXPECT_THAT(refusalOf(R"({"$int8":1,"b":2})"), HasSubstr("cannot have other members"));
+  EXPECT_THAT(refusalOf(R"({"$int7":1})"), HasSubstr("there is no class int7"));
+  EXPECT_THAT(refusalOf(R"({"$int8":1,"$int16":1})"), HasSubstr("cannot have two classes"));
+  EXPECT_THAT(refusalOf(R"({"$shape":[1,1]})"), HasSubstr("need a class"));
+  EXPECT_THAT(refusalOf(R"({"$int8":[1],"$fields":[]})"),
+              HasSubstr("only a struct can have $fields"));
+  EXPECT_THAT(refusalOf(R"({"$int8":[1,2],"$shape":[1,3]})"),
+              HasSubstr("the shape needs 3 elements, but there are 2"));
+  EXPECT_THAT(refusalOf(R"({"$int8":[],"$shape":[2147483647,2147483647]})"),
+              HasSubstr("more elements"));
+  EXPECT_THAT(refusalOf(R"({"$int8":[],"$shape":[3]})"), HasSubstr("at least two dimensions"));
+  EXPECT_THAT(refusalOf(R"(complex:{"re":[1,2],"im":[1]})"), HasSubstr("the same shape"));
+  EXPECT_THAT(refusalOf(R"(complex:{"re":[1,2],"im":[[1],[2]]})"), HasSubstr("the same shape"));
+  EXPECT_THAT(refusalOf(R"(complex:{"re":1})"), HasSubstr("a complex value must have the form {"));
   EXPECT_THAT(refusalOf(R"(logical:complex:{"re":1,"im":1})"), HasSubstr("only numbers"));
-  EXPECT_THAT(refusalOf(R"(int8:{"$int8":1})"), HasSubstr("only complex and sparse"));
+  EXPECT_THAT(refusalOf(R"(int8:{"$int8":1})"), HasSubstr("only complex and sparse can follow"));
   EXPECT_THAT(refusalOf(R"(int8:sparse:{"rows":1,"cols":1,"entries":[]})"), HasSubstr("sparse"));
-  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1})"), HasSubstr("a sparse value is"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1})"),
+              HasSubstr("a sparse value must have the form {"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[1,0,1]]})"),
-              HasSubstr("count from 0"));
+              HasSubstr("numbered from 0"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,0,1],[0,0,2]]})"),
               HasSubstr("two entries are in one place"));
   EXPECT_THAT(refusalOf(R"(struct:[{"a":1},{"b":1}])"), HasSubstr("the same fields"));
-  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["a","a"]})"), HasSubstr("twice"));
-  EXPECT_THAT(refusalOf(R"(char:["ab","c"])"), HasSubstr("of one length"));
+  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["a","a"]})"),
+              HasSubstr("$fields has the name a twice"));
+  EXPECT_THAT(refusalOf(R"(char:["ab","c"])"),
+              HasSubstr("all rows of a char matrix must have the same length"));
 }
 
 TEST(Argument, partsOfTypedValuesThatAreNotWhatTheyShouldBeAreRefused) {
-  EXPECT_THAT(refusalOf(R"({"$int8":1,"$shape":[1,1]})"), HasSubstr("beside a shape stands"));
+  EXPECT_THAT(refusalOf(R"({"$int8":1,"$shape":[1,1]})"),
+              HasSubstr("with $shape, the data must be a single list"));
   EXPECT_THAT(
       refusalOf(R"({"$single":{"$complex":{"re":1,"im":1},"$shape":[1,1]},"$shape":[1,1]})"),
-      HasSubstr("a second shape"));
+      HasSubstr("$shape is given twice"));
   EXPECT_THAT(refusalOf(R"({"$sparse":{"rows":1,"cols":1,"entries":[]},"$shape":[1,1]})"),
-              HasSubstr("rows and cols say the shape"));
+              HasSubstr("has its shape in rows and cols"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,1,1]]})"),
-              HasSubstr("count from 0"));
+              HasSubstr("numbered from 0"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,0]]})"),
-              HasSubstr("an entry is"));
-  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[1]})"), HasSubstr("an entry is"));
+              HasSubstr("a sparse entry must be"));
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[1]})"),
+              HasSubstr("a sparse entry must be"));
   EXPECT_THAT(refusalOf(R"(int8:single:complex:{"re":1,"im":1})"),
-              HasSubstr("column 13: a class too many"));
-  EXPECT_THAT(refusalOf("cell:1"), HasSubstr("a cell is a list"));
-  EXPECT_THAT(refusalOf("struct:1"), HasSubstr("a struct is a list"));
-  EXPECT_THAT(refusalOf("struct:[1]"), HasSubstr("an element of a struct is an object"));
-  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":"a"})"), HasSubstr("a list of names"));
-  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":[1]})"), HasSubstr("not a name"));
-  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["\u0000"]})"), HasSubstr("cannot hold a NUL"));
+              HasSubstr("column 13: too many classes"));
+  EXPECT_THAT(refusalOf("cell:1"), HasSubstr("a cell must be a list"));
+  EXPECT_THAT(refusalOf("struct:1"), HasSubstr("a struct must be a list of objects"));
+  EXPECT_THAT(refusalOf("struct:[1]"), HasSubstr("an element of a struct must be an object"));
+  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":"a"})"), HasSubstr("a list of field names"));
+  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":[1]})"),
+              HasSubstr("a field name must be a string"));
+  EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["\u0000"]})"),
+              HasSubstr("cannot contain a NUL"));
 }
 
 TEST(Argument, textNeedsNoQuotes) {
@@ -343,7 +362,7 @@ TEST(Argument, textNeedsNoQuotes) {
   EXPECT_EQ(meaningOf("text:"), R"(char "")");
   EXPECT_EQ(meaningOf("text:@" + file), R"(char "two\nlines, \"é\"\n")");
   EXPECT_THAT(refusalOf("text:a\xFF"), StartsWith("argument 1, line 1, column 7: the text is not"));
-  EXPECT_THAT(refusalOf("int8:text:a"), HasSubstr("a class cannot stand before text"));
+  EXPECT_THAT(refusalOf("int8:text:a"), HasSubstr("text: cannot have a class before it"));
 }
 
 TEST(Argument, aNotationBeforeAFileIsStrongerThanItsEnding) {
@@ -355,8 +374,9 @@ TEST(Argument, aNotationBeforeAFileIsStrongerThanItsEnding) {
   EXPECT_EQ(meaningOf("csv:1,2"), "double [1,2]");
   EXPECT_EQ(meaningOf("int8:csv:1,2"), R"(int8 {"$int8":[1,2]})");
   EXPECT_EQ(tools::toJson(tools::arraysFrom({"csv:1;2"}, {';'})[0]), "[1,2]");
-  EXPECT_THAT(refusalOf("@" + table), HasSubstr("(text: and csv: before the file take it as"));
-  EXPECT_THAT(refusalOf("npy:[1]"), HasSubstr("npy: stands before @FILE or -"));
+  EXPECT_THAT(refusalOf("@" + table), HasSubstr("(for text, write text:@" +
+                                                files.file("table.dat") + "; for a table, csv:@"));
+  EXPECT_THAT(refusalOf("npy:[1]"), HasSubstr("npy: must be followed by @FILE or -"));
   EXPECT_THAT(refusalOf("npy:@" + table), HasSubstr("table.dat: this is not a .npy file"));
 }
 
@@ -370,17 +390,24 @@ TEST(Argument, columnsOfATable) {
   EXPECT_EQ(tools::toJson(arrays[0]), "[[1],[3]]");
   EXPECT_EQ(tools::toJson(arrays[1]), "[[2,1],[4,3]]");
   EXPECT_THAT(refusalOf(table + "[y]"),
-              HasSubstr("t.csv, line 1, column 1: no column has the name y"));
-  EXPECT_THAT(refusalOf(table + "[]"), HasSubstr("the name of a column is missing"));
-  EXPECT_THAT(refusalOf(table + "[x;]"), HasSubstr("the name of a column is missing"));
-  EXPECT_THAT(refusalOf(table + "[\"x]"), HasSubstr("the quote is not closed"));
-  EXPECT_THAT(refusalOf(table + "[\"x\"y]"), HasSubstr("neither a comma nor a semicolon"));
+              HasSubstr("t.csv, line 1, column 1: there is no column named y"));
+  EXPECT_THAT(refusalOf(table + "[]"), HasSubstr("a column name is missing"));
+  EXPECT_THAT(refusalOf(table + "[x;]"), HasSubstr("a column name is missing"));
+  EXPECT_THAT(refusalOf(table + "[\"x]"), HasSubstr("the closing quote is missing"));
+  EXPECT_THAT(refusalOf(table + "[\"x\"y]"),
+              HasSubstr("expected a comma, a semicolon or the closing bracket"));
 }
 
 TEST(Argument, classesHaveTheirNumpyNamesToo) {
   EXPECT_EQ(meaningOf("float64:9007199254740993"), "double 9007199254740992");
   EXPECT_EQ(meaningOf("float32:[1]"), R"(single {"$single":1})");
   EXPECT_EQ(meaningOf("bool:[1,0]"), "logical [true,false]");
+  EXPECT_EQ(meaningOf(R"(complex64:{"re":1,"im":[2]})"),
+            R"(single {"$single":{"$complex":{"re":1,"im":2}}})");
+  EXPECT_EQ(meaningOf(R"(complex128:{"re":9007199254740993,"im":0})"),
+            R"(double {"$complex":{"re":9007199254740992,"im":0}})");
+  EXPECT_THAT(refusalOf(R"(int8:complex64:{"re":1,"im":2})"),
+              HasSubstr("column 6: too many classes"));
   EXPECT_THAT(refusalOf("flaot32:1"),
               AllOf(HasSubstr("there is no class flaot32; did you mean float32?\n"),
                     HasSubstr("\n  classes: uint8 int8 "), HasSubstr("\n  notations: json text ")));
@@ -398,8 +425,8 @@ TEST(Argument, aTildeIsTheHomeDirectory) {
 }
 
 TEST(Argument, quotesThatTheShellTookAreMentioned) {
-  EXPECT_THAT(refusalOf("{a:1}"), HasSubstr("(single quotes around the argument keep"));
-  EXPECT_THAT(refusalOf("[abc]"), HasSubstr("(single quotes around the argument keep"));
+  EXPECT_THAT(refusalOf("{a:1}"), HasSubstr("(write the argument in single quotes"));
+  EXPECT_THAT(refusalOf("[abc]"), HasSubstr("(write the argument in single quotes"));
   EXPECT_THAT(refusalOf("[1,]"), testing::Not(HasSubstr("single quotes")));
 }
 

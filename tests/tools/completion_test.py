@@ -18,7 +18,7 @@ FOLDER = pathlib.Path(__file__).resolve().parents[2] / 'tools/hcy'
 COMMANDS = ('call', 'bench', 'list', 'encode', 'show')
 WORDS = ('double', 'single', 'int8', 'int16', 'int32', 'int64', 'uint8', 'uint16', 'uint32',
          'uint64', 'logical', 'char', 'struct', 'cell', 'complex', 'sparse', 'float64', 'float32',
-         'bool', 'json', 'text', 'csv', 'tsv', 'npy')
+         'bool', 'complex64', 'complex128', 'json', 'text', 'csv', 'tsv', 'npy')
 FUNCTIONS = ('math/plus', 'text/upper', 'echo')
 
 # What is typed, and what then stands there, in every shell.

@@ -72,10 +72,12 @@ TEST(Csv, columnsAreChosenByNameOrNumber) {
   // A name that is a number, and a first line that only a name tells to be a header.
   EXPECT_EQ(choiceOf("x,2025\n1,2\n", {{{"2025"}}}), "2 | ; ");
   EXPECT_EQ(choiceOf("x\na\n", {{{"x"}}}), R"(["a"]; )");
-  EXPECT_EQ(choiceOf(csv, {{{"z"}}}), "0 no column has the name z");
-  EXPECT_EQ(choiceOf(csv, {{{"", 3}}}), "0 there is no column 3; columns count from 0");
-  EXPECT_EQ(choiceOf("x,x\n1,2\n", {{{"x"}}}), "0 two columns have the name x");
-  EXPECT_EQ(choiceOf("", {{{"x"}}}), "0 there are no columns to choose from");
+  EXPECT_EQ(choiceOf(csv, {{{"z"}}}), "0 there is no column named z");
+  EXPECT_EQ(choiceOf(csv, {{{"", 3}}}),
+            "0 there is no column 3; the columns are numbered from 0 to 2");
+  EXPECT_EQ(choiceOf("x,x\n1,2\n", {{{"x"}}}),
+            "0 two columns are named x; choose one of them by its number");
+  EXPECT_EQ(choiceOf("", {{{"x"}}}), "0 the table is empty: there are no columns to choose from");
 }
 
 TEST(Csv, aHeaderAndCommentsAreLeftOut) {
@@ -96,12 +98,13 @@ TEST(Csv, textsAndNumbersMakeACell) {
   EXPECT_EQ(meaningOf("+-3,++3\n"), R"(["+-3","++3"])");
 }
 
-TEST(Csv, whatIsNoTableIsRefused) {
-  EXPECT_EQ(refusalOf("1,2\n3\n"), "4 a line of 1 field among lines of 2");
-  EXPECT_EQ(refusalOf("1\n2,3\n"), "2 a line of 2 fields among lines of 1");
-  EXPECT_EQ(refusalOf("1,\"2\n3\n"), "2 the quote is not closed");
-  EXPECT_EQ(refusalOf("\"1\"2\n"), "3 neither a comma nor the end of the line");
-  EXPECT_EQ(refusalOf("a,\xFF\n"), "2 the field is not UTF-8");
+TEST(Csv, badTablesAreRefused) {
+  EXPECT_EQ(refusalOf("1,2\n3\n"), "4 this line has 1 field, but the first line has 2");
+  EXPECT_EQ(refusalOf("1\n2,3\n"), "2 this line has 2 fields, but the first line has 1");
+  EXPECT_EQ(refusalOf("1,\"2\n3\n"), "2 the closing quote is missing");
+  EXPECT_EQ(refusalOf("\"1\"2\n"),
+            "3 expected a comma or the end of the line after the closing quote");
+  EXPECT_EQ(refusalOf("a,\xFF\n"), "2 the field is not valid UTF-8");
 }
 
 }  // namespace

@@ -51,16 +51,21 @@ TEST(CsvText, structsAreTablesWithNames) {
   EXPECT_EQ(csvOf(R"({"name":"a","size":1})"), "name,size\na,1\n");
 }
 
-TEST(CsvText, whatIsNoTableIsRefused) {
+TEST(CsvText, arraysThatAreNotTablesAreRefused) {
   EXPECT_EQ(csvOf(R"([[1],"a"])"), "1,a\n");
-  EXPECT_EQ(csvOf(R"([[1,2],"a"])"), "an element is neither a real number nor text");
-  EXPECT_EQ(csvOf("[[[1,2],[3,4]]]"), "an array of more than two dimensions cannot be a table");
-  EXPECT_EQ(csvOf(R"(complex:{"re":1,"im":2})"), "complex numbers cannot be a table");
+  EXPECT_EQ(csvOf(R"([[1,2],"a"])"), "element (0, 0) is not a real number or a string");
+  EXPECT_EQ(csvOf(R"([{"x":1},{"x":[1,2]}])"),
+            "field x of element (0, 1) is not a real number or a string");
+  EXPECT_EQ(csvOf("[[[1,2],[3,4]]]"),
+            "an array with more than two dimensions cannot be written as a table");
+  EXPECT_EQ(csvOf(R"(complex:{"re":1,"im":2})"), "complex numbers cannot be written as a table");
   EXPECT_EQ(csvOf(R"(sparse:{"rows":1,"cols":1,"entries":[]})"),
-            "a sparse array cannot be a table");
-  EXPECT_EQ(csvOf(R"({"x":[1,2],"y":[1]})"), "the fields of the struct differ in length");
-  EXPECT_EQ(csvOf(R"({"x":[[1,2],[3,4]]})"), "a field of the struct is no column");
-  EXPECT_EQ(csvOf("{}"), "a struct without fields cannot be a table");
+            "a sparse array cannot be written as a table");
+  EXPECT_EQ(csvOf(R"({"x":[1,2],"y":[1]})"), "field y has 1 element, but field x has 2");
+  EXPECT_EQ(csvOf(R"({"x":[[1,2],[3,4]]})"),
+            "field x is not a column: it must be a vector or a string");
+  EXPECT_EQ(csvOf(R"({"x":{"y":1}})"), "field x is not a column: it must be a vector or a string");
+  EXPECT_EQ(csvOf("{}"), "a struct without fields cannot be written as a table");
 }
 
 TEST(CsvText, realMatricesAreReadBackToTheLastBit) {

@@ -20,7 +20,7 @@ namespace {
 using testing::HasSubstr;
 
 const std::string kCause =
-    "The limit on the size of replies may have cut the reply; --max-reply BYTES raises it.";
+    "The size limit for replies may have cut it off; --max-reply BYTES raises the limit.";
 
 // Refused with this text, for a person and as JSON.
 void expectRefused(const std::string& array, const std::string& problem) {
@@ -35,8 +35,8 @@ void expectRefused(const std::string& array, const std::string& problem) {
 
 // An array whose dimensions name this many elements, and which has fewer.
 void expectFewer(const std::string& array, const std::string& count) {
-  expectRefused(array,
-                " is incomplete: its dimensions name " + count + ", but not all of them arrived");
+  expectRefused(
+      array, " is incomplete: its dimensions call for " + count + ", but not all of them arrived");
 }
 
 TEST(IncompleteOutput, ofEveryKindOfFullArray) {
@@ -75,10 +75,10 @@ TEST(IncompleteOutput, containersHoldAllTheirElements) {
 }
 
 TEST(IncompleteOutput, sparseArraysHaveIndicesAndValues) {
-  const std::string named = " is incomplete: its dimensions name 4 elements, but ";
+  const std::string named = " is incomplete: its dimensions call for 4 elements, but ";
   const std::string rows = bytesField(2, packed({0, 1}));
   const std::string starts = bytesField(3, packed({0, 1, 2}));
-  const std::string noIndices = named + "its sparse indices are missing or do not fit them";
+  const std::string noIndices = named + "its sparse indices are missing or invalid";
   expectRefused(arrayOf(kSparse, {2, 2}), noIndices);
   expectRefused(arrayOf(kSparse, {2, 2}, rows + bytesField(16, bytesField(1, doubles(2)))),
                 noIndices);
@@ -86,7 +86,7 @@ TEST(IncompleteOutput, sparseArraysHaveIndicesAndValues) {
       arrayOf(kSparse, {2, 2},
               starts + bytesField(2, packed({0, 2})) + bytesField(16, bytesField(1, doubles(2)))),
       noIndices);
-  const std::string noValues = named + "values of its sparse indices are missing";
+  const std::string noValues = named + "some of its sparse values are missing";
   expectRefused(arrayOf(kSparse, {2, 2}, rows + starts), noValues);
   expectRefused(arrayOf(kSparse, {2, 2}, rows + starts + bytesField(16, bytesField(1, doubles(1)))),
                 noValues);
@@ -114,7 +114,7 @@ TEST(IncompleteOutput, thePlaceIsNamed) {
       kStruct, {1, 2}, bytesField(1, "c") + bytesField(2, doubleScalar(1)) + bytesField(2, short3));
   expectFewer(short3, "3 elements");
   const std::string fewer =
-      " is incomplete: its dimensions name 3 elements, but not all of them arrived";
+      " is incomplete: its dimensions call for 3 elements, but not all of them arrived";
   expectRefused(cellOf(short3), ", (0, 1)" + fewer);
   expectRefused(structOf(short3), ", b\\n" + fewer);
   expectRefused(structs, ", (0, 1), c" + fewer);
@@ -136,7 +136,7 @@ TEST(IncompleteOutput, isWhatTheSizeLimitLeavesOfAReplyWithoutALength) {
   const Outcome cut = calledWithLimit(body.size() / 2);
   EXPECT_EQ(cut.status, tools::kTransportError);
   EXPECT_EQ(cut.output,
-            "hcy: ans is incomplete: its dimensions name 1000 elements, but not all of "
+            "hcy: ans is incomplete: its dimensions call for 1000 elements, but not all of "
             "them arrived.\n     " +
                 kCause + "\n");
   EXPECT_EQ(calledWithLimit(body.size()).status, tools::kSuccess);

@@ -58,15 +58,16 @@ class List(unittest.TestCase):
         with IndexServer() as server:
             self.assertEqual(listed(server.url + '/x'), ('', 'hcy: HTTP status 404 Not Found\n', 2))
         for index, problem in (('<html>', 'bad JSON: invalid literal'),
-                               ('[]', 'the index is not an object'),
-                               ('{}', 'the index names no functions'),
-                               ('{"functions":{}}', 'the functions are not a list'),
-                               ('{"functions":[1]}', 'a function is not an object'),
-                               ('{"functions":[{}]}', 'a function without a name'),
-                               ('{"functions":[{"name":1}]}', 'neither a text nor a list of texts')):
+                               ('[]', 'the index must be an object'),
+                               ('{}', 'the index has no list of functions'),
+                               ('{"functions":{}}', 'the functions must be a list'),
+                               ('{"functions":[1]}', 'a function must be an object'),
+                               ('{"functions":[{}]}', 'a function has no name'),
+                               ('{"functions":[{"name":1}]}', 'expected a string or a list of strings')):
             with IndexServer(index) as server:
                 self.assertEqual(listed(server.url), (
-                    '', f'hcy: the server has no index of its functions as JSON: {problem}\n', 3))
+                    '', 'hcy: the server did not send an index of its functions as JSON: '
+                    f'{problem}\n', 3))
         _, error, status = listed('http://127.0.0.2:1')
         self.assertRegex(error, "^hcy: (Couldn't|Could not) connect to server\n$")
         self.assertEqual(status, 3)

@@ -13,7 +13,8 @@ from local_server import LocalServer
 
 CLASSES = ('double', 'single', 'int8', 'int16', 'int32', 'int64', 'uint8', 'uint16', 'uint32',
            'uint64', 'logical', 'char', 'struct', 'cell', 'complex', 'sparse')
-WORDS = (*CLASSES, 'float64', 'float32', 'bool', 'json', 'text', 'csv', 'tsv', 'npy')
+WORDS = (*CLASSES, 'float64', 'float32', 'bool', 'complex64', 'complex128',
+         'json', 'text', 'csv', 'tsv', 'npy')
 HCY = os.environ['HCY_PROGRAM']
 FOLDER = pathlib.Path(__file__).resolve().parents[2] / 'tools/hcy'
 COMMANDS = ('call', 'bench', 'list', 'encode', 'show')

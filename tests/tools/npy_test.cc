@@ -81,11 +81,11 @@ TEST(Npy, textsAreChar) {
             R"({"$char":["ab","c\u0000"]})");
   EXPECT_EQ(meaningOf(fileOf("<U1", "(1, 2)", bytesOf<std::uint32_t>({'a', 'b'}))), R"("ab")");
   EXPECT_EQ(meaningOf(fileOf("<U2", "(1, 1)", bytesOf<std::uint32_t>({'a', 'b'}))),
-            "texts in a .npy file are single characters if it has several dimensions");
+            "strings in a .npy file of several dimensions must be single characters");
   EXPECT_EQ(meaningOf(fileOf("<U1", "()", bytesOf<std::uint32_t>({0x110000}))),
-            "the .npy file holds what is not a character");
+            "a string in the .npy file contains an invalid character");
   EXPECT_EQ(meaningOf(fileOf("<U1", "(1,)", bytesOf<std::uint32_t>({0x10000}))),
-            "an array of characters in a .npy file can hold none above U+FFFF");
+            "an array of strings in a .npy file cannot contain characters above U+FFFF");
 }
 
 TEST(Npy, whatIsDamagedOrHasNoClassIsRefused) {
@@ -97,17 +97,19 @@ TEST(Npy, whatIsDamagedOrHasNoClassIsRefused) {
     EXPECT_EQ(meaningOf(whole.substr(0, length)), damaged) << length;
   }
   EXPECT_EQ(meaningOf(whole.substr(0, whole.size() - 1)),
-            "the .npy file holds 7 bytes of elements where 1 elements of 8 bytes are named");
+            "the .npy file is damaged: its header calls for 1 element of 8 bytes, but it has 7 "
+            "bytes of data");
   EXPECT_EQ(meaningOf(whole + "x"),
-            "the .npy file holds 9 bytes of elements where 1 elements of 8 bytes are named");
-  EXPECT_EQ(meaningOf(fileOf("<f2", "()", "xx")), "no class has the NumPy type <f2");
-  EXPECT_EQ(meaningOf(fileOf("|O", "()", "")), "no class has the NumPy type |O");
+            "the .npy file is damaged: its header calls for 1 element of 8 bytes, but it has 9 "
+            "bytes of data");
+  EXPECT_EQ(meaningOf(fileOf("<f2", "()", "xx")), "the NumPy type <f2 is not supported");
+  EXPECT_EQ(meaningOf(fileOf("|O", "()", "")), "the NumPy type |O is not supported");
   EXPECT_EQ(meaningOf(fileOf("{'descr': [('a', '<f8')], 'fortran_order': False, 'shape': ()}", "")),
-            "a structured type of NumPy cannot be an argument");
+            "structured NumPy types are not supported");
   EXPECT_EQ(meaningOf(fileOf("{'descr': '<f8', 'shape': ()}", "12345678")), damaged);
   EXPECT_EQ(meaningOf(fileOf("<f8", "(-1,)", "")), damaged);
   EXPECT_EQ(meaningOf(fileOf("<f8", "(2147483647, 2147483647, 2147483647)", "")),
-            "the .npy file is larger than an array can be");
+            "the .npy file has more elements than an array can have");
   EXPECT_EQ(meaningOf(std::string("\x93NUMPY\4\0\1\0{", 11)),
             "version 4 of the .npy format is not supported");
 }

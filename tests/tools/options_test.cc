@@ -52,7 +52,7 @@ TEST(Options, theHelpOfCommandsThatCallNamesTheInputs) {
     EXPECT_EQ(parsed.exitStatus, 0);
     EXPECT_EQ(help.find(" URL [ARG]...\n") != help.npos, command == "call" || command == "bench")
         << help;
-    EXPECT_EQ(help.find("\n  ARG                         Its inputs\n") != help.npos,
+    EXPECT_EQ(help.find("\n  ARG                         Inputs of the function\n") != help.npos,
               command != "show" && command != "list")
         << help;
   }

@@ -26,7 +26,7 @@ TEST(BrokenReply, fieldsThatJsonCannotHoldAreRefused) {
   EXPECT_EQ(twice.status, tools::kTransportError);
   const std::string odd = structWith(bytesField(1, "\xFF\x1B[2J") + one);
   EXPECT_EQ(called(odd, "--json").output,
-            R"({"kind":"output","message":"the name of a field is not UTF-8"})"
+            R"({"kind":"output","message":"a field name is not valid UTF-8"})"
             "\n");
   EXPECT_EQ(called(odd).output, "ans: struct 1-by-1\n  \uFFFD\\u001b[2J: double 1-by-1 = 1\n");
 }

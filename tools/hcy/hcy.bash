@@ -45,7 +45,8 @@ _hcy() {
   local program=$1 word=$2 position=$COMP_CWORD command= previous
   local commands='call bench list encode show'
   local classes='double: single: int8: int16: int32: int64: uint8: uint16: uint32: uint64: logical:
-    char: struct: cell: complex: sparse: float64: float32: bool: json: text: csv: tsv: npy:'
+    char: struct: cell: complex: sparse: float64: float32: bool: complex64: complex128: json: text:
+    csv: tsv: npy:'
   COMPREPLY=()
   [ "$COMP_CWORD" -le 1 ] || command=${COMP_WORDS[1]}
   # The shell takes an @ at the start for a word of its own.

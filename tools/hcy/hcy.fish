@@ -49,7 +49,7 @@ function __hcy_arguments
         __fish_complete_path $parts[3] | string replace -r '^' $parts[2]
     else if test -n "$word"
         printf '%s:\n' double single int8 int16 int32 int64 uint8 uint16 uint32 uint64 logical char \
-            struct cell complex sparse float64 float32 bool json text csv tsv npy
+            struct cell complex sparse float64 float32 bool complex64 complex128 json text csv tsv npy
     end
 end
 

@@ -38,7 +38,7 @@ _hcy() {
   local -a commands options classes
   commands=(call bench list encode show)
   classes=(double single int8 int16 int32 int64 uint8 uint16 uint32 uint64 logical char struct cell
-    complex sparse float64 float32 bool json text csv tsv npy)
+    complex sparse float64 float32 bool complex64 complex128 json text csv tsv npy)
 
   if (( CURRENT == 2 )); then
     compadd -a commands

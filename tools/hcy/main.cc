@@ -59,7 +59,7 @@ int serve(char** argv) {
   const auto self = std::filesystem::read_symlink("/proc/self/exe", unknown);
   if (!unknown) ::execv((self.parent_path() / name).c_str(), argv + 1);
   ::execvp(name, argv + 1);
-  std::cerr << "hcy: " << name << " cannot be started: " << std::strerror(errno) << '\n';
+  std::cerr << "hcy: cannot start " << name << ": " << std::strerror(errno) << '\n';
   return kTransportError;
 }
 

@@ -37,14 +37,16 @@ JsonValue typed(JsonValue value, const Classes& classes) {
 Array arrayOfText(std::string_view text) {
   for (std::string_view rest = text; !rest.empty();) {
     const std::size_t offset = text.size() - rest.size();
-    if (!takeCodePoint(rest)) throw BadText(offset, "the text is not UTF-8");
+    if (!takeCodePoint(rest)) throw BadText(offset, "the text is not valid UTF-8");
   }
   return {text};
 }
 
 Array arrayOfTable(const CsvTable& table, const Classes& classes) {
   if (!table.isOfNumbers) {
-    if (!classes.empty()) throw BadText(0, "a class can only stand before numbers");
+    if (!classes.empty()) {
+      throw BadText(0, "only a table of numbers can have a class, and this one contains text");
+    }
     return cellOf(table);
   }
   const JsonValue numbers = numbersOf(table);
@@ -82,15 +84,22 @@ std::vector<Array> arraysOf(const ArgumentWords& words, std::string_view text,
     case Notation::kTsv:
       return arraysOfTables(words, text, settings);
     case Notation::kText:
-      if (!words.classes.empty()) throw BadText(0, "a class cannot stand before text");
+      if (!words.classes.empty()) throw BadText(0, "text: cannot have a class before it");
       return one(arrayOfText(text));
     case Notation::kNpy:
-      if (!words.classes.empty()) throw BadText(0, "a .npy file says its class itself");
+      if (!words.classes.empty())
+        throw BadText(0, "a .npy file has its own class; remove the one before it");
       return one(arrayOfNpy(text));
     case Notation::kJson:
       break;
   }
   return one(arrayFrom(typed(parseJson(text), words.classes)));
+}
+
+// For a file whose ending does not say what it is.
+std::string hintForFile(const std::string& file) {
+  const std::string source = file == "-" ? file : "@" + printable(file);
+  return "\n  (for text, write text:" + source + "; for a table, csv:" + source + ")";
 }
 
 std::vector<Array> arraysOfFile(const ArgumentWords& words, const ArgumentSettings& settings) {
@@ -102,9 +111,7 @@ std::vector<Array> arraysOfFile(const ArgumentWords& words, const ArgumentSettin
     if (words.notation == Notation::kNpy) throw BadInput(name + ": " + problem.what());
     const bool isOther = words.notation == Notation::kJson && !words.isNotationSaid &&
                          !words.file->ends_with(".json");
-    throw BadInput(
-        located(name, text, problem) +
-        (isOther ? "\n  (text: and csv: before the file take it as text or a table)" : ""));
+    throw BadInput(located(name, text, problem) + (isOther ? hintForFile(*words.file) : ""));
   } catch (const BadInput& problem) {
     throw BadInput(name + ": " + problem.what());
   }
@@ -121,18 +128,20 @@ bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
 std::string hintForText(std::string_view word) {
   const std::string text =
       word.find_first_of("'\"\\\n") == std::string_view::npos ? printable(word) : "text";
-  return "\n  (for text write '\"" + text + "\"' or text:" + text + ")";
+  return "\n  (for text, write '\"" + text + "\"' or text:" + text + ")";
 }
 
 // The slips to expect: words without quotes, and quotes that the shell has taken away.
 std::string hintFor(std::string_view argument) {
-  if (argument.empty() || argument == "NaN" || argument == "Infinity") return {};
+  if (argument.empty() || isMissingNumber(argument)) return {};
   if (isLetter(argument[0])) return hintForText(argument);
   const bool isOpen = argument[0] == '{' || argument[0] == '[';
   const std::size_t word = argument.find_first_not_of("{[ ");
   const bool isBare = isOpen && argument.find('"') == std::string_view::npos &&
                       word != std::string_view::npos && isLetter(argument[word]);
-  return isBare ? "\n  (single quotes around the argument keep its quotes from the shell)" : "";
+  return isBare
+             ? "\n  (write the argument in single quotes, or the shell removes the double quotes)"
+             : "";
 }
 
 std::vector<Array> arraysFromArgument(const std::string& argument, const std::string& name,
@@ -141,10 +150,10 @@ std::vector<Array> arraysFromArgument(const std::string& argument, const std::st
   try {
     words = argumentWords(argument);
     if (words.file == "-" && std::exchange(isInputRead, true)) {
-      throw BadInput(name + ": the standard input has been read already");
+      throw BadInput(name + ": the standard input can be read only once");
     }
     if (words.file) return arraysOfFile(words, settings);
-    if (words.notation == Notation::kNpy) throw BadText(0, "npy: stands before @FILE or -");
+    if (words.notation == Notation::kNpy) throw BadText(0, "npy: must be followed by @FILE or -");
     return arraysOf(words, words.literal, settings);
   } catch (const UnknownClass& problem) {
     throw BadInput(located(name, argument, problem) + hintForText(argument) + "\n  classes:" +
@@ -169,7 +178,7 @@ std::vector<hcyclient::Array> arraysFrom(const std::vector<std::string>& argumen
       std::vector<Array> made = arraysFromArgument(argument, name, settings, isInputRead);
       std::move(made.begin(), made.end(), std::back_inserter(arrays));
     } catch (const std::bad_alloc&) {
-      throw BadInput(name + ": there is not enough memory for it");
+      throw BadInput(name + ": not enough memory");
     }
   }
   return arrays;

@@ -20,15 +20,28 @@ constexpr std::array<std::pair<std::string_view, Notation>, 5> kNotations = {
      {"tsv", Notation::kTsv},
      {"npy", Notation::kNpy}}};
 
-// The names that NumPy gives to classes which have another one here.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kNumpyNames = {
-    {{"float64", "double"}, {"float32", "single"}, {"bool", "logical"}}};
+// Classes that NumPy gives another name.
+struct NumpyName {
+  std::string_view name;
+  std::string_view type;
+  std::string_view outer = {};  // the class before it, if any
+};
+constexpr std::array<NumpyName, 5> kNumpyNames = {{{"float64", "double"},
+                                                   {"float32", "single"},
+                                                   {"bool", "logical"},
+                                                   {"complex64", "complex", "single"},
+                                                   {"complex128", "complex", "double"}}};
 
-std::string_view classNamed(std::string_view word) {
-  for (const auto& [numpyName, name] : kNumpyNames) {
-    if (word == numpyName) return name;
+// The classes that a word names, the innermost first; none if it is not a class.
+std::vector<std::string_view> classesNamed(std::string_view word) {
+  for (const NumpyName& known : kNumpyNames) {
+    if (word != known.name) continue;
+    if (known.outer.empty()) return {known.type};
+    return {known.type, known.outer};
   }
-  return word;
+  const auto found = std::find(typeNames().begin(), typeNames().end(), word);
+  if (found == typeNames().end()) return {};
+  return {*found};
 }
 
 [[noreturn]] void refuseWord(std::string_view word, std::size_t offset) {
@@ -45,16 +58,18 @@ void takePrefix(std::string_view argument, ArgumentWords& words) {
     const std::string_view word = rest.substr(0, colon);
     const auto notation = std::find_if(kNotations.begin(), kNotations.end(),
                                        [word](const auto& known) { return known.first == word; });
-    const std::string_view type = classNamed(word);
+    const std::vector<std::string_view> classes = classesNamed(word);
     if (notation != kNotations.end()) {
       words.notation = notation->second;
       words.isNotationSaid = true;
-    } else if (std::find(typeNames().begin(), typeNames().end(), type) == typeNames().end()) {
+    } else if (classes.empty()) {
       refuseWord(word, words.length);
     } else {
-      // No more than one around complex or sparse.
-      if (words.classes.size() == 2) throw BadText(words.length, "a class too many");
-      words.classes.insert(words.classes.begin(), type);
+      // One around complex or sparse is all that can be.
+      if (words.classes.size() + classes.size() > 2) {
+        throw BadText(words.length, "too many classes: only complex or sparse can follow a class");
+      }
+      words.classes.insert(words.classes.begin(), classes.begin(), classes.end());
     }
     words.length += colon + 1;
   }
@@ -92,7 +107,8 @@ class ColumnReader {
       if (end == ';') {
         choices.emplace_back();
       } else if (end != ',') {
-        throw BadText(offset_ + position_ - 1, "neither a comma nor a semicolon");
+        throw BadText(offset_ + position_ - 1,
+                      "expected a comma, a semicolon or the closing bracket");
       }
     }
   }
@@ -102,7 +118,7 @@ class ColumnReader {
     if (text_[position_] == '"') return {quoted()};
     const std::size_t end = text_.find_first_of(",;]", position_);
     const std::string_view name = text_.substr(position_, end - position_);
-    if (name.empty()) throw BadText(offset_ + position_, "the name of a column is missing");
+    if (name.empty()) throw BadText(offset_ + position_, "a column name is missing");
     position_ = end;
     std::size_t index = 0;
     const auto read = std::from_chars(name.data(), name.data() + name.size(), index);
@@ -115,7 +131,8 @@ class ColumnReader {
     const std::size_t start = position_;
     do {
       const std::size_t end = text_.find('"', position_ + 1);
-      if (end == std::string_view::npos) throw BadText(offset_ + start, "the quote is not closed");
+      if (end == std::string_view::npos)
+        throw BadText(offset_ + start, "the closing quote is missing");
       if (position_ != start) name += '"';  // two quotes stand for one
       name += text_.substr(position_ + 1, end - position_ - 1);
       position_ = end + 1;
@@ -133,7 +150,7 @@ class ColumnReader {
 const std::vector<std::string_view>& classWords() {
   static const std::vector<std::string_view> words = [] {
     std::vector<std::string_view> all = typeNames();
-    for (const auto& [numpyName, name] : kNumpyNames) all.push_back(numpyName);
+    for (const NumpyName& known : kNumpyNames) all.push_back(known.name);
     return all;
   }();
   return words;
@@ -153,7 +170,7 @@ ArgumentWords argumentWords(std::string_view argument) {
   ArgumentWords words;
   takePrefix(argument, words);
   std::string_view rest = argument.substr(words.length);
-  if (rest == "@") throw BadText(words.length + 1, "the name of a file is missing");
+  if (rest == "@") throw BadText(words.length + 1, "a file name must follow @");
   const bool isStandardInput = rest == "-" || rest.starts_with("-[");
   if (!rest.starts_with('@') && !isStandardInput) {
     words.literal = rest;

@@ -144,7 +144,7 @@ int bench(const Options& options) {
   requireHttp(options.url);
   const double timeout = options.settings.timeout.value_or(0);
   if (timeout != std::trunc(timeout)) {
-    throw BadInput("only a single call can be limited to a fraction of a second");
+    throw BadInput("for hcy bench, the time-out must be a whole number of seconds");
   }
   const std::vector<hcyclient::Array> inputs =
       arraysFrom(options.arguments, options.argumentSettings);

@@ -50,15 +50,14 @@ const Candidate& chosen(const Candidate& request, const Candidate& reply, Body b
     const Candidate& wanted = body == Body::kRequest ? request : reply;
     if (wanted.message) return wanted;
     throw BadInput(std::string("this is not the body of a ") + wanted.name +
-                   ", or it is cut short");
+                   ", or it is truncated");
   }
   if (isEmpty) {
     throw BadInput(
-        "the file is empty, as the body of a request or of a reply may be (--request or --reply "
-        "tells which)");
+        "the file is empty; a request and a reply can both be, so use --request or --reply");
   }
   if (!request.isLikely() && !reply.isLikely()) {
-    throw BadInput("this is neither the body of a request nor that of a reply, or it is cut short");
+    throw BadInput("this is not the body of a request or of a reply, or it is truncated");
   }
   if (!reply.isLikely()) return request;
   return request.isLikely() && request.unknown.count < reply.unknown.count ? request : reply;
@@ -143,7 +142,7 @@ int show(const Options& options) {
 
 int encode(const Options& options) {
   if (options.output.files.empty() && isTerminal(STDOUT_FILENO)) {
-    throw BadInput("a body is not text; --output FILE or > FILE keeps it from the terminal");
+    throw BadInput("the body is binary; write it to a file with --output FILE or > FILE");
   }
   const auto inputs = arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;

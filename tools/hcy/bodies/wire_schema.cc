@@ -33,7 +33,7 @@ WireSchema::WireSchema() {
   }
   for (auto& file : *files.mutable_file()) {
     for (DescriptorProto& type : *file.mutable_message_type()) takeTextsAsBytes(type);
-    if (pool_.BuildFile(file) == nullptr) throw std::logic_error("the schema is not one");
+    if (pool_.BuildFile(file) == nullptr) throw std::logic_error("the schema is invalid");
   }
 }
 

@@ -40,7 +40,7 @@ void limit(std::optional<Deadline>& deadline, const Options& options) {
 
 // With -v, a line between a call and the next.
 void showRetry(const hcyclient::CallError& problem, double seconds) {
-  std::cerr << "* " << printable(problem.what()) << "; calling again in " << seconds << " s\n";
+  std::cerr << "* " << printable(problem.what()) << "; retrying in " << seconds << " s\n";
 }
 
 std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,

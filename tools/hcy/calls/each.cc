@@ -38,7 +38,8 @@ std::vector<Array> argumentsOf(const Line& line) {
   try {
     const JsonValue value = parseJson(line.text);
     const auto* const list = value.as<JsonList>();
-    if (list == nullptr) throw BadText(value.offset, "a line is a list of arguments: [1, \"x\"]");
+    if (list == nullptr)
+      throw BadText(value.offset, "a line must be a list of arguments, such as [1, \"x\"]");
     std::vector<Array> arrays;
     for (const JsonValue& item : *list) arrays.push_back(arrayFrom(item));
     return arrays;
@@ -107,11 +108,11 @@ class Caller {
 void requireForm(const Options& options) {
   const Form form = options.output.form.value_or(Form::kJson);
   if ((form != Form::kJson && form != Form::kRaw) || !options.output.files.empty()) {
-    throw BadInput("--each prints lines of JSON or, with --raw, of text; > FILE keeps them");
+    throw BadInput("--each prints JSON, or text with --raw; write it to a file with > FILE");
   }
   const double timeout = options.settings.timeout.value_or(0);
   if (timeout != std::trunc(timeout)) {
-    throw BadInput("only a single call can be limited to a fraction of a second");
+    throw BadInput("with --each, the time-out must be a whole number of seconds");
   }
 }
 

@@ -34,7 +34,7 @@ Failure currentFailure() {
   } catch (const std::system_error& error) {
     return {"output", error.what(), kTransportError};
   } catch (const std::bad_alloc&) {
-    return {"transport", "there is not enough memory", kTransportError};
+    return {"transport", "not enough memory", kTransportError};
   } catch (const std::exception& error) {
     return {"transport", error.what(), kTransportError};
   }

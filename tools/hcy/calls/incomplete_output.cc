@@ -14,7 +14,7 @@ namespace {
 using hcyclient::Array;
 
 constexpr const char* kCause =
-    "\nThe limit on the size of replies may have cut the reply; --max-reply BYTES raises it.";
+    "\nThe size limit for replies may have cut it off; --max-reply BYTES raises the limit.";
 
 // An array: an output, or an element of a container, which is a place too.
 struct Place {
@@ -40,7 +40,7 @@ struct Place {
 
 [[noreturn]] void refuseElements(const Place& place, const std::string& problem) {
   const std::size_t count = place.array.size();
-  refuse(place, "its dimensions name " + std::to_string(count) +
+  refuse(place, "its dimensions call for " + std::to_string(count) +
                     (count == 1 ? " element, but " : " elements, but ") + problem);
 }
 
@@ -77,10 +77,10 @@ void requireWholeSparse(const Place& place) {
   hcyArray* const array = place.array.get();
   const std::size_t* const starts = hcyGetJc(array);
   if (starts == nullptr) {
-    refuseElements(place, "its sparse indices are missing or do not fit them");
+    refuseElements(place, "its sparse indices are missing or invalid");
   }
   if (starts[place.array.columns()] != 0 && !hasValues(place.array)) {
-    refuseElements(place, "values of its sparse indices are missing");
+    refuseElements(place, "some of its sparse values are missing");
   }
 }
 

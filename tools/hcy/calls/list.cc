@@ -22,11 +22,11 @@ namespace {
 std::string textOf(const JsonValue& value) {
   if (const auto* const text = value.as<std::string>()) return *text;
   const auto* const list = value.as<JsonList>();
-  if (list == nullptr) throw BadText(value.offset, "neither a text nor a list of texts");
+  if (list == nullptr) throw BadText(value.offset, "expected a string or a list of strings");
   std::string joined;
   for (const JsonValue& item : *list) {
     const auto* const text = item.as<std::string>();
-    if (text == nullptr) throw BadText(item.offset, "not a text");
+    if (text == nullptr) throw BadText(item.offset, "expected a string");
     joined += (joined.empty() ? "" : " ") + *text;
   }
   return joined;
@@ -34,14 +34,14 @@ std::string textOf(const JsonValue& value) {
 
 Function functionFrom(const JsonValue& value) {
   const auto* const object = value.as<JsonObject>();
-  if (object == nullptr) throw BadText(value.offset, "a function is not an object");
+  if (object == nullptr) throw BadText(value.offset, "a function must be an object");
   Function function;
   for (const JsonMember& member : *object) {
     if (member.name == "name") function.name = textOf(member.value);
     if (member.name == "arguments") function.arguments = textOf(member.value);
     if (member.name == "summary") function.summary = textOf(member.value);
   }
-  if (function.name.empty()) throw BadText(value.offset, "a function without a name");
+  if (function.name.empty()) throw BadText(value.offset, "a function has no name");
   return function;
 }
 
@@ -81,16 +81,16 @@ std::string indexOf(const Options& options) {
 std::vector<Function> functionsIn(std::string_view index) {
   const JsonValue value = parseJson(index);
   const auto* const object = value.as<JsonObject>();
-  if (object == nullptr) throw BadText(value.offset, "the index is not an object");
+  if (object == nullptr) throw BadText(value.offset, "the index must be an object");
   for (const JsonMember& member : *object) {
     if (member.name != "functions") continue;
     const auto* const list = member.value.as<JsonList>();
-    if (list == nullptr) throw BadText(member.value.offset, "the functions are not a list");
+    if (list == nullptr) throw BadText(member.value.offset, "the functions must be a list");
     std::vector<Function> functions;
     for (const JsonValue& item : *list) functions.push_back(functionFrom(item));
     return functions;
   }
-  throw BadText(value.offset, "the index names no functions");
+  throw BadText(value.offset, "the index has no list of functions");
 }
 
 int list(const Options& options) {
@@ -100,7 +100,7 @@ int list(const Options& options) {
   try {
     functions = functionsIn(index);
   } catch (const BadText& problem) {
-    throw hcyclient::TransportError("the server has no index of its functions as JSON: " +
+    throw hcyclient::TransportError("the server did not send an index of its functions as JSON: " +
                                     std::string(problem.what()));
   }
   const Form form = options.output.form.value_or(Form::kDisplay);

@@ -34,7 +34,7 @@ void showRequest(const std::vector<hcyclient::Array>& inputs, const EncodedReque
   std::string text = "> POST " + printable(options.url) + "\n";
   for (const std::string& header : request.headers) text += "> " + printable(header) + "\n";
   text += "> " + bytesText(request.body.size()) + ", " + std::to_string(options.nargout) +
-          (options.nargout == 1 ? " output" : " outputs") + " asked for\n";
+          (options.nargout == 1 ? " output" : " outputs") + " requested\n";
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     // The first line says class and shape, and what a single value is.
     const std::string shown =

@@ -75,7 +75,7 @@ std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form,
   try {
     return textOf(outputs[i], name, form, settings);
   } catch (const NoNotation& problem) {
-    throw NoNotation(name + ": " + problem.what() + "; --json shows all of it");
+    throw NoNotation(name + ": " + problem.what() + "; use --json instead");
   }
 }
 
@@ -97,17 +97,17 @@ void requireOutputs(const OutputSettings& settings, std::size_t count) {
   const std::size_t files = settings.files.size();
   if (files == 0) return;
   if (files != 1 && files != count) {
-    throw BadInput("--output names " + std::to_string(files) + " files for " +
+    throw BadInput("--output is given " + std::to_string(files) + " times for " +
                    std::to_string(count) + (count == 1 ? " output" : " outputs"));
   }
   for (const std::string& file : settings.files) {
     const std::optional<Form> form = settings.form ? settings.form : formOf(file);
     if (!form) {
       throw BadInput("--output: " + printable(file) +
-                     " ends in none of .json, .csv, .tsv, .npy and .txt");
+                     " must end in .json, .csv, .tsv, .npy or .txt");
     }
     if (form == Form::kNpy && count != files) {
-      throw BadInput("--output: a .npy file holds one output; name one for each");
+      throw BadInput("--output: a .npy file can hold only one output; give a file for each");
     }
   }
 }

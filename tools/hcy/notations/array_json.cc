@@ -219,7 +219,7 @@ std::vector<std::string> quotedNames(const std::vector<std::string>& names) {
   std::vector<std::string> all;
   for (const std::string& name : names) {
     const auto text = quotedJson(name);
-    if (!text) throw hcyclient::UsageError("the name of a field is not UTF-8");
+    if (!text) throw hcyclient::UsageError("a field name is not valid UTF-8");
     all.push_back(*text);
   }
   return all;

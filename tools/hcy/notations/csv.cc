@@ -33,7 +33,7 @@ void findNumber(CsvField& field, std::string_view text) {
 
 void requireUtf8(const CsvField& field) {
   for (std::string_view rest = field.text; !rest.empty();) {
-    if (!takeCodePoint(rest)) throw BadText(field.offset, "the field is not UTF-8");
+    if (!takeCodePoint(rest)) throw BadText(field.offset, "the field is not valid UTF-8");
   }
 }
 
@@ -52,9 +52,10 @@ class Splitter {
       all.push_back(line());
       if (all.back().size() != all.front().size()) {
         const std::size_t count = all.back().size();
-        throw BadText(all.back().front().offset,
-                      "a line of " + std::to_string(count) + (count == 1 ? " field" : " fields") +
-                          " among lines of " + std::to_string(all.front().size()));
+        throw BadText(all.back().front().offset, "this line has " + std::to_string(count) +
+                                                     (count == 1 ? " field" : " fields") +
+                                                     ", but the first line has " +
+                                                     std::to_string(all.front().size()));
       }
     }
     return all;
@@ -78,9 +79,9 @@ class Splitter {
     } while (takes(delimiter_));
     takes('\r');
     if (!takes('\n') && position_ < text_.size()) {
-      throw BadText(position_, std::string("neither a ") +
+      throw BadText(position_, std::string("expected a ") +
                                    (delimiter_ == ',' ? "comma" : "delimiter") +
-                                   " nor the end of the line");
+                                   " or the end of the line after the closing quote");
     }
     return fields;
   }
@@ -104,7 +105,7 @@ class Splitter {
     CsvField made{position_, {}};
     do {
       const std::size_t end = text_.find('"', position_ + 1);
-      if (end == std::string_view::npos) throw BadText(made.offset, "the quote is not closed");
+      if (end == std::string_view::npos) throw BadText(made.offset, "the closing quote is missing");
       if (position_ != made.offset) made.text += '"';  // two quotes stand for one
       made.text += text_.substr(position_ + 1, end - position_ - 1);
       position_ = end + 1;
@@ -133,16 +134,18 @@ bool isHeader(const Line& line) {
 std::size_t indexOf(const CsvColumn& column, const Line& header) {
   if (column.index) {
     if (*column.index < header.size()) return *column.index;
-    throw BadText(header.front().offset,
-                  "there is no column " + std::to_string(*column.index) + "; columns count from 0");
+    throw BadText(header.front().offset, "there is no column " + std::to_string(*column.index) +
+                                             "; the columns are numbered from 0 to " +
+                                             std::to_string(header.size() - 1));
   }
   const auto isNamed = [&](const CsvField& field) { return field.text == column.name; };
   const auto found = std::find_if(header.begin(), header.end(), isNamed);
   if (found == header.end()) {
-    throw BadText(header.front().offset, "no column has the name " + printable(column.name));
+    throw BadText(header.front().offset, "there is no column named " + printable(column.name));
   }
   if (std::find_if(std::next(found), header.end(), isNamed) != header.end()) {
-    throw BadText(found->offset, "two columns have the name " + printable(column.name));
+    throw BadText(found->offset, "two columns are named " + printable(column.name) +
+                                     "; choose one of them by its number");
   }
   return static_cast<std::size_t>(found - header.begin());
 }
@@ -189,7 +192,7 @@ CsvTable tableFrom(std::string_view csv, char delimiter) {
 std::vector<CsvTable> tablesFrom(std::string_view csv, char delimiter,
                                  const std::vector<CsvColumns>& choices) {
   const std::vector<Line> lines = Splitter(csv, delimiter).lines();
-  if (lines.empty()) throw BadText(0, "there are no columns to choose from");
+  if (lines.empty()) throw BadText(0, "the table is empty: there are no columns to choose from");
   std::vector<CsvTable> tables;
   tables.reserve(choices.size());
   for (const CsvColumns& columns : choices) tables.push_back(columnsOf(lines, columns));

@@ -14,6 +14,7 @@
 #include "notations/element_json.h"
 #include "notations/element_types.h"
 #include "notations/no_notation.h"
+#include "output/places.h"
 #include "text/text.h"
 
 namespace hcy::tools {
@@ -33,7 +34,7 @@ std::string quoted(std::string_view text) {
   return out += '"';
 }
 
-// In quotes if it would otherwise be taken for a number, the end of a field or line, or a comment.
+// In quotes if it would otherwise be read as a number, the end of a field or line, or a comment.
 void appendText(std::string& out, std::string_view text, char delimiter) {
   constexpr std::string_view blanks = " \t";
   const bool isPlain = text.find_first_of("\"\r\n") == std::string_view::npos &&
@@ -80,14 +81,15 @@ bool isText(const Array& array) {
   return array.isText() && (array.size() == 0 || array.rows() == 1) && array.shape().size() <= 2;
 }
 
-// An element of a cell or a field of a struct.
-void appendSingle(std::string& out, const Array& array, char delimiter) {
+// Appends an element of a cell or a field of a struct. `name` says which it is.
+template <class Name>
+void appendSingle(std::string& out, const Array& array, char delimiter, Name name) {
   if (isText(array)) return appendText(out, utf8Of(array), delimiter);
   const bool isNumber = !array.isCell() && !array.isStruct() && !array.isText() &&
                         !array.isSparse() && !array.isComplex();
   if (isNumber && array.size() == 0) return;
   if (!isNumber || array.size() != 1) {
-    throw NoNotation("an element is neither a real number nor text");
+    throw NoNotation(name() + " is not a real number or a string");
   }
   withElementType(array.classId(), [&](auto type) {
     using T = typename decltype(type)::type;
@@ -97,8 +99,10 @@ void appendSingle(std::string& out, const Array& array, char delimiter) {
 
 Grid cellElements(const Array& array, const Shape& shape, char delimiter) {
   return {shape[0], shape[1],
-          [&array, rows = shape[0], delimiter](std::string& out, std::size_t i, std::size_t j) {
-            appendSingle(out, array[i + j * rows], delimiter);
+          [&array, shape, delimiter](std::string& out, std::size_t i, std::size_t j) {
+            const std::size_t index = i + j * shape[0];
+            appendSingle(out, array[index], delimiter,
+                         [&] { return "element " + placeText(index, shape); });
           }};
 }
 
@@ -116,9 +120,11 @@ Grid numbers(const Array& array, const Shape& shape) {
 Grid gridOf(const Array& array, char delimiter) {
   Shape shape = array.shape();
   shape.resize(std::max<std::size_t>(shape.size(), 2), 1);
-  if (array.isSparse()) throw NoNotation("a sparse array cannot be a table");
-  if (array.isComplex()) throw NoNotation("complex numbers cannot be a table");
-  if (shape.size() > 2) throw NoNotation("an array of more than two dimensions cannot be a table");
+  if (array.isSparse()) throw NoNotation("a sparse array cannot be written as a table");
+  if (array.isComplex()) throw NoNotation("complex numbers cannot be written as a table");
+  if (shape.size() > 2) {
+    throw NoNotation("an array with more than two dimensions cannot be written as a table");
+  }
   if (array.isText()) return textRows(array, shape, delimiter);
   return array.isCell() ? cellElements(array, shape, delimiter) : numbers(array, shape);
 }
@@ -138,7 +144,15 @@ void appendLines(std::string& out, const Grid& grid, char delimiter) {
   }
 }
 
-// The fields of a struct that is alone are the columns, all of one length.
+std::string fieldName(const std::string& name) { return "field " + printable(name); }
+
+[[noreturn]] void refuseColumn(const std::string& name) {
+  throw NoNotation(fieldName(name) + " is not a column: it must be a vector or a string");
+}
+
+std::size_t lengthOf(const Array& column) { return column.isText() ? 1 : column.size(); }
+
+// The fields of a single struct are the columns, all of the same length.
 std::vector<Array> columnsOf(const Array& array, const std::vector<std::string>& names) {
   std::vector<Array> columns;
   for (const std::string& name : names) {
@@ -146,22 +160,26 @@ std::vector<Array> columnsOf(const Array& array, const std::vector<std::string>&
     const bool isVector =
         column.shape().size() <= 2 && (column.rows() == 1 || column.columns() == 1);
     const bool isSingle = column.isText();
-    if (!isSingle && !isVector) throw NoNotation("a field of the struct is no column");
+    if (column.isStruct() || (!isSingle && !isVector)) refuseColumn(name);
     columns.push_back(std::move(column));
   }
-  const auto lengthOf = [](const Array& column) { return column.isText() ? 1 : column.size(); };
-  for (const Array& column : columns) {
-    if (lengthOf(column) != lengthOf(columns.front())) {
-      throw NoNotation("the fields of the struct differ in length");
-    }
+  const std::size_t length = lengthOf(columns.front());
+  for (std::size_t j = 1; j < columns.size(); ++j) {
+    const std::size_t other = lengthOf(columns[j]);
+    if (other == length) continue;
+    throw NoNotation(fieldName(names[j]) + " has " + std::to_string(other) +
+                     (other == 1 ? " element" : " elements") + ", but " + fieldName(names.front()) +
+                     " has " + std::to_string(length));
   }
   return columns;
 }
 
 // Appends element `i` of a column.
-void appendElementOf(std::string& out, const Array& column, std::size_t i, char delimiter) {
-  if (column.isText()) return appendSingle(out, column, delimiter);
-  if (column.isStruct()) throw NoNotation("a field of the struct is no column");
+void appendElementOf(std::string& out, const Array& column, const std::string& name, std::size_t i,
+                     char delimiter) {
+  if (column.isText()) {
+    return appendSingle(out, column, delimiter, [&] { return fieldName(name); });
+  }
   const Grid grid = gridOf(column, delimiter);
   column.rows() == 1 ? grid.appendField(out, 0, i) : grid.appendField(out, i, 0);
 }
@@ -173,23 +191,25 @@ std::string structTable(const Array& array, char delimiter) {
     if (&name != &names.front()) out += delimiter;
     appendText(out, name, delimiter);
   }
-  if (names.empty()) throw NoNotation("a struct without fields cannot be a table");
+  if (names.empty()) throw NoNotation("a struct without fields cannot be written as a table");
   out += '\n';
   if (array.size() != 1) {
     appendLines(out,
                 {array.size(), names.size(),
                  [&](std::string& line, std::size_t i, std::size_t j) {
-                   appendSingle(line, array(i, names[j]), delimiter);
+                   appendSingle(line, array(i, names[j]), delimiter, [&] {
+                     return fieldName(names[j]) + " of element " + placeText(i, shapeOf(array));
+                   });
                  }},
                 delimiter);
     return out;
   }
   const std::vector<Array> columns = columnsOf(array, names);
-  const std::size_t rows = columns.front().isText() ? 1 : columns.front().size();
+  const std::size_t rows = lengthOf(columns.front());
   appendLines(out,
               {rows, columns.size(),
                [&](std::string& line, std::size_t i, std::size_t j) {
-                 appendElementOf(line, columns[j], i, delimiter);
+                 appendElementOf(line, columns[j], names[j], i, delimiter);
                }},
               delimiter);
   return out;

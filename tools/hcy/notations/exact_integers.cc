@@ -47,7 +47,7 @@ void requireExactInteger(std::string_view number, std::size_t offset) {
                            : isOf<std::uint64_t>(number) ? "uint64"
                                                          : "double";
   const std::string digits = number.size() <= 20 ? std::string(number) : "…";
-  std::string problem = "no double is equal to this integer; write ";
+  std::string problem = "this integer cannot be stored exactly as a double; write ";
   problem.append(type).append(":").append(digits);
   problem.append(" (inside JSON {\"$").append(type).append("\":").append(digits).append("})");
   problem += type == std::string_view("double") ? "" : ", or double:" + digits;

@@ -68,9 +68,9 @@ hcyclient::Array arrayFrom(const JsonValue& value) {
   } catch (const hcyclient::UsageError& error) {
     throw BadText(value.offset, error.what());
   } catch (const std::bad_cast&) {
-    throw BadText(value.offset, "larger than an array can be");
+    throw BadText(value.offset, "the array would be too large");
   } catch (const std::bad_alloc&) {
-    throw BadText(value.offset, "there is not enough memory for the array");
+    throw BadText(value.offset, "not enough memory for the array");
   }
 }
 

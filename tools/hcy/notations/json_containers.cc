@@ -8,6 +8,7 @@
 #include "notations/json_elements.h"
 #include "notations/json_typed_value.h"
 #include "text/source_text.h"
+#include "text/text.h"
 
 namespace hcy::tools {
 namespace {
@@ -16,7 +17,7 @@ using Names = std::vector<std::string>;
 
 void requireName(const std::string& name, std::size_t offset) {
   if (name.find('\0') != std::string::npos) {
-    throw BadText(offset, "the name of a field cannot hold a NUL");
+    throw BadText(offset, "a field name cannot contain a NUL character");
   }
 }
 
@@ -31,18 +32,19 @@ Names namesOf(const JsonObject& object) {
 
 Names namesIn(const JsonValue& fields) {
   const auto* const list = fields.as<JsonList>();
-  if (list == nullptr) throw BadText(fields.offset, "the fields are a list of names");
+  if (list == nullptr) throw BadText(fields.offset, "$fields must be a list of field names");
   Names names;
   for (const JsonValue& item : *list) {
     const auto* const name = item.as<std::string>();
-    if (name == nullptr) throw BadText(item.offset, "not a name");
+    if (name == nullptr) throw BadText(item.offset, "a field name must be a string");
     requireName(*name, item.offset);
     names.push_back(*name);
   }
   Names sorted = names;
   std::sort(sorted.begin(), sorted.end());
-  if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
-    throw BadText(fields.offset, "a name occurs twice");
+  const auto twice = std::adjacent_find(sorted.begin(), sorted.end());
+  if (twice != sorted.end()) {
+    throw BadText(fields.offset, "$fields has the name " + printable(*twice) + " twice");
   }
   return names;
 }
@@ -67,11 +69,11 @@ void setFields(Array& array, std::size_t i, const JsonObject& object) {
 // Refuses an element that is no object with these names; their order does not matter.
 void requireNames(const JsonValue& value, const Names& sorted) {
   const auto* const object = value.as<JsonObject>();
-  if (object == nullptr) throw BadText(value.offset, "an element of a struct is an object");
+  if (object == nullptr) throw BadText(value.offset, "an element of a struct must be an object");
   Names names = namesOf(*object);
   std::sort(names.begin(), names.end());
   if (names != sorted) {
-    throw BadText(value.offset, "the elements of a struct have the same fields");
+    throw BadText(value.offset, "all elements of a struct must have the same fields");
   }
 }
 
@@ -84,7 +86,7 @@ Array charMatrix(const JsonValue& data, const JsonList& texts) {
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const auto row = rows[i].span<char16_t>();
     if (row.size() * rows.size() != matrix.size()) {
-      throw BadText(data.offset, "the texts of a char matrix are of one length");
+      throw BadText(data.offset, "all rows of a char matrix must have the same length");
     }
     for (std::size_t j = 0; j < row.size(); ++j) units[i + j * rows.size()] = row[j];
   }
@@ -123,7 +125,7 @@ Array charArray(const JsonValue& data, const JsonValue* shape) {
 
 Array cellArray(const JsonValue& data, const JsonValue* shape) {
   const auto* const list = data.as<JsonList>();
-  if (list == nullptr) throw BadText(data.offset, "a cell is a list of its elements");
+  if (list == nullptr) throw BadText(data.offset, "a cell must be a list");
   const std::size_t rows = list->empty() ? 0 : 1;
   const Shape wanted = shape == nullptr ? Shape{rows, list->size()} : shapeFrom(*shape);
   requireCount(data, list->size(), wanted);
@@ -134,7 +136,7 @@ Array cellArray(const JsonValue& data, const JsonValue* shape) {
 
 Array structArray(const JsonValue& data, const JsonValue* shape, const JsonValue* fields) {
   const auto* const list = data.as<JsonList>();
-  if (list == nullptr) throw BadText(data.offset, "a struct is a list of its elements");
+  if (list == nullptr) throw BadText(data.offset, "a struct must be a list of objects");
   const std::size_t rows = list->empty() ? 0 : 1;
   const Shape wanted = shape == nullptr ? Shape{rows, list->size()} : shapeFrom(*shape);
   Names names;

@@ -23,14 +23,18 @@ void collect(const JsonValue& data, const Shape& lengths, std::size_t level,
              std::vector<const JsonValue*>& values) {
   const auto* const list = data.as<JsonList>();
   if (level == lengths.size()) {
-    if (list != nullptr) throw BadText(data.offset, "a list where the others have a value");
+    if (list != nullptr)
+      throw BadText(data.offset, "expected a single value, like the first element, but got a list");
     values.push_back(&data);
     return;
   }
-  if (list == nullptr) throw BadText(data.offset, "a value where the others have a list");
+  if (list == nullptr)
+    throw BadText(data.offset, "expected a list, like the first element, but got a single value");
   if (list->size() != lengths[level]) {
-    throw BadText(data.offset, "the lists differ in length: " + std::to_string(list->size()) +
-                                   " and before " + std::to_string(lengths[level]));
+    throw BadText(data.offset, "this list has " + std::to_string(list->size()) +
+                                   (list->size() == 1 ? " element" : " elements") +
+                                   ", but the lists before it have " +
+                                   std::to_string(lengths[level]));
   }
   for (const JsonValue& item : *list) collect(item, lengths, level + 1, values);
 }
@@ -52,15 +56,15 @@ std::vector<const JsonValue*> columnMajor(const std::vector<const JsonValue*>& r
 }  // namespace
 
 std::size_t sizeFrom(const JsonValue& value, std::uint64_t largest) {
-  const auto size = elementFrom<std::uint64_t>(value);
-  if (size > largest) throw BadText(value.offset, "larger than " + std::to_string(largest));
-  return size;
+  const auto* const number = value.as<JsonNumber>();
+  if (number == nullptr) throw BadText(value.offset, "expected a number");
+  return detail::numberFrom<std::uint64_t>(value, number->token, largest);
 }
 
 Shape shapeFrom(const JsonValue& value) {
   const auto* const list = value.as<JsonList>();
   if (list == nullptr || list->size() < 2) {
-    throw BadText(value.offset, "a shape is a list of two dimensions or more");
+    throw BadText(value.offset, "$shape must be a list of at least two dimensions");
   }
   Shape shape;
   for (const JsonValue& dimension : *list) shape.push_back(sizeFrom(dimension));
@@ -80,7 +84,9 @@ Elements nestedElements(const JsonValue& data) {
 Elements flatElements(const JsonValue& data, const JsonValue& shape) {
   Elements elements{shapeFrom(shape), {}};
   const auto* const list = data.as<JsonList>();
-  if (list == nullptr) throw BadText(data.offset, "beside a shape stands a list of all elements");
+  if (list == nullptr) {
+    throw BadText(data.offset, "with $shape, the data must be a single list of all elements");
+  }
   requireCount(data, list->size(), elements.shape);
   elements.values.reserve(list->size());
   for (const JsonValue& item : *list) elements.values.push_back(&item);
@@ -98,10 +104,11 @@ void requireCount(const JsonValue& data, std::size_t count, const Shape& shape) 
   }
   if (isEmpty) wanted = 0;
   if (isTooLarge && !isEmpty)
-    throw BadText(data.offset, "the shape is larger than an array can be");
+    throw BadText(data.offset, "the shape has more elements than an array can have");
   if (count != wanted) {
-    throw BadText(data.offset, "the shape has " + std::to_string(wanted) + " elements, here are " +
-                                   std::to_string(count));
+    throw BadText(data.offset, "the shape needs " + std::to_string(wanted) +
+                                   (wanted == 1 ? " element" : " elements") + ", but there " +
+                                   (count == 1 ? "is " : "are ") + std::to_string(count));
   }
 }
 

@@ -66,25 +66,28 @@ T numberFrom(const JsonValue& value, std::string_view token) {
 }
 
 template <std::integral T>
-T numberFrom(const JsonValue& value, std::string_view token) {
+T numberFrom(const JsonValue& value, std::string_view token,
+             T largest = std::numeric_limits<T>::max()) {
   T number = 0;
   const char* const end = token.data() + token.size();
   const auto read = std::from_chars(token.data(), end, number);
-  if (read.ec == std::errc() && read.ptr == end) return number;
+  if (read.ec == std::errc() && read.ptr == end && number <= largest) return number;
   if (token == "-0") return 0;
-  const auto refuse = [&value](const std::string& problem) {
-    throw BadText(value.offset, "the number " + problem);
+  const auto refuse = [&value](const std::string& wanted) {
+    throw BadText(value.offset, "the number must be " + wanted);
   };
   if (token.find_first_of(".eE") != std::string_view::npos) {
-    // With a point or an exponent: taken where nothing can have been lost on the way.
+    // With a point or an exponent: taken if no digit can have been lost.
     constexpr double firstRounded = 9007199254740992;
     const auto wide = numberFrom<double>(value, token);
-    if (wide != std::trunc(wide)) refuse("is not whole");
-    if (std::abs(wide) >= firstRounded) refuse("is to be written without point and exponent");
-    if (std::in_range<T>(static_cast<std::int64_t>(wide))) return static_cast<T>(wide);
+    if (wide != std::trunc(wide)) refuse("an integer");
+    if (std::abs(wide) >= firstRounded) refuse("written without a decimal point or an exponent");
+    if (std::in_range<T>(static_cast<std::int64_t>(wide)) && static_cast<T>(wide) <= largest) {
+      return static_cast<T>(wide);
+    }
   }
-  refuse("is not between " + std::to_string(std::numeric_limits<T>::min()) + " and " +
-         std::to_string(std::numeric_limits<T>::max()));
+  refuse("between " + std::to_string(std::numeric_limits<T>::min()) + " and " +
+         std::to_string(largest));
   return 0;
 }
 
@@ -102,7 +105,7 @@ T elementFrom(const JsonValue& value) {
       if (*name == "NaN") return std::numeric_limits<T>::quiet_NaN();
       if (*name == "Infinity") return std::numeric_limits<T>::infinity();
       if (*name == "-Infinity") return -std::numeric_limits<T>::infinity();
-      throw BadText(value.offset, R"(only "NaN", "Infinity" and "-Infinity" stand for numbers)");
+      throw BadText(value.offset, R"(expected a number, "NaN", "Infinity" or "-Infinity")");
     }
   }
   const auto* const number = value.as<JsonNumber>();
@@ -110,9 +113,9 @@ T elementFrom(const JsonValue& value) {
     if (number != nullptr && (number->token == "0" || number->token == "1")) {
       return number->token == "1";
     }
-    throw BadText(value.offset, "neither true nor false");
+    throw BadText(value.offset, "expected true or false");
   } else {
-    if (number == nullptr) throw BadText(value.offset, "not a number");
+    if (number == nullptr) throw BadText(value.offset, "expected a number");
     if constexpr (std::is_same_v<T, char16_t>) {
       return static_cast<char16_t>(detail::numberFrom<std::uint16_t>(value, number->token));
     } else {

@@ -40,8 +40,9 @@ SparseData partsOf(const JsonValue& data) {
     }
   }
   if (found != 3) {
-    throw BadText(data.offset,
-                  R"(a sparse value is {"rows": M, "cols": N, "entries": [[i, j, value], …]})");
+    throw BadText(
+        data.offset,
+        R"(a sparse value must have the form {"rows": M, "cols": N, "entries": [[i, j, value], …]})");
   }
   return parts;
 }
@@ -62,14 +63,14 @@ Array sparseOf(const SparseData& parts) {
   for (const JsonValue& item : *parts.entries->as<JsonList>()) {
     const auto* const entry = item.as<JsonList>();
     if (entry == nullptr || entry->size() != length) {
-      throw BadText(item.offset, "an entry is [i, j, value], or [i, j, re, im] if all are");
+      throw BadText(item.offset,
+                    "a sparse entry must be [i, j, value], or [i, j, re, im] if all are complex");
     }
     const std::size_t row = sizeFrom((*entry)[0]);
     const std::size_t column = sizeFrom((*entry)[1]);
     if (row >= parts.rows || column >= parts.columns) {
       throw BadText(item.offset,
-                    "the entry is outside the array, whose rows and columns count "
-                    "from 0");
+                    "the entry is outside the array; rows and columns are numbered from 0");
     }
     entries.push_back({row, column, sparseElement<T>(*entry)});
   }
@@ -90,7 +91,7 @@ Array sparseArray(const JsonValue& data, std::optional<hcyClassID> classId, bool
   const hcyClassID wanted = classId.value_or(isOfTruths ? hcyLOGICAL_CLASS : hcyDOUBLE_CLASS);
   if (wanted == hcyLOGICAL_CLASS && !isComplex) return sparseOf<bool>(parts);
   if (wanted != hcyDOUBLE_CLASS) {
-    throw BadText(data.offset, "a sparse array is double, complex or not, or logical");
+    throw BadText(data.offset, "a sparse array must be double, complex double or logical");
   }
   if (isComplex || (first != nullptr && first->size() == 4)) {
     return sparseOf<std::complex<double>>(parts);

@@ -11,6 +11,7 @@
 #include "notations/json_array.h"
 #include "notations/json_elements.h"
 #include "text/source_text.h"
+#include "text/text.h"
 
 namespace hcy::tools {
 namespace {
@@ -37,7 +38,8 @@ Array complexOf(const Elements& real, const Elements& imaginary) {
 Array doubleArray(const TypedValue& value) {
   const bool isSparse = value.type == "sparse";
   if (isSparse && value.shape != nullptr) {
-    throw BadText(value.shape->offset, "rows and cols say the shape");
+    throw BadText(value.shape->offset,
+                  "a sparse value has its shape in rows and cols; remove $shape");
   }
   Array array = isSparse ? sparseArray(*value.data, std::nullopt, false)
                          : complexArray(value, hcyDOUBLE_CLASS);
@@ -51,10 +53,10 @@ Array classOf(const TypedValue& outer, hcyClassID classId, const JsonObject& dat
   if (inner.type == "sparse" && outer.shape == nullptr)
     return sparseArray(*inner.data, classId, false);
   if (inner.type != "complex") {
-    throw BadText(outer.data->offset, "only complex and sparse have a class before them");
+    throw BadText(outer.data->offset, "only complex and sparse can follow another class");
   }
   if (outer.shape != nullptr) {
-    if (inner.shape != nullptr) throw BadText(inner.shape->offset, "a second shape");
+    if (inner.shape != nullptr) throw BadText(inner.shape->offset, "$shape is given twice");
     inner.shape = outer.shape;
   }
   return complexArray(inner, classId);
@@ -102,19 +104,22 @@ TypedValue typedValueFrom(const JsonObject& object, std::size_t offset) {
       value.shape = &member.value;
     } else if (name == "$fields") {
       value.fields = &member.value;
+    } else if (type == typeNames().end() && name.starts_with('$')) {
+      throw BadText(member.offset, "there is no class " + printable(name.substr(1)));
     } else if (type == typeNames().end()) {
-      throw BadText(member.offset,
-                    name.starts_with('$') ? "no class has this name" : "no field beside a class");
+      throw BadText(member.offset, "an object with a class cannot have other members");
     } else if (value.data != nullptr) {
-      throw BadText(member.offset, "a second class");
+      throw BadText(member.offset, "an object cannot have two classes");
     } else {
       value.type = *type;
       value.data = &member.value;
     }
   }
-  if (value.data == nullptr) throw BadText(offset, "an object without a class");
+  if (value.data == nullptr) {
+    throw BadText(offset, "$shape and $fields need a class beside them, such as $double");
+  }
   if (value.fields != nullptr && value.type != "struct") {
-    throw BadText(value.fields->offset, "only a struct has fields");
+    throw BadText(value.fields->offset, "only a struct can have $fields");
   }
   return value;
 }
@@ -138,12 +143,12 @@ Array complexArray(const TypedValue& value, hcyClassID classId) {
   const JsonValue* const real = object == nullptr ? nullptr : memberOf(*object, "re");
   const JsonValue* const imaginary = object == nullptr ? nullptr : memberOf(*object, "im");
   if (real == nullptr || imaginary == nullptr || object->size() != 2) {
-    throw BadText(value.data->offset, R"(a complex value is {"re": …, "im": …})");
+    throw BadText(value.data->offset, R"(a complex value must have the form {"re": …, "im": …})");
   }
   const Elements realElements = elementsOf(*real, value.shape);
   const Elements imaginaryElements = elementsOf(*imaginary, value.shape);
   if (realElements.shape != imaginaryElements.shape) {
-    throw BadText(imaginary->offset, "the imaginary parts have another shape than the real ones");
+    throw BadText(imaginary->offset, "re and im must have the same shape");
   }
   return withElementType(classId, [&](auto type) -> Array {
     using T = typename decltype(type)::type;

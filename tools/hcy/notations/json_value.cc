@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "text/source_text.h"
+#include "text/text.h"
 
 namespace hcy::tools {
 namespace {
@@ -76,12 +77,28 @@ std::string problemOf(const std::string& what) {
   return "bad JSON: " + problem;
 }
 
-// The number that begins here and that JSON does not have; empty for anything else.
-std::string_view missingNumber(std::string_view text) {
-  for (const std::string_view name : {"NaN", "Infinity", "-Infinity"}) {
-    if (text.starts_with(name)) return name;
-  }
-  return {};
+bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
+
+bool isSameWord(std::string_view word, std::string_view lower) {
+  return std::equal(word.begin(), word.end(), lower.begin(), lower.end(),
+                    [](char a, char b) { return (a | 0x20) == b; });
+}
+
+// Refuses a number that JSON does not have, and says what to write instead. The parser stopped at
+// `offset`: at the first letter, or at the second one of `nan`, which begins as `null` does.
+void requireNoMissingNumber(std::string_view text, std::size_t offset) {
+  std::size_t start = offset;
+  while (start > 0 && isLetter(text[start - 1])) --start;
+  std::size_t end = start;
+  while (end < text.size() && isLetter(text[end])) ++end;
+  const std::string_view word = text.substr(start, end - start);
+  if (!isMissingNumber(word)) return;
+  const bool isNegative = start > 0 && text[start - 1] == '-';
+  const bool isNan = isSameWord(word, "nan");
+  const std::string name = isNan ? "NaN" : isNegative ? "-Infinity" : "Infinity";
+  throw BadText(start - (isNegative ? 1 : 0),
+                "JSON has no " + name + "; write it in quotes, with a class: double:[1,\"" + name +
+                    "\"], or inside JSON {\"$double\":[1,\"" + name + "\"]}");
 }
 
 // Builds the tree from what the parser meets.
@@ -123,7 +140,8 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
         sorted.begin(), sorted.end(),
         [](const JsonMember* a, const JsonMember* b) { return a->name == b->name; });
     if (twice != sorted.end()) {
-      throw BadText((*std::next(twice))->offset, "the same name as before in this object");
+      throw BadText((*std::next(twice))->offset,
+                    "this object has the name " + printable((*twice)->name) + " twice");
     }
     return close();
   }
@@ -137,12 +155,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
     if (what.find("unexpected string literal") != std::string::npos) {
       throw BadText(startOfText(text_, end), what);
     }
-    const bool isNegative = end > 1 && text_[end - 2] == '-';
-    const std::size_t start = end - (isNegative ? 2 : 1);
-    const std::string number(missingNumber(text_.substr(start)));
-    if (!number.empty()) {
-      throw BadText(start, R"(bad JSON: such a number is written {"$double":")" + number + "\"}");
-    }
+    requireNoMissingNumber(text_, end - 1);
     throw BadText(end - 1, what);
   }
 
@@ -152,7 +165,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
     if (end == 0 || end > text_.size() || (text_[end - 1] != '}' && text_[end - 1] != ']')) return;
     const std::size_t comma = text_.substr(0, end - 1).find_last_not_of(" \t\r\n");
     if (comma == std::string_view::npos || text_[comma] != ',') return;
-    throw BadText(comma, std::string("bad JSON: a comma before '") + text_[end - 1] + "'");
+    throw BadText(comma, std::string("bad JSON: trailing comma before '") + text_[end - 1] + "'");
   }
 
   // Behind the last character that the parser has looked at.
@@ -208,10 +221,14 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
 
 }  // namespace
 
+bool isMissingNumber(std::string_view word) {
+  return isSameWord(word, "nan") || isSameWord(word, "inf") || isSameWord(word, "infinity");
+}
+
 JsonValue parseJson(std::string_view text) {
   // The parser would take it for the end.
   const std::size_t nul = text.find('\0');
-  if (nul != std::string_view::npos) throw BadText(nul, "bad JSON: a NUL");
+  if (nul != std::string_view::npos) throw BadText(nul, "bad JSON: NUL character");
   // Of nothing at all, newer parsers say something else.
   if (text.empty()) {
     throw BadText(0, "bad JSON: unexpected end of input; expected '[', '{', or a literal");

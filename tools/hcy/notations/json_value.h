@@ -41,6 +41,9 @@ struct JsonMember {
 // Deeper than any array that a reply can hold.
 inline constexpr std::size_t kDeepestJson = 256;
 
+// Whether the word is NaN, Inf or Infinity, in letters of either case: JSON has no such numbers.
+bool isMissingNumber(std::string_view word);
+
 // Reads one value (RFC 8259) that is all of the text, and throws BadText. The value must not
 // outlive the text.
 JsonValue parseJson(std::string_view text);

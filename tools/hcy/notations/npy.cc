@@ -35,14 +35,15 @@ std::size_t countOf(const NpyHeader& header, std::size_t bytes) {
   std::size_t count = isEmpty ? 0 : 1;
   for (const std::size_t dimension : header.shape) {
     if (count > kLargestSize / std::max<std::size_t>(dimension, 1)) {
-      throw BadInput("the .npy file is larger than an array can be");
+      throw BadInput("the .npy file has more elements than an array can have");
     }
     count *= dimension;
   }
   if (bytes / std::max<std::size_t>(size, 1) < count || bytes != count * size) {
-    throw BadInput("the .npy file holds " + std::to_string(bytes) + " bytes of elements where " +
-                   std::to_string(count) + " elements of " + std::to_string(size) +
-                   " bytes are named");
+    throw BadInput("the .npy file is damaged: its header calls for " + std::to_string(count) +
+                   (count == 1 ? " element" : " elements") + " of " + std::to_string(size) +
+                   (size == 1 ? " byte" : " bytes") + ", but it has " + std::to_string(bytes) +
+                   (bytes == 1 ? " byte" : " bytes") + " of data");
   }
   return count;
 }
@@ -114,14 +115,15 @@ Array integers(const NpyHeader& header, std::string_view data, std::size_t count
 // The character at `index` of the file.
 char32_t characterAt(const NpyHeader& header, std::string_view data, std::size_t index) {
   const auto character = valueAt<std::uint32_t>(data.data() + 4 * index, header.isBigEndian);
-  if (character > 0x10FFFF) throw BadInput("the .npy file holds what is not a character");
+  if (character > 0x10FFFF)
+    throw BadInput("a string in the .npy file contains an invalid character");
   return character;
 }
 
 char16_t unitAt(const NpyHeader& header, std::string_view data, std::size_t index) {
   const char32_t character = characterAt(header, data, index);
   if (character > 0xFFFF) {
-    throw BadInput("an array of characters in a .npy file can hold none above U+FFFF");
+    throw BadInput("an array of strings in a .npy file cannot contain characters above U+FFFF");
   }
   return static_cast<char16_t>(character);
 }
@@ -155,7 +157,7 @@ Array texts(const NpyHeader& header, std::string_view data, std::size_t count) {
     return matrix;
   }
   if (length != 1) {
-    throw BadInput("texts in a .npy file are single characters if it has several dimensions");
+    throw BadInput("strings in a .npy file of several dimensions must be single characters");
   }
   Array array = Array::zeros<char16_t>(arrayShape(header.shape));
   const auto units = array.span<char16_t>();
@@ -230,7 +232,7 @@ std::string numberFile(const Array& array, const Shape& shape) {
     }
     return file;
   } else {
-    throw NoNotation("NumPy has no complex integers, so this cannot be a .npy file");
+    throw NoNotation("NumPy has no complex integers, so this array cannot be written as .npy");
   }
 }
 
@@ -250,12 +252,12 @@ hcyclient::Array arrayOfNpy(std::string_view bytes) {
 std::string npyOf(const hcyclient::Array& array) {
   if (array.isCell() || array.isStruct() || array.isSparse()) {
     const std::string kind(array.isSparse() ? "sparse" : array.className());
-    throw NoNotation("a " + kind + " array cannot be a .npy file");
+    throw NoNotation("a " + kind + " array cannot be written as .npy");
   }
   Shape shape = array.shape();
   shape.resize(std::max<std::size_t>(shape.size(), 2), 1);
   if (shape.size() > kMostNpyDimensions) {
-    throw NoNotation("a .npy file has no more than " + std::to_string(kMostNpyDimensions) +
+    throw NoNotation("a .npy file can have at most " + std::to_string(kMostNpyDimensions) +
                      " dimensions");
   }
   if (array.isText()) return textFile(array, std::move(shape));

@@ -91,7 +91,7 @@ class Reader {
   }
 
   void readType(NpyHeader& header) {
-    if (text_.starts_with('[')) throw BadInput("a structured type of NumPy cannot be an argument");
+    if (text_.starts_with('[')) throw BadInput("structured NumPy types are not supported");
     const std::string_view type = quoted();
     std::string_view rest = type;
     header.isBigEndian = rest.starts_with('>') || (rest.starts_with('=') && kIsBigEndian);
@@ -102,7 +102,7 @@ class Reader {
     const char* const end = rest.data() + rest.size();
     const auto read = std::from_chars(rest.data(), end, header.itemSize);
     if (read.ec != std::errc() || read.ptr != end || !isServed(header)) {
-      throw BadInput("no class has the NumPy type " + printable(type));
+      throw BadInput("the NumPy type " + printable(type) + " is not supported");
     }
   }
 

@@ -2,6 +2,7 @@
 
 #include "settings/command_options.h"
 
+#include <array>
 #include <cctype>
 #include <charconv>
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 #include <tuple>
+#include <type_traits>
 #include <vector>
 
 #include "settings/help_texts.h"
@@ -17,17 +19,44 @@
 namespace hcy::tools {
 namespace {
 
-// More outputs than any function has, and few enough to make room for.
+// More outputs than any function has, and few enough to allocate.
 constexpr int kMostOutputs = 100000;
 
-// Takes "\\t" for a tab.
+// Accepts "\\t" for a tab.
 std::string delimiterProblem(std::string& text) {
   if (text == "\\t") text = "\t";
   constexpr std::string_view reserved = "\"#+-.\r\n";
   const bool isPlain = text.size() == 1 && reserved.find(text[0]) == std::string_view::npos &&
                        (text[0] == '\t' || (text[0] >= ' ' && text[0] <= '~')) &&
                        !std::isalnum(static_cast<unsigned char>(text[0]));
-  return isPlain ? "" : "not usable as a delimiter of fields: " + text;
+  return isPlain ? ""
+                 : "must be one character (not a letter, a digit, or one of \" # + - .), but is " +
+                       text;
+}
+
+template <class Number>
+std::string decimal(Number number) {
+  std::array<char, 32> text{};
+  char* const end = text.data() + text.size();
+  if constexpr (std::is_floating_point_v<Number>) {
+    return {text.data(), std::to_chars(text.data(), end, number, std::chars_format::fixed).ptr};
+  } else {
+    return {text.data(), std::to_chars(text.data(), end, number).ptr};
+  }
+}
+
+// A check that an option is a number from `low` to `high`.
+template <class Number>
+CLI::Validator between(Number low, Number high) {
+  const auto problem = [low, high](const std::string& text) -> std::string {
+    Number number{};
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    const bool isNumber = read.ec == std::errc() && read.ptr == end;
+    if (isNumber && number >= low && number <= high) return "";
+    return "must be between " + decimal(low) + " and " + decimal(high) + ", but is " + text;
+  };
+  return {problem, "", ""};
 }
 
 std::string secondsProblem(const std::string& text) {
@@ -36,7 +65,7 @@ std::string secondsProblem(const std::string& text) {
   const auto read = std::from_chars(text.data(), end, seconds);
   const bool isNumber = read.ec == std::errc() && read.ptr == end;
   const bool isInRange = seconds >= 0 && seconds <= std::numeric_limits<std::uint32_t>::max();
-  return isNumber && isInRange ? "" : "not a number of seconds: " + text;
+  return isNumber && isInRange ? "" : "must be between 0 and 4294967295 seconds, but is " + text;
 }
 
 template <class Validator>
@@ -92,7 +121,7 @@ void addInputs(CLI::App& command, Options& options) {
   command.allow_extras();  // the inputs
   command.add_option("-n,--nargout", options.nargout, "Number of outputs [1]")
       ->type_name("N")
-      ->check(unnamed(CLI::Range(0, kMostOutputs)));
+      ->check(between(0, kMostOutputs));
   command
       .add_option_function<std::string>(
           "--delimiter",
@@ -116,7 +145,7 @@ CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& 
 void addOutput(CLI::App& app, OutputSettings& output) {
   const char* const group = "Output";
   const std::vector<std::tuple<const char*, Form, const char*>> forms = {
-      {"--json", Form::kJson, "Print each output on a line, as JSON that an ARG can be"},
+      {"--json", Form::kJson, "Print each output as one line of JSON, which can be an ARG again"},
       {"-r,--raw", Form::kRaw, "Print text and single numbers without quotes or class"},
       {"--csv", Form::kCsv, "Print tables as comma-separated values"},
       {"--tsv", Form::kTsv, "Print tables as tab-separated values"}};
@@ -128,9 +157,10 @@ void addOutput(CLI::App& app, OutputSettings& output) {
     for (CLI::Option* const other : flags) flag->excludes(other);
     flags.push_back(flag);
   }
-  app.add_option("-o,--output", output.files,
-                 "Write to a file, by its ending: .json .csv .tsv .npy .txt; repeated, a file for "
-                 "each output")
+  app.add_option(
+         "-o,--output", output.files,
+         "Write to a file, as its ending says: .json .csv .tsv .npy .txt; repeat the option "
+         "to write each output to its own file")
       ->type_name("FILE")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
@@ -145,9 +175,9 @@ void addOutput(CLI::App& app, OutputSettings& output) {
       ->group(group);
 }
 
-// What shows a single call from near.
+// What shows the details of a single call.
 std::vector<CLI::Option*> addSeeing(CLI::App& app, Options& options) {
-  const char* const group = "Seeing";
+  const char* const group = "Diagnostics";
   std::vector<CLI::Option*> all = {
       app.add_flag("-v,--verbose", options.isVerbose,
                    "Show request, status, sizes and times on standard error"),
@@ -164,7 +194,7 @@ void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& s
   app.add_option("--retry", options.retries,
                  "Call again up to N times if the connection or the server fails [0]")
       ->type_name("N")
-      ->check(unnamed(CLI::Range(0U, 1000U)))
+      ->check(between(0U, 1000U))
       ->group(group);
   CLI::Option* const each =
       app.add_option_function<std::vector<std::string>>(
@@ -180,7 +210,7 @@ void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& s
   for (CLI::Option* const option : seeing) option->excludes(each);
   app.add_option("-j,--jobs", options.jobs, "Calls to make at once [1]")
       ->type_name("N")
-      ->check(unnamed(CLI::Range(1U, 1024U)))
+      ->check(between(1U, 1024U))
       ->needs(each)
       ->group(group);
 }
@@ -195,16 +225,17 @@ void addCall(CLI::App& app, Options& options) {
 
 void addBenchSettings(CLI::App& app, Options& options) {
   const auto seconds = unnamed(CLI::Validator(secondsProblem, "", ""));
-  app.add_option("--duration", options.duration, "Begin no more calls after this time")
+  app.add_option("--duration", options.duration, "Start no more calls after this time")
       ->type_name("SECONDS")
       ->check(seconds);
   app.add_option("--warmup", options.warmUps, "Calls to make before measuring [0]")
       ->type_name("N")
-      ->check(unnamed(CLI::Range(std::uint64_t{0}, std::uint64_t{1000000000})));
-  app.add_option("--rate", options.rate,
-                 "Calls to begin per second; a latency counts from when its call was due")
+      ->check(between<std::uint64_t>(0, 1000000000));
+  app.add_option(
+         "--rate", options.rate,
+         "Calls to start per second, 0.001 to 1000000; a latency counts from when its call was due")
       ->type_name("R")
-      ->check(unnamed(CLI::Range(1e-3, 1e6)));
+      ->check(between(1e-3, 1e6));
   app.add_option("--against", options.against,
                  "Another URL to compare with; the two are called in turns")
       ->type_name("URL");
@@ -218,14 +249,14 @@ void addBench(CLI::App& app, Options& options) {
       addCalling(app, "bench", "Call a function repeatedly and measure it", options);
   bench
       ->add_option("--calls", options.calls,
-                   "Number of calls in all [1000, or as many as go into --duration]")
+                   "Number of calls in all [1000, or as many as fit into --duration]")
       ->type_name("N")
-      ->check(unnamed(CLI::Range(std::uint64_t{1}, std::uint64_t{1000000000})));
+      ->check(between<std::uint64_t>(1, 1000000000));
   bench
       ->add_option("--threads", options.threads,
                    "Threads that make calls, each on its own connection [1]")
       ->type_name("T")
-      ->check(unnamed(CLI::Range(1U, 1024U)));
+      ->check(between(1U, 1024U));
   addBenchSettings(*bench, options);
   addSettings(*bench, options.settings);
   bench->footer(std::string(kArgumentHelp) + kBenchExamples);
@@ -259,12 +290,12 @@ void addShow(CLI::App& app, Options& options) {
       ->required()
       ->type_name("");
   CLI::Option* const request = show->add_flag_callback(
-      "--request", [&options] { options.body = Body::kRequest; }, "Read it as a request");
+      "--request", [&options] { options.body = Body::kRequest; }, "Read the file as a request");
   show->add_flag_callback(
-          "--reply", [&options] { options.body = Body::kReply; }, "Read it as a reply")
+          "--reply", [&options] { options.body = Body::kReply; }, "Read the file as a reply")
       ->excludes(request);
   show->add_flag("--schema", options.showsSchema,
-                 "Show the fields by their names in the schema, not as arrays");
+                 "Show the fields with their names in the schema, not as arrays");
   show->footer(kShowExamples + 1);
 }
 

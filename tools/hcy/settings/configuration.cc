@@ -108,13 +108,14 @@ class Reader {
   double secondsFrom(const toml::node& node) const {
     const auto seconds = node.value<double>();
     if (!seconds || !(*seconds >= 0 && *seconds <= std::numeric_limits<std::uint32_t>::max())) {
-      refuse(node.source(), "expected a number of seconds");
+      refuse(node.source(), "expected a number of seconds between 0 and 4294967295");
     }
     return *seconds;
   }
   std::uint32_t bytesFrom(const toml::node& node) const {
     const auto bytes = valueFrom<std::int64_t>(node, "a number of bytes");
-    if (!std::in_range<std::uint32_t>(bytes)) refuse(node.source(), "this is out of range");
+    if (!std::in_range<std::uint32_t>(bytes))
+      refuse(node.source(), "must be between 0 and 4294967295");
     return static_cast<std::uint32_t>(bytes);
   }
 
@@ -175,7 +176,8 @@ void requirePrivate(const std::string& file) {
     throw BadInput(printable(file) + ": " + std::generic_category().message(errno));
   }
   if ((state.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-    throw BadInput(printable(file) + " is open to other users; run chmod 600 " + printable(file));
+    throw BadInput(printable(file) + " is accessible to other users; run chmod 600 " +
+                   printable(file));
   }
 }
 

@@ -8,9 +8,9 @@
 
 namespace hcy::tools {
 
-// Says of each option what a user needs to know, and not how it is checked. Adds the inputs of a
-// function, which are no option of CLI11: it would split a list in brackets, and its versions
-// differ in what they give to an optional positional.
+// Prints what a user needs to know of each option, and not how it is checked. Adds the inputs of a
+// function, which are not an option of CLI11: it would split a list in brackets, and its versions
+// differ in what they pass to an optional positional.
 class HelpFormatter : public CLI::Formatter {
  public:
   std::string make_usage(const CLI::App* app, std::string name) const override {
@@ -23,7 +23,7 @@ class HelpFormatter : public CLI::Formatter {
     if (!takesInputs(*app)) return lines;
     std::string name = "  ARG";
     name.resize(std::max(get_column_width(), name.size() + 1), ' ');
-    lines.insert(lines.find_last_not_of('\n') + 1, "\n" + name + "Its inputs");
+    lines.insert(lines.find_last_not_of('\n') + 1, "\n" + name + "Inputs of the function");
     return lines;
   }
   std::string make_option_opts(const CLI::Option* option) const override {
@@ -31,7 +31,8 @@ class HelpFormatter : public CLI::Formatter {
     return type.empty() ? "" : " " + type;
   }
   std::string make_option_usage(const CLI::Option* option) const override {
-    return option->get_name(true);
+    const std::string name = option->get_name(true);
+    return option->get_required() ? name : "[" + name + "]";
   }
 
  private:

@@ -6,14 +6,14 @@
 
 namespace hcy::tools {
 
-inline constexpr const char* kArgumentHelp = R"(An ARG is one of
+inline constexpr const char* kArgumentHelp = R"(An ARG is one of:
   5  true  '"text"'  '{"a":1}'                         JSON
   [1,2]  [[1],[2]]  [[1,2],[3,4]]                      a row, a column, rows
-  int16:[1,2]  float32:0.5                             JSON with a class before it
+  int16:[1,2]  float32:0.5                             JSON of the class in front
   text:hello  text:@notes.txt  text:-                  text
   @data.json  @table.csv  @table.tsv  @a.npy           a file
   -  csv:-  tsv:-                                      the standard input
-  '@table.csv[x,y]'  '@table.csv[x;y]'                 columns: as a matrix; one by one
+  '@table.csv[x,y]'  '@table.csv[x;y]'                 columns: as one ARG; as two
 See hcy(1) for more.
 )";
 

@@ -44,7 +44,7 @@ bool readByte(const Descriptor& from, char& byte) {
 }
 
 void append(Secret& secret, char byte) {
-  if (byte == '\0') throw BadInput("the pass phrase has a NUL inside");
+  if (byte == '\0') throw BadInput("the pass phrase contains a NUL character");
   if (!secret.append(byte)) {
     throw BadInput("the pass phrase is longer than " + std::to_string(Secret::kLongest) + " bytes");
   }
@@ -60,7 +60,8 @@ class SilentTerminal {
     silent.c_cc[VMIN] = 1;
     silent.c_cc[VTIME] = 0;
     isSet_ = isSet_ && ::tcsetattr(terminal_.get(), TCSAFLUSH, &silent) == 0;
-    if (!isSet_) throw BadInput("the terminal cannot be kept from showing the pass phrase");
+    if (!isSet_)
+      throw BadInput("cannot ask for the pass phrase: the terminal cannot hide what is typed");
   }
   SilentTerminal(const SilentTerminal&) = delete;
   SilentTerminal& operator=(const SilentTerminal&) = delete;
@@ -110,13 +111,14 @@ Secret passPhraseOfFile(const std::string& file) {
   while (from.isOpen() && readByte(from, byte) && byte != '\n') append(secret, byte);
   if (errno != 0) throw BadInput(printable(file) + ": " + std::generic_category().message(errno));
   if (secret.text().ends_with('\r')) secret.removeLast();
-  if (secret.text().empty()) throw BadInput(printable(file) + ": its first line is empty");
+  if (secret.text().empty())
+    throw BadInput(printable(file) + ": the first line, which must be the pass phrase, is empty");
   return secret;
 }
 
 Secret passPhraseOfTerminal() {
   const Descriptor terminal("/dev/tty", O_RDWR | O_NOCTTY);
-  if (!terminal.isOpen()) throw BadInput("there is no terminal to ask for the pass phrase on");
+  if (!terminal.isOpen()) throw BadInput("cannot ask for the pass phrase: there is no terminal");
   Secret secret;
   Ended ended{};
   {

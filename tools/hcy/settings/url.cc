@@ -28,7 +28,7 @@ void requireHttp(std::string_view url) {
   for (const std::string_view called : {"http", "https"}) {
     if (std::equal(scheme.begin(), scheme.end(), called.begin(), called.end(), isSame)) return;
   }
-  throw BadInput("the scheme of the URL is neither http nor https: " + printable(scheme) + "://");
+  throw BadInput("the URL must begin with http:// or https://, not " + printable(scheme) + "://");
 }
 
 }  // namespace hcy::tools

@@ -92,7 +92,8 @@ std::string contentsOf(const std::string& file) {
   while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), stream.get())) {
     contents.append(piece.data(), count);
     if (contents.size() > kLongestFile) {
-      throw BadInput(printable(name) + ": longer than " + std::to_string(kLongestFile) + " bytes");
+      throw BadInput(printable(name) + ": the file is larger than " + std::to_string(kLongestFile) +
+                     " bytes");
     }
   }
   if (std::ferror(stream.get()) != 0) refuseFile(name);
