@@ -6,6 +6,7 @@ import os
 import pathlib
 import subprocess
 import tempfile
+import time
 import unittest
 
 from index_server import FUNCTIONS, IndexServer
@@ -78,6 +79,54 @@ class List(unittest.TestCase):
         with IndexServer('{"functions":[{"name":"a\\u001b[2J","summary":"b\\nc"}]}') as server:
             self.assertEqual(listed(server.url)[0], 'a\\u001b[2J  b\\nc\n')
             self.assertEqual(listed(server.url, '-r')[0], 'a\\u001b[2J\n')
+
+
+class Suggestion(unittest.TestCase):
+    """After a 404, hcy call looks into the index for a similar name."""
+
+    def called(self, server, function, *arguments):
+        done = subprocess.run([HCY, 'call', f'{server.url}/{function}', *arguments], text=True,
+                              capture_output=True, check=False, stdin=subprocess.DEVNULL)
+        return done.stderr, done.returncode
+
+    def index_of(self, *names):
+        return json.dumps({'functions': [{'name': name} for name in names]})
+
+    def test_of_a_similar_name(self):
+        suggested = "hcy: HTTP status 404 Not Found; did you mean 'math/plus'?\n"
+        with IndexServer() as server:
+            for name in ('math/pluss', 'math/puls', '/math/plus2/', 'plus', 'math/pluss?a=b'):
+                self.assertEqual(self.called(server, name, '2', '3'), (suggested, 2), name)
+            self.assertEqual(server.requests, 5)
+
+    def test_of_no_name(self):
+        unchanged = ('hcy: HTTP status 404 Not Found\n', 2)
+        for index, name in ((None, 'no/such/function'), (None, 'math/plus'), (None, ''),
+                            (self.index_of('a/twice', 'b/twice'), 'twice'), ('<html>', 'pluss'),
+                            (self.index_of(*['plus'] * 80000), 'pluss'),
+                            (self.index_of('long' * 100), 'long' * 99), ('', 'pluss')):
+            with IndexServer(index) as server:
+                self.assertEqual(self.called(server, name), unchanged, name)
+
+    def test_only_a_person_is_asked(self):
+        with IndexServer() as server:
+            message = '{"kind":"http","message":"HTTP status 404 Not Found","status":404}\n'
+            self.assertEqual(self.called(server, 'math/pluss', '--json'), (message, 2))
+            self.assertNotIn('did you mean', self.called(server, 'math/pluss', '--each')[0])
+            self.assertEqual(server.requests, 0)
+
+    def test_the_request_is_short(self):
+        with IndexServer(delay=20) as server:
+            start = time.monotonic()
+            self.assertEqual(self.called(server, 'math/pluss'),
+                             ('hcy: HTTP status 404 Not Found\n', 2))
+            self.assertLess(time.monotonic() - start, 15)
+
+    def test_nothing_commands_the_terminal(self):
+        with IndexServer(self.index_of('plus\x1b[2J\nb')) as server:
+            self.assertEqual(self.called(server, 'plus')[0], 'hcy: HTTP status 404 Not Found\n')
+            self.assertEqual(self.called(server, 'plusx[2Jxb')[0], 'hcy: HTTP status 404 Not Found; '
+                             "did you mean 'plus\\u001b[2J\\nb'?\n")
 
 
 if __name__ == '__main__':

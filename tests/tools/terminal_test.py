@@ -219,6 +219,15 @@ class PassPhrase(unittest.TestCase):
         self.assertIn('< HTTP 200 OK, ', seen.stderr)
         self.assertNotIn('four words', seen.stderr)
 
+    def test_a_function_is_suggested_with_the_same_settings(self):
+        with open(self.file('pass'), 'w', encoding='utf-8') as file:
+            file.write('four words\n')
+        command = [word.replace('math/plus', 'math/pluss') for word in self.command]
+        done = subprocess.run([*command, '--key-pass-file', self.file('pass')],
+                              capture_output=True, text=True, check=False)
+        self.assertEqual((done.stderr, done.returncode), (
+            "hcy: HTTP status 404 Not Found; did you mean 'math/plus'?\n", 2))
+
     def test_a_call_from_near_checks_certificates_as_any_other(self):
         without_authority = [*self.command[:5], '-v']
         seen = subprocess.run(without_authority, capture_output=True, text=True, check=False)

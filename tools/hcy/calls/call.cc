@@ -20,6 +20,7 @@
 #include "calls/open_call.h"
 #include "calls/outputs.h"
 #include "calls/retry.h"
+#include "calls/similar_function.h"
 #include "settings/settings.h"
 #include "settings/url.h"
 #include "text/text.h"
@@ -61,6 +62,15 @@ std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
                              options.nargout, options.retries);
 }
 
+// Shows the 404 that is being handled, and which function the user may have meant.
+int showUnknownFunction(hcyclient::Config& config, const Options& options) {
+  Failure failure = currentFailure();
+  if (options.isVerbose) std::cerr << "* GET " << printable(rootOf(options.url)) << "\n";
+  failure.message += functionSuggestion(config, options.url, options.settings.timeout.value_or(0));
+  std::cerr << failureText(failure);
+  return failure.exitStatus;
+}
+
 }  // namespace
 
 int call(const Options& options) {
@@ -70,10 +80,15 @@ int call(const Options& options) {
   const std::vector<hcyclient::Array> inputs =
       arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;
-  const hcyclient::Config config = configFrom(library, options.settings);
-  const auto outputs = outputsOfCall(library, config, inputs, options);
-  requireWhole(outputs);
-  showOutputs(outputs, options.output);
+  hcyclient::Config config = configFrom(library, options.settings);
+  try {
+    const auto outputs = outputsOfCall(library, config, inputs, options);
+    requireWhole(outputs);
+    showOutputs(outputs, options.output);
+  } catch (const hcyclient::HttpError& error) {
+    if (error.status() != 404 || options.isJson()) throw;
+    return showUnknownFunction(config, options);
+  }
   return kSuccess;
 }
 

@@ -33,18 +33,25 @@ std::size_t distance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-std::string suggestionFor(std::string_view word, const std::vector<std::string_view>& known) {
+std::string_view nearestWord(std::string_view word, const std::vector<std::string_view>& known) {
   if (word.size() > kLongest) return {};
   std::string_view nearest;
   std::size_t least = std::max<std::size_t>(word.size() / 3, 1) + 1;
   for (const std::string_view candidate : known) {
     if (candidate.size() > kLongest) continue;
+    const std::size_t longer = std::max(word.size(), candidate.size());
+    if (longer - std::min(word.size(), candidate.size()) >= least) continue;
     const std::size_t differing = distance(word, candidate);
     if (differing < least) {
       least = differing;
       nearest = candidate;
     }
   }
+  return nearest;
+}
+
+std::string suggestionFor(std::string_view word, const std::vector<std::string_view>& known) {
+  const std::string_view nearest = nearestWord(word, known);
   return nearest.empty() ? "" : "; did you mean " + std::string(nearest) + "?";
 }
 

@@ -8,7 +8,10 @@
 
 namespace hcy::tools {
 
-// "; did you mean WORD?" for the known word that differs least, or nothing if none is near.
+// The known word that differs least; empty if none is near.
+std::string_view nearestWord(std::string_view word, const std::vector<std::string_view>& known);
+
+// "; did you mean WORD?" for that word, or nothing if none is near.
 std::string suggestionFor(std::string_view word, const std::vector<std::string_view>& known);
 
 }  // namespace hcy::tools

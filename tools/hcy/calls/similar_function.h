@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the user may have meant by a URL that the server does not know.
+
+#pragma once
+
+#include <hcy/hcyclient.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hcy::tools {
+
+// The name of the function that differs least from the path of the URL, or the only one that has
+// the same last part; empty if there is none.
+std::string_view similarFunction(std::string_view url, const std::vector<std::string_view>& names);
+
+// "; did you mean 'math/plus'?" after the server answered a call with 404, or nothing if it has no
+// index of its functions or none is similar. Requests the index with the settings of the call,
+// waits no longer than `seconds` or two seconds (`seconds` = 0 is no limit), and reads at most 1
+// MiB. What the server sends is made printable. Changes the size limit of the configuration. Never
+// throws.
+std::string functionSuggestion(hcyclient::Config& config, const std::string& url,
+                               double seconds) noexcept;
+
+// The URL of the server's root, where its index is: "http://host:8080/".
+std::string rootOf(std::string_view url);
+
+}  // namespace hcy::tools
