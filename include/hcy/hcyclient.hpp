@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file hcyclient.hpp
- * @brief The C++ API over hcyclient.h: the same library with owners, exceptions and typed spans.
+ * @brief The C++ API over hcyclient.h, with owning types, exceptions and typed spans.
  *
  * @code
  * const hcyclient::Library library;
@@ -11,23 +11,23 @@
  * std::cout << sum.scalar() << '\n';
  * @endcode
  *
- * Header-only C++17 over the C functions alone: a program compiled with it depends on nothing but
- * the C interface of the shared library, whatever compiler made that. An Array is as large as a
+ * Header-only C++17, based only on the C functions: a program compiled with it depends only on the
+ * C interface of the shared library, whatever compiler built the library. An Array is as large as a
  * pointer.
  *
  * @par Rules for the whole header
- * - **Owners.** Library, Config, Context and Array own what they stand for and can be moved, not
- *   copied; Array::copy() copies. A Library outlives all configurations and contexts. One that has
- *   been moved from can be assigned to and destroyed; using it throws UsageError.
- * - **Failures.** Everything that is thrown is an Error or a class derived from it, except
- *   std::bad_alloc when memory is exhausted. Whatever is thrown, nothing leaks, and arguments are
- *   unchanged.
+ * - **Owners.** Library, Config, Context and Array own their resource. They can be moved; only a
+ *   Config can be copied, and Array::copy() copies an array. A Library must outlive all
+ *   configurations and contexts. An object that has been moved from can be assigned to and
+ *   destroyed; using it throws UsageError.
+ * - **Failures.** Every exception is an Error or a class derived from it, except std::bad_alloc if
+ *   memory is exhausted. Whatever is thrown, nothing leaks, and arguments are unchanged.
  * - **Incomplete replies.** A reply may hold fewer elements than the dimensions of its arrays say,
- *   because the response size limit cut it or the server broke its own rules. Nothing stands in for
- *   what did not arrive: IncompleteReply is thrown instead.
- * - **Threads.** Const members of one array may be called by several threads at once while none
- *   changes it. One configuration and one context are used by one thread at a time; a second call
- *   on a context that is in use throws UsageError.
+ *   because the response size limit cut it or the server broke its own rules. Missing elements are
+ *   never filled in: IncompleteReply is thrown instead.
+ * - **Threads.** Several threads may call const members of one array at once while no thread
+ *   changes it. Use each configuration and each context on one thread at a time; a second call on a
+ *   context that is in use throws UsageError.
  * - **Lists.** A list of values without a shape becomes a column: n-by-1. Values are copied in
  *   column-major order.
  */
@@ -66,7 +66,7 @@
 /** The C++ API of the library. */
 namespace hcyclient {
 
-/** What the rest of the headers is made of; not for callers. */
+/** Implementation details; not for callers. */
 namespace detail {}
 
 }  // namespace hcyclient

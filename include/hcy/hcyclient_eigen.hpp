@@ -1,12 +1,12 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file hcyclient_eigen.hpp
- * @brief Arrays from matrices of Eigen (3.4 or newer) and back. It is not part of hcyclient.hpp.
+ * @brief Converts Eigen matrices (Eigen 3.4 or newer) to arrays and back. Not in hcyclient.hpp.
  *
  * @code
  * Eigen::MatrixXd A = ...;
  * hcyclient::Array x = context.call(url, hcyclient::toArray(A), hcyclient::toArray(b));
- * auto view = hcyclient::asEigen<double>(x);                   // no copy; x has to stay
+ * auto view = hcyclient::asEigen<double>(x);                   // no copy; x must outlive it
  * Eigen::VectorXd mine = hcyclient::toEigen<Eigen::VectorXd>(x);  // a copy
  * @endcode
  */
@@ -24,7 +24,7 @@ namespace hcyclient {
 
 namespace detail {
 
-// Eigen counts in signed numbers; the indices of an array are the same numbers without a sign.
+// Eigen uses signed indices; those of an array are the same numbers, unsigned.
 using SparseIndex = std::make_signed_t<std::size_t>;
 template <class T>
 using EigenMatrix = Eigen::Matrix<T, Eigen::Dynamic, Eigen::Dynamic>;
@@ -47,12 +47,12 @@ Eigen::Map<EigenMatrix<T>> mapOf(T* data, const Array& array) {
 
 /**
  * @defgroup cpp_eigen C++: Eigen
- * @brief Arrays from matrices of Eigen and back.
+ * @brief Converts Eigen matrices to arrays and back.
  * @{
  */
 
-/** An array of the class of the scalars, with the elements of a matrix, vector or expression, which
- *  are evaluated into the array. */
+/** An array with the elements of a matrix, vector or expression, of the class of its scalars. An
+ *  expression is evaluated into the array. */
 template <class Derived>
 Array toArray(const Eigen::DenseBase<Derived>& matrix) {
   using T = typename Derived::Scalar;
@@ -61,7 +61,7 @@ Array toArray(const Eigen::DenseBase<Derived>& matrix) {
   if (matrix.size() == 0) return array;
   auto real = detail::mapOf(array.span<Part>().data(), array);
   if constexpr (detail::Parts<T>::areTwo) {
-    // Evaluated once, for the two parts.
+    // Evaluate only once for both parts.
     const auto& values = matrix.derived().eval();
     real = values.real();
     detail::mapOf(array.imaginary<Part>().data(), array) = values.imag();
@@ -71,13 +71,13 @@ Array toArray(const Eigen::DenseBase<Derived>& matrix) {
   return array;
 }
 
-/** A sparse array with the stored elements of a sparse matrix or expression: of double,
+/** A sparse array with the stored elements of a sparse matrix or expression of double,
  *  std::complex<double> or bool. */
 template <class Derived>
 Array toArray(const Eigen::SparseMatrixBase<Derived>& matrix) {
   using T = typename Derived::Scalar;
   using Part = detail::Part<T>;
-  // Column after column, without gaps.
+  // Column by column, without gaps.
   detail::EigenSparse<T> packed = matrix.derived();
   packed.makeCompressed();
   const auto count = static_cast<std::size_t>(packed.nonZeros());
@@ -99,16 +99,16 @@ Array toArray(const Eigen::SparseMatrixBase<Derived>& matrix) {
   return array;
 }
 
-/** The elements of a matrix in the array's own storage, to read and to write; of a complex one, the
- *  real parts. Valid as a Span is. Throws UsageError unless the array is full, of the class of T
- * and of two dimensions, IncompleteReply when elements did not arrive. */
+/** The elements of a matrix in the array's own storage, for reading and writing; for a complex
+ *  array, the real parts. Valid as long as a Span. Throws UsageError unless the array is full, of
+ *  the class of T and of two dimensions, IncompleteReply if elements did not arrive. */
 template <class T>
 Eigen::Map<detail::EigenMatrix<T>> asEigen(Array& array) {
   detail::requireMatrix(array);
   if (array.isSparse()) throw UsageError("the array is sparse: see asSparseEigen()");
   return detail::mapOf(array.span<T>().data(), array);
 }
-/** The same to read. */
+/** The read-only overload. */
 template <class T>
 Eigen::Map<const detail::EigenMatrix<T>> asEigen(const Array& array) {
   detail::requireMatrix(array);
@@ -119,9 +119,9 @@ Eigen::Map<const detail::EigenMatrix<T>> asEigen(const Array& array) {
 template <class T>
 void asEigen(const Array&& array) = delete; /**< Keep the array: `Array x = ...;`. */
 
-/** A sparse matrix in the array's own storage, to read; of a complex one, the real parts. T is
- *  double or bool. Valid as a Span is. Throws UsageError unless the array is sparse and of the
- * class of T, IncompleteReply when it did not arrive. */
+/** A read-only view of a sparse matrix in the array's own storage; for a complex array, the real
+ *  parts. T is double or bool. Valid as long as a Span. Throws UsageError unless the array is
+ *  sparse and of the class of T, IncompleteReply if it is incomplete. */
 template <class T>
 Eigen::Map<const detail::EigenSparse<T>> asSparseEigen(const Array& array) {
   detail::requireMatrix(array);
@@ -137,10 +137,10 @@ Eigen::Map<const detail::EigenSparse<T>> asSparseEigen(const Array& array) {
 template <class T>
 void asSparseEigen(const Array&& array) = delete; /**< Keep the array: `Array x = ...;`. */
 
-/** A copy as a matrix or vector of Eigen, also of another class if each element keeps its value:
- *  `toEigen<Eigen::MatrixXcd>(array)`. Throws UsageError when the sizes do not fit the type, the
- *  array is sparse, has more than two dimensions, or an element has no exact value there;
- *  IncompleteReply when elements did not arrive. */
+/** A copy as an Eigen matrix or vector: `toEigen<Eigen::MatrixXcd>(array)`. Elements are converted
+ *  to its scalar type. Throws UsageError if the shape does not fit the matrix type, the array is
+ *  sparse or has more than two dimensions, or an element cannot be represented exactly;
+ *  IncompleteReply if elements did not arrive. */
 template <class Matrix>
 Matrix toEigen(const Array& array) {
   using T = typename Matrix::Scalar;
@@ -152,7 +152,7 @@ Matrix toEigen(const Array& array) {
     return fixed == Eigen::Dynamic || size == fixed;
   };
   if (!fits(rows, Matrix::RowsAtCompileTime) || !fits(columns, Matrix::ColsAtCompileTime)) {
-    throw UsageError("the array does not fit the type of the matrix: " +
+    throw UsageError("the array does not fit the matrix type: " +
                      detail::shapeText(array.dimensions().data(), 2));
   }
   const Array converted = array.convertTo<T>();

@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file hcyclient_server.hpp
- * @brief Serves functions of a C++ program on this machine, for tests and prototypes.
+ * @brief Serves functions of a C++ program on this machine, for tests and prototypes. Not in
+ * hcyclient.hpp.
  *
  * @code
  * hcyclient::Server server(library);
@@ -12,10 +13,10 @@
  * const auto product = context.feval(server.url("my/scale"), {2.0, 3.0});
  * @endcode
  *
- * Header-only C++17 for POSIX systems, over hcyclient.hpp. The connections are those of the program
- * hcy-local-server, a process that ends with this one, with its limits, its time-outs and, by
- * setOptions(), its TLS, its log and its failures on demand. The functions run in this process.
- * Link the threads of the system beside the library.
+ * Header-only C++17 for POSIX systems, based on hcyclient.hpp. The program hcy-local-server handles
+ * the connections, in a process that ends with this one. Its limits and timeouts apply, and
+ * setOptions() enables its TLS, its log and its faults on demand. The functions run in this
+ * process. Link the system's thread library in addition to this library.
  */
 #ifndef HCY_HCYCLIENT_SERVER_HPP
 #define HCY_HCYCLIENT_SERVER_HPP
@@ -49,20 +50,20 @@ extern char** environ;
 namespace hcyclient {
 
 /**
- * Functions of this program behind a URL.
+ * Serves functions of this program at a URL.
  *
- * Its functions are called by threads of its own, as many at a time as setThreads() says; all else
- * is for one thread at a time. The Library outlives it.
+ * The server calls the functions on its own threads, as many at a time as setThreads() says. Use
+ * all other members on one thread at a time. The Library must outlive the Server.
  */
 class Server {
  public:
-  /** What a function is called with, as Context::feval() would return it. */
+  /** The inputs of a function, as Context::feval() would return them. */
   using Inputs = std::vector<Array>;
 
-  /** What a function returns: arrays, or values that become arrays, `Outputs{a, 2.0, "text"}`. */
+  /** The outputs of a function: arrays, or values that become arrays, `Outputs{a, 2.0, "text"}`. */
   class Outputs : public std::vector<Array> {
    public:
-    /** No output. */
+    /** No outputs. */
     Outputs() = default;
     /** Takes over the arrays. */
     Outputs(std::vector<Array>&& arrays) : std::vector<Array>(std::move(arrays)) {}
@@ -80,27 +81,27 @@ class Server {
   explicit Server(const Library& library) : library_(&library) {}
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
-  /** As close(). */
+  /** The same as close(). */
   ~Server() { close(); }
 
   /**
-   * Adds a function; one of the same name that the program hcy-local-server has gives way to it.
+   * Adds a function. It replaces a function of hcy-local-server of the same name.
    *
-   * @param name     path of its URL, without a slash before it.
+   * @param name     path of its URL, without a leading slash.
    * @param function is called with Inputs, or with Inputs and the number of outputs that the caller
    *                 wants (an int). It returns Outputs, a std::vector<Array>, one value that
-   * becomes an array, or nothing. Outputs beyond those that are wanted are dropped; too few are an
-   * error of the call. What it throws is raised in the caller: a FunctionError as it is; any other
-   * std::exception with its what(), the identifier `cpp:exception` and a stack of one frame, the
-   * name of the function.
+   *                 becomes an array, or nothing. Extra outputs are dropped; too few fail the call.
+   *                 An exception that it throws is raised in the caller: a FunctionError unchanged;
+   *                 any other std::exception as an error with its what(), the identifier
+   *                 `cpp:exception` and one stack frame, which names the function.
    * @throws UsageError if the server listens already, or the name is empty, begins with a slash or
-   *         has an equals sign inside.
+   *         contains an equals sign.
    */
   template <class F>
   Server& add(const std::string& name, F function) {
     requireNotListening();
     if (name.empty() || name[0] == '/' || name.find('=') != std::string::npos) {
-      throw UsageError("this is not the name of a function: " + name);
+      throw UsageError("not a valid function name: " + name);
     }
     functions_[name] = [kept = std::move(function)](Inputs&& inputs, int nargout) mutable {
       if constexpr (std::is_invocable_v<F&, Inputs&&, int>) {
@@ -116,21 +117,21 @@ class Server {
    *  the server listens already. */
   Server& setThreads(unsigned count) {
     requireNotListening();
-    if (count == 0) throw UsageError("a server has one thread at least");
+    if (count == 0) throw UsageError("a Server needs at least one thread");
     threadCount_ = count;
     return *this;
   }
 
-  /** More options of hcy-local-server, such as {"--fault", "my/scale=503@2"}. Throws UsageError if
-   * the server listens already. */
+  /** Sets further options of hcy-local-server, such as {"--fault", "my/scale=503@2"}. Throws
+   *  UsageError if the server listens already. */
   Server& setOptions(std::vector<std::string> options) {
     requireNotListening();
     options_ = std::move(options);
     return *this;
   }
 
-  /** The file of hcy-local-server; unless this is called, the one that the environment variable
-   *  HCY_LOCAL_SERVER names, or else the one on the PATH. Throws UsageError if the server listens
+  /** Sets the path of hcy-local-server. The default is the path in the environment variable
+   *  HCY_LOCAL_SERVER, or else the program on the PATH. Throws UsageError if the server listens
    *  already. */
   Server& setProgram(std::string file) {
     requireNotListening();
@@ -139,12 +140,12 @@ class Server {
   }
 
   /**
-   * Listens on 127.0.0.1, unless options say otherwise, and answers from then on.
+   * Listens on 127.0.0.1, unless options say otherwise, and answers calls from then on.
    *
-   * @param port 0 picks a free one.
+   * @param port the port; 0 picks a free one.
    * @throws InitializationError if the program cannot be started or ends at once (its standard
-   *         error says why), std::system_error if there is no pipe or thread for it, UsageError if
-   *         the server listens already. It does not listen then.
+   *         error says why), std::system_error if a pipe or thread cannot be created, UsageError if
+   *         the server listens already. After the first two, the server does not listen.
    */
   void listen(std::uint16_t port = 0) {
     requireNotListening();
@@ -163,18 +164,19 @@ class Server {
     }
   }
 
-  /** The URL of a function, or that of the server; empty unless it listens. */
+  /** The URL of a function, or of the server if no name is given; empty unless the server listens.
+   */
   std::string url(const std::string& function = {}) const {
     return url_.empty() || function.empty() ? url_ : url_ + "/" + function;
   }
 
-  /** Ends the server, and returns when no function runs any more. Calls that are being answered
-   *  fail. Does nothing unless it listens. */
+  /** Stops the server, and returns when no function is running any more. Calls in progress fail.
+   *  Does nothing unless the server listens. */
   void close() noexcept {
     isClosing_ = true;
     closeEnd(input_);
     closeEnd(output_);
-    // Who waits for the next call learns that there is none any more.
+    // Wakes the threads that wait for the next call.
     if (pid_ > 0) awaitEnd();
     for (std::thread& thread : threads_) thread.join();
     threads_.clear();
@@ -199,7 +201,7 @@ class Server {
     descriptor = -1;
   }
 
-  // Who knows it answers for the functions.
+  // Whoever knows the name can answer calls of the functions, so it cannot be guessed.
   static std::string randomName() {
     std::random_device random;
     std::string name;
@@ -216,7 +218,7 @@ class Server {
     std::string program = program_;
     if (program.empty()) program = named != nullptr && *named != '\0' ? named : "hcy-local-server";
     std::vector<std::string> words = {program, "--port", std::to_string(port), "--stop-on-eof"};
-    // A function may be looked into with a debugger meanwhile.
+    // Long enough to step through a function in a debugger.
     if (!functions_.empty()) {
       words.insert(words.end(), {"--worker-path", workerPath, "--function-timeout", "86400"});
     }
@@ -271,7 +273,7 @@ class Server {
     for (char c = '\0'; line.empty() || line.back() != '\n';) {
       const ssize_t count = ::read(output_, &c, 1);
       if (count < 0 && errno == EINTR) continue;
-      if (count <= 0) throw InitializationError("hcy-local-server does not start");
+      if (count <= 0) throw InitializationError("hcy-local-server did not start");
       line.push_back(c);
     }
     line.pop_back();
@@ -293,7 +295,7 @@ class Server {
     pid_ = -1;
   }
 
-  // Hands over what a function has returned, and gets the next call.
+  // Sends the outputs of a function, and gets the next call.
   void work(const std::string& url) {
     try {
       Config config(*library_);
@@ -302,12 +304,12 @@ class Server {
       std::vector<Array> answer = none();
       while (!isClosing_) answer = exchange(context, url, std::move(answer));
     } catch (const std::exception&) {
-      // Not even a context or an empty answer can be had. Calls wait for other threads, or until
-      // their time is up.
+      // Not even a context or an empty answer can be allocated. Calls wait for other threads, or
+      // until they time out.
     }
   }
 
-  // What a worker says that has answered nothing.
+  // What a worker sends if it has no answer.
   static std::vector<Array> none() {
     std::vector<Array> answer;
     answer.emplace_back(0.0);
@@ -322,7 +324,7 @@ class Server {
       if (answer.size() > 1) return failed(answer[0], "cpp:exception", error.what(), {});
       return none();
     } catch (const CallError&) {
-      // What was handed over is lost; the server, or only this call, has ended.
+      // The answer is lost; the server, or only this call, has ended.
       std::this_thread::sleep_for(std::chrono::milliseconds(isClosing_ ? 0 : 10));
       return none();
     } catch (const IncompleteReply&) {
@@ -351,7 +353,7 @@ class Server {
     } catch (const std::exception& error) {
       return failed(ticket, "cpp:exception", error.what(), {{"", name, 0}});
     } catch (...) {
-      return failed(ticket, "cpp:exception", "something that is no std::exception",
+      return failed(ticket, "cpp:exception", "an exception that is not a std::exception",
                     {{"", name, 0}});
     }
   }
@@ -376,7 +378,7 @@ class Server {
     return answer;
   }
 
-  // Which may be anything; arrays hold no text that is not UTF-8.
+  // The message may be any bytes, but a char array is made only from valid UTF-8.
   static Array text(const std::string& bytes) {
     try {
       return Array(bytes);

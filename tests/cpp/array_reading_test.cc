@@ -41,7 +41,7 @@ TEST(CppArrayReading, findsAnElementByItsSubscripts) {
   EXPECT_THROW(matrix.at<double>(0, 3), UsageError);
   EXPECT_THROW(matrix.at<double>(6), UsageError);
   EXPECT_THROW(matrix.at<double>(0, 0, 0), UsageError);
-  EXPECT_EQ(refusalOf([&] { matrix.at<double>(-1, 0); }), "a size or an index is negative: -1");
+  EXPECT_EQ(refusalOf([&] { matrix.at<double>(-1, 0); }), "negative size or index: -1");
   const Array deep = Array({1, 2, 3, 4}, {1, 2, 1, 2});
   EXPECT_EQ(deep.at<int>(0, 1, 0, 1), 4);
   const Array deepest = Array::zeros<double>(1, 1, 1, 1, 1, 1, 1, 1, 2);
@@ -81,7 +81,7 @@ TEST(CppArrayReading, takesTheOneElementAndLosesNothing) {
   EXPECT_EQ(Array(0.5F).scalar<double>(), 0.5);
   EXPECT_TRUE(std::isnan(Array(std::nan("")).scalar<float>()));
   EXPECT_EQ(refusalOf([] { Array(2.5).scalar<int>(); }),
-            "the value does not fit: element 0 has no exact value as int32");
+            "element 0 cannot be represented exactly as int32");
   EXPECT_THROW(Array(-1.0).scalar<unsigned>(), UsageError);
   EXPECT_THROW(Array(-1).scalar<unsigned>(), UsageError);
   EXPECT_THROW(Array(300).scalar<std::uint8_t>(), UsageError);
@@ -155,7 +155,7 @@ TEST(CppArrayReading, convertsOnlyWhatKeepsItsValue) {
   EXPECT_EQ(refusalOf([] {
               Array({1.0, 2.5}).toVector<int>();
             }),
-            "the value does not fit: element 1 has no exact value as int32");
+            "element 1 cannot be represented exactly as int32");
   EXPECT_THROW(Array({1.0, 2.5}).convertTo<int>(), UsageError);
   EXPECT_THROW(Array("text").toVector<double>(), UsageError);
   EXPECT_THROW(Array("text").convertTo<double>(), UsageError);

@@ -221,7 +221,7 @@ std::string refusalOf(Make make) {
 
 // The library would throw an exception of its own.
 TEST(CppArrayShape, isRefusedWhereItIsTooLarge) {
-  const std::string text = "the size is larger than an array can be: ";
+  const std::string text = "an array cannot be this large: ";
   EXPECT_EQ(refusalOf([] { Array::zeros<double>(kTooMany, 1); }), text + "2147483648-by-1");
   EXPECT_EQ(refusalOf([] { Array::zeros<float>({kTooMany}); }), text + "2147483648-by-1");
   EXPECT_EQ(refusalOf([] { Array::zeros<bool>(65536, 32768); }), text + "65536-by-32768");
@@ -259,7 +259,7 @@ TEST(CppArrayShape, isRefusedForTextThatIsTooLong) {
   ASSERT_NE(nothing, MAP_FAILED);
   const std::u16string_view units(static_cast<const char16_t*>(nothing), kTooMany);
   EXPECT_EQ(refusalOf([&] { const Array array(units); }),
-            "the size is larger than an array can be: 1-by-2147483648");
+            "an array cannot be this large: 1-by-2147483648");
   ::munmap(const_cast<void*>(nothing), 2 * kTooMany);
 }
 

@@ -21,10 +21,11 @@ using ::testing::StartsWith;
 // Throws for an element that is read, by any way to read it.
 template <class Read>
 void expectMissing(Read read, const std::string& place) {
-  EXPECT_EQ(incompleteness(read),
-            place +
-                " did not come with the reply, or is of a class that the library does not serve; "
-                "the response size limit (Config::setResponseSizeLimit) may have cut the reply");
+  EXPECT_EQ(
+      incompleteness(read),
+      place +
+          " did not arrive with the reply, or is of a class that the library does not support; "
+          "the response size limit (Config::setResponseSizeLimit) may have cut the reply");
 }
 
 TEST(CppIncompleteCell, namesTheElementThatIsMissing) {
@@ -42,7 +43,7 @@ TEST(CppIncompleteCell, namesTheElementThatIsMissing) {
 TEST(CppIncompleteCell, namesTheElementThatIsIncomplete) {
   Array cell = received(cellOf(2, {twos({1, 1}, 1), twos({2, 1}, 1)}));
   EXPECT_EQ(incompleteness([&] { static_cast<const Array&>(cell)[1]; }),
-            "element 1 is incomplete: its dimensions name 2 elements, but fewer arrived; the "
+            "element 1 is incomplete: its dimensions require 2 elements, but fewer arrived; the "
             "response size limit (Config::setResponseSizeLimit) may have cut the reply");
   EXPECT_THROW(cell[1].toVector<double>(), IncompleteReply);
   cell[1] = 5.0;  // what is whole takes its place

@@ -44,7 +44,7 @@ TEST(CppIncompleteOutput, isNamedByItsNumber) {
   const Library library;
   Context context(Config(library).setResponseSizeLimit(12345));
   EXPECT_EQ(incompleteness([&] { context.feval(server.url(), {}, 3); }),
-            "output 1 (counted from 0) is incomplete: its dimensions name 6 elements, but fewer "
+            "output 1 (counted from 0) is incomplete: its dimensions require 6 elements, but fewer "
             "arrived; the response size limit (Config::setResponseSizeLimit, here 12345 bytes) may "
             "have cut the reply");
 }
@@ -74,7 +74,7 @@ TEST(CppIncompleteOutput, isNotHandedOutWhateverItsClass) {
   EXPECT_THAT(incompleteness([&] { received(kNoDimensions); }),
               HasSubstr("its dimensions did not arrive"));
   EXPECT_THAT(incompleteness([&] { received(kNoStarts); }),
-              HasSubstr("row indices and values do not make a sparse array of 6-by-2"));
+              HasSubstr("row indices and values do not describe a sparse array of 6-by-2"));
 }
 
 TEST(CppIncompleteOutput, mayBeAsLargeAsItSays) {
@@ -118,7 +118,7 @@ TEST(CppIncompleteArray, isNotRead) {
   Array array = adopted(twos({2, 3}, 5));
   const Array& seen = array;
   const std::string text =
-      "the array is incomplete: its dimensions name 6 elements, but fewer arrived" + kCut;
+      "the array is incomplete: its dimensions require 6 elements, but fewer arrived" + kCut;
   EXPECT_EQ(incompleteness([&] { array.span<double>(); }), text);
   EXPECT_EQ(incompleteness([&] { seen.span<double>(); }), text);
   EXPECT_EQ(incompleteness([&] { array.toVector<double>(); }), text);

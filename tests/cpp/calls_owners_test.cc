@@ -142,8 +142,7 @@ TEST(CppContext, isForOneThreadAtATime) {
   const LocalServer server;
   const Library library;
   Context context{Config(library)};
-  const std::string text =
-      "the Context is in use by another call: each thread needs one of its own";
+  const std::string text = "the Context is in use by another call: each thread needs its own";
   std::atomic<int> calls = 0, refusals = 0;
   const auto callUntilBothWereSeen = [&] {
     while (calls == 0 || refusals == 0) {

@@ -54,8 +54,9 @@ TEST(IncompleteReplies, areToldFromSolutions) {
     EXPECT_EQ(printed("solve_c", {array}),
               "The output is not three doubles, or not all of them arrived.\nended with 1\n");
   }
-  EXPECT_THAT(printed("solve_cc", {kDoubles}),
-              HasSubstr("output 0 (counted from 0) is incomplete: its dimensions name 3 elements"));
+  EXPECT_THAT(
+      printed("solve_cc", {kDoubles}),
+      HasSubstr("output 0 (counted from 0) is incomplete: its dimensions require 3 elements"));
   EXPECT_EQ(printed("sparse_solve_c", {kDoubles}), "no solution\nended with 1\n");
   EXPECT_THAT(printed("sparse_solve_cc", {kDoubles}), HasSubstr("incomplete"));
   EXPECT_EQ(printed("sparse_solve_cc", {doubleScalar(1)}),

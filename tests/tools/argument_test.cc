@@ -320,7 +320,7 @@ TEST(Argument, typedValuesThatContradictThemselvesAreRefused) {
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[1,0,1]]})"),
               HasSubstr("numbered from 0"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":1,"entries":[[0,0,1],[0,0,2]]})"),
-              HasSubstr("two entries are in one place"));
+              HasSubstr("two entries have the same row and column"));
   EXPECT_THAT(refusalOf(R"(struct:[{"a":1},{"b":1}])"), HasSubstr("the same fields"));
   EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["a","a"]})"),
               HasSubstr("$fields has the name a twice"));

@@ -53,21 +53,20 @@ struct Field;
 /**
  * An array.
  *
- * C++ types and classes belong together: double is "double", float "single", bool "logical",
- * char16_t "char", and an integer type is the integer class of its width and sign (so `2` makes an
- * int32, and `2.0` a double). std::complex of one of them is the same class with imaginary parts.
- * Texts are UTF-8 in C++ and UTF-16 in arrays.
+ * Each C++ type corresponds to one class: double to "double", float to "single", bool to "logical",
+ * char16_t to "char", and an integer type to the integer class of its width and sign (so `2` makes
+ * an int32, and `2.0` a double). std::complex of a numeric type is the same class with imaginary
+ * parts. Strings are UTF-8 in C++ and UTF-16 in arrays.
  *
- * An Array that was made by the default constructor, has been moved from or released is empty: it
- * can be assigned to, destroyed and tested, and all else throws UsageError.
+ * An Array that was default-constructed, moved from or released is empty. It can be assigned to,
+ * destroyed and tested; anything else throws UsageError.
  *
- * A size over 2147483647 (a dimension, the number of elements, that of fields times elements, that
- * of stored elements or of columns plus one in a sparse array) throws UsageError wherever an array
- * is made; the number of elements of a sparse array may be larger.
+ * Making an array throws UsageError if a size is over 2147483647: a dimension, the number of
+ * elements, the number of fields times elements, or, in a sparse array, the number of stored
+ * elements or of columns plus one. The number of elements of a sparse array may be larger.
  *
- * Reading the elements of an incomplete array of a reply throws IncompleteReply, and so does
- * changing its shape or fields. What it says of itself (class, dimensions, names of fields) can be
- * read.
+ * If an array of a reply is incomplete, reading its elements throws IncompleteReply, and so does
+ * changing its shape or fields. Its class, dimensions and field names can be read.
  */
 class Array {
  public:
@@ -75,9 +74,9 @@ class Array {
   Array() noexcept = default;
   Array(const Array&) = delete;            /**< Write a.copy(). */
   Array& operator=(const Array&) = delete; /**< Write a.copy(). */
-  /** Takes over what the other one holds. */
+  /** Takes over the array of the other one, which is then empty. */
   Array(Array&&) noexcept = default;
-  /** Takes over what the other one holds. */
+  /** Takes over the array of the other one, which is then empty. */
   Array& operator=(Array&&) noexcept = default;
   ~Array() = default;
 
@@ -94,41 +93,41 @@ class Array {
     }
   }
 
-  /** A column of the class of the elements: from a std::vector, std::array, std::span, Span or
-   * array of C++. */
+  /** A column of the class of the elements, from a std::vector, std::array, std::span, Span or C++
+   *  array. */
   template <class R, detail::IfSequence<R> = 0>
   Array(const R& values) : Array(std::data(values), {std::size(values), 1}) {}
-  /** A column of values that are written down. */
+  /** A column of the values in an initializer list. */
   template <class T, detail::IfValue<T> = 0>
   Array(std::initializer_list<T> values) : Array(values.begin(), {values.size(), 1}) {}
   /** A logical column. */
   Array(const std::vector<bool>& values) : Array(values.begin(), values.end()) {}
-  /** A column of what the iterators lead through. */
+  /** A column of the values from `first` up to, but not including, `last`. */
   template <class Iterator, detail::IfIterator<Iterator> = 0>
   Array(Iterator first, Iterator last);
 
-  /** An array of this shape, filled in column-major order; throws UsageError unless there is a
-   *  value for each element. */
+  /** An array of this shape, filled in column-major order. Throws UsageError unless there are as
+   *  many values as elements. */
   template <class R, detail::IfSequence<R> = 0>
   Array(const R& values, const Shape& shape)
       : Array(filled(std::data(values), std::size(values), shape)) {}
-  /** The same from values that are written down. */
+  /** The same from the values in an initializer list. */
   template <class T, detail::IfValue<T> = 0>
   Array(std::initializer_list<T> values, const Shape& shape)
       : Array(filled(values.begin(), values.size(), shape)) {}
   /** The same from a vector of bool. */
   Array(const std::vector<bool>& values, const Shape& shape)
       : Array(filled(values.begin(), values.size(), shape)) {}
-  /** The same from as many values behind `data` as the shape has elements; null is for none. */
+  /** The same from a pointer to as many values as the shape has elements. The pointer may be null
+   *  only if there are none. */
   template <class T, detail::IfValue<T> = 0>
   Array(const T* data, const Shape& shape) : Array(zeros<T>(shape)) {
-    if (data == nullptr && size() != 0)
-      throw UsageError("there are no values: the pointer is null");
+    if (data == nullptr && size() != 0) throw UsageError("the pointer to the values is null");
     assign(data, size());
   }
 
-  /** A 1-by-n char array from UTF-8; 0-by-0 from the empty text. Throws UsageError when it is not
-   *  well-formed (RFC 3629). */
+  /** A 1-by-n char array from UTF-8; 0-by-0 from an empty string. Throws UsageError if the string
+   *  is not well-formed UTF-8 (RFC 3629). */
   Array(std::string_view text) {
     const std::size_t length = detail::utf16Length(text);
     *this = zeros<char16_t>(length == 0 ? 0 : 1, length);
@@ -136,10 +135,10 @@ class Array {
   }
   /** A 1-by-n char array from UTF-8. */
   Array(const std::string& text) : Array(std::string_view(text)) {}
-  /** A 1-by-n char array from UTF-8 that a NUL ends. */
+  /** A 1-by-n char array from NUL-terminated UTF-8. */
   Array(const char* text) : Array(std::string_view(text)) {}
-  Array(std::nullptr_t) = delete; /**< Null makes no text. */
-  Array(char) = delete;           /**< Text stands in double quotes: "c". */
+  Array(std::nullptr_t) = delete; /**< Null is not a string. */
+  Array(char) = delete;           /**< Write a string in double quotes: "c". */
   Array(const Outputs&) = delete; /**< Write context.call(...), or context.feval(...)[0]. */
   /** A 1-by-n char array of these code units; 0-by-0 from none. */
   Array(std::u16string_view units) {
@@ -153,10 +152,10 @@ class Array {
   /** A 1-by-n char array from UTF-8. */
   Array(const char8_t* text) : Array(std::u8string_view(text)) {}
 #endif
-  /** A column of cells, each a text. */
+  /** A column of cells, each holding a string. */
   Array(const std::vector<std::string>& texts);
 
-  /** Takes over a handle of the C interface, to destroy it; null makes an empty Array. */
+  /** Takes ownership of a handle of the C interface; null makes an empty Array. */
   static Array adopt(hcyArray* handle) noexcept {
     Array array;
     array.handle_.reset(handle);
@@ -181,13 +180,13 @@ class Array {
   static Array row(std::initializer_list<T> values) {
     return Array(values.begin(), {1, values.size()});
   }
-  /** A row from a std::vector, std::array, std::span, Span or array of C++. */
+  /** A row from a std::vector, std::array, std::span, Span or C++ array. */
   template <class R, detail::IfSequence<R> = 0>
   static Array row(const R& values) {
     return Array(std::data(values), {1, std::size(values)});
   }
 
-  /** A matrix by its rows: `fromRows<double>({{2, 1}, {1, 3}})`. Throws UsageError for rows that
+  /** A matrix from its rows: `fromRows<double>({{2, 1}, {1, 3}})`. Throws UsageError if the rows
    *  differ in length. */
   template <class T, detail::IfValue<T> = 0>
   static Array fromRows(std::initializer_list<std::initializer_list<T>> rows) {
@@ -199,12 +198,12 @@ class Array {
     return matrixOf<typename detail::RowsOf<Rows>::Value>(rows);
   }
 
-  /** A cell array whose elements were never set. */
+  /** A cell array whose elements are unset. */
   static Array cells(const Shape& shape) {
     detail::requireSizes(shape.data(), shape.size(), false);
     return adopt(hcyCreateCellArray(shape.size(), shape.data()));
   }
-  /** A cell array whose elements were never set. */
+  /** A cell array whose elements are unset. */
   static Array cells(Size rows, Size columns) { return cells(Shape{rows, columns}); }
   /** A column of cells with these elements. */
   static Array cellOf(std::initializer_list<Input> elements);
@@ -212,17 +211,17 @@ class Array {
   template <class R, detail::IfRange<R> = 0>
   static Array cellOf(const R& elements);
 
-  /** A struct array with these fields, never set. */
+  /** A struct array with these fields, which are unset. */
   static Array structs(const Shape& shape, const std::vector<std::string>& fields);
-  /** A 1-by-1 struct array: `structOf({{"name", "Ada"}, {"born", 1815.0}})`. Throws UsageError when
-   *  a field is named twice. */
+  /** A 1-by-1 struct array: `structOf({{"name", "Ada"}, {"born", 1815.0}})`. Throws UsageError if
+   *  two fields have the same name. */
   static Array structOf(std::initializer_list<Field> fields);
-  /** The same from a range of pairs of a name and a value, such as a std::map. */
+  /** The same from a range of (name, value) pairs, such as a std::map. */
   template <class R, detail::IfRange<R> = 0>
   static Array structOf(const R& fields);
 
-  /** A sparse array with room for nzmax stored elements, to be filled through span(),
-   *  rowIndices() and columnStarts(). T is double, std::complex<double> or bool. */
+  /** A sparse array with room for nzmax stored elements; fill it through span(), rowIndices() and
+   *  columnStarts(). T is double, std::complex<double> or bool. */
   template <class T>
   static Array sparse(Size rows, Size columns, Size nzmax) {
     const std::size_t shape[] = {rows, columns};
@@ -237,8 +236,8 @@ class Array {
       return adopt(hcyCreateSparse(rows, columns, nzmax, complexityOf<T>()));
     }
   }
-  /** A sparse array with these entries, in any order. Throws UsageError for an entry outside the
-   *  array and for two in one place. */
+  /** A sparse array with these entries, in any order. Throws UsageError if an entry is outside the
+   *  array or two entries have the same row and column. */
   template <class T>
   static Array sparse(Size rows, Size columns, std::vector<Entry<T>> entries);
 
@@ -247,9 +246,9 @@ class Array {
 
   /** Whether it holds an array at all. */
   explicit operator bool() const noexcept { return handle_ != nullptr; }
-  /** The handle, which stays owned here; null if the Array is empty. */
+  /** The handle, which the Array still owns; null if the Array is empty. */
   hcyArray* get() const noexcept { return handle_.get(); }
-  /** Gives the handle away: the caller destroys it, and the Array is empty. */
+  /** Returns the handle, which the caller then owns, and leaves the Array empty. */
   hcyArray* release() noexcept { return handle_.release(); }
 
   hcyClassID classId() const { return hcyGetClassID(handle()); }           /**< The class. */
@@ -267,20 +266,20 @@ class Array {
   bool isEmpty() const { return hcyIsEmpty(handle()); }     /**< Whether a dimension is 0. */
 
   std::size_t rows() const { return hcyGetM(handle()); }    /**< The first dimension. */
-  std::size_t columns() const { return hcyGetN(handle()); } /**< The second one alone. */
+  std::size_t columns() const { return hcyGetN(handle()); } /**< The second dimension alone. */
   /** The product of the dimensions. */
   std::size_t size() const { return hcyGetNumberOfElements(handle()); }
-  /** The dimensions; none where those of a reply did not arrive. */
+  /** The dimensions; empty if those of an array of a reply did not arrive. */
   Shape shape() const {
     const std::size_t* const first = hcyGetDimensions(handle());
     return Shape(first, first + hcyGetNumberOfDimensions(handle()));
   }
-  /** Gives the array another shape; elements keep their linear index, new ones are zero or never
-   *  set. A complex array that is resized to no elements has lost its imaginary parts: isComplex()
-   *  stays true, and imaginary() is empty from then on. Throws UsageError when there is no
-   *  dimension or a size is over 2147483647 (here the number of elements of a sparse array, too),
-   *  and IncompleteReply when elements did not arrive, or the last one of a cell or struct array is
-   *  of a class that the library does not serve. The array is as before then. */
+  /** Changes the shape of the array; elements keep their linear index, and new ones are zero or
+   *  unset. A complex array that is resized to no elements loses its imaginary parts: isComplex()
+   *  stays true, but imaginary() is empty from then on. Throws UsageError if there are no
+   *  dimensions or a size is over 2147483647 (here also the number of elements of a sparse array),
+   *  and IncompleteReply if elements did not arrive, or the last one of a cell or struct array is
+   *  of a class that the library does not support. The array is unchanged then. */
   void resize(const Shape& shape);
   /** The dimensions in the array's own storage; valid until the shape changes or the array is
    *  destroyed. */
@@ -289,7 +288,7 @@ class Array {
   }
   Span<const std::size_t> dimensions() const&& = delete; /**< Keep the array: `Array x = ...;`. */
   /** The linear index of an element with zero-based subscripts: `index(i, j)`, `index({i, j})`.
-   *  Throws UsageError unless there is one for each dimension, and below it. */
+   *  Throws UsageError unless there is one subscript for each dimension, and less than it. */
   template <class... More, detail::IfIntegers<More...> = 0>
   std::size_t index(Size i, Size j, More... more) const {
     const std::size_t subscripts[] = {i, j, Size(more)...};
@@ -310,22 +309,22 @@ class Array {
   }
 
   /** An element by its zero-based subscripts, or by its linear index alone: `at<double>(i, j)`,
-   *  `at<std::complex<double>>(i)`. Of a sparse array, 0 where nothing is stored. The element is
-   *  converted if it keeps its value. Throws UsageError when there is no such element, it has
-   *  another value as a T, or the array holds no numbers (no code units, with T char16_t);
-   *  IncompleteReply when elements did not arrive. In a loop, span() is faster. */
+   *  `at<std::complex<double>>(i)`. In a sparse array, 0 if the element is not stored. The element
+   *  is converted to T. Throws UsageError if there is no such element, T cannot represent it
+   *  exactly, or the array does not hold numbers (code units, if T is char16_t); IncompleteReply if
+   *  elements did not arrive. In a loop, span() is faster. */
   template <class T, class... More, detail::IfIntegers<More...> = 0>
   T at(Size i, More... more) const;
 
-  /** The elements (of a complex array, the real parts) in the array's own storage. Of a sparse
-   *  array, the values that there is room for: nzmax, but no more than size(). Throws UsageError
-   *  unless the array is of the class of T, IncompleteReply when elements did not arrive. */
+  /** The elements in the array's own storage: for a complex array, the real parts; for a sparse
+   *  array, all values that there is room for (nzmax, but at most size()). Throws UsageError unless
+   *  the array is of the class of T, IncompleteReply if elements did not arrive. */
   template <class T>
   Span<T> span() & {
     return elements<T>(roomToWrite());
   }
-  /** The read-only overload; of a sparse array, the stored values, which the last column start
-   *  counts. Otherwise the same. */
+  /** The read-only overload. For a sparse array, only the stored values, whose number is the last
+   *  column start. Otherwise the same. */
   template <class T>
   Span<const T> span() const& {
     return elements<T>(countToRead());
@@ -334,12 +333,12 @@ class Array {
   Span<const T> span() const&& = delete; /**< Keep the array: `Array x = ...;`. */
 
   /** The imaginary parts in the array's own storage; empty for a real array, and for a complex one
-   *  that resize() took them from. Otherwise as span(). */
+   *  that has lost them by resize(). Otherwise the same as span(). */
   template <class T>
   Span<T> imaginary() & {
     return imaginaryElements<T>(roomToWrite());
   }
-  /** The read-only overload, as span() const. */
+  /** The read-only overload, like span() const. */
   template <class T>
   Span<const T> imaginary() const& {
     return imaginaryElements<T>(countToRead());
@@ -347,63 +346,62 @@ class Array {
   template <class T>
   Span<const T> imaginary() const&& = delete; /**< Keep the array: `Array x = ...;`. */
 
-  /** A copy of the elements in column-major order; of a sparse array, of the stored ones. Numbers
-   *  and logical values of another class are converted. With T a std::complex, both parts;
-   * otherwise the real ones. With T a std::string, the texts of the elements of a cell array.
-   * Throws UsageError when an element has another value as a T or the array is of another kind,
-   *  IncompleteReply when elements did not arrive; as toString() for texts. */
+  /** A copy of the elements in column-major order; for a sparse array, of the stored ones. Numbers
+   *  and logical values of another class are converted. If T is a std::complex, the copy has both
+   *  parts, otherwise only the real ones. If T is std::string, it has the strings in a cell array.
+   *  Throws UsageError if T cannot represent an element exactly or the array is of another kind,
+   *  IncompleteReply if elements did not arrive; for strings, throws as toString(). */
   template <class T>
   std::vector<T> toVector() const;
 
-  /** An array of the same shape and the class of T, with the same values. Throws UsageError when an
-   *  element has another value as a T, or an imaginary part and T has none; when the array is
-   * sparse and not of the class of T already; and when it holds no numbers. */
+  /** An array of the same shape and the class of T, with the same values. Throws UsageError if T
+   *  cannot represent an element exactly, an element has an imaginary part and T has none, the
+   *  array is sparse and not of the class of T already, or it does not hold numbers. */
   template <class T>
   Array convertTo() const;
 
-  /** The one element of a 1-by-1 array as a T, if it keeps its value there: `scalar<int>()` of the
-   *  double 3. Throws UsageError otherwise, and as at(). */
+  /** The element of a 1-by-1 array as a T: `scalar<int>()` of the double 3 is 3. Throws UsageError
+   *  if the array does not have exactly one element, and throws as at(). */
   template <class T>
   T scalar() const;
-  /** scalar<T>(), or the fallback when the array has no elements, as a cell or field has none that
-   *  was never set. */
+  /** scalar<T>(), or the fallback if the array has no elements (like an unset cell or field). */
   template <class T, detail::IfValue<T> = 0>
   T value_or(T fallback) const;
-  /** toString(), or the fallback when the array has no elements. */
+  /** toString(), or the fallback if the array has no elements. */
   std::string value_or(std::string_view fallback) const;
-  /** The same for a field of a 1-by-1 struct: `options.value_or("tolerance", 1e-6)`. The fallback
-   *  counts also when there is no such field. Throws UsageError when the array is not a struct. */
+  /** The same for a field of a 1-by-1 struct: `options.value_or("tolerance", 1e-6)`. Also returns
+   *  the fallback if there is no such field. Throws UsageError if the array is not a struct. */
   template <class T, detail::IfValue<T> = 0>
   T value_or(const CString& field, T fallback) const;
-  /** The same for a text. */
+  /** The same for a string. */
   std::string value_or(const CString& field, std::string_view fallback) const;
 
-  /** The text of a char array, read in column-major order, as UTF-8; empty when there are no
-   *  elements. Throws UsageError when the array is of another class, or ends in a surrogate
-   *  without a unit behind it, IncompleteReply when code units did not arrive. Other stray
-   *  surrogates give bytes that are not UTF-8, as with hcyArrayToString(); unlike there, a NUL is a
-   * character like any other. */
+  /** The text of a char array, in column-major order, as UTF-8; empty if there are no elements.
+   *  Throws UsageError if the array is of another class or ends in a surrogate without a code unit
+   *  after it, IncompleteReply if code units did not arrive. Other unpaired surrogates give bytes
+   *  that are not valid UTF-8, as with hcyArrayToString(). Unlike there, NUL is a character like
+   *  any other. */
   std::string toString() const {
     const Span<const char16_t> units = span<char16_t>();
     return detail::utf8Of(units.data(), units.size());
   }
 
-  /** The first element as a double (of a complex array, its real part; of a sparse one, the first
-   *  that is stored). Throws UsageError when there is none, and for cells and structs,
-   *  IncompleteReply when any element did not arrive. 64-bit integers beyond 2^53 are rounded. */
+  /** The first element as a double: for a complex array, its real part; for a sparse array, the
+   *  first stored element. Throws UsageError if there is none and for cells and structs,
+   *  IncompleteReply if any element did not arrive. 64-bit integers beyond 2^53 are rounded. */
   double scalar() const {
     requireWhole();
     const double value = hcyGetScalar(handle());
-    // A positive one is right whatever the class: 0 may stand for none, and uint8 is read as
-    // signed.
+    // A positive value is right for every class. 0 may mean that there is none, and uint8 is read
+    // as signed.
     if (value > 0) return value;
-    if (size() == 0 || isCell() || isStruct()) throw UsageError("there is no number to read");
+    if (size() == 0 || isCell() || isStruct()) throw UsageError("the array has no number to read");
     return is<std::uint8_t>() ? span<std::uint8_t>()[0] : value;
   }
 
-  /** The zero-based rows of the elements of a sparse array, as many as span() gives. Throws
-   *  UsageError if it is full, IncompleteReply when column starts and rows do not describe a sparse
-   *  array of its dimensions, or values did not arrive. */
+  /** The zero-based rows of the elements of a sparse array, as many as span() returns. Throws
+   *  UsageError if the array is not sparse, IncompleteReply if its column starts and rows do not
+   *  describe a sparse array of its dimensions or values did not arrive. */
   Span<std::size_t> rowIndices() & { return rowsOf(roomToWrite()); }
   /** The read-only overload; as many elements as span() const returns. */
   Span<const std::size_t> rowIndices() const& { return rowsOf(countToRead()); }
@@ -415,12 +413,13 @@ class Array {
   Span<const std::size_t> columnStarts() const& { return starts(); }
   Span<const std::size_t> columnStarts() const&& = delete; /**< Keep the array: `Array x = ...;`. */
 
-  /** The stored elements of a sparse array, column after column. Throws UsageError when the program
-   *  has set column starts or rows that lead outside it, and as span() and rowIndices(). */
+  /** The stored elements of a sparse array, column by column. Throws UsageError if the program has
+   *  set column starts or rows that are outside the array, and throws as span() and rowIndices().
+   */
   template <class T>
   std::vector<Entry<T>> entries() const;
 
-  /** @name What is written in another way
+  /** @name Deleted operators, and what to write instead
    *  @{ */
   template <class Name, detail::IfName<Name> = 0>
   void operator[](const Name&) const = delete; /**< A field is s("name"). */
@@ -430,11 +429,11 @@ class Array {
   void operator()(T, U) const = delete; /**< An element is array.at<double>(i, j). */
   /** @} */
 
-  /** Element i of a cell array: to read, to assign to, or to go on into (`cell[1]("name")`). */
+  /** Element i of a cell array, which can be read, assigned to or indexed (`cell[1]("name")`). */
   Slot operator[](Size i) &;
-  /** Element i of a cell array, as a handle of its own. Throws UsageError when there is none,
-   *  IncompleteReply when it did not arrive or not as a whole, or is of a class that the library
-   *  does not serve. */
+  /** Element i of a cell array, as a new handle. Throws UsageError if there is no such element,
+   *  IncompleteReply if it did not arrive, is incomplete, or is of a class that the library does
+   *  not support. */
   Array operator[](Size i) const&;
   /** The same. */
   Array operator[](Size i) && { return static_cast<const Array&>(*this)[i]; }
@@ -443,9 +442,9 @@ class Array {
   Slot operator()(const CString& field) &;
   /** A field of element i of a struct array. */
   Slot operator()(Size i, const CString& field) &;
-  /** A field, as a handle of its own. Throws as operator[]. */
+  /** A field, as a new handle. Throws as operator[]. */
   Array operator()(const CString& field) const& { return (*this)(0, field); }
-  /** The same of element i. */
+  /** The same for element i. */
   Array operator()(Size i, const CString& field) const&;
   /** The same. */
   Array operator()(const CString& field) && { return static_cast<const Array&>(*this)(0, field); }
@@ -454,22 +453,22 @@ class Array {
     return static_cast<const Array&>(*this)(i, field);
   }
 
-  /** The elements of a cell array, in order: `for (Array element : cell)`. Each is a handle of its
-   *  own. Throws UsageError if the array is not a cell array; reading an element throws as
-   *  operator[]. */
+  /** The elements of a cell array, in order: `for (Array element : cell)`. Each is a new handle.
+   *  Throws UsageError if the array is not a cell array; reading an element throws as operator[].
+   */
   CellIterator begin() const;
-  /** Behind the last element. */
+  /** After the last element. */
   CellIterator end() const;
 
-  /** Names and values of a 1-by-1 struct array: `for (auto [name, value] : s.fields())`. The array
-   *  has to stay as it is meanwhile. Throws UsageError if it is not a struct array. */
+  /** Names and values of a 1-by-1 struct array: `for (auto [name, value] : s.fields())`. Do not
+   *  change the array during the loop. Throws UsageError if it is not a struct array. */
   Fields fields() const&;
-  /** The same of element i. */
+  /** The same for element i. */
   Fields fields(Size i) const&;
-  /** The same of an array that is gone otherwise: it is kept. */
+  /** The same for a temporary array, which is kept during the loop. */
   Fields fields() &&;
 
-  /** The names of the fields; none for an array that is no struct. */
+  /** The names of the fields; none if the array is not a struct array. */
   std::vector<std::string> fieldNames() const {
     std::vector<std::string> names(static_cast<std::size_t>(hcyGetNumberOfFields(handle())));
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -481,29 +480,29 @@ class Array {
   bool hasField(const CString& field) const {
     return hcyGetFieldNumber(handle(), field.c_str()) >= 0;
   }
-  /** Adds a field behind the others, never set; nothing happens when it exists. Throws UsageError
-   *  when the array is not a struct, IncompleteReply as resize(), std::bad_alloc when there is no
-   *  room. */
+  /** Adds a field after the others, unset in every element; does nothing if it exists already.
+   *  Throws UsageError if the array is not a struct array, IncompleteReply as resize(),
+   *  std::bad_alloc if the field cannot be added. */
   void addField(const CString& field) {
     if (!isStruct()) throw wrongClass("struct");
     requireElements();
     if (hcyAddField(handle(), field.c_str()) < 0) throw std::bad_alloc();
   }
-  /** Removes a field from every element. Throws UsageError when there is none, IncompleteReply as
-   *  resize(). */
+  /** Removes a field from every element. Throws UsageError if there is no such field,
+   *  IncompleteReply as resize(). */
   void removeField(const CString& field) {
     if (!hasField(field)) throw UsageError("there is no field " + std::string(field.c_str()));
     requireElements();
     hcyRemoveField(handle(), hcyGetFieldNumber(handle(), field.c_str()));
   }
 
-  /** Whether class, shape, names of fields and all elements are the same. NaN differs from itself;
-   *  imaginary parts that are not there count as 0. A sparse array equals only a sparse one. Two
-   *  empty Arrays are equal. Throws IncompleteReply when elements did not arrive. */
+  /** Whether class, shape, field names and all elements are equal. NaN differs from itself; missing
+   *  imaginary parts count as 0. A sparse array is equal only to a sparse one. Two empty Arrays are
+   *  equal. Throws IncompleteReply if elements did not arrive. */
   friend bool operator==(const Array& a, const Array& b) { return a.equals(b); }
-  /** Whether something differs. */
+  /** Whether the arrays are not equal. */
   friend bool operator!=(const Array& a, const Array& b) { return !a.equals(b); }
-  /** Writes format() of the array, as much as PrintLimits allows unless they are set. */
+  /** Writes format() of the array, with the default PrintLimits. */
   friend std::ostream& operator<<(std::ostream& out, const Array& array) {
     return array.print(out);
   }
@@ -563,16 +562,16 @@ class Array {
   // The same where elements of a container move: those that did not arrive are the last ones.
   void requireElements() const;
 
-  // How many elements there are to read: of a sparse array, the stored ones. Column starts that the
-  // program has set may say more than there is room for.
+  // The number of elements to read: in a sparse array, the stored ones. Column starts that the
+  // program has set may name more than there is room for.
   std::size_t countToRead() const {
     if (!isSparse()) return size();
     requireWhole();
     return std::min(hcyGetJc(get())[columns()], hcyGetNzmax(get()));
   }
 
-  // The same with all that there is room for. In a reply, the list of values may be shorter than
-  // that of row indices behind the stored elements: they get one length.
+  // The number of elements to write: in a sparse array, all that there is room for. In a reply,
+  // there may be fewer values than row indices after the stored elements; both get one length.
   std::size_t roomToWrite() {
     const std::size_t stored = countToRead();
     if (!isSparse()) return stored;
@@ -610,9 +609,9 @@ class Array {
 
   template <class T>
   void requireClass() const {
-    static_assert(detail::Element<T>::exists, "no array has elements of this type");
+    static_assert(detail::Element<T>::exists, "arrays cannot hold elements of this type");
     static_assert(std::is_same_v<T, typename detail::Element<T>::Stored>,
-                  "the elements are stored as the type of <cstdint> of this width");
+                  "the elements are stored as the <cstdint> type of this width");
     if (!is<T>()) throw wrongClass(nameOf(classOf<T>()));
   }
 

@@ -26,16 +26,16 @@ namespace hcyclient {
 /** @addtogroup cpp_runtime
  *  @{ */
 
-/** The settings of contexts that are made from it afterwards. It can be copied and read. The
- * setters return the configuration; they throw UsageError for a value that the library cannot hold,
- *  std::bad_alloc when memory is exhausted. The comments of hcyClientRuntime say what each setting
- *  means. */
+/** The settings for contexts that are made from it afterwards. It can be copied and read. Each
+ *  setter returns the configuration, and throws UsageError if the library cannot hold the value,
+ *  std::bad_alloc if memory is exhausted. The comments of hcyClientRuntime describe each setting.
+ */
 class Config {
  public:
   /** A configuration with the defaults of the library. */
   explicit Config(const Library& library)
       : runtime_(library.runtime()), config_(create(runtime_), {runtime_}) {}
-  /** A configuration with the same settings. Throws UsageError when the other one has been moved
+  /** A configuration with the same settings. Throws UsageError if the other one has been moved
    *  from. */
   Config(const Config& other) : runtime_(other.runtime()), config_(create(runtime_), {runtime_}) {
     runtime_->setTimeOut(get(), runtime_->getTimeOut(other.get()));
@@ -52,7 +52,7 @@ class Config {
     setHostnameVerification(other.hostnameVerification());
     setPeerVerification(other.peerVerification());
   }
-  /** Takes over the same settings; throws as the copy constructor, and is as before then. */
+  /** Copies the settings; throws as the copy constructor, and is unchanged then. */
   Config& operator=(const Config& other) { return *this = Config(other); }
   /** Takes over the configuration. */
   Config(Config&&) noexcept = default;
@@ -60,14 +60,14 @@ class Config {
   Config& operator=(Config&&) noexcept = default;
   ~Config() = default;
 
-  /** How long one call may take, connection and transfer together; 0 for no limit. Parts of a
-   * second count as a whole one. */
+  /** Sets how long one call may take, connection and transfer together, rounded up to whole
+   *  seconds; 0 for no limit. */
   template <class Number, class Period>
   Config& setTimeout(std::chrono::duration<Number, Period> timeout) {
     const double seconds = std::ceil(std::chrono::duration<double>(timeout).count());
-    // Written so that NaN is refused.
+    // This form also refuses NaN.
     if (!(seconds >= 0 && seconds <= std::numeric_limits<std::uint32_t>::max())) {
-      throw UsageError("the time-out is out of range");
+      throw UsageError("the timeout is out of range");
     }
     runtime_->setTimeOut(settings(), static_cast<std::uint32_t>(seconds));
     return *this;
@@ -78,53 +78,54 @@ class Config {
   std::chrono::seconds timeout() const {
     return std::chrono::seconds(runtime_->getTimeOut(settings()));
   }
-  /** The size in bytes of the largest reply body that is accepted. A larger one fails the call if
-   *  its length is declared. Otherwise it is cut there, and what is incomplete then throws
-   *  IncompleteReply. */
+  /** Sets the size in bytes of the largest reply body that is accepted. If a reply declares a
+   *  longer body, the call fails. If a longer body declares no length, it is cut at the limit, and
+   *  arrays that are then incomplete throw IncompleteReply. */
   Config& setResponseSizeLimit(std::uint32_t bytes) {
     runtime_->setResponseSizeLimit(settings(), bytes);
     return *this;
   }
   /** The same as it is set. */
   std::uint32_t responseSizeLimit() const { return runtime_->getResponseSizeLimit(settings()); }
-  /** The file (PEM) of the client's certificate: a string or a std::filesystem::path. */
+  /** Sets the file (PEM) of the client's certificate: a string or a std::filesystem::path. */
   Config& setClientCertificateFile(const CString& file) {
     return setText(runtime_->setClientCertFile, runtime_->getClientCertFile, file);
   }
   /** The same as it is set; empty for none. */
   std::string clientCertificateFile() const { return runtime_->getClientCertFile(settings()); }
-  /** The file (PEM) of the private key of the client's certificate. */
+  /** Sets the file (PEM) of the private key of the client's certificate. */
   Config& setClientPrivateKeyFile(const CString& file) {
     return setText(runtime_->setClientPrivateKeyFile, runtime_->getClientPrivateKeyFile, file);
   }
   /** The same as it is set; empty for none. */
   std::string clientPrivateKeyFile() const { return runtime_->getClientPrivateKeyFile(settings()); }
-  /** The pass phrase of the private key. */
+  /** Sets the pass phrase of the private key. */
   Config& setPrivateKeyPassPhrase(const CString& passPhrase) {
     return setText(runtime_->setPrivateKeyPasswd, runtime_->getPrivateKeyPasswd, passPhrase);
   }
   /** The same as it is set; empty for none. */
   std::string privateKeyPassPhrase() const { return runtime_->getPrivateKeyPasswd(settings()); }
-  /** The file (PEM) of the authorities that the server's certificate is checked against. */
+  /** Sets the file (PEM) of the certificate authorities to check the server's certificate against.
+   */
   Config& setAuthorityFile(const CString& file) {
     return setText(runtime_->setCAFile, runtime_->getCAFile, file);
   }
   /** The same as it is set; empty for those of the system. */
   std::string authorityFile() const { return runtime_->getCAFile(settings()); }
-  /** The file (PEM) of certificate revocation lists. */
+  /** Sets the file (PEM) of certificate revocation lists. */
   Config& setRevocationListFile(const CString& file) {
     return setText(runtime_->setRevocationListFile, runtime_->getRevocationListFile, file);
   }
   /** The same as it is set; empty for none. */
   std::string revocationListFile() const { return runtime_->getRevocationListFile(settings()); }
-  /** Whether the server's certificate must name the host of the URL. */
+  /** Sets whether the server's certificate must name the host of the URL. */
   Config& setHostnameVerification(bool verify) {
     runtime_->setHostnameVerification(settings(), verify);
     return *this;
   }
   /** The same as it is set. */
   bool hostnameVerification() const { return runtime_->getHostnameVerification(settings()); }
-  /** Whether the server's certificate chain is verified. */
+  /** Sets whether the server's certificate chain is verified. */
   Config& setPeerVerification(bool verify) {
     runtime_->setPeerVerification(settings(), verify);
     return *this;
@@ -132,13 +133,13 @@ class Config {
   /** The same as it is set. */
   bool peerVerification() const { return runtime_->getPeerVerification(settings()); }
 
-  /** The table of the C interface, by which get() may be asked for its settings. Throws UsageError
-   *  when the Config has been moved from. */
+  /** The runtime table of the C interface, for use with get(). Throws UsageError if the Config has
+   *  been moved from. */
   const hcyClientRuntime* runtime() const {
     static_cast<void>(settings());
     return runtime_;
   }
-  /** The configuration in the C interface, which stays owned here; null if moved from. */
+  /** The configuration in the C interface, which the Config still owns; null if moved from. */
   hcyClientConfig* get() const noexcept { return config_.get(); }
 
  private:
@@ -159,7 +160,7 @@ class Config {
     return get();
   }
 
-  // The library leaves a setting as it was when it cannot store the text.
+  // The library leaves a setting unchanged if it cannot store the string.
   Config& setText(void (*set)(hcyClientConfig*, const char*),
                   const char* (*stored)(const hcyClientConfig*), const CString& text) {
     set(settings(), text.c_str());

@@ -89,12 +89,12 @@ constexpr bool areArrays = sizeof...(Values) == 1 &&
 
 class Function;
 
-/** One connection to a server, kept alive between calls; used by one thread at a time. It is not to
- *  be moved or destroyed during a call. */
+/** One connection to a server, kept alive between calls. Use it on one thread at a time, and do not
+ *  move or destroy it during a call. */
 class Context {
  public:
-  /** A context with a copy of the settings; throws InitializationError when memory or a transfer
-   *  handle cannot be had, UsageError when the Config has been moved from. */
+  /** A context with a copy of the settings. Throws InitializationError if memory or a transfer
+   *  handle cannot be allocated, UsageError if the Config has been moved from. */
   explicit Context(const Config& config)
       : runtime_(config.runtime()),
         responseSizeLimit_(runtime_->getResponseSizeLimit(config.get())),
@@ -103,22 +103,23 @@ class Context {
   /**
    * Calls a function that returns one array: `Array x = context.call(url, a, 2.0, "text")`.
    *
-   * @param url    full URL of the function: http or https. Any kind of string.
+   * @param url    full http or https URL of the function, as any kind of string.
    * @param inputs arrays, elements of containers (`cell[0]`), or values that an Array can be made
-   *               from; a std::vector<Array> alone is the list of inputs.
+   *               from. A std::vector<Array> alone is the list of inputs.
    * @return the output.
-   * @throws CallError when the call fails: HttpError, FunctionError or TransportError;
-   *         IncompleteReply when an output did not arrive as a whole (the elements of cells and
-   *         structs are looked at when they are read); UsageError when the call cannot be made: the
-   *         URL is of another scheme or none, an Array is empty, the Context has been moved from,
-   *         or another thread is calling on it.
+   * @throws CallError if the call fails: HttpError, FunctionError or TransportError.
+   * @throws IncompleteReply if an output is incomplete (elements of cells and structs are checked
+   *         when they are read).
+   * @throws UsageError if the call cannot be made: the URL has no scheme or another one, an Array
+   *         is empty, the Context has been moved from, or another thread is making a call on it.
    */
   template <class... Values>
   Array call(const CString& url, Values&&... inputs) {
     return callFor<1>(
         url, [](Received& received) { return received.take(0); }, std::forward<Values>(inputs)...);
   }
-  /** The same with inputs in braces, which may hold lists: `context.call(url, {{1.0, 2.0}, a})`. */
+  /** The same with inputs in braces, which may include lists: `context.call(url, {{1.0, 2.0}, a})`.
+   */
   Array call(const CString& url, std::initializer_list<Input> inputs) {
     Received received(1);
     evaluate(url, inputs.begin(), inputs.size(), received);
@@ -126,7 +127,7 @@ class Context {
   }
 
   /** Calls a function that returns N arrays: `auto [u, s, v] = context.feval<3>(url, a)`. Inputs
-   * and failures are those of call(). */
+   *  and failures are the same as for call(). */
   template <std::size_t N, class... Values>
   std::array<Array, N> feval(const CString& url, Values&&... inputs) {
     return callFor<N>(
@@ -137,25 +138,26 @@ class Context {
   /**
    * Calls a function and returns its outputs: hcyClientRuntime::feval.
    *
-   * @param url     full URL of the function: http or https.
+   * @param url     full http or https URL of the function.
    * @param inputs  arrays, or values that become arrays: `{a, 2.0, "text", {1.0, 2.0}}`.
    * @param nargout number of outputs wanted.
    * @return nargout arrays.
-   * @throws what call() throws; UsageError also when the number of outputs is negative.
+   * @throws what call() throws; UsageError also if the number of outputs is negative.
    */
   Outputs feval(const CString& url, std::initializer_list<Input> inputs = {}, int nargout = 1) {
     return outputsOf(url, inputs.begin(), inputs.size(), nargout);
   }
-  /** The same with inputs that are arrays already. */
+  /** The same with a vector of inputs. */
   Outputs feval(const CString& url, const std::vector<Array>& inputs, int nargout = 1) {
     return outputsOf(url, inputs.data(), inputs.size(), nargout);
   }
 
-  /** The function at a URL, to be called like one of C++: `auto plus = context.function(url)`. */
+  /** The function at a URL, which can be called like a C++ function:
+   *  `auto plus = context.function(url)`. */
   Function function(std::string url) &;
   Function function(std::string url) && = delete; /**< Keep the context. */
 
-  /** The context in the C interface, which stays owned here; null if moved from. */
+  /** The context in the C interface, which the Context still owns; null if moved from. */
   hcyClientContext* get() const noexcept { return context_.get(); }
 
  private:
@@ -164,7 +166,7 @@ class Context {
     void operator()(hcyClientContext* context) const noexcept { runtime->destroyContext(context); }
   };
 
-  // What a call stores, to be destroyed unless it is taken.
+  // The outputs of a call; destroys those that are not taken.
   struct Received : detail::Handles<hcyArray*> {
     explicit Received(std::size_t count) : Handles(count), count_(count) {}
     Received(const Received&) = delete;
@@ -184,7 +186,7 @@ class Context {
    public:
     explicit Turn(detail::BusyFlag& flag) : flag_(flag) {
       if (!flag_.raise()) {
-        throw UsageError("the Context is in use by another call: each thread needs one of its own");
+        throw UsageError("the Context is in use by another call: each thread needs its own");
       }
     }
     Turn(const Turn&) = delete;
@@ -199,7 +201,7 @@ class Context {
     hcyClientContext* context = nullptr;
     if (config.runtime()->createContext(&context, config.get()) == 0) return context;
     if (context != nullptr) config.runtime()->destroyContext(context);
-    throw InitializationError("memory or a transfer handle for a context cannot be had");
+    throw InitializationError("memory or a transfer handle for a context cannot be allocated");
   }
 
   static const hcyArray* handleOf(const Input& input) { return input.get(); }
@@ -211,7 +213,7 @@ class Context {
     return {received.take(I)...};
   }
 
-  // Makes what the values need, calls, and takes N outputs.
+  // Makes arrays of the values, makes the call, and takes N outputs.
   template <std::size_t N, class Take, class... Values>
   auto callFor(const CString& url, const Take& take, Values&&... values) {
     Received received(N);

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file convert.hpp
- * @brief Numbers from one type to another, if they keep their value. Included by hcyclient.hpp.
+ * @brief Exact conversion of numbers between types. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_CONVERT_HPP
 #define HCY_CPP_CONVERT_HPP
@@ -23,7 +23,7 @@ bool isInRange(double whole) noexcept {
   return whole < end && (std::is_signed_v<To> ? whole >= -end : whole >= 0);
 }
 
-// Stores the number as another type and returns true, if it keeps its value there.
+// Stores the number as another type; returns false if that type cannot represent it exactly.
 template <class To, class From>
 bool convertExactly(From from, To& to) noexcept {
   if constexpr (std::is_same_v<To, From>) {
@@ -49,7 +49,7 @@ bool convertExactly(From from, To& to) noexcept {
   }
 }
 
-// The same where both may be complex; an imaginary part that the type has no room for must be 0.
+// The same for complex numbers; if To has no imaginary part, that of the number must be 0.
 template <class To, class From>
 bool convertParts(From real, From imaginary, To& to) noexcept {
   if constexpr (Parts<To>::areTwo) {

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file element.hpp
- * @brief Which class of array belongs to a C++ type. Included by hcyclient.hpp.
+ * @brief The array class for each C++ type. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_ELEMENT_HPP
 #define HCY_CPP_ELEMENT_HPP
@@ -26,7 +26,7 @@ struct IsCharacter : std::bool_constant<std::is_same_v<T, char> || std::is_same_
                                         > {
 };
 
-// The class of arrays whose elements are of type T, and the type that they are stored as.
+// The class of arrays with elements of type T, and the type that stores the elements.
 template <class T, class = void>
 struct Element {
   static constexpr bool exists = false;
@@ -86,7 +86,7 @@ using Part = typename Parts<T>::Part;
 template <class T>
 constexpr bool isNumeric =
     Element<T>::exists && !std::is_same_v<T, bool> && !std::is_same_v<T, char16_t>;
-// What an array can be made from, value by value.
+// Whether an array can be made from values of this type.
 template <class T>
 constexpr bool isValue = Parts<T>::areTwo ? isNumeric<Part<T>> : Element<T>::exists;
 template <class T>

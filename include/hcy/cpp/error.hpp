@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file error.hpp
- * @brief What the C++ API throws. Included by hcyclient.hpp.
+ * @brief The exceptions of the C++ API. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_ERROR_HPP
 #define HCY_CPP_ERROR_HPP
@@ -21,7 +21,7 @@ namespace hcyclient {
 
 namespace detail {
 
-// The URL without a name and a password before the host, which are nobody's business in a log.
+// The URL without a name and password before the host, which must not end up in a log.
 inline std::string withoutUserInformation(std::string_view url) {
   const std::size_t scheme = url.find("://");
   const std::size_t host = scheme == std::string_view::npos ? 0 : scheme + 3;
@@ -35,7 +35,7 @@ inline std::string withoutUserInformation(std::string_view url) {
 
 /**
  * @defgroup cpp_errors C++: errors
- * @brief What the C++ API throws.
+ * @brief The exceptions of the C++ API.
  * @{
  */
 
@@ -45,16 +45,16 @@ class Error : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/** The library, a configuration or a context could not be started. */
+/** The library could not be started, or a configuration or context could not be created. */
 class InitializationError : public Error {
  public:
   using Error::Error;
 };
 
-/** An array was asked for what it is not or does not hold (another class, an index or field that
- *  is not there), a value cannot be handed to the library (text that is not UTF-8, a NUL inside a
- *  URL or name, a size over 2147483647, a URL that is not http or https), or an object was used
- *  that has been moved from or is in use by another thread. */
+/** The program used the API wrongly: an array is of another class or has no such index or field; a
+ *  value cannot be passed to the library (a string that is not valid UTF-8, a NUL inside a URL or
+ *  name, a size over 2147483647, a URL that is not http or https); or an object has been moved from
+ *  or is in use by another thread. */
 class UsageError : public Error {
  public:
   using Error::Error;
@@ -62,35 +62,36 @@ class UsageError : public Error {
 
 /** An array of a reply is incomplete: fewer elements arrived than its dimensions say, its
  *  dimensions did not arrive, or its column starts and row indices do not describe a sparse array
- *  of its dimensions. what() says which array, and how many elements its dimensions name. The usual
+ *  of its dimensions. what() says which array, and how many elements it should have. The usual
  *  reason is that the response size limit cut the reply: see Config::setResponseSizeLimit().
  *
  *  A call throws it for an incomplete output. An array that was adopted, and an element of a cell
  *  or struct array, are checked when they are read. */
 class IncompleteReply : public Error {
  public:
-  /** Takes over the message; user information is removed from the URL. */
+  /** An exception with this message; user information is removed from the URL. */
   explicit IncompleteReply(const std::string& message, std::string_view url = {})
       : Error(message),
         url_(std::make_shared<const std::string>(detail::withoutUserInformation(url))) {}
 
-  /** The URL of the call, as CallError::url(); empty if it was found when an array was read. */
+  /** The URL of the call, as CallError::url(); empty if the exception was thrown when an array was
+   *  read. */
   const std::string& url() const noexcept { return *url_; }
 
  private:
   std::shared_ptr<const std::string> url_;
 };
 
-/** A call failed: the base of the three kinds of failure. The context can be used for more. */
+/** A call failed: the base of the three kinds of failure. The context can be used again. */
 class CallError : public Error {
  public:
-  /** Takes over the message; user information is removed from the URL. */
+  /** An exception with this message; user information is removed from the URL. */
   explicit CallError(const std::string& message, std::string_view url = {})
       : Error(message),
         url_(std::make_shared<const std::string>(detail::withoutUserInformation(url))) {}
 
-  /** The URL of the call, without the name and the password that it may hold before the host.
-   *  Valid as long as this exception or a copy of it. */
+  /** The URL of the call, without a name and password before the host. Valid as long as this
+   *  exception or a copy of it. */
   const std::string& url() const noexcept { return *url_; }
   /** The URL and what(), for a log: `http://host:8080/f: HTTP status 404 Not Found`. */
   std::string describe() const { return url() + ": " + what(); }
@@ -103,7 +104,7 @@ class CallError : public Error {
 /** The server answered with an HTTP status other than 200. */
 class HttpError : public CallError {
  public:
-  /** Takes over status and reason. */
+  /** An exception with this status and reason. */
   HttpError(std::uint32_t status, const std::string& reason, std::string_view url = {})
       : CallError("HTTP status " + std::to_string(status) + (reason.empty() ? "" : " ") + reason,
                   url),
@@ -112,10 +113,10 @@ class HttpError : public CallError {
 
   /** The HTTP status. */
   std::uint32_t status() const noexcept { return status_; }
-  /** The reason phrase behind the status, without its line end; may be empty. */
+  /** The reason phrase after the status, without its line end; may be empty. */
   const std::string& reason() const noexcept { return *reason_; }
-  /** Whether the server had too much to do and did not run the function: status 503. The same call
-   *  may succeed later. */
+  /** Whether the server was overloaded and did not run the function: status 503. The same call may
+   *  succeed later. */
   bool isRetryable() const noexcept { return status_ == 503; }
 
  private:
@@ -123,17 +124,17 @@ class HttpError : public CallError {
   std::shared_ptr<const std::string> reason_;
 };
 
-/** One frame of the stack of an error that a function raised. */
+/** One stack frame of an error that a function raised. */
 struct StackFrame {
-  std::string file;      /**< file of the function */
+  std::string file;      /**< file that defines the function */
   std::string name;      /**< name of the function */
-  std::int32_t line = 0; /**< line in the file; 0 when it is not known */
+  std::int32_t line = 0; /**< line in the file; 0 if it is not known */
 };
 
 /** The function ran on the server and raised an error; what() is its message. */
 class FunctionError : public CallError {
  public:
-  /** Takes over the account of the error. */
+  /** An exception with this message, identifier and stack. */
   FunctionError(const std::string& message, std::string identifier, std::vector<StackFrame> stack,
                 std::string_view url = {})
       : CallError(message, url),
@@ -154,17 +155,17 @@ class FunctionError : public CallError {
   std::shared_ptr<const Details> details_;
 };
 
-/** The call failed otherwise. what() is the library's own text, and reason() tells what kind of
- *  failure it is. */
+/** The call failed for another reason. what() is the library's own message, and reason() says what
+ *  kind of failure it is. */
 class TransportError : public CallError {
  public:
-  /** Takes over the library's text. */
+  /** An exception with the library's message. */
   explicit TransportError(const std::string& message, std::string_view url = {})
       : CallError(message, url), reason_(detail::reasonOf(message)) {}
 
-  /** What went wrong, to decide by; what() is for a person. */
+  /** What went wrong, for programs to check; what() is for people to read. */
   Reason reason() const noexcept { return reason_; }
-  /** Whether no connection came about, so that the function did not run: the same call may succeed
+  /** Whether no connection was made, so that the function did not run. The same call may succeed
    *  later. */
   bool isRetryable() const noexcept { return reason_ == Reason::connectionRefused; }
 

@@ -21,8 +21,8 @@ namespace hcyclient {
 /** @addtogroup cpp_runtime
  *  @{ */
 
-/** A function of a server, called like one of C++. It refers to its Context, which has to stay
- * where it is as long as the Function is used.
+/** A function of a server, which is called like a C++ function. It refers to its Context, which
+ *  must outlive it and must not be moved.
  *
  *  @code
  *  auto solve = context.function("http://127.0.0.1:8080/linalg/solve");
@@ -33,7 +33,7 @@ class Function {
   /** A function at a URL; nothing is sent yet. */
   Function(Context& context, std::string url) noexcept : context_(&context), url_(std::move(url)) {}
 
-  /** As Context::call(). */
+  /** The same as Context::call(). */
   template <class... Values>
   Array operator()(Values&&... inputs) const {
     return context_->call(url_, std::forward<Values>(inputs)...);
@@ -42,17 +42,17 @@ class Function {
   Array operator()(std::initializer_list<Input> inputs) const {
     return context_->call(url_, inputs);
   }
-  /** As Context::feval() with N outputs: `auto [s, u] = svd.feval<2>(a)`. */
+  /** The same as Context::feval() with N outputs: `auto [s, u] = svd.feval<2>(a)`. */
   template <std::size_t N, class... Values>
   std::array<Array, N> feval(Values&&... inputs) const {
     return context_->template feval<N>(url_, std::forward<Values>(inputs)...);
   }
-  /** As Context::feval(). */
+  /** The same as Context::feval(). */
   Outputs feval(std::initializer_list<Input> inputs = {}, int nargout = 1) const {
     return context_->feval(url_, inputs, nargout);
   }
 
-  /** The URL that is called. */
+  /** The URL of the function. */
   const std::string& url() const noexcept { return url_; }
 
  private:

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file input.hpp
- * @brief What a call or a container takes for an array. Included by hcyclient.hpp.
+ * @brief Values that can be passed as arrays. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_INPUT_HPP
 #define HCY_CPP_INPUT_HPP
@@ -18,13 +18,13 @@ namespace hcyclient {
 /** @addtogroup cpp_arrays
  *  @{ */
 
-/** What a call or a container takes for one array: an Array, which it only looks at, or a value
- *  that an Array is made from on the way. To be written in the argument list itself. */
+/** An argument of a call or an element for a container: an Array, which is only referred to, or a
+ *  value that an Array is made from. Use it only in an argument list. */
 class Input {
  public:
-  /** Looks at an array, which must outlive the full expression. */
+  /** Refers to an array, which must outlive the full expression. */
   Input(const Array& array) : handle_(array.handle()) {}
-  /** Makes an array. */
+  /** Makes an array from a value. */
   template <class T, std::enable_if_t<!std::is_base_of_v<Array, std::decay_t<T>> &&
                                           !std::is_same_v<Input, std::decay_t<T>> &&
                                           std::is_constructible_v<Array, T&&>,
@@ -48,7 +48,7 @@ class Input {
 /** A named value for Array::structOf(). */
 struct Field {
   CString name; /**< name of the field */
-  Input value;  /**< what it holds */
+  Input value;  /**< value of the field */
 };
 
 /** @} */

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file library.hpp
- * @brief Start and end of the library. Included by hcyclient.hpp.
+ * @brief Starts and ends the library. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_LIBRARY_HPP
 #define HCY_CPP_LIBRARY_HPP
@@ -30,26 +30,26 @@ inline HCY_API Libraries libraries;
 
 /**
  * @defgroup cpp_runtime C++: client runtime
- * @brief Start, configure, call.
+ * @brief Start the library, configure it, call functions.
  * @{
  */
 
 /**
- * Keeps the library initialised: from the first Library of the process to the end of the last one.
- * They may be made and destroyed on any threads at once.
+ * Keeps the library initialized, from the first Library of the process until the last one is
+ * destroyed. Library objects may be made and destroyed on any threads at once.
  *
- * The program and the shared objects that it is linked with count together, even if they are
- * compiled with hidden symbols. A plug-in that dlopen() loads counts together with the program only
- * if the program exports its symbols (`-rdynamic`); otherwise the end of the plug-in's last Library
- * ends the library for all, as hcyTerminate() does.
+ * The program and the shared objects that it is linked with share one count of Library objects,
+ * even if they are compiled with hidden symbols. A plug-in that dlopen() loads shares the count
+ * only if the program exports its symbols (`-rdynamic`). Otherwise, destroying the plug-in's last
+ * Library ends the library for the whole process, as hcyTerminate() does.
  */
 class Library {
  public:
-  /** Initialises the library unless another Library has; throws InitializationError when it does
-   *  not start, or has been started for an older version by other code. */
+  /** Initializes the library unless another Library has. Throws InitializationError if it does not
+   *  start, or other code has started it for an older version. */
   Library() : runtime_(begin()) {}
 
-  /** The table of the C interface. Throws UsageError when the Library has been moved from. */
+  /** The runtime table of the C interface. Throws UsageError if the Library has been moved from. */
   const hcyClientRuntime* runtime() const {
     if (!runtime_) throw UsageError("the Library has been moved from");
     return runtime_.get();

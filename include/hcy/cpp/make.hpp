@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file make.hpp
- * @brief Arrays from values of C++. Included by hcyclient.hpp.
+ * @brief Makes arrays from C++ values. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_MAKE_HPP
 #define HCY_CPP_MAKE_HPP

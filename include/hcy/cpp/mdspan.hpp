@@ -25,7 +25,7 @@ namespace hcyclient {
  * @{
  */
 
-/** A view of `Rank` dimensions, column-major as the array is. */
+/** A column-major view with `Rank` dimensions. */
 template <class T, std::size_t Rank>
 using Mdspan = std::mdspan<T, std::dextents<std::size_t, Rank>, std::layout_left>;
 
@@ -33,10 +33,10 @@ using Mdspan = std::mdspan<T, std::dextents<std::size_t, Rank>, std::layout_left
 
 namespace detail {
 
-// Dimensions that the array does not have are 1; of those that it has more, each must be.
+// Dimensions that the array does not have are 1; extra dimensions of the array must be 1.
 template <std::size_t Rank>
 std::array<std::size_t, Rank> extentsOf(const Array& array) {
-  if (array.isSparse()) throw UsageError("the array is sparse: it has no mdspan");
+  if (array.isSparse()) throw UsageError("the array is sparse: an mdspan cannot view it");
   std::array<std::size_t, Rank> extents;
   extents.fill(1);
   const auto dimensions = array.dimensions();
@@ -58,10 +58,10 @@ std::array<std::size_t, Rank> extentsOf(const Array& array) {
  * @{
  */
 
-/** The elements of an array in its own storage, to read and to write: `asMdspan<double>(a)[i, j]`;
- *  of a complex array, the real parts. Valid as a Span is. Dimensions beyond those of the array are
- *  1. Throws UsageError if the array is sparse, not of the class of T, or has more dimensions,
- *  IncompleteReply if elements did not arrive. */
+/** The elements of an array in its own storage, for reading and writing; for a complex array, the
+ *  real parts: `asMdspan<double>(a)[i, j]`. Valid as long as a Span. Dimensions beyond those of the
+ *  array are 1. Throws UsageError if the array is sparse, is not of the class of T, or has further
+ *  dimensions other than 1; IncompleteReply if elements did not arrive. */
 template <class T, std::size_t Rank = 2>
 Mdspan<T, Rank> asMdspan(Array& array) {
   const auto extents = detail::extentsOf<Rank>(array);

@@ -21,20 +21,20 @@ namespace hcyclient {
 /**
  * The outputs of a call: a vector of arrays that checks every index.
  *
- * What is asked of a temporary (`context.feval(url)[0]`) is moved out of it, so that nothing looks
- * into outputs that are gone: `context.feval(url)[0].span<double>()` does not compile.
+ * Accessing an element of a temporary (`context.feval(url)[0]`) moves it out, so that nothing can
+ * refer to outputs that no longer exist: `context.feval(url)[0].span<double>()` does not compile.
  */
 class Outputs : public std::vector<Array> {
  public:
   Outputs() = default;
 
-  /** Output i; throws UsageError when there is none. */
+  /** Output i; throws UsageError if there is none. */
   Array& at(std::size_t i) & { return vector::operator[](checked(i)); }
   /** The read-only overload. */
   const Array& at(std::size_t i) const& { return vector::operator[](checked(i)); }
-  /** Moved out. */
+  /** Moves output i out of a temporary. */
   Array at(std::size_t i) && { return std::move(at(i)); }
-  /** The outputs are gone after the expression. */
+  /** The outputs do not outlive the expression. */
   Array at(std::size_t i) const&& = delete;
 
   Array& operator[](std::size_t i) & { return at(i); }            /**< As at(). */

@@ -33,7 +33,7 @@ namespace hcyclient {
 /** @addtogroup cpp_errors
  *  @{ */
 
-/** A call was dropped before it began, because Pool::abandon() was called. */
+/** The call was dropped before it began, because Pool::abandon() was called. */
 class CallAbandoned : public Error {
  public:
   using Error::Error;
@@ -43,7 +43,7 @@ class CallAbandoned : public Error {
 
 namespace detail {
 
-// A call that waits for a thread, and whoever waits for the call.
+// A call that waits for a thread, and the promise of its result.
 class Job {
  public:
   Job() = default;
@@ -78,7 +78,7 @@ class JobOf : public Job {
   std::promise<Result> promise_;
 };
 
-// An array to keep: an lvalue is copied, as the caller keeps it too.
+// An array for the queue: an lvalue is copied, since the caller keeps it.
 template <class T>
 Array kept(T&& value) {
   static_assert(std::is_constructible_v<Input, T>,
@@ -95,14 +95,14 @@ Array kept(T&& value) {
 /** @addtogroup cpp_runtime
  *  @{ */
 
-/** What a Pool does apart from calling. */
+/** Options of a Pool. */
 struct PoolOptions {
-  std::size_t queue = 0; /**< calls that may wait for a thread; 0 for twice as many as threads */
-  Retry retry = {};      /**< whether a call that the server did not take is made again */
+  std::size_t queue = 0; /**< calls that may wait for a thread; 0 for twice the number of threads */
+  Retry retry = {};      /**< whether a call that the server did not accept is repeated */
 };
 
 /**
- * Threads that call, each with a Context of its own.
+ * Makes calls on several threads, each with its own Context.
  *
  * @code
  * hcyclient::Pool pool(config, 8);
@@ -110,9 +110,9 @@ struct PoolOptions {
  * std::vector<hcyclient::Array> all = pool.map(url, std::vector<double>{1, 2, 3});
  * @endcode
  *
- * A call waits in a queue until a thread is free; where the queue is full, whoever makes the call
- * waits. All members may be called by several threads at once. The threads do not see SIGPIPE. The
- * Library has to outlive the Pool.
+ * A call waits in a queue until a thread is free. If the queue is full, call() and feval() block
+ * until there is room. Several threads may call all members at once. The Pool's threads block
+ * SIGPIPE. The Library must outlive the Pool.
  */
 class Pool {
   // Waits for all, as they use what the caller owns.
@@ -150,11 +150,11 @@ class Pool {
   }
 
  public:
-  /** Starts the threads; throws UsageError when there are none, InitializationError or
-   *  std::system_error when a context or a thread cannot be had. */
+  /** Starts the threads. Throws UsageError if `threads` is 0, InitializationError or
+   *  std::system_error if a context or a thread cannot be created. */
   explicit Pool(const Config& config, Size threads, const PoolOptions& options = {})
       : Pool(threads, options) {
-    if (threads == 0) throw UsageError("a Pool needs a thread");
+    if (threads == 0) throw UsageError("a Pool needs at least one thread");
     contexts_.reserve(threads);
     for (std::size_t i = 0; i < threads; ++i) contexts_.emplace_back(config);
     threads_.reserve(threads);
@@ -162,17 +162,17 @@ class Pool {
   }
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;
-  /** As stop(): waits for all calls. */
+  /** The same as stop(): waits for all calls. */
   ~Pool() { stop(); }
 
   /** Makes a call for any number of outputs.
    *
    * @param url     full URL of the function.
-   * @param inputs  the arrays. They are moved in, or copied from a vector that the caller keeps.
+   * @param inputs  the arrays, which are moved in.
    * @param nargout number of outputs wanted.
    * @return a future of nargout arrays, which throws what Context::feval() throws, or
    *         CallAbandoned. Its destructor does not wait.
-   * @throws UsageError when the Pool has been stopped.
+   * @throws UsageError if the Pool has been stopped.
    */
   std::future<std::vector<Array>> feval(std::string url, std::vector<Array>&& inputs,
                                         int nargout = 1) {
@@ -190,8 +190,8 @@ class Pool {
     return feval(std::move(url), std::move(copies), nargout);
   }
 
-  /** Makes a call for one output. Values are as in Context::call(); an Array is moved in, or copied
-   *  if the caller keeps it. Otherwise as feval(). */
+  /** Makes a call for one output. Inputs are the same as for Context::call(); an Array is moved in
+   *  if it is an rvalue, and copied otherwise. Otherwise the same as feval(). */
   template <class... Values>
   std::future<Array> call(std::string url, Values&&... values) {
     std::vector<Array> inputs;
@@ -202,10 +202,10 @@ class Pool {
     });
   }
 
-  /** Calls a function once for each element of a range, which is its one input, and returns the
-   *  outputs in the same order. Throws what the first of the calls throws that failed, in the order
-   *  of the range; no call is running any more then. Not to be called by a function that itself
-   *  runs in the Pool. */
+  /** Calls a function once for each element of a range, with the element as its only input, and
+   *  returns the outputs in the same order. If calls fail, throws the exception of the first one in
+   *  the order of the range, after all calls have ended. Do not call it from code that runs in the
+   *  Pool itself. */
   template <class Range>
   std::vector<Array> map(const std::string& url, const Range& inputs) {
     Results results;
@@ -220,20 +220,20 @@ class Pool {
     return outputs;
   }
 
-  /** Waits for all calls, also those that are still in the queue, and ends the threads. Further
-   *  calls throw UsageError. */
+  /** Waits for all calls, including those still in the queue, and ends the threads. Further calls
+   *  throw UsageError. */
   void stop() noexcept { finish(false); }
-  /** Drops the calls that are still in the queue, whose futures throw CallAbandoned, waits for
-   * those that are running, and ends the threads. Further calls throw UsageError. */
+  /** Drops the calls that are still in the queue (their futures throw CallAbandoned), waits for the
+   *  calls in progress, and ends the threads. Further calls throw UsageError. */
   void abandon() noexcept { finish(true); }
 
  private:
-  // From here on the destructor ends the threads if one of them cannot be had.
+  // From here on, the destructor ends the threads if one of them cannot be created.
   Pool(Size threads, const PoolOptions& options)
       : retry_(options.retry), room_(options.queue > 0 ? options.queue : 2 * threads) {}
 
   void work(Context& context) {
-    // A server that closes a connection while it is written to would end the process.
+    // Otherwise a server that closes a connection during a write would end the process.
     sigset_t pipe;
     sigemptyset(&pipe);
     sigaddset(&pipe, SIGPIPE);
@@ -241,7 +241,7 @@ class Pool {
     while (const std::unique_ptr<detail::Job> job = next()) job->run(context);
   }
 
-  // Null when there is nothing left to do.
+  // Returns null if there is nothing left to do.
   std::unique_ptr<detail::Job> next() {
     std::unique_lock<std::mutex> lock(mutex_);
     hasWork_.wait(lock, [this] { return isStopping_ || !jobs_.empty(); });
@@ -267,7 +267,7 @@ class Pool {
     hasRoom_.notify_all();
     isAbandoned_.notify_all();
     for (const std::unique_ptr<detail::Job>& job : dropped) job->abandon();
-    // One thread ends the others, and whoever else stops the Pool waits for it.
+    // One thread joins the others; any other thread that stops the Pool waits for it.
     const std::lock_guard<std::mutex> lock(joining_);
     for (std::thread& thread : threads_) {
       if (thread.joinable()) thread.join();

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file print.hpp
- * @brief Arrays for a person to read. Included by hcyclient.hpp.
+ * @brief Prints arrays for people to read. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_PRINT_HPP
 #define HCY_CPP_PRINT_HPP
@@ -29,23 +29,23 @@ namespace hcyclient {
 
 /** How much of an array is printed. */
 struct PrintLimits {
-  std::size_t width = 100; /**< characters of a line; a longer one is cut */
+  std::size_t width = 100; /**< characters per line; longer lines are cut */
   std::size_t rows = 20; /**< rows of a matrix, pages, cells, elements of a struct array, fields and
                               entries of a sparse array */
   std::size_t lines = 200; /**< lines in all */
 };
 
-/** The array as text without a line end behind it: class and shape, then the value of a single
- *  number or text, or the elements on lines of their own. What the limits leave out is counted
- *  ("… 5 more rows"). Throws IncompleteReply when elements did not arrive. An empty Array gives
- *  "(no array)". */
+/** The array as text without a final line end: class and shape, then the value of a single number
+ *  or string, or the elements on separate lines. What the limits leave out is counted
+ *  ("… 5 more rows"). An empty Array gives "(no array)". Throws IncompleteReply if elements did not
+ *  arrive. */
 inline std::string format(const Array& array, const PrintLimits& limits = {});
 
 /** @} */
 
 namespace detail {
 
-// Six significant digits, or all of a whole number below 2^53.
+// Six significant digits, or all digits of a whole number below 2^53.
 inline std::string numberText(double number) {
   if (std::isnan(number)) return "NaN";
   if (std::isinf(number)) return number < 0 ? "-Inf" : "Inf";
@@ -71,8 +71,8 @@ std::string elementText(T element) {
   }
 }
 
-// Whether a terminal could take the unit for a command, or show what follows in another order; and
-// surrogates that stand alone.
+// Whether a terminal could interpret the unit as a command or show what follows in another order,
+// or the unit is an unpaired surrogate.
 inline bool needsEscape(char32_t unit) {
   return unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x61C || unit == 0x200E ||
          unit == 0x200F || (unit >= 0x2028 && unit <= 0x202E) ||
@@ -102,7 +102,7 @@ inline std::string printable(std::u16string_view units) {
   return out;
 }
 
-// A name that may come from a server. What is not UTF-8 is replaced.
+// A name that may come from a server. Bytes that are not valid UTF-8 are replaced.
 inline std::string printable(std::string_view name) {
   std::u16string units;
   const char* const end = name.data() + name.size();
@@ -126,7 +126,7 @@ inline bool startsCharacter(char byte) {
   return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80;
 }
 
-// How many characters UTF-8 has.
+// The number of characters in UTF-8.
 inline std::size_t lengthOf(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), startsCharacter));
 }
@@ -174,7 +174,7 @@ class Printer {
     out_ += text + "\n";
   }
 
-  // As many as the limit allows; what is left out is counted.
+  // Shows as many as the limit allows, and counts the rest.
   template <class Show>
   void showSome(std::size_t count, std::size_t indent, std::string_view what, const Show& show) {
     const std::size_t shown = std::min(count, limits_.rows);
@@ -187,7 +187,7 @@ class Printer {
     return "… " + std::to_string(count) + " more " + std::string(what) + (count == 1 ? "" : "s");
   }
 
-  // "(0, 2)"; of an array of very many dimensions, the linear index.
+  // "(0, 2)"; for an array of very many dimensions, the linear index.
   static std::string place(const Array& array, std::size_t i, std::size_t from = 0) {
     const Span<const std::size_t> dimensions = array.dimensions();
     if (dimensions.size() > 32) return "(" + std::to_string(i) + ")";
@@ -215,8 +215,8 @@ class Printer {
     });
   }
 
-  // Calls with the start of each matrix of an array that is not empty, in three dimensions and
-  // more.
+  // Calls `show` with the start of each matrix of an array that is not empty and may have more than
+  // two dimensions.
   template <class Show>
   void showPages(const Array& array, std::size_t indent, const Show& show) {
     const std::size_t page =
@@ -233,7 +233,7 @@ class Printer {
     const Span<const char16_t> units = array.span<char16_t>();
     const std::size_t columns = array.dimensions().size() == 1 ? 1 : array.columns();
     if (units.empty()) return line(header);
-    // More than the width is cut in any case.
+    // Anything beyond the width is cut anyway.
     const std::size_t length = std::min(columns, limits_.width);
     if (array.size() == columns) {
       return line(header + " = \"" + printable(std::u16string_view(units.data(), length)) + "\"");
@@ -273,7 +273,7 @@ class Printer {
     });
   }
 
-  // Aligned to the right: as many columns as the width allows, and one at least.
+  // Right-aligned: as many columns as the width allows, but at least one.
   template <class Text>
   void showColumns(std::size_t rows, std::size_t columns, std::size_t indent, const Text& text) {
     std::vector<std::string> lines(std::min(rows, limits_.rows), std::string(indent, ' '));

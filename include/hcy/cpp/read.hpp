@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file read.hpp
- * @brief Elements of an array as values of C++. Included by hcyclient.hpp.
+ * @brief Reads elements of an array as C++ values. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_READ_HPP
 #define HCY_CPP_READ_HPP
@@ -29,8 +29,8 @@ struct TypeTag {
 };
 
 inline UsageError notExact(std::size_t i, std::string_view className) {
-  return UsageError("the value does not fit: element " + std::to_string(i) +
-                    " has no exact value as " + std::string(className));
+  return UsageError("element " + std::to_string(i) + " cannot be represented exactly as " +
+                    std::string(className));
 }
 
 }  // namespace detail
@@ -38,7 +38,7 @@ inline UsageError notExact(std::size_t i, std::string_view className) {
 /** @addtogroup cpp_arrays
  *  @{ */
 
-// Calls with the type that numbers and logical values of the array are stored as.
+// Calls `use` with the type that stores the numbers or logical values of the array.
 template <class Use>
 auto Array::withElementType(const Use& use) const {
   switch (classId()) {
@@ -79,12 +79,12 @@ inline std::size_t Array::linearIndex(const std::size_t* subscripts, std::size_t
   return hcyCalcSingleSubscript(get(), count, subscripts);
 }
 
-// Where a sparse array stores an element; the number of stored ones if it does not.
+// The index at which a sparse array stores an element; the number of stored ones if it does not.
 inline std::size_t Array::storedIndex(std::size_t i) const {
   const Span<const std::size_t> starts = columnStarts();
   const Span<const std::size_t> rowOf = rowIndices();
   const std::size_t column = i / rows();
-  // The program may have given it more than two dimensions.
+  // The program may have given the array more than two dimensions.
   if (column >= columns()) return rowOf.size();
   const std::size_t* const end = rowOf.begin() + std::min(starts[column + 1], rowOf.size());
   const std::size_t* const first = rowOf.begin() + std::min(starts[column], rowOf.size());
@@ -92,7 +92,7 @@ inline std::size_t Array::storedIndex(std::size_t i) const {
   return found == end ? rowOf.size() : static_cast<std::size_t>(found - rowOf.begin());
 }
 
-// Reads number i of those that span() shows; false if it has no exact value as a T.
+// Reads element i of span(); returns false if T cannot represent it exactly.
 template <class T>
 bool Array::readExactly(std::size_t i, T& value) const {
   if constexpr (std::is_same_v<T, char16_t>) {
@@ -135,7 +135,7 @@ T Array::scalar() const {
   static_assert(detail::isValue<T>,
                 "T is a number, bool, char16_t or std::complex; text is read by toString()");
   if (size() != 1) {
-    throw UsageError("the array has not one element, but " + std::to_string(size()));
+    throw UsageError("expected one element, but the array has " + std::to_string(size()));
   }
   return at<T>(0);
 }
@@ -189,8 +189,9 @@ std::vector<T> Array::toVector() const {
   }
 }
 
-// Hands the elements over as T, one after another; those that have no exact value there throw. Of
-// complex numbers, a T that has no imaginary part takes the real parts, or only such as are real.
+// Passes the elements to `take` as T, one after another; throws if T cannot represent one exactly.
+// If T has no imaginary part, the real parts of complex numbers are passed; with onlyReal, a number
+// with an imaginary part throws.
 template <class T, bool onlyReal, class Take>
 void Array::convertEach(const Take& take) const {
   withElementType([this, &take](auto tag) {

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file reason.hpp
- * @brief Why a call failed, found from what the library reports. Included by hcyclient.hpp.
+ * @brief Why a call failed, derived from the library's message. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_REASON_HPP
 #define HCY_CPP_REASON_HPP
@@ -13,18 +13,18 @@ namespace hcyclient {
 /** @addtogroup cpp_errors
  *  @{ */
 
-/** What kind of failure a TransportError is. */
+/** The kind of failure that a TransportError reports. */
 enum class Reason {
   timeout,           /**< the call took longer than Config::setTimeout() allows */
-  connectionRefused, /**< no connection to the server: nobody listens there, or a firewall is in
-                          the way */
-  nameNotResolved,   /**< the host of the URL, or the proxy, has no address */
-  tls,               /**< no TLS connection: certificates, keys or protocol versions do not fit */
-  replyTooLarge,     /**< the reply is over the response size limit (the library reports lack of
-                          memory for a reply in the same words) */
+  connectionRefused, /**< no connection to the server: nothing listens there, or a firewall blocks
+                          it */
+  nameNotResolved,   /**< the name of the host in the URL, or of the proxy, cannot be resolved */
+  tls,               /**< no TLS connection: certificates, keys or protocol versions do not match */
+  replyTooLarge,     /**< the reply is over the response size limit (the library reports the same
+                          message if it cannot allocate memory for a reply) */
   incompleteReply,   /**< the connection ended before the reply did */
-  wrongOutputCount,  /**< the function returned another number of outputs than the call wants */
-  classNotServed,    /**< an output is of a class that the library does not serve */
+  wrongOutputCount,  /**< the function did not return as many outputs as the call asked for */
+  classNotServed,    /**< an output is of a class that the library does not support */
   memory,            /**< memory is exhausted */
   other              /**< anything else: see what() */
 };
@@ -38,7 +38,7 @@ struct ReasonText {
   Reason reason;
 };
 
-// What the library's own texts, and those of libcurl 7.88 and of 8.x, begin with.
+// The beginnings of the messages of the library itself, of libcurl 7.88 and of libcurl 8.x.
 inline constexpr ReasonText reasonTexts[] = {
     {"Timeout was reached", Reason::timeout},
     {"Couldn't connect to server", Reason::connectionRefused},

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file retry.hpp
- * @brief Another attempt at a call that the server did not take. Included by hcyclient.hpp.
+ * @brief Repeats a call that the server did not accept. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_RETRY_HPP
 #define HCY_CPP_RETRY_HPP
@@ -15,14 +15,14 @@ namespace hcyclient {
 /** @addtogroup cpp_runtime
  *  @{ */
 
-/** How often a call is made until the server takes it. Only what did not run the function is tried
- *  again: a connection that was refused, and HTTP status 503. */
+/** How often a call is attempted until the server accepts it. A call is repeated only if its
+ *  function did not run: after a connection that failed, and after HTTP status 503. */
 struct Retry {
-  int attempts = 1;                       /**< calls in all; 1 and less for no second one */
-  std::chrono::milliseconds backoff{100}; /**< pause before the second call; it doubles each time */
+  int attempts = 1;                       /**< attempts in all; 1 or less for a single one */
+  std::chrono::milliseconds backoff{100}; /**< pause before the second one; it doubles each time */
 
-  /** Makes the call, `retry.run([&] { return context.call(url, a); })`, and returns what it
-   * returns. Throws what the last attempt throws. */
+  /** Makes the call, `retry.run([&] { return context.call(url, a); })`, and returns its result.
+   *  Throws what the last attempt throws. */
   template <class Call>
   auto run(const Call& call) const {
     return run(call, [](std::chrono::milliseconds pause) {
@@ -31,7 +31,7 @@ struct Retry {
     });
   }
 
-  /** The same with a pause of one's own: `pause(duration)` returns whether to go on. */
+  /** The same with your own function for the pause: `pause(duration)` returns whether to go on. */
   template <class Call, class Pause>
   auto run(const Call& call, const Pause& pause) const {
     std::chrono::milliseconds next = backoff;

@@ -19,8 +19,8 @@ class Array;
 
 namespace detail {
 
-// What a range gives for each element; a matrix of another library that has data() and size() is no
-// range, and must not become a column.
+// The value type of a range. A matrix of another library that has data() and size() is not a range,
+// and must not become a column.
 template <class R>
 using RangeValue =
     typename std::iterator_traits<decltype(std::begin(std::declval<const R&>()))>::value_type;
@@ -37,14 +37,14 @@ struct Sequence<R, std::void_t<RangeValue<R>, decltype(std::size(std::declval<co
   static constexpr bool isContiguous = std::is_same_v<Value, RangeValue<R>> && isValue<Value>;
 };
 
-// A std::vector, std::array, std::span, Span, or array of C++, of values. Strings are not meant.
+// A std::vector, std::array, std::span, Span or C++ array of values, but not a string.
 template <class R>
 constexpr bool isSequence = Sequence<R>::isContiguous && !std::is_base_of_v<Array, R> &&
                             !std::is_convertible_v<const R&, std::u16string_view>;
 template <class R>
 using IfSequence = std::enable_if_t<isSequence<R>, int>;
 
-// What two iterators lead through.
+// The value type of an iterator.
 template <class Iterator, class = void>
 struct Pointed {
   static constexpr bool isValue = false;
@@ -70,7 +70,7 @@ struct RowsOf<Rows, std::void_t<RangeValue<RangeValue<Rows>>>> {
 template <class Rows>
 using IfRows = std::enable_if_t<RowsOf<Rows>::exist, int>;
 
-// A range of anything, but not an Array, of which it would be unclear what its elements become.
+// A range of anything except an Array, whose elements could become several things.
 template <class R>
 using IfRange =
     std::enable_if_t<!std::is_base_of_v<Array, R> && !std::is_same_v<RangeValue<R>, void>, int>;

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file shape.hpp
- * @brief Sizes that an array can have. Included by hcyclient.hpp.
+ * @brief Sizes and shapes of arrays. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_SHAPE_HPP
 #define HCY_CPP_SHAPE_HPP
@@ -23,15 +23,15 @@ namespace hcyclient {
 /** @addtogroup cpp_arrays
  *  @{ */
 
-/** A dimension, an index or a number of elements, as a parameter: any integer type. A negative one
- *  throws UsageError. */
+/** A parameter for a dimension, an index or a number of elements: any integer type converts to it.
+ *  A negative number throws UsageError. */
 class Size {
  public:
-  /** Takes over the value. */
+  /** Converts an integer. */
   template <class T, std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, bool>, int> = 0>
   constexpr Size(T value) : value_(static_cast<std::size_t>(value)) {
     if constexpr (std::is_signed_v<T>) {
-      if (value < 0) throw UsageError("a size or an index is negative: " + std::to_string(value));
+      if (value < 0) throw UsageError("negative size or index: " + std::to_string(value));
     }
   }
   /** The value. */
@@ -41,25 +41,25 @@ class Size {
   std::size_t value_;
 };
 
-/** Dimensions: rows, columns, and more. One dimension alone means n-by-1. They may be written in
- *  any integer type: `{rows, 3}`. */
+/** Dimensions: rows, columns, and so on. One dimension alone means n-by-1. They may be of any
+ *  integer type: `{rows, 3}`. */
 class Shape : public std::vector<std::size_t> {
  public:
   Shape() = default;
-  /** These dimensions; throws UsageError when one is negative. */
+  /** These dimensions; throws UsageError if one is negative. */
   template <class T, class = std::enable_if_t<std::is_integral_v<T>>>
   Shape(std::initializer_list<T> dimensions) {
     for (const T dimension : dimensions) push_back(Size(dimension));
   }
-  /** The same of several integer types. */
+  /** The same with several integer types. */
   Shape(std::initializer_list<Size> dimensions) : vector(dimensions.begin(), dimensions.end()) {}
   /** The same dimensions. */
   Shape(std::vector<std::size_t> dimensions) noexcept : vector(std::move(dimensions)) {}
   /** `count` dimensions of 0. */
   explicit Shape(std::size_t count) : vector(count) {}
-  /** `count` dimensions of one size. */
+  /** `count` dimensions of the same size. */
   Shape(Size count, Size value) : vector(count, value) {}
-  /** The dimensions that two iterators lead through. */
+  /** The dimensions from `first` up to, but not including, `last`. */
   template <class Iterator, class = typename std::iterator_traits<Iterator>::iterator_category>
   Shape(Iterator first, Iterator last) {
     for (; first != last; ++first) push_back(Size(*first));
@@ -72,7 +72,7 @@ namespace detail {
 
 constexpr std::uint64_t largestSize = 2147483647;
 
-// "2-by-3"; the first eight dimensions are enough to know an array by.
+// "2-by-3"; the first eight dimensions are enough to recognize an array.
 inline std::string shapeText(const std::size_t* dimensions, std::size_t count) {
   if (count == 1) return std::to_string(dimensions[0]) + "-by-1";
   std::string text;
@@ -82,8 +82,8 @@ inline std::string shapeText(const std::size_t* dimensions, std::size_t count) {
   return count > 8 ? text + "-by-..." : text;
 }
 
-// Throws for sizes that the library refuses by an exception of its own. A sparse array may have any
-// number of elements; an element of a struct array takes a place for each of its fields.
+// Throws UsageError for sizes for which the library would throw its own exception. A sparse array
+// may have any number of elements; an element of a struct array takes a place for each field.
 inline void requireSizes(const std::size_t* dimensions, std::size_t count, bool isSparse,
                          std::uint64_t placesPerElement = 1) {
   constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
@@ -93,13 +93,12 @@ inline void requireSizes(const std::size_t* dimensions, std::size_t count, bool 
     fits = dimensions[i] <= largestSize;
     places = dimensions[i] != 0 && places > most / dimensions[i] ? most : places * dimensions[i];
   }
-  // A column takes a start, and the last one an end.
+  // There is a start for each column, and an end for the last one.
   if (isSparse && count > 1 && fits) fits = dimensions[1] < largestSize;
   if (fits && (isSparse || places <= largestSize)) return;
   const std::string fields =
       placesPerElement == 1 ? "" : " with " + std::to_string(placesPerElement) + " fields";
-  throw UsageError("the size is larger than an array can be: " + shapeText(dimensions, count) +
-                   fields);
+  throw UsageError("an array cannot be this large: " + shapeText(dimensions, count) + fields);
 }
 
 }  // namespace detail

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file slot.hpp
- * @brief The place of an element in a cell or struct array. Included by hcyclient.hpp.
+ * @brief A reference to an element of a cell or struct array. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_SLOT_HPP
 #define HCY_CPP_SLOT_HPP
@@ -28,15 +28,14 @@ namespace hcyclient {
  *  @{ */
 
 /**
- * The place of an element in a cell array or of a field in a struct array.
+ * A reference to an element of a cell array or a field of a struct array.
  *
- * It is for use where it is written: `cell[0] = 2.0`, `Array name = s("name")`,
- * `s(1, "list")[2].scalar()`. It has every reader of an Array. One that was stored
- * (`auto slot = cell[0]`) does not compile when it is used, for it does not keep its container
- * alive: write `Array x = cell[0]`.
+ * Use it at once: `cell[0] = 2.0`, `Array name = s("name")`, `s(1, "list")[2].scalar()`. It has
+ * every reader of an Array. It does not keep its container alive, so using one that was kept
+ * (`auto slot = cell[0]`) does not compile: write `Array x = cell[0]`.
  *
- * An assignment behind more than one index or name stores each array on the way back into its
- * container, and so copies what they hold: where there is much to set, take the inner array out,
+ * An assignment through several indices or names stores each inner array in its container again,
+ * which copies the contents of these arrays. If you have much to set, take the inner array out,
  * fill it, and store it once.
  */
 class Slot {
@@ -45,20 +44,19 @@ class Slot {
   Slot& operator=(const Slot&) = delete;
   ~Slot() = default;
 
-  /** Stores the value, which is shared with the container; throws UsageError when there is no such
-   *  element or field, IncompleteReply when the container came with a reply that ended before it.
-   */
+  /** Stores the value, which is shared with the container. Throws UsageError if there is no such
+   *  element or field, IncompleteReply if it is an element that did not arrive with the reply. */
   void operator=(const Array& value) && { store(value.handle()); }
-  /** Stores a column of values that are written down. */
+  /** Stores a column of the values in an initializer list. */
   template <class T, detail::IfValue<T> = 0>
   void operator=(std::initializer_list<T> values) && {
     store(Array(values).handle());
   }
-  /** Stores what another place holds. */
+  /** Stores the element that the other Slot refers to. */
   void operator=(Slot&& other) && { store(std::move(other).get().handle()); }
 
-  /** A handle over the element; throws UsageError when there is none, IncompleteReply when it did
-   * not arrive or not as a whole, or is of a class that the library does not serve. */
+  /** A new handle to the element. Throws UsageError if there is no such element, IncompleteReply if
+   *  it did not arrive, is incomplete, or is of a class that the library does not support. */
   Array get() && { return fetch(); }
   Array get() & = delete; /**< Write `Array x = cell[0];`. */
   /** As get(). */
@@ -66,7 +64,7 @@ class Slot {
   operator Array() & = delete; /**< Write `Array x = cell[0];`. */
 
   /** @name Readers
-   *  Those of Array, of the array in this place. They throw as get() and the reader.
+   *  The readers of Array, applied to the element. They throw as get() and as the reader.
    *  @{ */
   hcyClassID classId() && { return fetch().classId(); } /**< As Array::classId(). */
   hcyClassID classId() & = delete;                      /**< Write `Array x = cell[0];`. */
@@ -185,19 +183,19 @@ class Slot {
   template <class T, class U, detail::IfIntegers<T, U> = 0>
   void operator()(T, U) const = delete; /**< An element is cell[0].at<double>(i, j). */
 
-  /** Element i of the cell array in this place. */
+  /** Element i of the element, which is a cell array. */
   Slot operator[](Size i) && { return {fetch(), this, i, nullptr}; }
-  /** A field of the struct array in this place. */
+  /** A field of the element, which is a struct array. */
   Slot operator()(const CString& field) && { return {fetch(), this, 0, field.c_str()}; }
-  /** A field of element i of the struct array in this place. */
+  /** A field of element i of the element, which is a struct array. */
   Slot operator()(Size i, const CString& field) && { return {fetch(), this, i, field.c_str()}; }
 
  private:
   friend class Array;
   friend class Fields;
 
-  // The name is null for an element of a cell array. All that is pointed to lives until the end of
-  // the full expression.
+  // The name is null for an element of a cell array. Everything that is pointed to lives until the
+  // end of the full expression.
   Slot(hcyArray* container, std::size_t index, const char* field) noexcept
       : container_(container), index_(index), field_(field) {}
   Slot(Array container, const Slot* outer, std::size_t index, const char* field) noexcept
@@ -228,9 +226,9 @@ class Slot {
   void store(hcyArray* value) const {
     require();
     put(value);
-    // Nothing is stored beyond the elements that arrived.
+    // The library stores nothing beyond the elements that arrived.
     requireArrived();
-    // Where a container was got from, it can be put back.
+    // A container can be stored where it came from.
     for (const Slot* inner = this; inner->outer_ != nullptr; inner = inner->outer_) {
       inner->outer_->put(inner->container_);
     }
@@ -258,8 +256,7 @@ class Slot {
   [[noreturn]] void throwMissing() const {
     throw IncompleteReply(
         place() +
-        " did not come with the reply, or is of a class that the library does not "
-        "serve" +
+        " did not arrive with the reply, or is of a class that the library does not support" +
         detail::limitMayHaveCut);
   }
 
@@ -307,7 +304,7 @@ inline void Array::requireElements() const {
 
 inline void Array::resize(const Shape& shape) {
   if (shape.empty()) throw UsageError("the shape has no dimensions");
-  // Checked before the library writes any dimension, which it would not take back.
+  // Checked first: the library would write dimensions, and not undo that.
   const int fields = std::max(hcyGetNumberOfFields(handle()), 1);
   detail::requireSizes(shape.data(), shape.size(), false, static_cast<std::uint64_t>(fields));
   if (isSparse()) detail::requireSizes(shape.data(), shape.size(), true);

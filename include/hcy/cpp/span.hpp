@@ -24,25 +24,25 @@ namespace hcyclient {
  * @{
  */
 
-/** The elements of an array in its own storage. It owns nothing and stays valid as long as a data
- *  pointer of the C interface: until the number of elements changes or the array is destroyed. It
- *  has the members of std::span, and converts to one in C++20. */
+/** A view of the elements of an array in its own storage. It owns nothing, and is valid as long as
+ *  a data pointer of the C interface: until the number of elements changes or the array is
+ *  destroyed. It has the members of std::span, and converts to std::span in C++20. */
 template <class T>
 class Span {
  public:
-  using element_type = T;                                   /**< as seen, const or not */
-  using value_type = std::remove_cv_t<T>;                   /**< as copied */
+  using element_type = T;                                   /**< const or not */
+  using value_type = std::remove_cv_t<T>;                   /**< without const */
   using size_type = std::size_t;                            /**< of sizes and indices */
   using difference_type = std::ptrdiff_t;                   /**< between iterators */
   using pointer = T*;                                       /**< to an element */
   using reference = T&;                                     /**< to an element */
-  using iterator = T*;                                      /**< elements lie without gaps */
-  using reverse_iterator = std::reverse_iterator<iterator>; /**< from the last element on */
+  using iterator = T*;                                      /**< elements are contiguous */
+  using reverse_iterator = std::reverse_iterator<iterator>; /**< from the last element */
 
   Span() noexcept = default;
-  /** Views `size` elements from `data` on. */
+  /** A view of `size` elements, starting at `data`. */
   Span(T* data, std::size_t size) noexcept : data_(data), size_(size) {}
-  /** A view that cannot write. */
+  /** A read-only view. */
   operator Span<const T>() const noexcept { return {data_, size_}; }
 
   T* data() const noexcept { return data_; }                            /**< The first element. */
@@ -50,7 +50,7 @@ class Span {
   std::size_t size_bytes() const noexcept { return size_ * sizeof(T); } /**< Bytes they take. */
   bool empty() const noexcept { return size_ == 0; } /**< Whether there are none. */
   T* begin() const noexcept { return data_; }        /**< The first element. */
-  T* end() const noexcept { return data_ + size_; }  /**< Behind the last element. */
+  T* end() const noexcept { return data_ + size_; }  /**< After the last element. */
   /** The last element. */
   reverse_iterator rbegin() const noexcept { return reverse_iterator(end()); }
   /** Before the first element. */
@@ -58,7 +58,7 @@ class Span {
   T& operator[](std::size_t i) const noexcept { return data_[i]; } /**< Element i, unchecked. */
   T& front() const noexcept { return data_[0]; }                   /**< The first, unchecked. */
   T& back() const noexcept { return data_[size_ - 1]; }            /**< The last, unchecked. */
-  /** Element i; throws UsageError when there is none. */
+  /** Element i; throws UsageError if there is none. */
   T& at(std::size_t i) const {
     if (i >= size_) throw UsageError("there is no element " + std::to_string(i));
     return data_[i];
@@ -68,9 +68,9 @@ class Span {
   Span first(std::size_t count) const noexcept { return {data_, count}; }
   /** The last `count` elements, unchecked. */
   Span last(std::size_t count) const noexcept { return {data_ + (size_ - count), count}; }
-  /** The elements from `offset` on, unchecked. */
+  /** The elements starting at `offset`, unchecked. */
   Span subspan(std::size_t offset) const noexcept { return {data_ + offset, size_ - offset}; }
-  /** `count` elements from `offset` on, unchecked: column j of a matrix is
+  /** `count` elements starting at `offset`, unchecked: column j of a matrix is
    *  `subspan(j * rows, rows)`. */
   Span subspan(std::size_t offset, std::size_t count) const noexcept {
     return {data_ + offset, count};

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file sparse.hpp
- * @brief Sparse arrays by their entries. Included by hcyclient.hpp.
+ * @brief Sparse arrays as lists of entries. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_SPARSE_HPP
 #define HCY_CPP_SPARSE_HPP
@@ -21,7 +21,7 @@ template <class T>
 struct Entry {
   std::size_t row;    /**< zero-based row */
   std::size_t column; /**< zero-based column */
-  T value;            /**< what is stored there */
+  T value;            /**< the stored value */
 };
 
 template <class T>
@@ -39,7 +39,7 @@ Array Array::sparse(Size rows, Size columns, std::vector<Entry<T>> entries) {
       throw UsageError("an entry is outside the array");
     }
     if (i > 0 && entry.row == rowOf[i - 1] && entry.column == entries[i - 1].column) {
-      throw UsageError("two entries are in one place");
+      throw UsageError("two entries have the same row and column");
     }
     rowOf[i] = entry.row;
     starts[entry.column + 1] = i + 1;
@@ -50,7 +50,7 @@ Array Array::sparse(Size rows, Size columns, std::vector<Entry<T>> entries) {
       values[i] = entry.value;
     }
   }
-  // Columns without entries start where the one before ends.
+  // A column without entries starts where the previous one ends.
   for (std::size_t j = 0; j < columns; ++j) starts[j + 1] = std::max(starts[j + 1], starts[j]);
   return made;
 }
@@ -64,7 +64,7 @@ std::vector<Entry<T>> Array::entries() const {
   found.reserve(values.size());
   for (std::size_t j = 0; j < columns(); ++j) {
     if (starts[j] > starts[j + 1] || starts[j + 1] > std::min(values.size(), rowOf.size())) {
-      throw UsageError("the columns of the sparse array lead outside it");
+      throw UsageError("a column start of the sparse array is outside it");
     }
     for (std::size_t i = starts[j]; i < starts[j + 1]; ++i) {
       if (rowOf[i] >= rows()) throw UsageError("a row of the sparse array is outside it");

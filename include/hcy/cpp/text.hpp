@@ -19,23 +19,23 @@
 namespace hcyclient {
 
 /** @defgroup cpp_texts C++: strings
- *  @brief Strings that C functions take.
+ *  @brief String parameters for C functions.
  *  @{ */
 
-/** A URL or a name, as a parameter: any string converts to it. A std::string and a string literal
- *  are used where they are, and a std::string_view is copied. A NUL inside throws UsageError. It
- *  lives until the end of the full expression that it is written in, and is not kept. */
+/** A parameter for a URL or a name: any string converts to it. A std::string and a string literal
+ *  are not copied; a std::string_view is. A NUL inside throws UsageError. Use it only as a
+ *  parameter: it is valid until the end of the full expression in which it is made. */
 class CString {
  public:
-  /** Looks at a NUL-terminated string; throws UsageError if it is null. */
+  /** Refers to a NUL-terminated string; throws UsageError if it is null. */
   CString(const char* text) : text_(text) {
-    if (text == nullptr) throw UsageError("a text is a null pointer");
+    if (text == nullptr) throw UsageError("the string is a null pointer");
   }
-  /** Looks at a string. */
+  /** Refers to a string. */
   CString(const std::string& text) : text_(withoutNul(text).c_str()) {}
   /** Copies the view, which has no NUL behind it. */
   CString(std::string_view text) : copy_(text), text_(withoutNul(copy_).c_str()) {}
-  /** Looks at a std::filesystem::path. */
+  /** Refers to a std::filesystem::path. */
   template <class Path, class = std::enable_if_t<std::is_same_v<
                             decltype(std::declval<const Path&>().native()), const std::string&>>>
   CString(const Path& path) : CString(path.native()) {}
@@ -45,12 +45,12 @@ class CString {
   CString& operator=(const CString&) = delete;
   ~CString() = default;
 
-  /** The string with a NUL behind it. */
+  /** The NUL-terminated string. */
   const char* c_str() const noexcept { return text_; }
 
  private:
   static const std::string& withoutNul(const std::string& text) {
-    if (text.find('\0') != std::string::npos) throw UsageError("a text has a NUL inside");
+    if (text.find('\0') != std::string::npos) throw UsageError("the string contains a NUL");
     return text;
   }
 
@@ -88,7 +88,7 @@ inline bool isAscii(const char16_t* units, std::size_t count) {
   return (seen & 0xFF80FF80FF80FF80U) == 0;
 }
 
-// Takes the code point at `position` and steps behind it.
+// Reads the code point at `position` and moves past it.
 inline char32_t nextCodePoint(const char*& position, const char* end) {
   const auto byteAt = [](const char* at) { return static_cast<unsigned char>(*at); };
   const unsigned lead = byteAt(position++);
@@ -103,7 +103,7 @@ inline char32_t nextCodePoint(const char*& position, const char* end) {
   }
   if (!isWellFormed || codePoint < smallest[following - 1] || codePoint > 0x10FFFF ||
       (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
-    throw UsageError("a text is not UTF-8");
+    throw UsageError("the string is not valid UTF-8");
   }
   return codePoint;
 }
@@ -118,9 +118,9 @@ inline std::size_t utf16Length(std::string_view text) {
   return units;
 }
 
-// The text has this many code units.
+// Writes `length` code units, which is what utf16Length() returns for the text.
 inline void writeUtf16(std::string_view text, char16_t* out, std::size_t length) {
-  // As many as bytes: then each is one of ASCII.
+  // If there are as many units as bytes, all are ASCII.
   if (length == text.size()) {
     std::copy(text.begin(), text.end(), out);
     return;
@@ -154,7 +154,7 @@ inline void appendUtf8(char32_t codePoint, std::string& text) {
   append(0x80 | (codePoint & 0x3F));
 }
 
-// As hcyArrayToString(): a surrogate is combined with whatever unit follows it.
+// Like hcyArrayToString(): a surrogate is combined with the next code unit, whatever that is.
 inline std::string utf8Of(const char16_t* unit, std::size_t count) {
   std::string text;
   if (isAscii(unit, count)) {

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file walk.hpp
- * @brief Cells and fields one after another. Included by hcyclient.hpp.
+ * @brief Iterates over the fields of a struct array. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_WALK_HPP
 #define HCY_CPP_WALK_HPP
@@ -24,23 +24,23 @@ namespace hcyclient {
 struct NamedValue {
   std::string_view
       name;    /**< in the storage of the array; valid until a field is added or removed */
-  Array value; /**< a handle of its own */
+  Array value; /**< a new handle */
 };
 
 /** The fields of one element of a struct array: see Array::fields(). */
 class Fields {
  public:
-  /** Leads through the fields. */
+  /** Iterates over the fields. */
   class Iterator {
    public:
     using iterator_category = std::input_iterator_tag; /**< each field is read once */
     using value_type = NamedValue;                     /**< name and value */
     using difference_type = std::ptrdiff_t;            /**< between numbers of fields */
     using pointer = void;                              /**< there is nothing to point to */
-    using reference = NamedValue;                      /**< made anew each time */
+    using reference = NamedValue;                      /**< a new one each time */
 
     Iterator() noexcept = default;
-    /** At a field by its number. */
+    /** At the field with this number. */
     Iterator(const Fields& fields, int number) noexcept : fields_(&fields), number_(number) {}
     /** The field; throws as Array::operator(). */
     NamedValue operator*() const { return fields_->at(number_); }
@@ -51,7 +51,7 @@ class Fields {
     }
     /** The same. */
     void operator++(int) noexcept { ++number_; }
-    /** Whether both are at one field. */
+    /** Whether both are at the same field. */
     friend bool operator==(Iterator a, Iterator b) noexcept { return a.number_ == b.number_; }
     /** Whether they are not. */
     friend bool operator!=(Iterator a, Iterator b) noexcept { return a.number_ != b.number_; }
@@ -61,15 +61,15 @@ class Fields {
     int number_ = 0;
   };
 
-  /** Of element i of the array behind the handle, which has to stay. */
+  /** The fields of element i of the array with this handle, which must outlive the Fields. */
   Fields(hcyArray* array, std::size_t i) noexcept : array_(array), i_(i) {}
-  /** Of element i of an array that is kept. */
+  /** The fields of element i of an array, which the Fields keep. */
   Fields(Array array, std::size_t i) noexcept
       : owned_(std::move(array)), array_(owned_.get()), i_(i) {}
 
   /** The first field. */
   Iterator begin() const noexcept { return {*this, 0}; }
-  /** Behind the last field. */
+  /** After the last field. */
   Iterator end() const noexcept { return {*this, hcyGetNumberOfFields(array_)}; }
 
  private:

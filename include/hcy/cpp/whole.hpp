@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file whole.hpp
- * @brief Whether an array of a reply has arrived as a whole. Included by hcyclient.hpp.
+ * @brief Checks whether an array of a reply is complete. Included by hcyclient.hpp.
  */
 #ifndef HCY_CPP_WHOLE_HPP
 #define HCY_CPP_WHOLE_HPP
@@ -21,8 +21,8 @@ struct Destroyer {
   void operator()(hcyArray* handle) const noexcept { hcyDestroyArray(handle); }
 };
 
-// Whether a complex array has its imaginary parts. One that the program resized to no elements and
-// back has none and lacks none: a copy of it is real.
+// Whether no imaginary parts are missing. A complex array that the program resized to no elements
+// and back has none, but none are missing: a copy of it is real.
 inline bool hasImaginaryParts(const hcyArray* array) {
   if (hcyGetImagData(array) != nullptr) return true;
   const std::unique_ptr<hcyArray, Destroyer> copy(hcyDuplicateArray(array));
@@ -36,15 +36,15 @@ inline bool isWholeSparse(const hcyArray* array) {
   if (hcyIsDouble(array)) {
     return hcyGetPr(array) != nullptr && (!hcyIsComplex(array) || hasImaginaryParts(array));
   }
-  // Values that are neither double nor logical cannot be reached, whether they arrived or not.
+  // Values that are neither double nor logical cannot be read, whether they arrived or not.
   return !hcyIsLogical(array) || hcyGetLogicals(array) != nullptr;
 }
 
-// Whether the storage of an array holds what its dimensions say. The time does not grow with the
-// array: the elements of a cell or struct array are looked at when they are read.
+// Whether an array holds as many elements as its dimensions say, in constant time: the elements of
+// a cell or struct array are checked when they are read.
 inline bool isWhole(const hcyArray* array) {
   if (hcyGetNumberOfDimensions(array) == 0) return false;
-  // Most arrays are real numbers, full or sparse.
+  // Most arrays hold real numbers, full or sparse.
   if (hcyGetData(array) != nullptr && !hcyIsComplex(array)) return true;
   if (hcyIsSparse(array)) return isWholeSparse(array);
   switch (hcyGetClassID(array)) {
@@ -61,14 +61,14 @@ inline bool isWhole(const hcyArray* array) {
   }
 }
 
-// What an array lacks that is not whole.
+// Says what is missing in an incomplete array.
 inline std::string lackOf(const hcyArray* array) {
   if (hcyGetNumberOfDimensions(array) == 0) return "its dimensions did not arrive";
   if (hcyIsSparse(array)) {
-    return "its column starts, row indices and values do not make a sparse array of " +
+    return "its column starts, row indices and values do not describe a sparse array of " +
            shapeText(hcyGetDimensions(array), hcyGetNumberOfDimensions(array));
   }
-  return "its dimensions name " + std::to_string(hcyGetNumberOfElements(array)) +
+  return "its dimensions require " + std::to_string(hcyGetNumberOfElements(array)) +
          " elements, but fewer arrived";
 }
 
