@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0
  *
- * Structs and cells: the words of a text as a cell array, the description of a matrix as a struct
- * array, and a container of our own that is filled, sent and read.
+ * Cells and structs: the words of a text as a cell array, the description of a matrix as a struct
+ * array, and a container that is filled, sent and read.
  *
  * Usage: cells_and_structs SERVER_URL
  */
@@ -12,7 +12,7 @@
 
 enum { URL_LENGTH = 512 };
 
-/* Evaluates SERVER/function of one input; null when the call failed. */
+/* Evaluates SERVER/function with one input; returns null if the call failed. */
 static hcyArray* evaluate(const hcyClientRuntime* runtime, hcyClientContext* context,
                           const char* server, const char* function, const hcyArray* input) {
   char url[URL_LENGTH];
@@ -21,8 +21,8 @@ static hcyArray* evaluate(const hcyClientRuntime* runtime, hcyClientContext* con
   return runtime->feval(context, url, 1, &output, 1, &input) == 0 ? output : NULL;
 }
 
-/* Prints the text of a char array, which hcyArrayToString() gives in memory of its own. The array
- * is null for an element that did not arrive. */
+/* Prints the text of a char array. hcyArrayToString() returns new memory. The array is null if it
+ * is an element that did not arrive. */
 static void printText(const hcyArray* array) {
   char* text = array == NULL ? NULL : hcyArrayToString(array);
   printf("%s", text == NULL ? "?" : text);
@@ -36,7 +36,7 @@ static int printWords(const hcyClientRuntime* runtime, hcyClientContext* context
   hcyDestroyArray(sentence);
   if (words == NULL) return 1;
   for (size_t i = 0; i < hcyGetNumberOfElements(words); ++i) {
-    hcyArray* word = hcyGetCell(words, i); /* a handle of our own over the element */
+    hcyArray* word = hcyGetCell(words, i); /* a new handle to the element */
     printf("word %zu: ", i);
     printText(word);
     printf("\n");
@@ -64,7 +64,7 @@ static int printColumns(const hcyClientRuntime* runtime, hcyClientContext* conte
   return 0;
 }
 
-/* A field takes the value's elements; the handle stays ours and is no longer needed. */
+/* The field shares the value; our handle is no longer needed. */
 static void setField(hcyArray* array, size_t index, const char* field, hcyArray* value) {
   hcySetField(array, index, field, value);
   hcyDestroyArray(value);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Structs and cells: the words of a text as a cell array, the description of a matrix as a struct
-// array, and a container of our own that is filled, sent and read.
+// Cells and structs: the words of a text as a cell array, the description of a matrix as a struct
+// array, and a container that is filled, sent and read.
 //
 // Usage: cells_and_structs SERVER_URL
 
@@ -33,7 +33,7 @@ void printColumns(hcyclient::Context& context, const std::string& server) {
 
 void printPeople(hcyclient::Context& context, const std::string& server) {
   Array people = Array::structs({1, 2}, {"name", "born"});
-  people("name") = "Ada";  // of the first element
+  people("name") = "Ada";  // field of the first element
   people("born") = 1815.0;
   people(1, "name") = "Grace";
   people(1, "born") = 1906.0;

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0
  *
- * Every class in and out: sends an array of each to the server's echo and prints what comes back.
+ * Every class: sends an array of each class to the server's echo and prints the result.
  *
  * Usage: classes SERVER_URL
  */
@@ -25,7 +25,7 @@ static hcyArray* complexRow(void) {
   return array;
 }
 
-/* 2-by-2-by-2, filled in the order of the storage: rows first. */
+/* 2-by-2-by-2, filled in the order of the storage: the row index changes fastest. */
 static hcyArray* cube(void) {
   const size_t dims[] = {2, 2, 2};
   hcyArray* array = hcyCreateNumericArray(3, dims, hcyDOUBLE_CLASS, hcyREAL);
@@ -39,7 +39,7 @@ static hcyArray* logicalRow(void) {
   return array;
 }
 
-/* hcyCreateString() takes ASCII; other text is filled in as UTF-16. */
+/* hcyCreateString() takes ASCII; other text is written as UTF-16. */
 static hcyArray* text(void) {
   static const uint16_t units[] = {'Z', 0xFC, 'r', 'i', 'c', 'h'};
   const size_t dims[] = {1, 6};
@@ -48,7 +48,7 @@ static hcyArray* text(void) {
   return array;
 }
 
-/* Compressed columns: rows and values of all stored elements, and where each column starts. */
+/* Compressed columns: the rows and values of all stored elements, and the start of each column. */
 static hcyArray* sparseMatrix(void) {
   hcyArray* array = hcyCreateSparse(3, 3, 2, hcyREAL);
   hcyGetIr(array)[0] = 0, hcyGetPr(array)[0] = 1.5;
@@ -64,7 +64,7 @@ static hcyArray* sparseLogical(void) {
   return array;
 }
 
-/* The containers share what is stored in them; the handles stay ours to destroy. */
+/* The containers share what is stored in them; we still destroy our handles. */
 static hcyArray* cell(void) {
   hcyArray* array = hcyCreateCellMatrix(1, 2);
   hcyArray *number = hcyCreateDoubleScalar(1.0), *word = hcyCreateString("two");
@@ -144,7 +144,7 @@ static void printHead(const hcyArray* array) {
   printf("%s:", hcyIsComplex(array) ? " complex" : "");
 }
 
-/* Pointers are null where elements or indices of a reply did not arrive. */
+/* Pointers are null if elements or indices of a reply did not arrive. */
 static void printSparse(const hcyArray* array) {
   const size_t *ir = hcyGetIr(array), *jc = hcyGetJc(array);
   const bool* logicals = hcyGetLogicals(array);
@@ -181,7 +181,7 @@ static void printLogicals(const hcyArray* array) {
 
 static void printContents(const hcyArray* array);
 
-/* Gives whether the element was there to print. */
+/* Returns whether the element had arrived. */
 static bool printElement(hcyArray* element) {
   if (element == NULL) {
     printf(" incomplete");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Every class in and out: sends an array of each to the server's echo and prints what comes back.
+// Every class: sends an array of each class to the server's echo and prints the result.
 //
 // Usage: classes SERVER_URL
 
@@ -35,7 +35,7 @@ std::vector<Array> makeArrays() {
   arrays.push_back(Array({0.5F, -1.25F}, {1, 2}));
   using Complex = std::complex<double>;
   arrays.push_back(Array({Complex(1, 2), Complex(3, -4)}, {1, 2}));
-  // Filled in the order of the storage: rows first.
+  // Filled in the order of the storage: the row index changes fastest.
   arrays.push_back(Array({0.0, 1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0}, {2, 2, 2}));
   arrays.push_back(Array({true, false}, {1, 2}));
   arrays.push_back("Z\u00fcrich");

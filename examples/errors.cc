@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the three kinds of failure look like, and that the context goes on working.
+// Shows the three kinds of failure, and that the context can be used afterwards.
 //
 // Usage: errors SERVER_URL UNUSED_URL
-//   UNUSED_URL  a URL on whose port nobody listens
+//   UNUSED_URL  a URL with a port on which nothing listens
 
 #include <hcy/hcyclient.hpp>
 #include <iostream>

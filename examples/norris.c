@@ -1,12 +1,12 @@
 /* SPDX-License-Identifier: Apache-2.0
  *
  * Fits a straight line on the server to the 36 observations of NIST's reference data set Norris,
- * compares the answer with the certified one, and shows what three kinds of failure look like.
+ * compares the result with the certified one, and shows three kinds of failure.
  *
  * Usage: norris SERVER_URL DATA_FILE UNUSED_URL
  *   SERVER_URL  a running hcy-local-server, such as http://127.0.0.1:8080
  *   DATA_FILE   data/norris.csv
- *   UNUSED_URL  a URL on whose port nobody listens
+ *   UNUSED_URL  a URL with a port on which nothing listens
  */
 #include <hcy/hcyclient.h>
 #include <math.h>
@@ -16,7 +16,7 @@
 
 enum { OBSERVATIONS = 36, URL_LENGTH = 512 };
 
-/* Reads the observations "y,x" behind the head of the file; returns how many there are. */
+/* Reads the observations "y,x" after the header of the file; returns their number. */
 static int readObservations(const char* path, double* x, double* y) {
   char line[256];
   int count = 0;
@@ -29,14 +29,14 @@ static int readObservations(const char* path, double* x, double* y) {
   return count;
 }
 
-/* Prints a value beside the certified one and the number of digits in which they agree. */
+/* Prints a value, the certified value, and the number of digits in which they agree. */
 static void printBeside(const char* name, double value, double certified) {
   const double error = fabs(value - certified) / fabs(certified);
   const double digits = error == 0.0 ? 15.0 : fmin(15.0, -log10(error));
   printf("  %-28s %22.15g  certified %22.15g  digits %4.1f\n", name, value, certified, digits);
 }
 
-/* Prints element `index` of a field of a 1-by-1 struct array beside the certified value. */
+/* Prints element `index` of a field of a 1-by-1 struct array, and the certified value. */
 static void printField(const hcyArray* fit, const char* field, size_t index, double certified) {
   hcyArray* const value = hcyGetField(fit, 0, field);
   if (value == NULL || hcyGetPr(value) == NULL || hcyIsSparse(value) ||
@@ -48,7 +48,7 @@ static void printField(const hcyArray* fit, const char* field, size_t index, dou
   hcyDestroyArray(value);
 }
 
-/* Prints what the error record of the last failed call says. */
+/* Prints the error record of the last failed call. */
 static void printError(const hcyClientRuntime* runtime, const hcyClientContext* context) {
   hcyErrorInfo info;
   size_t i;
@@ -117,7 +117,7 @@ static int fitLine(const hcyClientRuntime* runtime, hcyClientContext* context, c
   return status;
 }
 
-/* Three calls that fail; returns how many of them did. */
+/* Makes three calls that should fail; returns how many of them did. */
 static int showFailures(const hcyClientRuntime* runtime, hcyClientContext* context,
                         const char* server, const char* unused) {
   int failures = 0;

@@ -6,7 +6,7 @@
 #include <stdio.h>
 #include <string.h>
 
-/* Prints what the account of the last failed call says. */
+/* Prints the error record of the last failed call. */
 static void printFailure(const hcyClientRuntime* runtime, const hcyClientContext* context) {
   hcyErrorInfo info;
   runtime->getLastErrorInfo(context, &info);

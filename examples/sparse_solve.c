@@ -21,7 +21,7 @@ typedef struct Server {
   char url[URL_LENGTH];
 } Server;
 
-/* The tridiagonal matrix with 2 on the diagonal and -1 beside it, column after column. */
+/* The tridiagonal matrix with 2 on the diagonal and -1 next to it, column by column. */
 static hcyArray* secondDifference(void) {
   hcyArray* matrix = hcyCreateSparse(POINTS, POINTS, 3 * POINTS - 2, hcyREAL);
   size_t *ir = hcyGetIr(matrix), *jc = hcyGetJc(matrix), stored = 0;
@@ -42,7 +42,8 @@ static double dot(const double* a, const double* b) {
   return sum;
 }
 
-/* The step's product with A, POINTS doubles; null when the call failed or gave anything else. */
+/* The product of A and the step, POINTS doubles; null if the call failed or returned anything else.
+ */
 static hcyArray* multiply(const Server* server, const hcyArray* matrix, const hcyArray* vector) {
   hcyArray* product = NULL;
   const hcyArray* inputs[] = {matrix, vector};
@@ -55,8 +56,8 @@ static hcyArray* multiply(const Server* server, const hcyArray* matrix, const hc
   return NULL;
 }
 
-/* Fills x; returns 0 when it has become the solution. The direction is an array because it is
- * sent in every step: its elements are changed where they lie. */
+/* Fills x; returns 0 if it has become the solution. The direction is an array because it is sent in
+ * every step: its elements are changed in place. */
 static int solve(const Server* server, double* x) {
   double residual[POINTS];
   hcyArray* matrix = secondDifference();

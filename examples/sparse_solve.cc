@@ -23,7 +23,7 @@ namespace {
 constexpr std::size_t points = 50;
 using Vector = std::vector<double>;
 
-// The tridiagonal matrix with 2 on the diagonal and -1 beside it.
+// The tridiagonal matrix with 2 on the diagonal and -1 next to it.
 Array secondDifference() {
   std::vector<hcyclient::Entry<double>> entries;
   for (std::size_t i = 0; i < points; ++i) {
@@ -39,7 +39,7 @@ double square(const Vector& a) { return std::inner_product(a.begin(), a.end(), a
 Vector solve(hcyclient::Context& context, const std::string& url) {
   const Array matrix = secondDifference();
   Vector x(points), residual(points, 1.0);
-  // Sent in every step: its elements are changed where they lie.
+  // Sent in every step: its elements are changed in place.
   Array direction = residual;
   const hcyclient::Span<double> p = direction.span<double>();
   double size = square(residual);

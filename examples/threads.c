@@ -20,7 +20,7 @@ typedef struct Worker {
   int number, right;
 } Worker;
 
-/* Adds numbers on the server and counts the sums that are right. */
+/* Adds numbers on the server and counts the correct sums. */
 static void* work(void* argument) {
   Worker* worker = argument;
   for (int i = 0; i < CALLS; ++i) {
@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
   Worker workers[THREADS];
   int started = 0, right = 0;
   hcyClientConfig* config = NULL;
-  signal(SIGPIPE, SIG_IGN); /* as libcurl wants it where transfers go on at once */
+  signal(SIGPIPE, SIG_IGN); /* libcurl needs this if several threads make calls */
   hcyClientRuntime* runtime = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
   if (argc != 2 || runtime == NULL || runtime->createConfig(&config) != 0) return EXIT_FAILURE;
   snprintf(url, sizeof url, "%s/math/plus", argv[1]);

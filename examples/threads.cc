@@ -16,14 +16,14 @@ namespace {
 
 constexpr int threads = 8, calls = 100;
 
-// Adds numbers on the server and counts the sums that are right.
+// Adds numbers on the server and counts the correct sums.
 void work(hcyclient::Context context, const std::string& url, int number, std::atomic<int>& right) {
   for (int i = 0; i < calls; ++i) {
     const double a = number, b = i;
     try {
       if (context.feval(url, {a, b}).at(0).scalar() == a + b) ++right;
     } catch (const hcyclient::Error& error) {
-      std::cerr << error.what() << '\n';  // no exception may leave a thread
+      std::cerr << error.what() << '\n';  // an exception must not leave a thread
     }
   }
 }
@@ -32,7 +32,7 @@ void work(hcyclient::Context context, const std::string& url, int number, std::a
 
 int main(int argc, char** argv) try {
   if (argc != 2) throw hcyclient::UsageError("usage: threads SERVER_URL");
-  std::signal(SIGPIPE, SIG_IGN);  // as libcurl wants it where transfers go on at once
+  std::signal(SIGPIPE, SIG_IGN);  // libcurl needs this if several threads make calls
   const hcyclient::Library library;
   const hcyclient::Config config(library);
   const std::string url = std::string(argv[1]) + "/math/plus";

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0
  *
- * Calls a server that demands a client certificate: with one, without one, and without knowing the
+ * Calls a server that requires a client certificate: with one, without one, and without knowing the
  * server's authority.
  *
  * Usage: tls SERVER_URL AUTHORITY_FILE CERTIFICATE_FILE KEY_FILE PASS_PHRASE
@@ -11,7 +11,7 @@
 
 enum { URL_LENGTH = 512 };
 
-/* A context takes its settings from the configuration as it is now, and connects at its first
+/* A context copies the current settings of the configuration, and connects at its first
  * call. */
 static void call(const hcyClientRuntime* runtime, const hcyClientConfig* config, const char* url) {
   hcyClientContext* context = NULL;

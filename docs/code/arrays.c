@@ -21,7 +21,7 @@ static void resized(void) {
   hcyArray* row = hcyCreateDoubleMatrix(1, 2, hcyREAL);
   hcyGetPr(row)[1] = 7.0;
   hcySetN(row, 1000);               /* moves the elements: */
-  double* elements = hcyGetPr(row); /* read the pointer again */
+  double* elements = hcyGetPr(row); /* get the pointer again */
   printf("element 1 of %zu is %g\n", hcyGetNumberOfElements(row), elements[1]);
   hcyDestroyArray(row);
 }
@@ -30,11 +30,11 @@ static void shared(void) {
   hcyArray* cell = hcyCreateCellMatrix(1, 2);
   hcyArray* number = hcyCreateDoubleScalar(1.0);
   hcySetCell(cell, 0, number);
-  hcyGetPr(number)[0] = 2.0; /* seen through the cell */
+  hcyGetPr(number)[0] = 2.0; /* visible through the cell */
   hcyDestroyArray(number);   /* the element lives on in the cell */
 
   hcyArray* element = hcyGetCell(cell, 0); /* a new handle, ours to destroy */
-  hcyDestroyArray(cell);                   /* the element lives on behind the handle */
+  hcyDestroyArray(cell);                   /* the element lives on with the handle */
   printf("the element is %g\n", hcyGetScalar(element));
   hcyDestroyArray(element);
 }
@@ -43,12 +43,12 @@ static void storedAgain(void) {
   hcyArray* cell = hcyCreateCellMatrix(1, 1);
   hcyArray* text = hcyCreateString("cat");
   hcySetCell(cell, 0, text);
-  hcyGetChars(text)[0] = 'h'; /* char, int16, uint16: each handle has contents of its own ... */
+  hcyGetChars(text)[0] = 'h'; /* char, int16, uint16: each handle has its own contents ... */
   hcySetCell(cell, 0, text);  /* ... until it is stored */
   hcyDestroyArray(text);
 
   hcyArray* element = hcyGetCell(cell, 0);
-  char* utf8 = hcyArrayToString(element); /* new memory, for hcyFree() */
+  char* utf8 = hcyArrayToString(element); /* release it with hcyFree() */
   printf("the element is %s\n", utf8);
   hcyFree(utf8);
   hcyDestroyArray(element);

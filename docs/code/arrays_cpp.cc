@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// How arrays lie in memory, and who owns what.
+// Memory layout and ownership of arrays.
 
 #include <hcy/hcyclient.hpp>
 #include <iostream>
@@ -33,7 +33,7 @@ static void nested() {
   s("name") = "Z\u00fcrich";   // UTF-8 in C++
   s("sides")[0] = 2.5;         // through both containers
   s("sides")[1] = {1.0, 2.0};  // a column
-  Array name = s("name");      // a handle of its own
+  Array name = s("name");      // a new handle
   std::cout << name.toString() << ", " << name.size() << " code units, side "
             << s("sides")[0].scalar() << '\n';
 }

@@ -52,12 +52,12 @@ def view_of(array):
     count = get_count(array)
     if count == 0 and get_dimension_count(array) > 0:
         return []
-    # Null unless all elements that the dimensions name have arrived, and for another class.
+    # Null unless all elements have arrived; null for another class, too.
     address = get_real(array)
     if not address:
         raise CallFailed(f'the output is not a whole array of {count} doubles')
     elements = (c_double * count).from_address(address)
-    elements.array = array  # which lives as long as the view
+    elements.array = array  # keeps the array alive as long as the view
     return elements
 
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the guide to C++ shows.
+// The code of the guide to C++.
 
 #include <chrono>
 #include <cmath>
@@ -42,7 +42,7 @@ static void makeArrays() {
 
   Array column = values;                       // 6-by-1
   Array row = Array::row(values);              // 1-by-6
-  Array matrix(values, {rows, columns});       // down the columns
+  Array matrix(values, {rows, columns});       // column by column
   Array same(values.data(), {rows, columns});  // from a pointer
   Array byRows = Array::fromRows<double>({{1, 3, 5}, {2, 4, 6}});
   Array cube = Array::zeros<float>(rows, columns, 4);
@@ -56,7 +56,7 @@ static void makeArrays() {
 
 static void readArrays(const Array& counts) {
   std::cout << "out\n";
-  std::vector<double> numbers = counts.toVector<double>();  // from int32: each value is exact
+  std::vector<double> numbers = counts.toVector<double>();  // from int32: every value is exact
   int first = counts.at<int>(0, 0);
   for (std::int32_t count : counts.span<std::int32_t>()) std::cout << count << ' ';
   std::cout << numbers.size() << ' ' << first << '\n';
@@ -109,8 +109,8 @@ static void useEigen(hcyclient::Context& context, const std::string& server) {
 
   using hcyclient::toArray;
   Array x = context.call(server + "/linalg/solve", toArray(A), toArray(b));
-  auto view = hcyclient::asEigen<double>(x);                      // no copy: x has to stay
-  Eigen::VectorXd copy = hcyclient::toEigen<Eigen::VectorXd>(x);  // also from another class
+  auto view = hcyclient::asEigen<double>(x);                      // no copy: x must outlive it
+  Eigen::VectorXd copy = hcyclient::toEigen<Eigen::VectorXd>(x);  // also converts other classes
   std::cout << view.rows() << ' ' << copy.size() << '\n';
 }
 
@@ -124,7 +124,7 @@ static void tellFailures(hcyclient::Context& context, const std::string& url) {
   } catch (const hcyclient::TransportError& error) {
     const bool slow = error.reason() == hcyclient::Reason::timeout;
     std::cout << (slow ? "too slow\n" : "no connection\n");
-    std::cerr << error.describe() << '\n';  // with the URL, without a password in it
+    std::cerr << error.describe() << '\n';  // with the URL, without its password
   }
 }
 
@@ -149,10 +149,10 @@ static void callOnThreads(const hcyclient::Config& config, const std::string& se
 int main(int argc, char** argv) try {
   if (argc != 2) throw hcyclient::UsageError("usage: cpp SERVER_URL");
   const std::string server = argv[1];
-  const hcyclient::Library library;  // one that lives as long as the program calls
+  const hcyclient::Library library;  // keep it as long as the program makes calls
   hcyclient::Config config(library);
   config.setTimeout(std::chrono::seconds(30)).setResponseSizeLimit(1u << 28);
-  hcyclient::Context context(config);  // one connection, for one thread at a time
+  hcyclient::Context context(config);  // one connection; use it on one thread at a time
   callFunctions(context, server);
   makeArrays();
   readArrays(std::vector<int>{5, 6, 7});

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# Installs what was built, compiles programs of one's own against it, and runs them.
+# Installs the build, compiles programs with it, and runs them.
 
 exec 3>&1 > install.log
 cmake --install build/release --prefix "$HOME/hcyclient"

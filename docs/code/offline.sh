@@ -7,7 +7,7 @@ c++ -std=c++17 -Iinclude examples/first.cc -o first_cpp \
   -Lbuild/release/src -lhcyclient -Wl,-rpath,"$PWD/build/release/src"
 
 pids=
-# start NAME OPTION...: a server whose URL is in the file NAME.
+# start NAME OPTION...: starts a server and writes its URL to the file NAME.
 start() {
   name=$1
   shift
@@ -29,18 +29,18 @@ start recorder --upstream "$lab" --record calls
 hcy call "$(cat recorder)/text/split" '"one two"' --json
 kill $!
 
-# Replay, with no other server.
+# Replay, without the other server.
 kill "$real"
 start replayer --replay calls
 ./first "$(cat replayer)/math/plus"
 ./first_cpp "$(cat replayer)/math/plus"
 hcy call "$(cat replayer)/text/split" '"one two"' --json
 
-# What was not recorded.
+# A call that was not recorded.
 hcy call "$(cat replayer)/text/split" '"one too"' || true
 cat replayer.log
 
-# A function of your own.
+# Your own function.
 cat > scale.py <<'END'
 import json, sys
 for line in sys.stdin:

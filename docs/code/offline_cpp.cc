@@ -9,7 +9,7 @@
 int main() {
   setenv("HCY_LOCAL_SERVER", "build/release/server/hcy-local-server", 0);
 
-  // Functions of C++.
+  // C++ functions.
   const hcyclient::Library library;
   hcyclient::Server server(library);
   server.add("my/scale", [](const hcyclient::Server::Inputs& in) {

@@ -6,7 +6,7 @@ import sys
 
 os.environ.setdefault('HCY_LOCAL_SERVER', os.path.abspath('build/release/server/hcy-local-server'))
 
-# Functions of Python.
+# Python functions.
 import hcyclient
 import hcyclient.testing
 import numpy as np

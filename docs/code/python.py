@@ -10,7 +10,7 @@ os.environ['HCY_SERVER'] = server = sys.argv[1]
 import hcyclient
 import numpy as np
 
-client = hcyclient.Client()  # of the server that HCY_SERVER names
+client = hcyclient.Client()  # uses the server in HCY_SERVER
 
 A = np.array([[2.0, 1.0], [1.0, 3.0]])
 b = np.array([3.0, 5.0])
@@ -78,7 +78,7 @@ print(type(client.echo(Cell([{'a': 1}, {'a': 2}]))).__name__)
 
 # Views.
 large = client.echo(np.ones((1000, 1000)))
-column = large[:, 0]  # a view of the library's own storage, which lives as long as it does
+column = large[:, 0]  # a view of the library's storage, which it keeps alive
 del large
 print(column.sum(), column.flags.owndata)
 

@@ -1,18 +1,18 @@
 # SPDX-License-Identifier: Apache-2.0
 exec 3>&1 >openssl.log 2>&1
-# An authority: its certificate ca.pem is what the clients are given.
+# An authority; clients need its certificate, ca.pem.
 openssl req -x509 -days 365 -subj '/CN=Our authority' -nodes \
   -addext basicConstraints=critical,CA:TRUE -addext keyUsage=critical,keyCertSign,cRLSign \
   -newkey ec -pkeyopt ec_paramgen_curve:P-256 -keyout ca.key -out ca.pem
 
-# A certificate for the server, which names every host that clients write in the URL.
+# A certificate for the server, with every host name that clients use in URLs.
 openssl req -new -subj '/CN=server' -nodes \
   -addext subjectAltName=IP:127.0.0.1,DNS:localhost \
   -newkey ec -pkeyopt ec_paramgen_curve:P-256 -keyout server.key -out server.csr
 openssl x509 -req -days 365 -copy_extensions copy -in server.csr \
   -CA ca.pem -CAkey ca.key -CAcreateserial -out server.pem
 
-# A certificate for a client, and its key once more under a pass phrase.
+# A certificate for a client, and an encrypted copy of its key.
 openssl req -new -subj '/CN=client' -nodes \
   -newkey ec -pkeyopt ec_paramgen_curve:P-256 -keyout client.key -out client.csr
 openssl x509 -req -days 365 -in client.csr -CA ca.pem -CAkey ca.key -out client.pem

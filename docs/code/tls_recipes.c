@@ -36,7 +36,7 @@ static hcyClientConfig* newConfig(void) {
   return runtime->createConfig(&config) == 0 ? config : NULL;
 }
 
-/* The settings that this server demands of every client. */
+/* The settings that this server requires from every client. */
 static hcyClientConfig* trustedConfig(void) {
   hcyClientConfig* config = newConfig();
   runtime->setCAFile(config, "ca.pem");
@@ -58,7 +58,7 @@ static hcyClientConfig* withRevocationList(const char* list) {
   return config;
 }
 
-/* For a test of one's own alone: anybody may answer in the server's place. */
+/* For tests only: anyone can answer in place of the server. */
 static hcyClientConfig* withoutVerification(void) {
   hcyClientConfig* config = trustedConfig();
   runtime->setCAFile(config, "");

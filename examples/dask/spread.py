@@ -20,16 +20,16 @@ CALLS_OF_A_TASK = 50
 
 
 def call_part(server: str, numbers: Sequence[float]) -> list[float]:
-    """A task: it makes a part of the calls, eight at a time. Connections are cheap to open for so
-    many calls, and nothing is left behind in the worker."""
+    """A task: makes a part of the calls, eight at a time. For that many calls, opening connections
+    takes little time, and nothing is left in the worker."""
     with hcyclient.Client(server, connections=8) as client:
         return [float(found) for found in client.map('math/plus', numbers, numbers)]
 
 
 def start_calls(cluster: distributed.Client, server: str, numbers: Sequence[float]) -> list[Any]:
     """The tasks, in order. A task is repeated if its worker dies (by Dask itself) or if it raises
-    an exception, which a broken connection does (up to `retries` times). So each call runs at least
-    once, and may run twice."""
+    an exception, as it does if a connection breaks (up to `retries` times). So each call runs at
+    least once, and may run twice."""
     parts = [numbers[i:i + CALLS_OF_A_TASK] for i in range(0, len(numbers), CALLS_OF_A_TASK)]
     return list(cluster.map(call_part, [server] * len(parts), parts, pure=False, retries=5))
 
