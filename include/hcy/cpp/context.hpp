@@ -32,7 +32,7 @@ namespace hcyclient {
 
 namespace detail {
 
-// Handles side by side, as a call takes and gives them; a few need no memory.
+// An array of handles for a call; a few handles need no allocation.
 template <class Handle>
 class Handles {
  public:
