@@ -12,7 +12,7 @@ from ._settings import Results
 
 
 class AsyncClient(BaseClient):
-    """Calls functions on a server from coroutines. Its parameters are those of Client.
+    """Calls functions on a server from coroutines. The parameters are the same as for Client.
 
     Calls run on threads of the client, so the event loop is never blocked. Cancelling a call, with
     `asyncio.timeout` for instance, ends it at once for the coroutine that awaits it; the server may

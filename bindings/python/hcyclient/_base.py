@@ -113,7 +113,7 @@ class BaseFunction:
 
     @property
     def url(self) -> str:
-        """The whole URL of the function."""
+        """The full URL of the function."""
         return self._encoded.decode()
 
     def __getattr__(self: Self, name: str) -> Self:

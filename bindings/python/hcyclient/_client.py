@@ -22,14 +22,14 @@ class Client(BaseClient):
     Parameters
     ----------
     server : str, optional
-        URL of the server, such as ``http://127.0.0.1:8080``, that function names are relative to.
-        The default is the environment variable ``HCY_SERVER``; if that is not set either, calls
-        take whole URLs.
+        URL of the server, such as ``http://127.0.0.1:8080``. The names of functions are relative
+        to it. The default is the environment variable ``HCY_SERVER``; if it is not set either,
+        calls need full URLs.
     timeout : float or None
         Seconds that one call may take: more than 0 and at most 2147483, or None for no limit.
         Fractions are rounded up to whole seconds. Waiting for a free connection does not count.
     response_size_limit : int
-        Size of the largest reply to accept, in bytes, from 0 to 4294967295.
+        Size of the largest reply to accept, in bytes, between 0 and 4294967295.
     client_cert_file, client_key_file : path, optional
         The client's TLS certificate and its private key (PEM).
     client_key_passphrase : str or bytes, optional
@@ -42,10 +42,10 @@ class Client(BaseClient):
         Whether the server's certificate must name the host of the URL, and whether it is verified
         at all.
     results : {'natural', 'exact'}
-        ``'natural'`` returns numbers, vectors, strings, dicts and lists, as the table in the guide
-        says; ``'exact'`` keeps the shape of every array.
+        ``'natural'`` returns numbers, vectors, strings, dicts and lists, as described in the
+        guide; ``'exact'`` keeps the shape of every array.
     connections : int
-        How many calls may be in progress at once, from 1 to 1000. Further calls wait.
+        How many calls may be in progress at once, between 1 and 1000. Further calls wait.
 
     Raises
     ------
@@ -82,14 +82,14 @@ class Client(BaseClient):
         Parameters
         ----------
         url : str
-            The name of the function on the client's server, such as ``'math/plus'``, or a whole
+            The name of the function on the client's server, such as ``'math/plus'``, or its full
             URL, which begins with ``http://`` or ``https://``.
         *arguments
             The inputs.
         nargout : int
-            The number of outputs to request, from 0 to 2147483647.
+            The number of outputs to request, between 0 and 2147483647.
         results : {'natural', 'exact'}, optional
-            The kind of results, if it is not to be the client's.
+            The kind of results; by default, the client's.
 
         Returns
         -------
@@ -148,7 +148,7 @@ class Client(BaseClient):
         Returns
         -------
         concurrent.futures.Future
-            Its result, or its exception, is that of feval().
+            Its result and its exception are those of feval().
 
         Raises
         ------
@@ -169,8 +169,8 @@ class Client(BaseClient):
         url : str or Function
             The function.
         *iterables
-            As for the built-in `map`: one for each argument; the shortest one ends the calls. They
-            are read only as far as the calls need them.
+            One for each argument; the calls end with the shortest one, as in the built-in `map`.
+            They are read only as far as the calls need them.
         workers : int, optional
             How many calls may be in progress at once; by default, one for each connection.
         nargout, results

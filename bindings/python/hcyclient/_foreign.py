@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Turns values of other libraries into arrays of NumPy and dictionaries."""
+"""Converts values of other libraries to NumPy arrays and dictionaries."""
 from __future__ import annotations
 
 import dataclasses
@@ -13,8 +13,8 @@ from ._storage import NDArray
 
 
 def pandas_of(value: Any) -> Any:
-    """The module pandas if the value is one of its own, otherwise None. Nothing is imported: if
-    pandas has not been imported, the value cannot come from it."""
+    """The module pandas if the value is of one of its types, otherwise None. Nothing is imported:
+    if pandas has not been imported, the value cannot come from it."""
     module = sys.modules.get('pandas')
     kinds = module and (module.DataFrame, module.Series, module.Index)
     return module if kinds and isinstance(value, kinds) else None

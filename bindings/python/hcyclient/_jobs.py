@@ -74,7 +74,7 @@ class Call:
 
     def result(self) -> Any:
         """Return the outputs, or raise the exception that the call failed with. The call gives up
-        its outputs, because an exception that somebody keeps keeps the call alive too."""
+        its outputs, because an exception that is kept keeps the call alive, too."""
         outputs, self.outputs, self.room = self.outputs, [], None
         if self.failure is not None:
             self._raise_failure()

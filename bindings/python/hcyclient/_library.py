@@ -21,7 +21,7 @@ LARGEST_SIZE = 2147483647
 
 _NAME = 'libhcyclient.so.1'
 _ELSEWHERE = ("install it where the system's loader looks, or set the environment variable "
-              'HCYCLIENT_LIBRARY to its file')
+              'HCYCLIENT_LIBRARY to its path')
 _WITHOUT_CURL = 'install the system package of libcurl (on Debian: apt install libcurl4)'
 
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What is raised if an argument cannot be converted."""
+"""The exception for an argument that cannot be converted."""
 from __future__ import annotations
 
 import datetime
@@ -13,7 +13,7 @@ from ._place import PlacedError
 
 
 class CannotConvert(PlacedError):
-    """There is no class for an argument, or for a value in it."""
+    """An argument, or a value in it, cannot be converted."""
 
     def __init__(self, what: str, instead: str) -> None:
         super().__init__(what)

@@ -56,12 +56,12 @@ def number(name: str, value: int, least: int, most: int) -> int:
     except TypeError:
         raise TypeError(f'{name} must be an integer, not {type(value).__name__}') from None
     if not least <= found <= most:
-        raise ValueError(f'{name} must be from {least} to {most}, not {found}')
+        raise ValueError(f'{name} must be between {least} and {most}, not {found}')
     return found
 
 
 def _seconds(timeout: Union[int, float, None]) -> int:
-    """The library takes whole seconds, and 0 for no limit."""
+    """Convert to the library's whole seconds, where 0 means no limit."""
     if timeout is None:
         return 0
     if isinstance(timeout, (str, bytes, bool)):

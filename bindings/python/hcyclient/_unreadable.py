@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What is raised if an output cannot be converted."""
+"""The exceptions for an output that cannot be converted."""
 from __future__ import annotations
 
 from ._place import PlacedError
@@ -7,7 +7,7 @@ from .errors import IncompleteReply, TransportError
 
 
 class Unreadable(PlacedError):
-    """An output, or an array in it, was sent like this or was truncated."""
+    """An output, or an array in it, is not valid or was truncated."""
 
     kind: type[TransportError] = TransportError
 
@@ -24,7 +24,7 @@ class _Incomplete(Unreadable):
 
 
 def malformed(what: str) -> Unreadable:
-    """The server did not follow the protocol."""
+    """The server sent a reply that is not valid, or that NumPy or SciPy cannot represent."""
     return Unreadable(f'the reply holds {what}')
 
 

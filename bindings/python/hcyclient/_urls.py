@@ -19,7 +19,7 @@ def c_text(name: str, text: Union[str, bytes]) -> bytes:
 
 
 def server_url(server: Optional[str]) -> Optional[str]:
-    """The URL of the server without a slash at its end. None stands for HCY_SERVER."""
+    """The URL of the server without a slash at its end. None means HCY_SERVER."""
     name = 'the URL of the server'
     if server is None:
         server = os.environ.get('HCY_SERVER') or None
@@ -50,7 +50,7 @@ def function_url(server: Optional[str], name: str) -> bytes:
     if server is None:
         raise ValueError(f'{name!r} is relative to a server, but this client has none: pass the '
                          "URL of one, as in Client('http://127.0.0.1:8080'), set the environment "
-                         'variable HCY_SERVER, or use the whole URL of the function, which begins '
+                         'variable HCY_SERVER, or use the full URL of the function, which begins '
                          'with http:// or https://')
     return f'{server}/{name.lstrip("/")}'.encode()
 

@@ -32,7 +32,7 @@ class HttpError(Error):
 
 
 class StackFrame(NamedTuple):
-    """Where an error was raised on the server. Absent strings are empty, an absent line is 0.
+    """Where an error was raised on the server. A missing string is empty, a missing line is 0.
 
     Attributes
     ----------
@@ -72,7 +72,7 @@ class FunctionError(Error):
 
 class TransportError(Error):
     """The call failed for another reason, such as the transport, memory, the number of outputs, or
-    a reply that is not valid. The most common cases have subclasses of their own.
+    a reply that is not valid. The most common cases have their own subclasses.
 
     Attributes
     ----------
@@ -111,7 +111,7 @@ class ReplyTooLarge(TransportError):
 class IncompleteReply(TransportError):
     """The call succeeded, but an output, or an array in an output, is not complete. The message
     says which one, and how many elements its dimensions announce. The reply may have been truncated
-    at `response_size_limit`, or the server sent it like this. No output is returned."""
+    at `response_size_limit`, or the server sent it like this. No outputs are returned."""
 
 
 def _after(url: str, text: str) -> str:

@@ -7,7 +7,7 @@
         with hcyclient.Client() as client:
             client.feval(server.url('my/scale'), [1, 2], 3)
 
-The server is the program hcy-local-server. It runs as a process of its own, and ends with this one.
+The server is the program hcy-local-server. It runs as a separate process, which ends with this one.
 The functions run in this process.
 """
 from __future__ import annotations
@@ -42,11 +42,11 @@ class Call(NamedTuple):
     Attributes
     ----------
     function : str
-        The name that the function was called by.
+        The name of the function.
     arguments : tuple
-        As feval() would return them.
+        The arguments, of the types that feval() returns.
     nargout : int
-        How many outputs the caller asked for.
+        The number of outputs that the caller asked for.
     """
 
     function: str
@@ -63,22 +63,22 @@ class Server:
     Parameters
     ----------
     functions : mapping of str to callable, optional
-        The functions by name. They get the arguments as feval() would return them, and return what
-        feval() would take: one output, or a tuple of outputs. An exception is raised in the client
-        as a FunctionError with the Python stack.
+        The functions by name. Their arguments have the types that feval() returns. They return one
+        output or a tuple of outputs, of the types that feval() accepts. An exception is raised in
+        the client as a FunctionError with the Python stack.
     threads : int
         How many functions may run at once, each on its own thread; at least 1.
     record : path, optional
-        A folder to record calls in that are passed on to `upstream`.
+        The folder in which to record the calls that are passed on to `upstream`.
     replay : path, optional
-        A folder of recorded calls to answer from.
+        A folder of recorded calls to replay.
     upstream : str, optional
         The URL of another server.
     options : sequence of str
-        More options for hcy-local-server, such as ``['--fault', 'my/*=503@2']``.
+        Further options for hcy-local-server, such as ``['--fault', 'my/*=503@2']``.
     program : path, optional
-        The file of hcy-local-server. The default is the environment variable
-        ``HCY_LOCAL_SERVER``, then the search path.
+        The path of hcy-local-server. The default is the path in the environment variable
+        ``HCY_LOCAL_SERVER``, or else the program on the search path.
 
     Attributes
     ----------
@@ -90,7 +90,7 @@ class Server:
     FileNotFoundError
         If the program is not installed.
     RuntimeError
-        If the program does not start; its standard error says why.
+        If the server does not start; its standard error says why.
     ValueError
         If `threads` is less than 1, or a name is empty or contains an equals sign.
     """
@@ -111,14 +111,14 @@ class Server:
                            for name, function in (functions or {}).items()}
         self._threads: list[threading.Thread] = []
         self._is_closing = False
-        # A name that cannot be guessed: whoever calls it answers for the functions.
+        # Anyone who knows this name can answer calls of the functions, so it cannot be guessed.
         worker_path = 'worker-' + secrets.token_urlsafe(16)
         command = [_file_of(program), '--port', '0', '--stop-on-eof']
         for option, value in (('--record', record), ('--replay', replay), ('--upstream', upstream)):
             if value is not None:
                 command += [option, os.fspath(value)]
         if self._functions:
-            # A function may stand in a debugger for long.
+            # Long enough to step through a function in a debugger.
             command += ['--worker-path', worker_path, '--function-timeout', '86400']
         for name in self._functions:
             command += ['--function', name + '=@']
@@ -129,7 +129,7 @@ class Server:
         words = self._process.stdout.readline().split()
         if len(words) != 3:
             self.close()
-            raise RuntimeError(f'{command[0]} does not start: exit status '
+            raise RuntimeError(f'{command[0]} did not start: exit status '
                                f'{self._process.returncode}')
         self._url = words[2]
         for _ in range(threads if self._functions else 0):
@@ -138,11 +138,11 @@ class Server:
             self._threads.append(thread)
 
     def url(self, function: str = '') -> str:
-        """Return the URL of a function, or that of the server if no function is named."""
+        """Return the URL of a function, or of the server if no function is named."""
         return f'{self._url}/{function.lstrip("/")}' if function else self._url
 
     def close(self) -> None:
-        """End the server. Calls in progress fail. Closing a closed server does nothing."""
+        """Stop the server. Calls in progress fail. Closing a closed server does nothing."""
         self._is_closing = True
         assert self._process.stdin is not None and self._process.stdout is not None
         self._process.stdin.close()
@@ -164,14 +164,14 @@ class Server:
         self.close()
 
     def _work(self, url: str) -> None:
-        """Deliver what a function returned, and fetch the next call."""
+        """Send the outputs of a function, and get the next call."""
         with Client(timeout=None, response_size_limit=_LARGEST_REPLY) as client:
             answer: list[Any] = [0.0]
             while not self._is_closing:
                 try:
                     call = client.feval(url, *answer)
                 except (TypeError, ValueError, OverflowError) as error:
-                    # What the function returned cannot be converted. Nothing has been sent.
+                    # The outputs of the function cannot be converted. Nothing has been sent.
                     if answer[1:2] != ['outputs']:
                         raise
                     answer = [answer[0], *_error(error)]
@@ -182,7 +182,7 @@ class Server:
                     # The answer is lost, but the thread goes on.
                     answer = [0.0]
                     continue
-                if not call:  # none came for a while
+                if not call:  # there was no call for a while
                     answer = [0.0]
                     continue
                 ticket, name, nargout, *arguments = call
@@ -205,7 +205,7 @@ def _number(value: Any) -> float:
 
 
 def _error(error: Exception) -> list[Any]:
-    """How an exception is sent."""
+    """The answer that sends an exception."""
     if isinstance(error, FunctionError):
         frames = error.stack or _frames(error)
         return _described(error.identifier, error.message, frames)
@@ -221,7 +221,7 @@ def _described(identifier: str, message: str, stack: Sequence[StackFrame]) -> li
 
 
 def _text(text: str) -> str:
-    """Replace what UTF-8 cannot encode."""
+    """Replace characters that UTF-8 cannot encode."""
     return text.encode(errors='replace').decode()
 
 
@@ -239,5 +239,5 @@ def _file_of(program: Optional[Path]) -> str:
     if found is None:
         raise FileNotFoundError(
             f'cannot find {name}: install the tools of hcyclient, or set the environment variable '
-            'HCY_LOCAL_SERVER to its file')
+            'HCY_LOCAL_SERVER to its path')
     return found

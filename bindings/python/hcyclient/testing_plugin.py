@@ -4,13 +4,13 @@
 hcy_client      a Client, closed after the test
 hcy_functions   the functions of hcy_server, a dictionary of callables by name; empty unless a test
                 file overrides this fixture
-hcy_server      a hcyclient.testing.Server with these functions, closed after the test
+hcy_server      a hcyclient.testing.Server with these functions, which is closed after the test
 
     @pytest.mark.hcy_replay('prices')
     def test_prices(hcy_server, hcy_client):
         hcy_client.feval(hcy_server.url('shop/prices'), 'EUR')
 
-makes hcy_server answer from the folder recordings/prices next to the test file. With
+makes hcy_server replay the calls in the folder recordings/prices next to the test file. With
 `pytest --hcy-upstream URL`, other calls are passed on to that server and recorded.
 """
 from __future__ import annotations
@@ -30,12 +30,13 @@ _MARKER = 'hcy_replay'
 def pytest_addoption(parser: pytest.Parser) -> None:
     parser.getgroup('hcyclient').addoption(
         '--hcy-upstream', metavar='URL', default=None,
-        help='server to call and record if a test marked hcy_replay has no recording')
+        help='URL of a server; calls that a test marked hcy_replay has not recorded are passed on '
+             'to it and recorded')
 
 
 def pytest_configure(config: pytest.Config) -> None:
-    config.addinivalue_line('markers', f'{_MARKER}(name): answer the calls of hcy_server from the '
-                                       'folder recordings/<name> next to the test file')
+    config.addinivalue_line('markers', f'{_MARKER}(name): replay calls from the folder '
+                                       'recordings/<name> next to the test file')
 
 
 @pytest.fixture
@@ -59,8 +60,8 @@ def hcy_server(request: pytest.FixtureRequest, hcy_functions: Mapping[str, Calla
     upstream: Optional[str] = request.config.getoption('--hcy-upstream')
     folder = _folder_of(marker, request) if marker else None
     if folder is not None and upstream is None and not folder.is_dir():
-        pytest.fail(f'there is no recording in {folder}: run pytest once with --hcy-upstream URL',
-                    pytrace=False)
+        pytest.fail(f'the folder {folder} does not exist: to record the calls, run pytest once '
+                    'with --hcy-upstream URL', pytrace=False)
     records = folder is not None and upstream is not None
     with hcyclient.testing.Server(hcy_functions, replay=folder, record=folder if records else None,
                                   upstream=upstream if records else None) as server:
@@ -69,5 +70,6 @@ def hcy_server(request: pytest.FixtureRequest, hcy_functions: Mapping[str, Calla
 
 def _folder_of(marker: pytest.Mark, request: pytest.FixtureRequest) -> pathlib.Path:
     if len(marker.args) != 1 or not isinstance(marker.args[0], str) or marker.kwargs:
-        pytest.fail(f'{_MARKER} takes one argument, the name of a recording', pytrace=False)
+        pytest.fail(f'the mark {_MARKER} takes one argument, the name of a recording',
+                    pytrace=False)
     return pathlib.Path(request.path).parent / 'recordings' / marker.args[0]
