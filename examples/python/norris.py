@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: Apache-2.0
 """Fits a straight line on the server to the 36 observations of NIST's reference data set Norris,
-compares the answer with the certified one, and draws it.
+compares the result with the certified one, and plots it.
 
 Usage: norris.py SERVER_URL DATA_FILE PICTURE
   SERVER_URL  a running hcy-local-server, such as http://127.0.0.1:8080
