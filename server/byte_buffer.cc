@@ -2,12 +2,27 @@
 
 #include "byte_buffer.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <utility>
 
 namespace hcy::server {
+
+Budget& messageMemory() {
+  static Budget memory(std::numeric_limits<std::size_t>::max());
+  return memory;
+}
+
+std::size_t messageMemoryLimitFor(std::uint64_t maxBody) {
+  const auto pages = static_cast<std::uint64_t>(std::max(sysconf(_SC_PHYS_PAGES), 0L));
+  const auto pageSize = static_cast<std::uint64_t>(std::max(sysconf(_SC_PAGESIZE), 0L));
+  constexpr std::uint64_t always = std::uint64_t{64} << 20;
+  return std::max(always, std::min(8 * maxBody + always, pages * pageSize / 2));
+}
 
 ByteBuffer::ByteBuffer(ByteBuffer&& other) noexcept
     : counted_(std::move(other.counted_)),

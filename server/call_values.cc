@@ -2,6 +2,7 @@
 
 #include "call_values.h"
 
+#include <cstdint>
 #include <exception>
 #include <hcy/hcyclient.hpp>
 #include <limits>
@@ -9,44 +10,34 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "array/array_handle.h"
-#include "array/array_proxy_builder.h"
-#include "array/array_to_send.h"
 #include "array_json.h"
-#include "hcy.client.VORTENResult.pb.h"
+#include "field_bytes.h"
+#include "function_error.h"
 #include "incomplete_output.h"
 #include "json_array.h"
 #include "json_value.h"
 #include "request_fields.h"
-#include "runtime/reply_reader.h"
+#include "serialized_error.h"
 #include "source_text.h"
 #include "text.h"
-#include "wire/read_message.h"
-#include "wire/varint.h"
-#include "wire/wire_fields.h"
+#include "value.h"
 
 namespace hcy::server {
 namespace {
 
-using client::VORTEN_Result;
-using hcyclient::Array;
-
 constexpr std::size_t kMostShown = 100'000;
-
-Bytes bytesOf(std::string_view body) {
-  return {reinterpret_cast<const std::uint8_t*>(body.data()), body.size()};
-}
 
 struct Shown {
   std::string text;
   bool isExact;
 };
 
-Shown show(ReceivedArray&& received) try {
-  std::vector<Array> array;
-  array.push_back(Array::adopt(ArrayProxyBuilder::over(std::move(received)).release()));
-  tools::requireWhole(array);
-  return {tools::toJson(array.front()), true};
+Shown show(Value&& value) try {
+  if (!value.array) return {"<not a value of JSON>", false};
+  std::vector<Array> arrays;
+  arrays.push_back(std::move(value.array));
+  tools::requireWhole(arrays);
+  return {tools::toJson(arrays.front()), true};
 } catch (const std::bad_alloc&) {
   throw;
 } catch (const tools::IncompleteOutput&) {
@@ -56,8 +47,8 @@ Shown show(ReceivedArray&& received) try {
 }
 
 Shown showBytes(Bytes bytes) {
-  ReceivedArray array;
-  return readReceived(array, bytes) ? show(std::move(array)) : Shown{"<incomplete>", false};
+  std::optional<Value> value = readValue(bytes);
+  return value ? show(std::move(*value)) : Shown{"<incomplete>", false};
 }
 
 const tools::JsonValue* member(const tools::JsonObject& object, std::string_view name) {
@@ -85,29 +76,25 @@ std::int32_t lineNumberOf(const tools::JsonObject& frame) try {
   throw BadAnswer("the line of a stack frame is out of range");
 }
 
-std::string errorResult(const tools::JsonValue& value) {
+ByteBuffer errorResult(const tools::JsonValue& value) {
   const auto* const object = value.as<tools::JsonObject>();
   if (object == nullptr) throw BadAnswer("error is not an object");
-  VORTEN_Result result;
-  auto& error = *result.mutable_error();
-  error.set_identifier(textOf(*object, "identifier"));
-  error.set_message(textOf(*object, "message"));
-  if (const tools::JsonValue* const stack = member(*object, "stack")) {
-    const auto* const frames = stack->as<tools::JsonList>();
+  const std::string identifier = textOf(*object, "identifier");
+  const std::string message = textOf(*object, "message");
+  std::vector<StackFrame> stack;
+  if (const tools::JsonValue* const list = member(*object, "stack")) {
+    const auto* const frames = list->as<tools::JsonList>();
     if (frames == nullptr) throw BadAnswer("the stack of the error is not a list");
     for (const tools::JsonValue& one : *frames) {
       const auto* const frame = one.as<tools::JsonObject>();
       if (frame == nullptr) throw BadAnswer("a frame of the stack is not an object");
-      auto& made = *error.add_stack();
-      made.set_file(textOf(*frame, "file"));
-      made.set_name(textOf(*frame, "name"));
-      made.set_line(lineNumberOf(*frame));
+      stack.push_back({textOf(*frame, "file"), textOf(*frame, "name"), lineNumberOf(*frame)});
     }
   }
-  return result.SerializeAsString();
+  return serialized(FunctionError(identifier, message, stack), "");
 }
 
-std::string outputsResult(const tools::JsonValue& value, int nargout) {
+ByteBuffer outputsResult(const tools::JsonValue& value, int nargout) {
   const auto* const list = value.as<tools::JsonList>();
   if (list == nullptr) throw BadAnswer("outputs is not a list");
   const auto wanted = static_cast<std::size_t>(nargout);
@@ -115,29 +102,16 @@ std::string outputsResult(const tools::JsonValue& value, int nargout) {
     throw BadAnswer("outputs has " + std::to_string(list->size()) + " elements, and nargout is " +
                     std::to_string(nargout));
   }
-  std::vector<Array> outputs;
-  std::vector<const hcyArray*> handles;
-  for (std::size_t i = 0; i < wanted; ++i) {
-    outputs.push_back(tools::arrayFrom((*list)[i]));
-    handles.push_back(outputs.back().get());
-  }
-  const SentInputs sent(handles);
-  std::string result;
-  for (std::size_t i = 0; i < wanted; ++i) {
-    const SentArray output(sent.input(i));
-    constexpr std::size_t kMostOfFrame = 11;
-    const std::size_t begin = result.size();
-    result.resize(begin + kMostOfFrame + output.size());
-    auto* const start = reinterpret_cast<std::uint8_t*>(result.data());
-    std::uint8_t* end = start + begin;
-    *end++ = lengthDelimitedTag(VORTEN_Result::kLhsFieldNumber);
-    end = output.write(writeVarint(output.size(), end));
-    result.resize(static_cast<std::size_t>(end - start));
-  }
+  std::vector<Value> outputs;
+  for (std::size_t i = 0; i < wanted; ++i) outputs.push_back({tools::arrayFrom((*list)[i])});
+  const WrittenResult written(outputs);
+  ByteBuffer result;
+  result.resizeUninitialized(written.size());
+  written.write(reinterpret_cast<std::uint8_t*>(result.data()));
   return result;
 }
 
-std::string resultOf(const tools::JsonValue& line, int nargout) {
+ByteBuffer resultOf(const tools::JsonValue& line, int nargout) {
   const auto* const object = line.as<tools::JsonObject>();
   if (object == nullptr) throw BadAnswer("the line is not an object");
   if (const tools::JsonValue* const error = member(*object, "error")) return errorResult(*error);
@@ -162,21 +136,26 @@ std::optional<ShownRequest> showRequest(std::string_view body) {
 }
 
 std::optional<ShownReply> showReply(std::string_view body) {
-  client::VORTEN_Error error;
+  std::string identifier, message;
   bool hasError = false;
   ShownReply shown;
+  const auto readError = [&](const WireField& field) {
+    if (field.is(kErrorIdentifier)) identifier.assign(field.content.begin(), field.content.end());
+    if (field.is(kErrorMessage)) message.assign(field.content.begin(), field.content.end());
+    return true;
+  };
   const bool isWhole = forEachField(bytesOf(body), [&](const WireField& field) {
-    if (field.is(VORTEN_Result::kErrorFieldNumber)) {
+    if (field.is(kResultError)) {
       hasError = true;
-      return mergePart(error, field.content);
+      return forEachField(field.content, readError);
     }
-    if (field.is(VORTEN_Result::kLhsFieldNumber) && shown.outputs.size() < kMostShown) {
+    if (field.is(kResultOutput) && shown.outputs.size() < kMostShown) {
       shown.outputs.push_back(showBytes(field.content).text);
     }
     return true;
   });
   if (!isWhole) return std::nullopt;
-  if (hasError) shown.error = error.identifier() + ": " + error.message();
+  if (hasError) shown.error = identifier + ": " + message;
   return shown;
 }
 
@@ -198,7 +177,7 @@ std::string lineOfCall(std::string_view function, const ShownRequest& request) {
   return line += "]}\n";
 }
 
-std::string resultOfLine(std::string_view line, int nargout) try {
+ByteBuffer resultOfLine(std::string_view line, int nargout) try {
   return resultOf(tools::parseJson(line), nargout);
 } catch (const tools::BadText& problem) {
   throw BadAnswer("column " + std::to_string(problem.offset + 1) + ": " + problem.what());

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "byte_buffer.h"
+
 namespace hcy::server {
 
 struct ShownRequest {
@@ -48,6 +50,6 @@ std::string lineOfCall(std::string_view function, const ShownRequest& request);
 // The VORTEN_Result that a line of JSON stands for: {"outputs": [...]}, or
 // {"error": {"identifier": ..., "message": ..., "stack": [{"file", "name", "line"}]}}. Outputs
 // beyond `nargout` are left out. Throws BadAnswer.
-std::string resultOfLine(std::string_view line, int nargout);
+ByteBuffer resultOfLine(std::string_view line, int nargout);
 
 }  // namespace hcy::server

@@ -77,7 +77,7 @@ ByteBuffer CommandFunction::answerTo(std::string_view request) {
     throw failure(kArgumentValue, std::string("This call is not for a command: ") + error.what());
   }
   const ByteBuffer answer = ask(line);
-  return ByteBuffer(resultOfLine({answer.data(), answer.size()}, shown->nargout));
+  return resultOfLine({answer.data(), answer.size()}, shown->nargout);
 }
 
 ByteBuffer CommandFunction::ask(std::string_view line) {

@@ -3,20 +3,20 @@
 #include "function_call.h"
 
 #include <cstdint>
+#include <exception>
 #include <new>
+#include <optional>
 #include <string>
+#include <utility>
 
+#include "field_bytes.h"
 #include "function_error.h"
-#include "hcy.client.VORTENResult.pb.h"
+#include "overload.h"
 #include "reply_room.h"
 #include "serialized_error.h"
-#include "wire/protobuf_version.h"
 
 namespace hcy::server {
 namespace {
-
-using client::VORTEN_Params;
-using client::VORTEN_Result;
 
 // A few hundredths of a second.
 constexpr double kManySteps = 3e7;
@@ -28,14 +28,14 @@ std::string between(int least, int most) {
 }
 
 void checkCounts(const Function& function, const Call& call) {
-  const int nargin = call.inputs.size();
+  const auto nargin = static_cast<int>(call.inputs.size());
   if (nargin < function.minInputs || nargin > function.maxInputs) {
-    throw FunctionError(kArgumentCount, std::string(function.path) + " takes " +
+    throw FunctionError(kArgumentCount, function.path + " takes " +
                                             between(function.minInputs, function.maxInputs) +
                                             " arguments, not " + std::to_string(nargin) + ".");
   }
   if (call.nargout < 0 || call.nargout > function.maxOutputs) {
-    throw FunctionError(kArgumentCount, std::string(function.path) + " gives " +
+    throw FunctionError(kArgumentCount, function.path + " gives " +
                                             between(0, function.maxOutputs) + " outputs, not " +
                                             std::to_string(call.nargout) + ".");
   }
@@ -47,39 +47,56 @@ std::uint8_t* bytesOf(Evaluation& evaluation) {
 
 }  // namespace
 
-FunctionCall::FunctionCall(const Function& function)
-    : function_(function), params_(createMessage<VORTEN_Params>(*arena_)) {}
+void FunctionCall::count(std::size_t bytes) {
+  used_ += bytes;
+  if (used_ > kUncountedMemory && !memory_.growTo(used_ - kUncountedMemory)) throw std::bad_alloc();
+}
 
 bool FunctionCall::parse(ByteBuffer body) {
   requestSize_ = body.size();
-  // Null data of an empty body is fine: no byte of it is read.
-  return params_.ParseFromArray(body.data(), static_cast<int>(body.size()));
+  bool isBodyNeeded = false;
+  const bool isWhole =
+      forEachField(bytesOf({body.data(), body.size()}), [&](const WireField& field) {
+        if (field.isVarint(kParamsNargout)) nargout_ = static_cast<int>(field.value);
+        if (!field.is(kParamsInput)) return true;
+        count(memoryOfValue(field.content));
+        std::optional<Value> value = readValue(field.content);
+        if (!value) return false;
+        isBodyNeeded = isBodyNeeded || !value->array;
+        inputs_.push_back(std::move(*value));
+        return true;
+      });
+  if (isBodyNeeded) body_ = std::move(body);
+  return isWhole;
 }
 
 bool FunctionCall::takesLong() const {
   // Of something that is not a number, nothing is known.
-  return function_.steps != nullptr && !(function_.steps(params_.rhs()) <= kManySteps);
+  return function_.steps && !(function_.steps(inputs_) <= kManySteps);
 }
 
 Evaluation FunctionCall::evaluate() try {
   return evaluateFunction();
 } catch (const FunctionError& error) {
   return raised(error);
+} catch (const Overload&) {
+  throw;
 } catch (const std::bad_alloc&) {
   return raised(FunctionError(kServerMemory, "The server has not enough memory for this call."));
+} catch (const std::exception& error) {
+  return raised(FunctionError(kException, error.what(), {StackFrame{}}));
 }
 
 Evaluation FunctionCall::evaluateFunction() {
-  auto& result = createMessage<VORTEN_Result>(*arena_);
-  Call call{*params_.mutable_rhs(), *result.mutable_lhs(), params_.nargout(),
-            longestReplyTo(requestSize_)};
+  Call call(inputs_, nargout_, longestReplyTo(requestSize_), memory_, used_);
   checkCounts(function_, call);
   function_.evaluate(call);
-  if (call.outputs.size() > call.nargout) {
-    call.outputs.DeleteSubrange(call.nargout, call.outputs.size() - call.nargout);
+  if (std::cmp_greater(call.outputs.size(), nargout_)) {
+    call.outputs.erase(call.outputs.begin() + nargout_, call.outputs.end());
   }
-  Evaluation evaluation = withRoomFor(result.ByteSizeLong());
-  static_cast<void>(result.SerializeWithCachedSizesToArray(bytesOf(evaluation)));
+  const WrittenResult written(call.outputs);
+  Evaluation evaluation = withRoomFor(written.size());
+  written.write(bytesOf(evaluation));
   evaluation.replyDelay = call.replyDelay;
   return evaluation;
 }

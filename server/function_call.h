@@ -6,13 +6,12 @@
 
 #include <chrono>
 #include <cstddef>
+#include <vector>
 
 #include "budget.h"
 #include "byte_buffer.h"
 #include "function_error.h"
 #include "function_table.h"
-#include "hcy.client.VORTENParams.pb.h"
-#include "message_memory.h"
 
 namespace hcy::server {
 
@@ -26,7 +25,7 @@ struct Evaluation {
 // One call, whose steps may be taken on different threads.
 class FunctionCall {
  public:
-  explicit FunctionCall(const Function& function);
+  explicit FunctionCall(const Function& function) : function_(function) {}
 
   // False if the body is not a VORTEN_Params. Throws std::bad_alloc if the arguments take more
   // memory than there is.
@@ -44,9 +43,16 @@ class FunctionCall {
   Evaluation raised(const FunctionError& error) const;
   Evaluation withRoomFor(std::size_t size) const;
 
+  // The arguments and what the outputs take, but for the first bytes.
+  void count(std::size_t bytes);
+
   const Function& function_;
-  BoundedArena arena_;
-  client::VORTEN_Params& params_;
+  BudgetShare memory_{messageMemory()};
+  std::size_t used_ = 0;
+  // If there are arguments of classes that have no handles.
+  ByteBuffer body_;
+  std::vector<Value> inputs_;
+  int nargout_ = 0;
   std::size_t requestSize_ = 0;
 };
 

@@ -4,9 +4,12 @@
 
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace hcy::server {
 
@@ -14,6 +17,7 @@ inline constexpr char kArgumentClass[] = "halcyon:argument:class";
 inline constexpr char kArgumentCount[] = "halcyon:argument:count";
 inline constexpr char kArgumentSize[] = "halcyon:argument:size";
 inline constexpr char kArgumentValue[] = "halcyon:argument:value";
+inline constexpr char kException[] = "cpp:exception";
 inline constexpr char kMatrixSingular[] = "halcyon:matrix:singular";
 inline constexpr char kResultSize[] = "halcyon:result:size";
 inline constexpr char kServerMemory[] = "halcyon:server:memory";
@@ -37,15 +41,20 @@ class FunctionError : public std::runtime_error {
   // `depth` frames, innermost first, each made when it is needed: all at once would take far more
   // memory than the reply.
   FunctionError(std::string identifier, const std::string& message, int depth,
-                StackFrame (*frameAt)(int))
+                std::function<StackFrame(int)> frameAt)
       : std::runtime_error(message),
         identifier_(std::move(identifier)),
         depth_(depth),
-        frameAt_(frameAt) {}
+        frameAt_(std::make_shared<const std::function<StackFrame(int)>>(std::move(frameAt))) {}
+
+  FunctionError(std::string identifier, const std::string& message,
+                const std::vector<StackFrame>& stack)
+      : FunctionError(std::move(identifier), message, static_cast<int>(stack.size()),
+                      [stack](int index) { return stack[static_cast<std::size_t>(index)]; }) {}
 
   const std::string& identifier() const { return identifier_; }
   int depth() const { return depth_; }
-  StackFrame frame(int index) const { return frameAt_ == nullptr ? ownFrame_ : frameAt_(index); }
+  StackFrame frame(int index) const { return frameAt_ ? (*frameAt_)(index) : ownFrame_; }
 
  private:
   static std::string fileName(const std::string& path) {
@@ -55,7 +64,8 @@ class FunctionError : public std::runtime_error {
   std::string identifier_;
   int depth_ = 1;
   StackFrame ownFrame_{};
-  StackFrame (*frameAt_)(int) = nullptr;
+  // Shared, so that copying the exception cannot fail.
+  std::shared_ptr<const std::function<StackFrame(int)>> frameAt_;
 };
 
 }  // namespace hcy::server

@@ -1,59 +1,68 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The functions that are served, by the path of their URL.
+// Functions of this program, which take and give arrays of the C API.
 
 #pragma once
 
-#include <google/protobuf/repeated_ptr_field.h>
-
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <limits>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "hcy.client.VORTENArray.pb.h"
+#include "budget.h"
+#include "value.h"
 
 namespace hcy::server {
 
-using Array = hcy::client::VORTEN_Array;
-using Arrays = google::protobuf::RepeatedPtrField<Array>;
+// One evaluation, as a function sees it.
+class Call {
+ public:
+  Call(std::vector<Value>& arguments, int wanted, std::size_t most, BudgetShare& memory,
+       std::size_t used)
+      : inputs(arguments), nargout(wanted), longestReply(most), memory_(memory), used_(used) {}
 
-// One evaluation, as a function sees it. Inputs and outputs share an arena, so an array moves
-// from one to the other without a copy.
-struct Call {
-  Arrays& inputs;
-  // A function may leave more outputs than were asked for; the caller drops them.
-  Arrays& outputs;
-  int nargout;
+  // A function may move inputs to the outputs.
+  std::vector<Value>& inputs;
+  // A function may leave more outputs than were asked for; they are dropped.
+  std::vector<Value> outputs;
+  const int nargout;
   // In bytes. A function that makes much of little looks here before it does.
-  std::size_t longestReply;
+  const std::size_t longestReply;
   // How long the reply waits.
   std::chrono::nanoseconds replyDelay{0};
+
+  // Counts what is about to be allocated; throws std::bad_alloc if calls take too much already.
+  void count(std::size_t bytes);
+
+  // Adds an output. An array that is made is counted before it is.
+  Array& add(Array array);
+  Array& addDoubles(std::size_t rows, std::size_t columns);
+
+ private:
+  BudgetShare& memory_;
+  std::size_t used_;
 };
 
 inline constexpr int kAnyNumber = std::numeric_limits<int>::max();
 
 struct Function {
   // Without the leading slash.
-  std::string_view path;
-  int minInputs;
-  int maxInputs;
-  int maxOutputs;
-  void (*evaluate)(Call&);
-  // Roughly how many steps it takes, of arguments that nothing is known about; null if that is in
+  std::string path;
+  int minInputs = 0;
+  int maxInputs = kAnyNumber;
+  int maxOutputs = kAnyNumber;
+  // May trust that the number of inputs and of outputs is one that is allowed. All else it checks,
+  // and raises a FunctionError; any other exception becomes one.
+  std::function<void(Call&)> evaluate;
+  // Roughly how many steps it takes, of arguments that nothing is known about; empty if that is in
   // proportion to their size.
-  double (*steps)(const Arrays& inputs);
-  std::string_view arguments;
-  std::string_view outputs;
+  std::function<double(const std::vector<Value>& inputs)> steps;
+  std::string arguments;
+  std::string outputs;
 };
-
-std::span<const Function> functions();
-
-// Null if there is none.
-const Function* findFunction(std::string_view path);
 
 // A function as the server's index has it.
 struct ListedFunction {

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the table calls. A function trusts that the number of inputs and of outputs is one that its
-// row allows; all else it checks, and raises a FunctionError. An estimate of steps trusts nothing.
+// The functions that the program hcy-local-server brings with it. An estimate of steps trusts
+// nothing.
 
 #pragma once
+
+#include <vector>
 
 #include "function_table.h"
 
 namespace hcy::server {
+
+std::vector<Function> ownFunctions();
 
 void echo(Call& call);
 void mathPlus(Call& call);
@@ -21,8 +25,8 @@ void sparseMultiply(Call& call);
 void demoFail(Call& call);
 void demoSleep(Call& call);
 
-double linalgSteps(const Arrays& inputs);
-double sparseMultiplySteps(const Arrays& inputs);
-double demoFailSteps(const Arrays& inputs);
+double linalgSteps(const std::vector<Value>& inputs);
+double sparseMultiplySteps(const std::vector<Value>& inputs);
+double demoFailSteps(const std::vector<Value>& inputs);
 
 }  // namespace hcy::server

@@ -3,8 +3,9 @@
 #include <chrono>
 #include <cmath>
 #include <string>
+#include <vector>
 
-#include "array_values.h"
+#include "arguments.h"
 #include "function_error.h"
 #include "functions.h"
 
@@ -14,10 +15,10 @@ namespace {
 constexpr double kMostFrames = 1'000'000;
 constexpr double kLongestSleep = 3600;
 
-int depthArgument(Array& array) {
-  const double depth = realScalar(array, "depth");
+int depthArgument(Value& value) {
+  const double depth = realScalar(value, "depth");
   if (!(depth >= 0 && depth <= kMostFrames) || depth != std::floor(depth)) {
-    throw FunctionError(kArgumentValue, "depth is no whole number from 0 to 1000000.");
+    throw FunctionError(kArgumentValue, "depth is not a whole number from 0 to 1000000.");
   }
   return static_cast<int>(depth);
 }
@@ -29,10 +30,13 @@ StackFrame frameAt(int index) {
 
 }  // namespace
 
-double demoFailSteps(const Arrays& inputs) {
+double demoFailSteps(const std::vector<Value>& inputs) {
   constexpr double kStepsOfOneFrame = 500;
-  if (inputs.size() < 3 || inputs[2].qxdouble().elements_size() != 1) return 0;
-  return inputs[2].qxdouble().elements(0) * kStepsOfOneFrame;
+  if (inputs.size() < 3 || !inputs[2].array) return 0;
+  const hcyArray* const depth = inputs[2].array.get();
+  return hcyIsDouble(depth) && hcyGetNumberOfElements(depth) == 1
+             ? hcyGetScalar(depth) * kStepsOfOneFrame
+             : 0;
 }
 
 void demoFail(Call& call) {
@@ -49,7 +53,7 @@ void demoSleep(Call& call) {
   }
   call.replyDelay =
       std::chrono::ceil<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
-  call.outputs.Swap(&call.inputs);
+  call.add(Array(seconds));
 }
 
 }  // namespace hcy::server

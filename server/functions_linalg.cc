@@ -4,11 +4,12 @@
 #include <Eigen/SVD>
 #include <algorithm>
 #include <limits>
+#include <vector>
 
-#include "array_values.h"
+#include "arguments.h"
 #include "function_error.h"
 #include "functions.h"
-#include "matrix_values.h"
+#include "matrices.h"
 
 namespace hcy::server {
 namespace {
@@ -37,41 +38,42 @@ void requireConvergence(const Decomposition& svd) {
 void putFactors(Call& call, const MatrixView& a) {
   const auto svd = decompositionOf<Eigen::ComputeThinU | Eigen::ComputeThinV>(a);
   requireConvergence(svd);
-  makeMatrix(*call.outputs.Add(), svd.matrixU().rows(), svd.matrixU().cols()) = svd.matrixU();
+  addMatrix(call, svd.matrixU().rows(), svd.matrixU().cols()) = svd.matrixU();
   const Eigen::VectorXd& values = svd.singularValues();
-  makeMatrix(*call.outputs.Add(), values.size(), values.size()).diagonal() = values;
+  addMatrix(call, values.size(), values.size()).diagonal() = values;
   if (call.nargout > 2) {
-    makeMatrix(*call.outputs.Add(), svd.matrixV().rows(), svd.matrixV().cols()) = svd.matrixV();
+    addMatrix(call, svd.matrixV().rows(), svd.matrixV().cols()) = svd.matrixV();
   }
 }
 
 void putSingularValues(Call& call, const MatrixView& a) {
   const auto svd = decompositionOf<0>(a);
   requireConvergence(svd);
-  makeMatrix(*call.outputs.Add(), svd.singularValues().size(), 1) = svd.singularValues();
+  addMatrix(call, svd.singularValues().size(), 1) = svd.singularValues();
 }
 
 // Eigen decomposes no empty matrix.
 void putEmptyFactors(Call& call, Eigen::Index rows, Eigen::Index columns) {
   if (call.nargout < 2) {
-    makeMatrix(*call.outputs.Add(), 0, 1);
+    addMatrix(call, 0, 1);
     return;
   }
-  makeMatrix(*call.outputs.Add(), rows, 0);
-  makeMatrix(*call.outputs.Add(), 0, 0);
-  makeMatrix(*call.outputs.Add(), columns, 0);
+  addMatrix(call, rows, 0);
+  addMatrix(call, 0, 0);
+  addMatrix(call, columns, 0);
 }
 
 }  // namespace
 
 // In proportion to the product of A's extents and the smaller one of them.
-double linalgSteps(const Arrays& inputs) {
-  if (inputs.empty() || inputs[0].dimension_size() < 2) return 0;
-  const auto rows = static_cast<double>(inputs[0].dimension(0));
-  const auto columns = static_cast<double>(inputs[0].dimension(1));
+double linalgSteps(const std::vector<Value>& inputs) {
+  if (inputs.empty() || !inputs[0].array) return 0;
+  const auto rows = static_cast<double>(inputs[0].array.rows());
+  const auto columns = static_cast<double>(inputs[0].array.columns());
   const double ofA = rows * columns * std::min(rows, columns);
+  if (inputs.size() < 2 || !inputs[1].array) return ofA;
   // Solving goes through the rest once more for each column of B.
-  return inputs.size() < 2 ? ofA : ofA + rows * inputs[1].qxdouble().elements_size();
+  return ofA + rows * rows * static_cast<double>(inputs[1].array.columns());
 }
 
 void linalgSolve(Call& call) {
@@ -84,7 +86,7 @@ void linalgSolve(Call& call) {
                                            describeShape(shapeOf(call.inputs[1], "B")) + ".");
   }
   requireFinite(a, "A");
-  MatrixView x = makeMatrix(*call.outputs.Add(), b.rows(), b.cols());
+  MatrixView x = addMatrix(call, b.rows(), b.cols());
   if (x.size() == 0) return;
   // The factors overwrite the argument.
   const Eigen::PartialPivLU<Eigen::Ref<Eigen::MatrixXd>> lu(a);

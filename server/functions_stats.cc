@@ -2,14 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
+#include <cstddef>
 #include <limits>
+#include <string>
+#include <utility>
 #include <vector>
 
-#include "array_values.h"
+#include "arguments.h"
 #include "function_error.h"
 #include "functions.h"
-#include "matrix_values.h"
+#include "matrices.h"
 
 namespace hcy::server {
 namespace {
@@ -59,15 +61,28 @@ LinearFit fitLine(const VectorView& x, const VectorView& y) {
           yy > 0 ? static_cast<double>(1 - residual / yy) : 1.0, static_cast<double>(count - 2)};
 }
 
-// Makes a struct array without elements; they are added in its order of fields.
-client::VORTEN_Array::Struct& makeStructs(Array& array, std::size_t columns,
-                                          std::initializer_list<const char*> fields) {
-  array.set_type(client::VORTEN_Array::STRUCT);
-  setDimensions(array, {1, columns});
-  client::VORTEN_Array::Struct& structs = *array.mutable_struct_();
-  for (const char* field : fields) structs.add_field_names(field);
-  return structs;
-}
+// Fills a new struct array, one element after the other, in its order of fields.
+class Structs {
+ public:
+  Structs(Call& call, std::size_t columns, const std::vector<std::string>& fields)
+      : call_(call), fieldCount_(fields.size()) {
+    call.count((1 + columns * fields.size()) * kArrayMemory);
+    array_ = Array::structs({1, columns}, fields);
+  }
+
+  void put(const Array& value) {
+    hcySetFieldByNumber(array_.get(), next_ / fieldCount_, static_cast<int>(next_ % fieldCount_),
+                        value.get());
+    ++next_;
+  }
+  void addToOutputs() { call_.add(std::move(array_)); }
+
+ private:
+  Call& call_;
+  std::size_t fieldCount_;
+  std::size_t next_ = 0;
+  Array array_;
+};
 
 double standardDeviation(const Column& column, Sum mean) {
   if (column.size() < 2) return 0;
@@ -87,8 +102,8 @@ double medianOf(Column& column) {
 
 // Count, mean, standard deviation, minimum, median, maximum; all NaN but the count if the column
 // holds one.
-void putDescription(Column& column, client::VORTEN_Array::Struct& structs) {
-  const auto put = [&structs](double value) { makeScalar(*structs.add_elements(), value); };
+void putDescription(Column& column, Structs& structs) {
+  const auto put = [&structs](double value) { structs.put(Array(value)); };
   put(static_cast<double>(column.size()));
   if (std::ranges::any_of(column, [](double value) { return std::isnan(value); })) {
     for (int i = 0; i < 5; ++i) put(std::numeric_limits<double>::quiet_NaN());
@@ -113,26 +128,26 @@ void statsLinearFit(Call& call) {
     throw FunctionError(kArgumentValue, "x or y holds an element that is not finite.");
   }
   const LinearFit fit = fitLine(x, y);
-  makeMatrix(*call.outputs.Add(), 2, 1) << fit.intercept, fit.slope;
-  auto& structs =
-      makeStructs(*call.outputs.Add(), 1,
+  addMatrix(call, 2, 1) << fit.intercept, fit.slope;
+  Structs structs(call, 1,
                   {"standardErrors", "residualStandardDeviation", "rSquared", "degreesOfFreedom"});
-  makeMatrix(*structs.add_elements(), 2, 1) << fit.interceptError, fit.slopeError;
-  makeScalar(*structs.add_elements(), fit.residualDeviation);
-  makeScalar(*structs.add_elements(), fit.rSquared);
-  makeScalar(*structs.add_elements(), fit.degreesOfFreedom);
+  structs.put(Array({fit.interceptError, fit.slopeError}));
+  structs.put(Array(fit.residualDeviation));
+  structs.put(Array(fit.rSquared));
+  structs.put(Array(fit.degreesOfFreedom));
+  structs.addToOutputs();
 }
 
 void statsDescribe(Call& call) {
   const MatrixView matrix = matrixArgument(call.inputs[0], "A");
   if (matrix.rows() == 0) throw FunctionError(kArgumentSize, "A has no rows.");
-  auto& structs =
-      makeStructs(*call.outputs.Add(), static_cast<std::size_t>(matrix.cols()),
+  Structs structs(call, static_cast<std::size_t>(matrix.cols()),
                   {"count", "mean", "standardDeviation", "minimum", "median", "maximum"});
   for (Eigen::Index j = 0; j < matrix.cols(); ++j) {
     Column column(matrix.col(j).begin(), matrix.col(j).end());
     putDescription(column, structs);
   }
+  structs.addToOutputs();
 }
 
 }  // namespace hcy::server

@@ -5,6 +5,7 @@
 #include <exception>
 #include <iostream>
 
+#include "functions.h"
 #include "options.h"
 #include "server.h"
 
@@ -13,7 +14,7 @@ int main(int argc, char** argv) {
   try {
     const hcy::server::CommandLine commandLine = hcy::server::parseCommandLine(argc, argv);
     if (!commandLine.options) return commandLine.exitStatus;
-    hcy::server::Server server(*commandLine.options);
+    hcy::server::Server server(*commandLine.options, hcy::server::ownFunctions());
     std::cout << "listening on " << server.url() << std::endl;
     server.run();
     return EXIT_SUCCESS;

@@ -2,23 +2,15 @@
 
 #include "request_fields.h"
 
-#include "hcy.client.VORTENParams.pb.h"
-#include "wire/varint.h"
-#include "wire/wire_fields.h"
+#include "field_bytes.h"
 
 namespace hcy::server {
 
 std::optional<RequestFields> requestFieldsOf(std::string_view body) {
-  using client::VORTEN_Params;
   RequestFields fields;
-  const Bytes bytes{reinterpret_cast<const std::uint8_t*>(body.data()), body.size()};
-  const bool isWhole = forEachField(bytes, [&](const WireField& field) {
-    if (field.isVarint(VORTEN_Params::kNargoutFieldNumber)) {
-      const std::uint8_t* position = bytes.data() + field.begin + 1;
-      fields.nargout = static_cast<int>(readVarint(position, bytes.data() + field.end));
-    } else if (field.is(VORTEN_Params::kRhsFieldNumber)) {
-      fields.inputs.push_back(field.content);
-    }
+  const bool isWhole = forEachField(bytesOf(body), [&](const WireField& field) {
+    if (field.isVarint(kParamsNargout)) fields.nargout = static_cast<int>(field.value);
+    if (field.is(kParamsInput)) fields.inputs.push_back(field.content);
     return true;
   });
   if (!isWhole) return std::nullopt;

@@ -2,61 +2,54 @@
 
 #include "serialized_error.h"
 
-#include <google/protobuf/io/coded_stream.h>
-
 #include <string>
 
-#include "hcy.client.VORTENResult.pb.h"
+#include "field_bytes.h"
 
 namespace hcy::server {
 namespace {
 
-using client::VORTEN_Error;
-using client::VORTEN_Result;
-using google::protobuf::io::CodedOutputStream;
-
-// A tag of one byte, as fields 1 to 15 have, the length, and the bytes.
-std::size_t fieldSize(std::size_t length) {
-  return 1 + CodedOutputStream::VarintSize64(length) + length;
+// A line is sent as a varint of 64 bits with its sign.
+std::uint64_t varintOf(int line) {
+  return static_cast<std::uint64_t>(static_cast<std::int64_t>(line));
 }
 
-std::uint8_t* beginField(int number, std::size_t length, std::uint8_t* bytes) {
-  constexpr int kLengthDelimited = 2;
-  *bytes++ = static_cast<std::uint8_t>(number << 3 | kLengthDelimited);
-  return CodedOutputStream::WriteVarint64ToArray(length, bytes);
+std::size_t sizeOf(const StackFrame& frame) {
+  return fieldSize(kFrameFile, frame.file.size()) + fieldSize(kFrameName, frame.name.size()) + 1 +
+         varintSize(varintOf(frame.line));
+}
+
+std::uint8_t* write(const StackFrame& frame, std::uint8_t* out) {
+  out = writeField(kFrameFile, bytesOf(frame.file), out);
+  out = writeField(kFrameName, bytesOf(frame.name), out);
+  *out++ = kFrameLine << 3;
+  return writeVarint(varintOf(frame.line), out);
 }
 
 }  // namespace
 
 SerializedError::SerializedError(const FunctionError& error, std::string_view function)
     : error_(error), function_(function) {
-  beginning_.set_message(error.what());
-  beginning_.set_identifier(error.identifier());
-  errorSize_ = beginning_.ByteSizeLong();
-  VORTEN_Error::Stack_Frame frame;
-  for (int i = 0; i < error.depth(); ++i) {
-    makeFrame(i, frame);
-    errorSize_ += fieldSize(frame.ByteSizeLong());
-  }
-  resultSize_ = fieldSize(errorSize_);
+  errorSize_ = fieldSize(kErrorMessage, std::string_view(error.what()).size()) +
+               fieldSize(kErrorIdentifier, error.identifier().size());
+  for (int i = 0; i < error.depth(); ++i) errorSize_ += fieldSize(kErrorFrame, sizeOf(frame(i)));
+  resultSize_ = fieldSize(kResultError, errorSize_);
 }
 
 void SerializedError::writeTo(std::uint8_t* bytes) const {
-  bytes = beginField(VORTEN_Result::kErrorFieldNumber, errorSize_, bytes);
-  bytes = beginning_.SerializeWithCachedSizesToArray(bytes);
-  VORTEN_Error::Stack_Frame frame;
+  bytes = beginField(kResultError, errorSize_, bytes);
+  bytes = writeField(kErrorMessage, bytesOf(error_.what()), bytes);
+  bytes = writeField(kErrorIdentifier, bytesOf(error_.identifier()), bytes);
   for (int i = 0; i < error_.depth(); ++i) {
-    makeFrame(i, frame);
-    bytes = beginField(VORTEN_Error::kStackFieldNumber, frame.ByteSizeLong(), bytes);
-    bytes = frame.SerializeWithCachedSizesToArray(bytes);
+    const StackFrame made = frame(i);
+    bytes = write(made, beginField(kErrorFrame, sizeOf(made), bytes));
   }
 }
 
-void SerializedError::makeFrame(int index, VORTEN_Error::Stack_Frame& frame) const {
-  const StackFrame made = error_.frame(index);
-  frame.set_file(made.file);
-  frame.set_name(made.name.empty() ? std::string(function_) : made.name);
-  frame.set_line(made.line);
+StackFrame SerializedError::frame(int index) const {
+  StackFrame made = error_.frame(index);
+  if (made.name.empty()) made.name = function_;
+  return made;
 }
 
 ByteBuffer serialized(const FunctionError& error, std::string_view function) {

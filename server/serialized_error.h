@@ -11,7 +11,6 @@
 
 #include "byte_buffer.h"
 #include "function_error.h"
-#include "hcy.client.VORTENError.pb.h"
 
 namespace hcy::server {
 
@@ -25,12 +24,10 @@ class SerializedError {
   void writeTo(std::uint8_t* bytes) const;
 
  private:
-  void makeFrame(int index, client::VORTEN_Error::Stack_Frame& frame) const;
+  StackFrame frame(int index) const;
 
   const FunctionError& error_;
   const std::string_view function_;
-  // Without the stack.
-  client::VORTEN_Error beginning_;
   std::size_t errorSize_ = 0;
   std::size_t resultSize_ = 0;
 };

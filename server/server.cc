@@ -24,9 +24,9 @@
 #include <utility>
 #include <vector>
 
+#include "byte_buffer.h"
 #include "call_threads.h"
 #include "connections.h"
-#include "message_memory.h"
 #include "session.h"
 #include "tls_context.h"
 
@@ -70,7 +70,8 @@ std::size_t mostConnections(const Options& options) {
 
 class Server::Implementation {
  public:
-  explicit Implementation(Options options) : options_(std::move(options)) {
+  Implementation(Options options, std::vector<Function> functions)
+      : options_(std::move(options)), service_(options_, std::move(functions)) {
     messageMemory().setLimit(messageMemoryLimitFor(options_.maxBody));
     if (options_.usesTls()) tls_.emplace(makeTlsContext(options_));
     listen();
@@ -184,7 +185,7 @@ class Server::Implementation {
   Connections connections_{mostConnections(options_)};
   asio::io_context io_;
   // Its tasks hold sessions, which end before io_ does.
-  Service service_{options_};
+  Service service_;
   FaultSchedule faults_{options_.faults, options_.seed};
   CallLog log_{options_.log};
   CallThreads callThreads_{mostConnections(options_) / 2, service_, faults_, log_};
@@ -199,8 +200,8 @@ class Server::Implementation {
   std::array<char, 256> inputBytes_{};
 };
 
-Server::Server(const Options& options)
-    : implementation_(std::make_unique<Implementation>(options)) {}
+Server::Server(const Options& options, std::vector<Function> functions)
+    : implementation_(std::make_unique<Implementation>(options, std::move(functions))) {}
 
 Server::~Server() = default;
 

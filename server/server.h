@@ -6,7 +6,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "function_table.h"
 #include "options.h"
 
 namespace hcy::server {
@@ -15,7 +17,7 @@ class Server {
  public:
   // Listens when it returns, and takes note of SIGINT and SIGTERM from then on; throws a
   // std::exception if it cannot listen or the TLS files are of no use.
-  explicit Server(const Options& options);
+  Server(const Options& options, std::vector<Function> functions);
   ~Server();
 
   // Where it listens, with the port that was picked.

@@ -20,8 +20,10 @@ std::string_view nameOf(const HttpRequest& request) {
 
 }  // namespace
 
-Service::Service(const Options& options)
-    : queue_(options.commands.workerPath, options.commands.seconds), standIn_(options) {
+Service::Service(const Options& options, std::vector<Function> functions)
+    : functions_(std::move(functions)),
+      queue_(options.commands.workerPath, options.commands.seconds),
+      standIn_(options) {
   for (const std::string& text : options.commands.functions) {
     const std::size_t sign = text.find('=');
     const std::string name = text.substr(0, sign), command = text.substr(sign + 1);
@@ -54,7 +56,8 @@ const Function* Service::ownFunction(const HttpRequest& request) const {
   const std::string_view name = nameOf(request);
   const auto isCommand = [name](const CommandFunction& one) { return one.name() == name; };
   if (std::ranges::any_of(commands_, isCommand)) return nullptr;
-  return findFunction(name);
+  const auto found = std::ranges::find(functions_, name, &Function::path);
+  return found == functions_.end() ? nullptr : &*found;
 }
 
 CommandFunction* Service::commandOf(const HttpRequest& request) {
@@ -95,10 +98,9 @@ std::vector<ListedFunction> Service::listed() const {
                    std::to_string(count) + (count == 1 ? " recorded call" : " recorded calls")});
   }
   if (standIn_.isActive()) return all;
-  for (const Function& function : functions()) {
+  for (const Function& function : functions_) {
     if (std::ranges::find(all, function.path, &ListedFunction::name) != all.end()) continue;
-    all.push_back({std::string(function.path), std::string(function.arguments),
-                   std::string(function.outputs)});
+    all.push_back({function.path, function.arguments, function.outputs});
   }
   return all;
 }

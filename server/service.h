@@ -23,7 +23,7 @@ namespace hcy::server {
 class Service {
  public:
   // Throws std::exception if a command, a folder or a server is of no use.
-  explicit Service(const Options& options);
+  Service(const Options& options, std::vector<Function> functions);
 
   // The function of this program that the request calls; null if there is none.
   const Function* ownFunction(const HttpRequest& request) const;
@@ -46,6 +46,7 @@ class Service {
   CommandFunction* commandOf(const HttpRequest& request);
   std::vector<ListedFunction> listed() const;
 
+  const std::vector<Function> functions_;
   std::list<CommandFunction> commands_;
   WorkQueue queue_;
   StandIn standIn_;

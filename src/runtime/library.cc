@@ -14,6 +14,7 @@
 #include "hcy/hcyclient.h"
 #include "runtime/exception_text.h"
 #include "runtime/runtime_table.h"
+#include "runtime/server_bridge.h"
 
 namespace {
 
@@ -42,6 +43,12 @@ std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
 hcyClientRuntime* hcyInitialize(void) { return hcyInitializeEx(HCY_CLIENT_RUNTIME_1_0); }
 
 hcyClientRuntime* hcyInitializeEx(int version) {
+  // A table of another kind, which is there whether the library has been started or not.
+  if (version == hcy::kServerBridge) {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast,cppcoreguidelines-pro-type-reinterpret-cast)
+    return reinterpret_cast<hcyClientRuntime*>(
+        &const_cast<hcy::ServerBridge&>(hcy::serverBridge()));
+  }
   if (runtimeTable != nullptr) return runtimeTable;
   try {
     runtimeTable = makeRuntime(version).release();

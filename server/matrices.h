@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Arrays of doubles seen as Eigen's matrices, in place.
+// Arrays of doubles as matrices of Eigen, in their own storage.
 
 #pragma once
 
@@ -8,19 +8,20 @@
 #include <string>
 
 #include "function_table.h"
+#include "value.h"
 
 namespace hcy::server {
 
 using MatrixView = Eigen::Map<Eigen::MatrixXd>;
 using VectorView = Eigen::Map<Eigen::VectorXd>;
 
-// A real argument of two dimensions.
-MatrixView matrixArgument(Array& array, const std::string& name);
+// A real argument of two dimensions; raises a FunctionError if it is something else.
+MatrixView matrixArgument(Value& value, const std::string& name);
 // A row or a column.
-VectorView vectorArgument(Array& array, const std::string& name);
+VectorView vectorArgument(Value& value, const std::string& name);
 void requireFinite(const MatrixView& matrix, const std::string& name);
 
 // A new output, all zero.
-MatrixView makeMatrix(Array& array, Eigen::Index rows, Eigen::Index columns);
+MatrixView addMatrix(Call& call, Eigen::Index rows, Eigen::Index columns);
 
 }  // namespace hcy::server
