@@ -25,6 +25,14 @@ install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT development
 
 if(HCY_BUILD_SERVER)
   install(TARGETS hcy-local-server RUNTIME COMPONENT tools)
+  # libhcyclient is in the same folder. The headers alone need nothing of this.
+  set_target_properties(hcyclient_server PROPERTIES INSTALL_RPATH $ORIGIN)
+  install(TARGETS hcyclient_server EXPORT hcyclientServerTargets
+    LIBRARY COMPONENT tools NAMELINK_COMPONENT tools)
+  install(EXPORT hcyclientServerTargets NAMESPACE hcyclient::
+    DESTINATION ${cmake_package} COMPONENT tools)
+  export(EXPORT hcyclientServerTargets NAMESPACE hcyclient::
+    FILE ${PROJECT_BINARY_DIR}/hcyclientServerTargets.cmake)
   install(FILES server/hcy-local-server.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES server/README.md DESTINATION ${documents}/server COMPONENT tools)

@@ -145,7 +145,7 @@ std::optional<LoggedCall> CallLog::begin(const HttpRequest& request) const {
   if (!file_) return std::nullopt;
   LoggedCall call{std::chrono::system_clock::now(),
                   std::chrono::steady_clock::now(),
-                  std::string(pathOf(request)),
+                  std::string(pathOf(request).empty() ? "-" : pathOf(request)),
                   request.body().size(),
                   {}};
   if (options_.showsValues && isCall(request) && call.requestSize <= kLargestShown) {

@@ -11,6 +11,7 @@
 
 #include "faulty_replies.h"
 #include "function_call.h"
+#include "function_table.h"
 
 namespace hcy::server {
 namespace {
@@ -34,9 +35,13 @@ struct CallThreads::Task {
   std::optional<LoggedCall> logged{};
 };
 
-CallThreads::CallThreads(std::size_t mostLong, Service& service, FaultSchedule& faults,
-                         CallLog& log)
-    : service_(service), faults_(faults), log_(log), longCalls_(mostLong) {
+CallThreads::CallThreads(std::size_t mostLong, unsigned foreignThreads, Service& service,
+                         FaultSchedule& faults, CallLog& log)
+    : service_(service),
+      faults_(faults),
+      log_(log),
+      longCalls_(mostLong),
+      foreignThreads_(foreignThreads) {
   if (WorkQueue* const queue = service.queue()) sweepQueue(*queue);
 }
 
@@ -117,7 +122,8 @@ void CallThreads::begin(Task task) {
   if (!task.place.growTo(1)) {
     return end(std::move(task), overloaded("Too many calls take long.\n"));
   }
-  asio::post(long_, [this, task = std::move(task)]() mutable { evaluate(std::move(task)); });
+  asio::io_context& threads = task.call->isForeign() ? foreign_ : long_;
+  asio::post(threads, [this, task = std::move(task)]() mutable { evaluate(std::move(task)); });
 }
 
 void CallThreads::evaluate(Task task) {
@@ -141,10 +147,15 @@ void CallThreads::end(Task task, Reply reply) {
   task.done(std::move(reply));
 }
 
+void CallThreads::noteRefusal(const HttpRequest& request, const Reply& reply) {
+  if (const auto logged = log_.begin(request)) log_.end(*logged, reply);
+}
+
 std::vector<asio::io_context*> CallThreads::contexts() {
   std::vector<asio::io_context*> contexts(std::max(2U, std::thread::hardware_concurrency()),
                                           &linear_);
   contexts.insert(contexts.end(), kLongThreads, &long_);
+  contexts.insert(contexts.end(), foreignThreads_, &foreign_);
   return contexts;
 }
 

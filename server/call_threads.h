@@ -24,8 +24,10 @@ namespace hcy::server {
 
 class CallThreads {
  public:
-  // At most so many calls may calculate long, or sleep, at a time.
-  CallThreads(std::size_t mostLong, Service& service, FaultSchedule& faults, CallLog& log);
+  // At most so many calls may calculate long, or sleep, at a time. So many threads are for foreign
+  // functions.
+  CallThreads(std::size_t mostLong, unsigned foreignThreads, Service& service,
+              FaultSchedule& faults, CallLog& log);
 
   CallThreads(const CallThreads&) = delete;
   CallThreads& operator=(const CallThreads&) = delete;
@@ -34,6 +36,9 @@ class CallThreads {
   // Calls `done` with the reply, once, on this thread or another. The request, whose body is taken,
   // lives until then.
   void answer(HttpRequest& request, std::function<void(Reply)> done);
+
+  // For a request that is refused before it has been read: the log.
+  void noteRefusal(const HttpRequest& request, const Reply& reply);
 
   // Each is to be run by a thread that ends when the context is stopped.
   std::vector<boost::asio::io_context*> contexts();
@@ -56,10 +61,13 @@ class CallThreads {
   // In proportion to the size of their messages.
   boost::asio::io_context linear_;
   boost::asio::io_context long_;
+  const unsigned foreignThreads_;
+  boost::asio::io_context foreign_;
   boost::asio::steady_timer sweepTimer_{linear_};
   using WorkGuard = boost::asio::executor_work_guard<boost::asio::io_context::executor_type>;
   WorkGuard linearGuard_{linear_.get_executor()};
   WorkGuard longGuard_{long_.get_executor()};
+  WorkGuard foreignGuard_{foreign_.get_executor()};
 };
 
 }  // namespace hcy::server

@@ -4,8 +4,10 @@
 
 #include <boost/beast/http/field.hpp>
 #include <string>
+#include <utility>
 
 #include "function_error.h"
+#include "recorded_call.h"
 #include "serialized_error.h"
 
 namespace hcy::server {
@@ -18,10 +20,19 @@ constexpr std::string_view kGatewayPage =
     "<!DOCTYPE html>\n<html><head><title>Gateway</title></head>\n"
     "<body><h1>The service is not available</h1></body></html>\n";
 
+Reply replyWith(unsigned status, const std::string& reason, const std::string& contentType,
+                ByteBuffer body) {
+  RecordedCall call;
+  call.status = status;
+  call.reason = reason;
+  call.contentType = contentType;
+  return {asRecorded(call, std::move(body))};
+}
+
 Reply statusReply(const Fault& fault) {
-  Reply reply{asRecorded(
+  Reply reply = replyWith(
       fault.status, std::string(http::obsolete_reason(static_cast<http::status>(fault.status))),
-      "text/plain; charset=utf-8", ByteBuffer("This failure was asked for: " + fault.text + "\n"))};
+      "text/plain; charset=utf-8", ByteBuffer("This failure was asked for: " + fault.text + "\n"));
   if (fault.status == 401) {
     reply.message.set(http::field::www_authenticate, "Basic realm=\"hcy-local-server\"");
   }
@@ -38,12 +49,12 @@ std::optional<Reply> replyOf(const Fault& fault, const HttpRequest& request) {
     case Fault::Kind::kStatus:
       return statusReply(fault);
     case Fault::Kind::kHtml:
-      return Reply{asRecorded(200, "OK", "text/html; charset=utf-8", ByteBuffer(kGatewayPage))};
+      return replyWith(200, "OK", "text/html; charset=utf-8", ByteBuffer(kGatewayPage));
     case Fault::Kind::kError:
       return errorReply(fault, request);
     case Fault::Kind::kReset:
     case Fault::Kind::kClose: {
-      Reply reply{asRecorded(503, "", "", ByteBuffer())};
+      Reply reply = replyWith(503, "", "", ByteBuffer());
       reply.delivery.way =
           fault.kind == Fault::Kind::kReset ? Delivery::Way::kReset : Delivery::Way::kClosed;
       return reply;

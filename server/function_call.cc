@@ -71,6 +71,7 @@ bool FunctionCall::parse(ByteBuffer body) {
 }
 
 bool FunctionCall::takesLong() const {
+  if (isForeign()) return true;
   // Of something that is not a number, nothing is known.
   return function_.steps && !(function_.steps(inputs_) <= kManySteps);
 }

@@ -31,6 +31,9 @@ class FunctionCall {
   // memory than there is.
   bool parse(ByteBuffer body);
 
+  // Whether it has threads of its own.
+  bool isForeign() const { return function_.isForeign; }
+
   // Whether evaluating may take longer than other clients should wait. For after parsing.
   bool takesLong() const;
 

@@ -9,7 +9,6 @@
 #include <functional>
 #include <limits>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "budget.h"
@@ -60,22 +59,12 @@ struct Function {
   // Roughly how many steps it takes, of arguments that nothing is known about; empty if that is in
   // proportion to their size.
   std::function<double(const std::vector<Value>& inputs)> steps;
+  // For the index.
   std::string arguments;
   std::string outputs;
+  // Whether it runs on the threads that Options::functionThreads asks for, because nothing is known
+  // of the time it takes.
+  bool isForeign = false;
 };
-
-// A function as the server's index has it.
-struct ListedFunction {
-  std::string name;
-  std::string arguments;
-  std::string outputs;
-};
-
-// The functions for a person, as a table in plain text.
-std::string listOfFunctions(const std::vector<ListedFunction>& functions);
-
-// The functions for a program:
-// {"functions": [{"name": ..., "arguments": ..., "summary": ...}, ...]}.
-std::string functionsAsJson(const std::vector<ListedFunction>& functions);
 
 }  // namespace hcy::server

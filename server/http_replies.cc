@@ -11,7 +11,9 @@
 #include <string>
 #include <utility>
 
+#include "function_call.h"
 #include "overload.h"
+#include "recorded_call.h"
 
 namespace hcy::server {
 namespace {
@@ -134,12 +136,12 @@ Reply resultReply(ByteBuffer result, Source source) {
   return reply;
 }
 
-HttpResponse asRecorded(unsigned status, const std::string& reason, const std::string& contentType,
-                        ByteBuffer body) {
-  HttpResponse response = makeResponse(http::status::ok, contentType, std::move(body));
-  response.result(status);
-  response.reason(reason);
-  if (contentType.empty()) response.erase(http::field::content_type);
+HttpResponse asRecorded(const RecordedCall& call, ByteBuffer body) {
+  HttpResponse response = makeResponse(http::status::ok, call.contentType, std::move(body));
+  response.result(call.status);
+  response.reason(call.reason);
+  if (call.contentType.empty()) response.erase(http::field::content_type);
+  if (!call.retryAfter.empty()) response.set(http::field::retry_after, call.retryAfter);
   return response;
 }
 

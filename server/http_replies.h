@@ -15,10 +15,12 @@
 
 #include "budget.h"
 #include "byte_body.h"
-#include "function_call.h"
-#include "function_table.h"
+#include "listed_function.h"
 
 namespace hcy::server {
+
+class FunctionCall;
+struct RecordedCall;
 
 inline constexpr std::string_view kNoMemory = "Not enough memory.\n";
 
@@ -79,8 +81,7 @@ Reply badParams();
 // A VORTEN_Result.
 Reply resultReply(ByteBuffer result, Source source);
 // What another server has answered.
-HttpResponse asRecorded(unsigned status, const std::string& reason, const std::string& contentType,
-                        ByteBuffer body);
+HttpResponse asRecorded(const RecordedCall& call, ByteBuffer body);
 
 // Takes the request's body; present if it is not one that can be evaluated.
 std::optional<Reply> failureToParse(FunctionCall& call, HttpRequest& request);

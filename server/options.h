@@ -55,6 +55,11 @@ struct Options {
   double requestSeconds = 30;
   double replySeconds = 60;
   bool stopOnEof = false;
+  // Whether signals end the server, and a calculation that still runs then is abandoned with the
+  // process.
+  bool ownsProcess = true;
+  // For functions of which nothing is known.
+  unsigned functionThreads = 0;
   // PEM files; empty for plain HTTP.
   std::string certificateFile;
   std::string keyFile;

@@ -76,6 +76,7 @@ RecordedCall fromHeaderLine(std::string_view line) {
   call.status = json.at("status").get<unsigned>();
   call.reason = json.at("reason").get<std::string>();
   call.contentType = json.at("contentType").get<std::string>();
+  call.retryAfter = json.value("retryAfter", std::string());
   call.replySize = json.at("replyBytes").get<std::uint64_t>();
   call.milliseconds = json.at("milliseconds").get<double>();
   call.headerSize = line.size();
@@ -84,7 +85,7 @@ RecordedCall fromHeaderLine(std::string_view line) {
 
 void requireSense(const RecordedCall& call) {
   if (call.status < 200 || call.status > 999) throw std::runtime_error("has no HTTP status");
-  for (const std::string& text : {call.reason, call.contentType}) {
+  for (const std::string& text : {call.reason, call.contentType, call.retryAfter}) {
     if (text.find_first_of("\r\n") != std::string::npos) {
       throw std::runtime_error("has a line end inside a field of the header");
     }
@@ -102,7 +103,7 @@ void writeAll(int file, std::string_view bytes) {
 }  // namespace
 
 std::string headerLineOf(const RecordedCall& call) {
-  const nlohmann::ordered_json json = {
+  nlohmann::ordered_json json = {
       {"format", 1},
       {"path", call.path},
       {"sha256", call.digest},
@@ -113,6 +114,7 @@ std::string headerLineOf(const RecordedCall& call) {
       {"replyBytes", call.replySize},
       {"milliseconds", std::round(call.milliseconds * 1000) / 1000},
   };
+  if (!call.retryAfter.empty()) json["retryAfter"] = call.retryAfter;
   // What a server sends need not be UTF-8.
   return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }

@@ -27,6 +27,8 @@ struct RecordedCall {
   unsigned status = 0;
   std::string reason;
   std::string contentType;
+  // Empty if there was none.
+  std::string retryAfter;
   std::uint64_t replySize = 0;
   double milliseconds = 0;
   // Where the body of the request begins in the file.

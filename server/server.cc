@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>
@@ -27,6 +28,7 @@
 #include "byte_buffer.h"
 #include "call_threads.h"
 #include "connections.h"
+#include "function_table.h"
 #include "session.h"
 #include "tls_context.h"
 
@@ -75,7 +77,10 @@ class Server::Implementation {
     messageMemory().setLimit(messageMemoryLimitFor(options_.maxBody));
     if (options_.usesTls()) tls_.emplace(makeTlsContext(options_));
     listen();
-    signals_.async_wait([this](error_code, int) { control_.stop(); });
+    if (options_.ownsProcess) {
+      signals_.emplace(control_, SIGINT, SIGTERM);
+      signals_->async_wait([this](error_code, int) { control_.stop(); });
+    }
     if (options_.stopOnEof) {
       input_.emplace(control_, ::dup(STDIN_FILENO));
       readInput();
@@ -97,11 +102,15 @@ class Server::Implementation {
     for (asio::io_context* context : contexts) {
       threads.emplace_back([this, context] { serve(*context); });
     }
+    // Until it is stopped, even if nothing else is to happen.
+    const auto guard = asio::make_work_guard(control_);
     control_.run();
     service_.end();
     for (asio::io_context* context : contexts) context->stop();
-    awaitEnds(threads.size());
+    if (options_.ownsProcess) awaitEnds(threads.size());
   }
+
+  void stop() { control_.stop(); }
 
  private:
   void listen() try {
@@ -188,14 +197,15 @@ class Server::Implementation {
   Service service_;
   FaultSchedule faults_{options_.faults, options_.seed};
   CallLog log_{options_.log};
-  CallThreads callThreads_{mostConnections(options_) / 2, service_, faults_, log_};
+  CallThreads callThreads_{mostConnections(options_) / 2, options_.functionThreads, service_,
+                           faults_, log_};
   const SessionSurroundings surroundings_{options_, connections_, callThreads_};
   tcp::acceptor acceptor_{io_};
   asio::steady_timer acceptTimer_{io_};
   std::counting_semaphore<> ended_{0};
   // Signals and the end of the input are not to wait behind calculations.
   asio::io_context control_{1};
-  asio::signal_set signals_{control_, SIGINT, SIGTERM};
+  std::optional<asio::signal_set> signals_;
   std::optional<asio::posix::stream_descriptor> input_;
   std::array<char, 256> inputBytes_{};
 };
@@ -208,5 +218,7 @@ Server::~Server() = default;
 std::string Server::url() const { return implementation_->url(); }
 
 void Server::run() { implementation_->run(); }
+
+void Server::stop() { implementation_->stop(); }
 
 }  // namespace hcy::server

@@ -8,23 +8,27 @@
 #include <string>
 #include <vector>
 
-#include "function_table.h"
 #include "options.h"
 
 namespace hcy::server {
 
+struct Function;
+
 class Server {
  public:
-  // Listens when it returns, and takes note of SIGINT and SIGTERM from then on; throws a
-  // std::exception if it cannot listen or the TLS files are of no use.
+  // Listens when it returns; throws a std::exception if it cannot listen or the TLS files are of no
+  // use. If it owns the process, SIGINT and SIGTERM end it from then on.
   Server(const Options& options, std::vector<Function> functions);
   ~Server();
 
   // Where it listens, with the port that was picked.
   std::string url() const;
 
-  // Serves until SIGINT or SIGTERM, or until the standard input ends if that was asked for.
+  // Serves until stop(), or what the options say, happens.
   void run();
+
+  // Ends run(), which then answers no more calls and returns soon. For any thread.
+  void stop();
 
  private:
   class Implementation;

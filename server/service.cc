@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+#include "function_table.h"
+
 namespace hcy::server {
 namespace {
 
@@ -37,6 +39,8 @@ Service::Service(const Options& options, std::vector<Function> functions)
     }
   }
 }
+
+Service::~Service() = default;
 
 WorkQueue* Service::queueOf(const HttpRequest& request) {
   const std::string_view name = nameOf(request);

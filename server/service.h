@@ -11,19 +11,24 @@
 #include <vector>
 
 #include "command_function.h"
-#include "function_table.h"
 #include "http_replies.h"
+#include "listed_function.h"
 #include "options.h"
 #include "stand_in.h"
 #include "work_queue.h"
 
 namespace hcy::server {
 
+struct Function;
+
 // All functions may be called by several threads at once.
 class Service {
  public:
   // Throws std::exception if a command, a folder or a server is of no use.
   Service(const Options& options, std::vector<Function> functions);
+  Service(const Service&) = delete;
+  Service& operator=(const Service&) = delete;
+  ~Service();
 
   // The function of this program that the request calls; null if there is none.
   const Function* ownFunction(const HttpRequest& request) const;

@@ -189,7 +189,9 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
     // Else the connection is lost, and there is nobody to tell.
   }
 
+  // A refusal, for which the request may not have been read.
   void write(Reply reply) {
+    surroundings_.callThreads.noteRefusal(parser_->get(), reply);
     reply_.emplace(std::move(reply));
     writeReply();
   }

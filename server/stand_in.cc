@@ -22,8 +22,8 @@ using std::chrono::steady_clock;
 std::string_view bytesOf(const ByteBuffer& buffer) { return {buffer.data(), buffer.size()}; }
 
 Reply replyOf(const RecordedCall& call, ByteBuffer body, Source source) {
-  return {asRecorded(call.status, call.reason, call.contentType, std::move(body)),
-          std::chrono::nanoseconds(0), std::nullopt, std::nullopt, source};
+  return {asRecorded(call, std::move(body)), std::chrono::nanoseconds(0), std::nullopt,
+          std::nullopt, source};
 }
 
 bool areSame(const std::string& one, const std::string& other) {
@@ -82,6 +82,7 @@ Reply StandIn::passOn(const HttpRequest& request) const {
   call.status = reply.status;
   call.reason = std::move(reply.reason);
   call.contentType = std::move(reply.contentType);
+  call.retryAfter = std::move(reply.retryAfter);
   call.milliseconds = time.count();
   if (recorded_) {
     try {

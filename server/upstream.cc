@@ -47,23 +47,28 @@ struct Reception {
   bool isTooLong = false;
 };
 
+// The value of the line, if the line is that of the field.
+void takeValue(std::string_view line, std::string_view field, std::string& value) {
+  if (!boost::istarts_with(line, field)) return;
+  line.remove_prefix(field.size());
+  line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+  value = line;
+}
+
 void takeHeaderLine(UpstreamReply& reply, std::string_view line) {
   line = line.substr(0, std::min(line.find_first_of("\r\n"), kLongestLineKept));
   if (line.starts_with("HTTP/")) {
     // What came before was an interim reply.
     reply.contentType.clear();
+    reply.retryAfter.clear();
     const std::size_t status = line.find(' ');
     const std::size_t reason =
         status == std::string_view::npos ? status : line.find(' ', status + 1);
     reply.reason = reason == std::string_view::npos ? "" : std::string(line.substr(reason + 1));
     return;
   }
-  constexpr std::string_view kContentType = "content-type:";
-  if (boost::istarts_with(line, kContentType)) {
-    line.remove_prefix(kContentType.size());
-    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
-    reply.contentType = line;
-  }
+  takeValue(line, "content-type:", reply.contentType);
+  takeValue(line, "retry-after:", reply.retryAfter);
 }
 
 std::size_t onHeaderLine(char* bytes, std::size_t, std::size_t count, void* user) {

@@ -21,6 +21,7 @@ struct UpstreamReply {
   unsigned status = 0;
   std::string reason;
   std::string contentType;
+  std::string retryAfter;
   ByteBuffer body;
 };
 

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Functions of a C++ program behind the local server. Usage: offline_cpp SERVER_URL
+// Functions of a C++ program on a server of its own.
 
-#include <cstdlib>
 #include <hcy/hcyclient_server.hpp>
 #include <iostream>
 
 int main() {
-  setenv("HCY_LOCAL_SERVER", "build/release/server/hcy-local-server", 0);
-
-  // C++ functions.
+  // Functions of C++.
   const hcyclient::Library library;
   hcyclient::Server server(library);
   server.add("my/scale", [](const hcyclient::Server::Inputs& in) {

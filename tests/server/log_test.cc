@@ -71,6 +71,30 @@ TEST_F(Log, IsOfJsonIfWanted) {
   EXPECT_EQ(reset.at("fault"), "reset");
 }
 
+TEST_F(Log, HasALineForEachRequestThatIsRefused) {
+  const std::string file = temporary_.file("log");
+  {
+    const LocalServer server({"--log", file, "--max-body", "10"});
+    EXPECT_EQ(sendRequest(server.url("/echo"), std::string(11, 'a')).status, 413);
+    const std::string longField = "\r\na: " + std::string(20'000, 'a');
+    for (const std::string& request :
+         {"POST /echo HTTP/1.1" + longField, std::string("nonsense\r\n\r\n"),
+          std::string("GET /x HTTP/1.1\r\n\r\n")}) {
+      RawConnection connection(server.port());
+      connection.send(request);
+      connection.endSending();
+      connection.receiveAll();
+    }
+  }
+  std::ifstream stream(file);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  EXPECT_THAT(lines, ElementsAre(MatchesRegex(kTime + "/echo 413" + kNumbers),
+                                 MatchesRegex(kTime + "/echo 431" + kNumbers),
+                                 MatchesRegex(kTime + "- 400" + kNumbers),
+                                 MatchesRegex(kTime + "/x 400" + kNumbers)));
+}
+
 TEST_F(Log, NeedsAFileThatCanBeWritten) {
   EXPECT_THROW(LocalServer({"--log", "/no/such/folder/log"}), std::runtime_error);
   EXPECT_THROW(LocalServer({"--log-values"}), std::runtime_error);

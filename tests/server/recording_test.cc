@@ -158,6 +158,17 @@ TEST_F(Recording, PassesHeaderFieldsAndQueriesOn) {
   }
 }
 
+TEST_F(Recording, KeepsWhenToCallAgain) {
+  ScriptServer upstream(
+      {Connection{readRequest(), send(httpReply(503, "Busy", "", {"Retry-After:  7"}))}});
+  const LocalServer recorder(recording(upstream.url()));
+  EXPECT_EQ(sendRequest(recorder.url("/f"), "").header["retry-after"], "7");
+  const LocalServer replayer({"--replay", folder().string()});
+  const HttpReply again = sendRequest(replayer.url("/f"), "");
+  EXPECT_EQ(again.status, 503);
+  EXPECT_EQ(again.header.at("retry-after"), "7");
+}
+
 TEST_F(Recording, GivesAnswersInTheirOrder) {
   const std::string call = serializedParams(0, {});
   {
