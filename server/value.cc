@@ -20,11 +20,13 @@ constexpr int kLastPart = 30;
 // The library's own reader and writer.
 const ServerBridge& bridge() {
   static const ServerBridge& found = [&]() -> const ServerBridge& {
-    const auto* const table = reinterpret_cast<const ServerBridge*>(hcyInitializeEx(kServerBridge));
-    if (table == nullptr || table->magic != kServerBridgeMagic) {
+    const hcyClientRuntime* const table = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
+    if (table == nullptr) throw std::runtime_error(hcyGetInitializationErrorMessage());
+    const auto* const record = reinterpret_cast<const RuntimeRecord*>(table);
+    if (record->magic != kServerBridgeMagic) {
       throw std::runtime_error("libhcyclient is of another version than the server");
     }
-    return *table;
+    return *record->bridge;
   }();
   return found;
 }

@@ -19,22 +19,22 @@
 namespace {
 
 // Never destroyed: static objects of the host may use the library until the program has ended.
-hcyClientRuntime* runtimeTable = nullptr;
+hcy::RuntimeRecord* runtimeRecord = nullptr;
 // The same; nothing is allocated for it while the library is loaded, which cannot fail in order.
 alignas(std::string) std::byte messageStorage[sizeof(std::string)];
 std::string& initializationErrorMessage = *new (messageStorage) std::string;
 
-std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
+std::unique_ptr<hcy::RuntimeRecord> makeRuntime(int version) {
   if (version != HCY_CLIENT_RUNTIME_1_0 && version != HCY_CLIENT_RUNTIME_1_1) {
     throw std::runtime_error("Invalid version number.");
   }
   // Allocated first, so that libcurl is never left initialised without a table.
-  auto runtime = std::make_unique<hcyClientRuntime>();
+  auto runtime = std::make_unique<hcy::RuntimeRecord>();
   if (curl_global_init(CURL_GLOBAL_ALL) != CURLE_OK) {
     throw std::runtime_error("Global initialization of QXHttpClient failed");
   }
-  hcy::fillSlots_1_0(*runtime);
-  if (version == HCY_CLIENT_RUNTIME_1_1) hcy::fillSlots_1_1(*runtime);
+  hcy::fillSlots_1_0(runtime->table);
+  if (version == HCY_CLIENT_RUNTIME_1_1) hcy::fillSlots_1_1(runtime->table);
   return runtime;
 }
 
@@ -43,25 +43,20 @@ std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
 hcyClientRuntime* hcyInitialize(void) { return hcyInitializeEx(HCY_CLIENT_RUNTIME_1_0); }
 
 hcyClientRuntime* hcyInitializeEx(int version) {
-  // A table of another kind, which is there whether the library has been started or not.
-  if (version == hcy::kServerBridge) {
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast,cppcoreguidelines-pro-type-reinterpret-cast)
-    return reinterpret_cast<hcyClientRuntime*>(
-        &const_cast<hcy::ServerBridge&>(hcy::serverBridge()));
-  }
-  if (runtimeTable != nullptr) return runtimeTable;
+  if (runtimeRecord != nullptr) return &runtimeRecord->table;
   try {
-    runtimeTable = makeRuntime(version).release();
+    runtimeRecord = makeRuntime(version).release();
   } catch (const std::exception& exception) {
     hcy::storeText(exception, initializationErrorMessage);
+    return nullptr;
   }
-  return runtimeTable;
+  return &runtimeRecord->table;
 }
 
 void hcyTerminate(void) {
-  if (runtimeTable == nullptr) return;
-  delete runtimeTable;
-  runtimeTable = nullptr;
+  if (runtimeRecord == nullptr) return;
+  delete runtimeRecord;
+  runtimeRecord = nullptr;
   curl_global_cleanup();
   initializationErrorMessage.clear();
 }

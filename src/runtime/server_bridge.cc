@@ -39,7 +39,7 @@ std::uint8_t* write(const void* writing, std::uint8_t* out) {
 
 void endWriting(const void* writing) { delete static_cast<const SentArray*>(writing); }
 
-constexpr ServerBridge bridge = {kServerBridgeMagic, read, beginWriting, write, endWriting};
+constexpr ServerBridge bridge = {read, beginWriting, write, endWriting};
 
 }  // namespace
 

@@ -2,7 +2,7 @@
 //
 // What a server in this process needs beyond the C API: arrays from and to their wire form, by the
 // reader and the writer that calls use. It is no part of the C API, and serves a server of the same
-// version alone. hcyInitializeEx(kServerBridge) returns it, so nothing more is exported.
+// version alone. It lies behind the runtime table, so nothing more is exported.
 
 #pragma once
 
@@ -13,8 +13,6 @@
 
 namespace hcy {
 
-inline constexpr int kServerBridge = 0x53525631;
-// A runtime table begins with a function, so its first bytes are different.
 inline constexpr std::uint64_t kServerBridgeMagic = 0x6879632d73727631;
 
 enum class ArrayReading : std::int32_t {
@@ -25,7 +23,6 @@ enum class ArrayReading : std::int32_t {
 };
 
 struct ServerBridge {
-  std::uint64_t magic;
   // Reads an array; the caller destroys the handle.
   ArrayReading (*read)(const std::uint8_t* bytes, std::size_t size, hcyArray** array);
   // Prepares to write an array, which must not change until the end; null if memory runs out.
@@ -36,5 +33,12 @@ struct ServerBridge {
 };
 
 const ServerBridge& serverBridge();
+
+// What hcyInitializeEx() allocates: a program knows its first member alone.
+struct RuntimeRecord {
+  hcyClientRuntime table{};
+  std::uint64_t magic = kServerBridgeMagic;
+  const ServerBridge* bridge = &serverBridge();
+};
 
 }  // namespace hcy
