@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <boost/algorithm/string/predicate.hpp>
+#include <boost/beast/http/error.hpp>
 #include <boost/beast/http/fields.hpp>
 #include <boost/beast/http/verb.hpp>
 #include <exception>
@@ -77,6 +78,24 @@ Reply refusal(http::status status, std::string_view reason) {
   Reply reply{plainText(status, reason)};
   reply.message.keep_alive(false);
   return reply;
+}
+
+std::optional<Reply> refusalOf(boost::system::error_code error) {
+  if (error == http::error::body_limit) {
+    return refusal(http::status::payload_too_large, "The body is too long.\n");
+  }
+  if (error == http::error::header_limit || error == http::error::buffer_overflow) {
+    return refusal(http::status::request_header_fields_too_large,
+                   "The header, extensions of chunks or trailers are too long.\n");
+  }
+  if (error == boost::system::errc::not_enough_memory) {
+    return refusal(http::status::service_unavailable, kNoMemory);
+  }
+  if (error.category() == make_error_code(http::error::bad_method).category()) {
+    return refusal(http::status::bad_request,
+                   "The request is malformed: " + error.message() + "\n");
+  }
+  return std::nullopt;
 }
 
 std::optional<Reply> refusalOfHeader(const HttpRequest& request) {

@@ -6,6 +6,7 @@
 
 #include <boost/beast/http/message.hpp>
 #include <boost/beast/http/status.hpp>
+#include <boost/system/error_code.hpp>
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -60,6 +61,10 @@ struct Reply {
 
 // A reason in plain text; the connection ends with it.
 Reply refusal(boost::beast::http::status status, std::string_view reason);
+
+// Present if a request that could not be read for this reason is answered; otherwise the connection
+// is lost.
+std::optional<Reply> refusalOf(boost::system::error_code error);
 
 // Present if the header alone is enough to refuse the request.
 std::optional<Reply> refusalOfHeader(const HttpRequest& request);

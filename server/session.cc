@@ -2,7 +2,6 @@
 
 #include "session.h"
 
-#include <algorithm>
 #include <boost/asio/dispatch.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -25,6 +24,7 @@
 
 #include "http_replies.h"
 #include "partial_reply.h"
+#include "transfer_deadline.h"
 
 namespace hcy::server {
 namespace {
@@ -33,8 +33,6 @@ namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace http = beast::http;
 using beast::error_code;
-using std::chrono::seconds;
-using std::chrono::steady_clock;
 
 using PlainStream = beast::tcp_stream;
 using TlsStream = beast::ssl_stream<beast::tcp_stream>;
@@ -45,15 +43,8 @@ constexpr std::size_t kReadSize = std::size_t{64} << 10;
 constexpr std::size_t kLongestHeader = std::size_t{16} << 10;
 // The size of a chunk, in hexadecimal digits, and the two line ends of a chunk.
 constexpr std::size_t kFrameOfChunk = 16 + 4;
-constexpr seconds kFarewellTime{5};
-// A transfer that is slower on the whole is given up.
-constexpr std::size_t kSlowestBytesPerSecond = std::size_t{1} << 20;
-constexpr steady_clock::time_point kNever = steady_clock::time_point::max();
+constexpr std::chrono::seconds kFarewellTime{5};
 constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
-
-steady_clock::duration durationOf(double count) {
-  return std::chrono::duration_cast<steady_clock::duration>(std::chrono::duration<double>(count));
-}
 
 template <class Stream>
 class Session : public std::enable_shared_from_this<Session<Stream>> {
@@ -62,7 +53,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
   explicit Session(const SessionSurroundings& surroundings, StreamArguments&&... streamArguments)
       : stream_(std::forward<StreamArguments>(streamArguments)...),
         replyTimer_(stream_.get_executor()),
-        deadlineTimer_(stream_.get_executor()),
+        deadline_(stream_.get_executor()),
         surroundings_(surroundings) {}
 
   void start() {
@@ -72,6 +63,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
       });
     };
     place_.emplace(surroundings_.connections, close);
+    deadline_.watch(this->weak_from_this(), [this] { tcp().close(); });
     asio::dispatch(stream_.get_executor(), [self = this->shared_from_this()] { self->begin(); });
   }
 
@@ -96,7 +88,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
 
   // Between requests a client may take its time.
   void awaitNextRequest() {
-    setDeadline(kNever);
+    deadline_.clear();
     place_->awaitClient();
     if (buffer_.size() > 0) return readFirstHeader();
     stream_.async_read_some(buffer_.prepare(kReadSize),
@@ -152,7 +144,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
   }
 
   void answer() {
-    setDeadline(kNever);
+    deadline_.clear();
     place_->keepClientWaiting();
     surroundings_.callThreads.answer(
         parser_->get(), [self = this->shared_from_this()](Reply reply) {
@@ -170,22 +162,8 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
   }
 
   void refuse(error_code ec) {
-    using http::status;
     if (ec == http::error::end_of_stream) return sayFarewell();
-    if (ec == http::error::body_limit) {
-      return write(refusal(status::payload_too_large, "The body is too long.\n"));
-    }
-    if (ec == http::error::header_limit || ec == http::error::buffer_overflow) {
-      return write(refusal(status::request_header_fields_too_large,
-                           "The header, extensions of chunks or trailers are too long.\n"));
-    }
-    if (ec == boost::system::errc::not_enough_memory) {
-      return write(refusal(status::service_unavailable, kNoMemory));
-    }
-    if (ec.category() == make_error_code(http::error::bad_method).category()) {
-      return write(
-          refusal(status::bad_request, "The request is malformed: " + ec.message() + "\n"));
-    }
+    if (std::optional<Reply> reply = refusalOf(ec)) return write(std::move(*reply));
     // Else the connection is lost, and there is nobody to tell.
   }
 
@@ -245,7 +223,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
 
   // The server is slow here, not the client.
   void awaitDrop() {
-    setDeadline(kNever);
+    deadline_.clear();
     replyTimer_.expires_at(partial_->nextTime());
     replyTimer_.async_wait([self = this->shared_from_this()](error_code ec) {
       if (ec) return;
@@ -273,7 +251,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
   }
 
   void sayFarewell() {
-    setDeadline(steady_clock::now() + kFarewellTime);
+    deadline_.setIn(kFarewellTime);
     if constexpr (std::is_same_v<Stream, TlsStream>) {
       stream_.async_shutdown([self = this->shared_from_this()](error_code) { self->endSending(); });
     } else {
@@ -298,50 +276,20 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
   }
 
   void beginTransfer(double patience) {
-    patience_ = durationOf(patience);
-    transferBegin_ = steady_clock::now();
-    transferred_ = 0;
-    continueTransfer(0);
+    place_->awaitClient();
+    deadline_.beginTransfer(patience);
   }
 
-  // The client may pause that long, but more than once only as long as it is fast on the whole.
   void continueTransfer(std::size_t count) {
     place_->awaitClient();
-    transferred_ += count;
-    const auto credit = seconds(transferred_ / kSlowestBytesPerSecond);
-    setDeadline(std::min(steady_clock::now(), transferBegin_ + credit) + patience_);
-  }
-
-  // The timer is not set anew each time: that would cost more than reading does.
-  void setDeadline(steady_clock::time_point deadline) {
-    deadline_ = deadline;
-    if (deadline < deadlineTimer_.expiry() || !isTimed_) startDeadlineTimer();
-  }
-
-  void startDeadlineTimer() {
-    isTimed_ = deadline_ != kNever;
-    if (!isTimed_) return;
-    deadlineTimer_.expires_at(deadline_);
-    deadlineTimer_.async_wait([session = this->weak_from_this()](error_code ec) {
-      if (const auto self = session.lock(); self && !ec) self->checkDeadline();
-    });
-  }
-
-  void checkDeadline() {
-    if (steady_clock::now() >= deadline_) return tcp().close();
-    startDeadlineTimer();
+    deadline_.continueTransfer(count);
   }
 
   beast::tcp_stream& tcp() { return beast::get_lowest_layer(stream_); }
 
   Stream stream_;
   asio::steady_timer replyTimer_;
-  asio::steady_timer deadlineTimer_;
-  bool isTimed_ = false;
-  steady_clock::time_point deadline_ = kNever;
-  steady_clock::time_point transferBegin_;
-  steady_clock::duration patience_{};
-  std::size_t transferred_ = 0;
+  TransferDeadline deadline_;
   const SessionSurroundings surroundings_;
   std::optional<Connections::Place> place_;
   beast::flat_buffer buffer_{kReadSize};
