@@ -131,6 +131,7 @@ hcyServer* hcyServerStart(const hcyServedFunction* functions, size_t count, unsi
                           int noptions, const char* const* options, char** message) try {
   *message = nullptr;
   if (threads == 0) throw std::runtime_error("a server needs at least one thread");
+  hcy::server::requireMatchingLibrary();
   return new hcyServer(hcy::server::optionsFrom(noptions, options, threads),
                        hcy::server::foreignFunctions(functions, count));
 } catch (const std::exception& error) {

@@ -17,17 +17,20 @@ constexpr int kMemoryLayout = 6;
 constexpr int kFirstPart = 16;
 constexpr int kLastPart = 30;
 
+const ServerBridge& findBridge() {
+  const Array any(0.0);
+  const ServerBridge* const found = serverBridgeOf(any.get());
+  if (found == nullptr) {
+    throw std::runtime_error(
+        "libhcyclient and libhcyclient-server are not of the same version: install both from one "
+        "release");
+  }
+  return *found;
+}
+
 // The library's own reader and writer.
 const ServerBridge& bridge() {
-  static const ServerBridge& found = [&]() -> const ServerBridge& {
-    const hcyClientRuntime* const table = hcyInitializeEx(HCY_CLIENT_RUNTIME_1_1);
-    if (table == nullptr) throw std::runtime_error(hcyGetInitializationErrorMessage());
-    const auto* const record = reinterpret_cast<const RuntimeRecord*>(table);
-    if (record->magic != kServerBridgeMagic) {
-      throw std::runtime_error("libhcyclient is of another version than the server");
-    }
-    return *record->bridge;
-  }();
+  static const ServerBridge& found = findBridge();
   return found;
 }
 
@@ -50,6 +53,8 @@ std::size_t growthOf(int field) {
 }
 
 }  // namespace
+
+void requireMatchingLibrary() { findBridge(); }
 
 std::optional<Value> readValue(Bytes bytes) {
   Value value{Array(), bytes};

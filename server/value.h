@@ -28,6 +28,9 @@ struct Value {
   bool isColumnMajor = true;
 };
 
+// Throws std::runtime_error if the libhcyclient of this process is not of the server's version.
+void requireMatchingLibrary();
+
 // Nothing if the bytes are not an array. Throws std::bad_alloc.
 std::optional<Value> readValue(Bytes bytes);
 

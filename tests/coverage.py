@@ -10,8 +10,8 @@ import sys
 
 LEAST_BRANCHES = 98.5
 
-# Serves functions to the tests of others; what it does when the server that it starts stands still is
-# not counted.
+# It belongs to libhcyclient-server, which the tests of the library are not linked with; the tests of
+# the server run it.
 NOT_COUNTED = ("include/hcy/hcyclient_server.hpp",)
 
 

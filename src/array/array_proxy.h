@@ -8,12 +8,8 @@
 #include <span>
 
 #include "array/array_content.h"
+#include "array/served_array.h"
 #include "wire/data_accessor.h"
-
-// What the caller's handles point to.
-struct hcyArray {
-  virtual ~hcyArray() = default;
-};
 
 namespace hcy {
 
@@ -27,7 +23,7 @@ using Dimensions = std::span<const std::uint64_t>;
 // class to class. This class serves those whose elements lie in the content; the classes derived
 // from it keep elements of their own, which reach the content by commit(). Any number of threads
 // may call the const functions of one array at once.
-class VORTENArrayProxy : public hcyArray {
+class VORTENArrayProxy : public ServedArray {
  public:
   // A new array of zeros. Throws positive overflow when a dimension is over 2147483647.
   VORTENArrayProxy(VORTEN_Array::QXType type, Dimensions dimensions, bool complex,
@@ -56,6 +52,8 @@ class VORTENArrayProxy : public hcyArray {
 
   // What is sent of the array when its turn comes; changes nothing.
   virtual ArrayToSend toSend(const SendingOrder& order) const;
+
+  const ServerBridge& serverBridge() const override;
 
   const ContentPtr& content() const { return content_; }
   ArrayData& data() const { return content_->data; }

@@ -14,27 +14,26 @@
 #include "hcy/hcyclient.h"
 #include "runtime/exception_text.h"
 #include "runtime/runtime_table.h"
-#include "runtime/server_bridge.h"
 
 namespace {
 
 // Never destroyed: static objects of the host may use the library until the program has ended.
-hcy::RuntimeRecord* runtimeRecord = nullptr;
+hcyClientRuntime* runtimeTable = nullptr;
 // The same; nothing is allocated for it while the library is loaded, which cannot fail in order.
 alignas(std::string) std::byte messageStorage[sizeof(std::string)];
 std::string& initializationErrorMessage = *new (messageStorage) std::string;
 
-std::unique_ptr<hcy::RuntimeRecord> makeRuntime(int version) {
+std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
   if (version != HCY_CLIENT_RUNTIME_1_0 && version != HCY_CLIENT_RUNTIME_1_1) {
     throw std::runtime_error("Invalid version number.");
   }
   // Allocated first, so that libcurl is never left initialised without a table.
-  auto runtime = std::make_unique<hcy::RuntimeRecord>();
+  auto runtime = std::make_unique<hcyClientRuntime>();
   if (curl_global_init(CURL_GLOBAL_ALL) != CURLE_OK) {
     throw std::runtime_error("Global initialization of QXHttpClient failed");
   }
-  hcy::fillSlots_1_0(runtime->table);
-  if (version == HCY_CLIENT_RUNTIME_1_1) hcy::fillSlots_1_1(runtime->table);
+  hcy::fillSlots_1_0(*runtime);
+  if (version == HCY_CLIENT_RUNTIME_1_1) hcy::fillSlots_1_1(*runtime);
   return runtime;
 }
 
@@ -43,20 +42,19 @@ std::unique_ptr<hcy::RuntimeRecord> makeRuntime(int version) {
 hcyClientRuntime* hcyInitialize(void) { return hcyInitializeEx(HCY_CLIENT_RUNTIME_1_0); }
 
 hcyClientRuntime* hcyInitializeEx(int version) {
-  if (runtimeRecord != nullptr) return &runtimeRecord->table;
+  if (runtimeTable != nullptr) return runtimeTable;
   try {
-    runtimeRecord = makeRuntime(version).release();
+    runtimeTable = makeRuntime(version).release();
   } catch (const std::exception& exception) {
     hcy::storeText(exception, initializationErrorMessage);
-    return nullptr;
   }
-  return &runtimeRecord->table;
+  return runtimeTable;
 }
 
 void hcyTerminate(void) {
-  if (runtimeRecord == nullptr) return;
-  delete runtimeRecord;
-  runtimeRecord = nullptr;
+  if (runtimeTable == nullptr) return;
+  delete runtimeTable;
+  runtimeTable = nullptr;
   curl_global_cleanup();
   initializationErrorMessage.clear();
 }

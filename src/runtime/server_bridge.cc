@@ -43,6 +43,6 @@ constexpr ServerBridge bridge = {read, beginWriting, write, endWriting};
 
 }  // namespace
 
-const ServerBridge& serverBridge() { return bridge; }
+const ServerBridge& VORTENArrayProxy::serverBridge() const { return bridge; }
 
 }  // namespace hcy

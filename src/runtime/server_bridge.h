@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What a server in this process needs beyond the C API: arrays from and to their wire form, by the
-// reader and the writer that calls use. It is no part of the C API, and serves a server of the same
-// version alone. It lies behind the runtime table, so nothing more is exported.
+// reader and the writer that calls use. It is not exported; a server finds it by the handle of any
+// array. If it changes, ServedArray gets another number.
 
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "array/served_array.h"
 #include "hcy/hcyclient.h"
 
 namespace hcy {
-
-inline constexpr std::uint64_t kServerBridgeMagic = 0x6879632d73727631;
 
 enum class ArrayReading : std::int32_t {
   kWhole,
@@ -32,13 +31,10 @@ struct ServerBridge {
   void (*endWriting)(const void* writing);
 };
 
-const ServerBridge& serverBridge();
-
-// What hcyInitializeEx() allocates: a program knows its first member alone.
-struct RuntimeRecord {
-  hcyClientRuntime table{};
-  std::uint64_t magic = kServerBridgeMagic;
-  const ServerBridge* bridge = &serverBridge();
-};
+// The bridge of the library that made the array; null if that is another bridge than this one.
+inline const ServerBridge* serverBridgeOf(const hcyArray* array) {
+  const auto* const served = dynamic_cast<const ServedArray*>(array);
+  return served != nullptr ? &served->serverBridge() : nullptr;
+}
 
 }  // namespace hcy

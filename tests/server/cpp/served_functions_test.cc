@@ -1,17 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Functions of a C++ program behind the local server.
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
+#include <cstdio>
 #include <hcy/hcyclient_server.hpp>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+// Handles of a library of another version, while that is asked for.
+struct hcyArray {
+  virtual ~hcyArray() = default;
+};
+static bool isOtherLibrary = false;
+
+extern "C" HCY_API hcyArray* hcyCreateDoubleScalar(double value) {
+  if (isOtherLibrary) return new hcyArray;
+  static const auto create = reinterpret_cast<decltype(&hcyCreateDoubleScalar)>(
+      ::dlsym(RTLD_NEXT, "hcyCreateDoubleScalar"));
+  return create(value);
+}
 
 namespace hcy::test {
 namespace {
@@ -148,6 +163,37 @@ TEST_F(ServedFunctions, FailToStart) {
   server_.listen();
   EXPECT_THROW(context_.feval(server_.url("f"), {1.0}), hcyclient::HttpError);
   EXPECT_EQ(context_.feval(server_.url("f"), {3.0}).at(0).scalar(), 3);
+}
+
+TEST_F(ServedFunctions, NeedALibraryOfTheSameVersion) {
+  isOtherLibrary = true;
+  try {
+    server_.listen();
+    FAIL();
+  } catch (const hcyclient::InitializationError& error) {
+    EXPECT_THAT(error.what(), HasSubstr("not of the same version"));
+  }
+  isOtherLibrary = false;
+  server_.listen();
+}
+
+TEST(ServerLibrary, ExportsItsFunctionsAlone) {
+  struct Closer {
+    void operator()(std::FILE* file) const { pclose(file); }
+  };
+  const std::unique_ptr<std::FILE, Closer> output(
+      popen(HCY_NM " -D --defined-only '" HCY_SERVER_LIBRARY "'", "r"));
+  std::vector<std::string> names;
+  char type = '\0';
+  char name[512];
+  while (std::fscanf(output.get(), "%*s %c %511s", &type, name) == 2) {
+    if (type != 'A') names.emplace_back(name);  // the name of the version itself is no symbol
+  }
+  EXPECT_THAT(names, testing::UnorderedElementsAre("hcyServedError@@HCYCLIENT_SERVER_1.1",
+                                                   "hcyServedOutput@@HCYCLIENT_SERVER_1.1",
+                                                   "hcyServerStart@@HCYCLIENT_SERVER_1.1",
+                                                   "hcyServerStop@@HCYCLIENT_SERVER_1.1",
+                                                   "hcyServerUrl@@HCYCLIENT_SERVER_1.1"));
 }
 
 }  // namespace
