@@ -81,7 +81,7 @@ install(FILES
   ${PROJECT_BINARY_DIR}/hcyclientConfigVersion.cmake
   DESTINATION ${cmake_package} COMPONENT development)
 
-# The pkg-config module. One of that name with `-uninstalled` is what pkg-config takes first.
+# The pkg-config modules. One of that name with `-uninstalled` is what pkg-config takes first.
 set(pc_directory ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
   BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE to_prefix)
@@ -92,8 +92,17 @@ set(pc_includedir "\${prefix}")
 cmake_path(APPEND pc_includedir ${CMAKE_INSTALL_INCLUDEDIR})
 configure_file(cmake/hcyclient.pc.in ${PROJECT_BINARY_DIR}/hcyclient.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/hcyclient.pc DESTINATION ${pc_directory} COMPONENT development)
+if(HCY_BUILD_SERVER)
+  configure_file(cmake/hcyclient-server.pc.in ${PROJECT_BINARY_DIR}/hcyclient-server.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/hcyclient-server.pc DESTINATION ${pc_directory} COMPONENT tools)
+endif()
 
 set(pc_prefix ${PROJECT_BINARY_DIR})
 set(pc_libdir ${PROJECT_BINARY_DIR}/src)
 set(pc_includedir ${PROJECT_SOURCE_DIR}/include)
 configure_file(cmake/hcyclient.pc.in ${PROJECT_BINARY_DIR}/hcyclient-uninstalled.pc @ONLY)
+if(HCY_BUILD_SERVER)
+  set(pc_libdir ${PROJECT_BINARY_DIR}/server)
+  configure_file(cmake/hcyclient-server.pc.in
+    ${PROJECT_BINARY_DIR}/hcyclient-server-uninstalled.pc @ONLY)
+endif()

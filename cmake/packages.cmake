@@ -40,8 +40,13 @@ hcy calls functions by their URLs, with arguments in JSON or from files, shows
 their outputs, and measures how long calls take. hcy-local-server serves a
 handful of functions over HTTP and HTTPS, and functions of your own; it records
 the calls of another server, replays them without it, and fails on demand, so
-that a client can be written, tested and measured without a network."
-  "libhcyclient1 (>= ${PROJECT_VERSION})")
+that a client can be written, tested and measured without a network.
+libhcyclient-server does the same inside of a C++ program."
+  # libhcyclient-server reaches into that library.
+  "libhcyclient1 (= ${package_version})")
+  if(HCY_BUILD_SERVER)
+    set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
+  endif()
 endif()
 
 hcy_add_package(python python3-hcyclient python
