@@ -8,11 +8,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <future>
 #include <memory>
 #include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -117,14 +119,23 @@ void ignoreBrokenPipes() {
 
 struct hcyServer {
   hcyServer(const hcy::server::Options& options, std::vector<hcy::server::Function> functions)
-      : server(options, std::move(functions)), url(server.url()), thread([this] {
-          hcy::server::ignoreBrokenPipes();
-          server.run();
-        }) {}
+      : server(options, std::move(functions)), url(server.url()), thread([this] { run(); }) {
+    started.get_future().get();
+  }
 
   hcy::server::Server server;
   const std::string url;
-  std::thread thread;
+  // Whether all threads have been started, or why not.
+  std::promise<void> started;
+  std::jthread thread;
+
+ private:
+  void run() try {
+    hcy::server::ignoreBrokenPipes();
+    server.run([this] { started.set_value(); });
+  } catch (const std::system_error&) {
+    started.set_exception(std::current_exception());
+  }
 };
 
 hcyServer* hcyServerStart(const hcyServedFunction* functions, size_t count, unsigned threads,

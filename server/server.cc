@@ -18,9 +18,11 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
+#include <functional>
 #include <optional>
 #include <semaphore>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -93,15 +95,21 @@ class Server::Implementation {
            ":" + std::to_string(acceptor_.local_endpoint().port());
   }
 
-  void run() {
+  void run(const std::function<void()>& started) {
     accept();
     std::vector<asio::io_context*> contexts = callThreads_.contexts();
     contexts.insert(contexts.end(), std::max(2U, std::thread::hardware_concurrency()), &io_);
     std::vector<std::jthread> threads;
     threads.reserve(contexts.size());
-    for (asio::io_context* context : contexts) {
-      threads.emplace_back([this, context] { serve(*context); });
+    try {
+      for (asio::io_context* context : contexts) {
+        threads.emplace_back([this, context] { serve(*context); });
+      }
+    } catch (const std::system_error&) {
+      for (asio::io_context* context : contexts) context->stop();
+      throw;
     }
+    started();
     // Until it is stopped, even if nothing else is to happen.
     const auto guard = asio::make_work_guard(control_);
     control_.run();
@@ -217,7 +225,7 @@ Server::~Server() = default;
 
 std::string Server::url() const { return implementation_->url(); }
 
-void Server::run() { implementation_->run(); }
+void Server::run(const std::function<void()>& started) { implementation_->run(started); }
 
 void Server::stop() { implementation_->stop(); }
 

@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,8 +25,9 @@ class Server {
   // Where it listens, with the port that was picked.
   std::string url() const;
 
-  // Serves until stop(), or what the options say, happens.
-  void run();
+  // Serves until stop(), or what the options say, happens. Calls `started` once all threads run,
+  // and throws std::system_error if one cannot be started.
+  void run(const std::function<void()>& started = [] {});
 
   // Ends run(), which then answers no more calls and returns soon. For any thread.
   void stop();

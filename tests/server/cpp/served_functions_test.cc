@@ -4,8 +4,10 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <hcy/hcyclient_server.hpp>
@@ -27,6 +29,19 @@ extern "C" HCY_API hcyArray* hcyCreateDoubleScalar(double value) {
       ::dlsym(RTLD_NEXT, "hcyCreateDoubleScalar"));
   return create(value);
 }
+
+#ifndef HCY_SANITIZED
+// How many more threads can be started.
+static std::atomic<int> threadsLeft = 1'000'000;
+
+extern "C" HCY_API int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                                      void* (*function)(void*), void* argument) {
+  if (--threadsLeft < 0) return EAGAIN;
+  static const auto create =
+      reinterpret_cast<decltype(&pthread_create)>(::dlsym(RTLD_NEXT, "pthread_create"));
+  return create(thread, attributes, function, argument);
+}
+#endif
 
 namespace hcy::test {
 namespace {
@@ -176,6 +191,19 @@ TEST_F(ServedFunctions, NeedALibraryOfTheSameVersion) {
   isOtherLibrary = false;
   server_.listen();
 }
+
+#ifndef HCY_SANITIZED
+TEST_F(ServedFunctions, FailToStartWithoutThreads) {
+  server_.add("f", [](Server::Inputs in) { return in; });
+  for (const int most : {0, 1, 3}) {
+    threadsLeft = most;
+    EXPECT_THROW(server_.listen(), hcyclient::InitializationError) << most;
+  }
+  threadsLeft = 1'000'000;
+  server_.listen();
+  EXPECT_EQ(context_.feval(server_.url("f"), {5.0}).at(0).scalar(), 5);
+}
+#endif
 
 TEST(ServerLibrary, ExportsItsFunctionsAlone) {
   struct Closer {
