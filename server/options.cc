@@ -7,6 +7,8 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
+#include "settings/tls_options.h"
+
 namespace hcy::server {
 namespace {
 
@@ -81,31 +83,13 @@ void addRecording(CLI::App& app, Options& options) {
       ->check(CLI::Range(kShortestTimeout, kLongestTimeout).description(""))
       ->needs(url)
       ->group(group);
-  const auto addFile = [&](const char* name, std::string& file, const char* help) {
-    return app.add_option(name, file, help)
-        ->type_name("FILE")
-        ->check(CLI::Validator(CLI::ExistingFile).description(""))
-        ->needs(url)
-        ->group(group);
-  };
-  addFile("--upstream-ca", upstream.authorityFile,
-          "Authorities that its certificate is checked against (PEM)");
-  addFile("--upstream-crl", upstream.revocationListFile, "Lists of revoked certificates (PEM)");
-  addFile("--upstream-cert", upstream.certificateFile, "Certificate to show to it (PEM)");
-  CLI::Option* const key = addFile("--upstream-key", upstream.keyFile, "Its private key (PEM)");
-  addFile("--upstream-key-pass-file", upstream.keyPassFile,
-          "File whose first line is the pass phrase of the key")
-      ->needs(key);
-  app.add_flag_callback(
-         "--upstream-no-verify-host", [&upstream] { upstream.verifiesHost = false; },
-         "Take a certificate that names another host")
-      ->needs(url)
-      ->group(group);
-  app.add_flag_callback(
-         "--upstream-no-verify-peer", [&upstream] { upstream.verifiesPeer = false; },
-         "Take a certificate that nobody trusted has signed")
-      ->needs(url)
-      ->group(group);
+  const tools::TlsOptionNames names{"upstream-", group};
+  for (CLI::Option* const option : tools::addTlsFiles(app, upstream.tls, names)) {
+    option->needs(url);
+  }
+  for (CLI::Option* const option : tools::addTlsVerification(app, upstream.tls, names)) {
+    option->needs(url);
+  }
 }
 
 void addFaults(CLI::App& app, Options& options) {

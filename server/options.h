@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "fault_schedule.h"
+#include "settings/tls_settings.h"
 
 namespace hcy::server {
 
@@ -21,12 +22,7 @@ inline constexpr std::uint64_t kLargestBody = 2147483647;
 struct UpstreamOptions {
   std::string url;
   double seconds = 120;
-  // PEM files.
-  std::string authorityFile, revocationListFile, certificateFile, keyFile;
-  // Its first line is the pass phrase of the key.
-  std::string keyPassFile;
-  bool verifiesHost = true;
-  bool verifiesPeer = true;
+  tools::TlsSettings tls;
 };
 
 struct LogOptions {

@@ -7,11 +7,13 @@
 #include <algorithm>
 #include <boost/algorithm/string/predicate.hpp>
 #include <boost/beast/http/field.hpp>
-#include <fstream>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <utility>
 #include <vector>
+
+#include "settings/pass_phrase.h"
 
 namespace hcy::server {
 namespace {
@@ -130,20 +132,13 @@ List headerOf(const http::request<ByteBody>& request) {
   return list;
 }
 
-std::string firstLineOf(const std::string& file) {
-  std::ifstream stream(file);
-  std::string line;
-  if (!std::getline(stream, line)) throw std::runtime_error(file + ": cannot be read");
-  if (line.ends_with('\r')) line.pop_back();
-  return line;
-}
-
 }  // namespace
 
 class Upstream::Handles {
  public:
   explicit Handles(const UpstreamOptions& options) : options_(options) {
-    if (!options.keyPassFile.empty()) passPhrase_ = firstLineOf(options.keyPassFile);
+    const std::string& file = options.tls.passPhraseFile;
+    if (!file.empty()) passPhrase_.emplace(tools::passPhraseOfFile(file));
   }
 
   Handle take() {
@@ -174,19 +169,20 @@ class Upstream::Handles {
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(handle, CURLOPT_POST, 1L);
     curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(options_.seconds * 1000));
-    set(CURLOPT_CAINFO, options_.authorityFile);
-    set(CURLOPT_CRLFILE, options_.revocationListFile);
-    set(CURLOPT_SSLCERT, options_.certificateFile);
-    set(CURLOPT_SSLKEY, options_.keyFile);
-    set(CURLOPT_KEYPASSWD, passPhrase_);
-    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, options_.verifiesHost ? 2L : 0L);
-    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, options_.verifiesPeer ? 1L : 0L);
+    const tools::TlsSettings& tls = options_.tls;
+    set(CURLOPT_CAINFO, tls.authorityFile);
+    set(CURLOPT_CRLFILE, tls.revocationListFile);
+    set(CURLOPT_SSLCERT, tls.certificateFile);
+    set(CURLOPT_SSLKEY, tls.keyFile);
+    if (passPhrase_) set(CURLOPT_KEYPASSWD, passPhrase_->text());
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, tls.verifiesHost ? 2L : 0L);
+    curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, tls.verifiesPeer ? 1L : 0L);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeaderLine);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBody);
   }
 
   const UpstreamOptions options_;
-  std::string passPhrase_;
+  std::optional<tools::Secret> passPhrase_;
   std::mutex mutex_;
   std::vector<Handle> idle_;
 };

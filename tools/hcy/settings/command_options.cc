@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "settings/help_texts.h"
+#include "settings/tls_options.h"
 
 namespace hcy::tools {
 namespace {
@@ -83,34 +84,14 @@ void addSettings(CLI::App& app, Settings& settings) {
   app.add_option("--max-reply", settings.largestReply, "Largest reply to accept [67108864]")
       ->type_name("BYTES")
       ->group(group);
-  const auto addFile = [&](const char* name, std::string& file, const char* help) {
-    return app.add_option(name, file, help)
-        ->type_name("FILE")
-        ->check(unnamed(CLI::ExistingFile))
-        ->group(group);
-  };
-  addFile("--ca,--cacert", settings.authorityFile,
-          "CA certificates to verify the server with (PEM)");
-  addFile("--crl,--crlfile", settings.revocationListFile, "Certificate revocation lists (PEM)");
-  addFile("-E,--cert", settings.certificateFile, "Client certificate (PEM)");
-  CLI::Option* const key =
-      addFile("--key", settings.keyFile, "Private key of the client certificate (PEM)");
-  CLI::Option* const fromFile = addFile("--key-pass-file", settings.passPhraseFile,
-                                        "File whose first line is the pass phrase of the key")
-                                    ->needs(key);
+  const TlsOptionNames names{"", group};
+  addTlsFiles(app, settings, names);
   app.add_flag("--ask-key-pass", settings.asksPassPhrase,
                "Ask for the pass phrase of the key on the terminal")
-      ->needs(key)
-      ->excludes(fromFile)
+      ->needs(app.get_option("--key"))
+      ->excludes(app.get_option("--key-pass-file"))
       ->group(group);
-  app.add_flag_callback(
-         "--no-verify-host", [&settings] { settings.verifiesHost = false; },
-         "Accept a certificate for another host")
-      ->group(group);
-  app.add_flag_callback(
-         "--no-verify-peer", [&settings] { settings.verifiesPeer = false; },
-         "Accept a certificate that no trusted CA has signed")
-      ->group(group);
+  addTlsVerification(app, settings, names);
   app.add_flag_callback(
          "-k,--insecure", [&settings] { settings.verifiesHost = settings.verifiesPeer = false; },
          "Accept any certificate: both of these")

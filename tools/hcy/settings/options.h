@@ -12,18 +12,15 @@
 
 #include "arguments/argument.h"
 #include "calls/outputs.h"
+#include "settings/tls_settings.h"
 
 namespace hcy::tools {
 
 // The settings of a connection; what is absent stays as the library has it.
-struct Settings {
+struct Settings : TlsSettings {
   std::optional<double> timeout;              // seconds
   std::optional<std::uint32_t> largestReply;  // bytes
-  std::string certificateFile, keyFile, authorityFile, revocationListFile;
-  std::string passPhraseFile;
   bool asksPassPhrase = false;
-  bool verifiesHost = true;
-  bool verifiesPeer = true;
 };
 
 inline constexpr std::uint64_t kUsualCalls = 1000;
