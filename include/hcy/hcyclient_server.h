@@ -13,35 +13,39 @@
 extern "C" {
 #endif
 
-/** A server that runs. */
+/** A server that runs. Any thread may call hcyServerUrl() for it; one thread stops it. */
 typedef struct hcyServer hcyServer;
 
-/** One call of a function. It and its arrays are valid until the function returns. */
+/** One call of a function. It and its arrays are valid until the function returns, and are for the
+ *  thread that called the function. */
 typedef struct hcyServedCall {
   int32_t nargout;   /**< how many outputs are wanted, 0 or more */
   size_t nargin;     /**< how many inputs there are */
-  hcyArray** inputs; /**< the inputs; the function may take one over, and sets its place to null */
-  void* internal;    /**< of the library */
+  hcyArray** inputs; /**< the inputs; to take one over, the function sets its place to null */
+  void* internal;    /**< for the server alone */
 } hcyServedCall;
 
 /** A function that is served. */
 typedef struct hcyServedFunction {
   const char* name; /**< path of its URL, without a slash before it */
-  /** Is called by threads of the server, several at a time if the server has several. It must not
-   *  throw. */
+  /** Answers a call by hcyServedOutput() or hcyServedError(). Threads of the server call it,
+   * several at a time if the server has several. It must not throw. */
   void (*call)(void* context, hcyServedCall* call);
-  void* context; /**< passed to it */
+  void* context; /**< passed to each call; must be valid until hcyServerStop() returns */
 } hcyServedFunction;
 
 /**
  * Starts a server that answers calls of these functions until hcyServerStop().
  *
- * @param functions  count functions, whose names are copied.
- * @param threads    how many of them may run at a time; 1 or more.
- * @param options    noptions options of the program hcy-local-server, such as "--port", "0".
- * @param message    receives null, or why there is no server: to be released by hcyFree().
- * @return the server, or null if an option is wrong (the standard error says which) or the server
- *         cannot listen.
+ * @param functions  the functions, which are copied with their names.
+ * @param count      how many functions there are; 0 or more.
+ * @param threads    how many calls of functions may run at a time; 1 or more.
+ * @param noptions   how many options there are; 0 or more.
+ * @param options    options of the program hcy-local-server, such as "--port", "0"; not kept.
+ * @param message    receives null, or why there is no server (null as well if memory runs out): to
+ * be released by hcyFree().
+ * @return the server, or null if an option is wrong (the standard error says which), the server
+ *         cannot listen, a thread cannot be started, or libhcyclient is of another version.
  */
 HCY_API hcyServer* hcyServerStart(const hcyServedFunction* functions, size_t count,
                                   unsigned threads, int noptions, const char* const* options,
@@ -51,19 +55,28 @@ HCY_API hcyServer* hcyServerStart(const hcyServedFunction* functions, size_t cou
 HCY_API const char* hcyServerUrl(const hcyServer* server);
 
 /** Stops and destroys a server, and returns when no function runs any more. Calls that are being
- *  answered fail. Null is ignored. Must not be called by a function that is served. */
+ *  answered fail. Null is ignored. A function that is served must not call it. */
 HCY_API void hcyServerStop(hcyServer* server);
 
-/** Adds an output to a call, and takes the array over. Returns 0, or 1 if memory runs out; the
- *  array has been destroyed then. */
+/**
+ * Adds an output to a call. Outputs beyond those that are wanted are dropped; if there are fewer,
+ * the call fails.
+ *
+ * @param call    the call.
+ * @param output  the array, which the call takes over in any case. It must not be null.
+ * @return 0, or 1 if memory runs out; the call fails for that reason then.
+ */
 HCY_API int hcyServedOutput(hcyServedCall* call, hcyArray* output);
 
 /**
- * Makes a call fail with an error, whatever outputs it has. The strings, which are copied, may hold
- * any bytes. Returns 0, or 1 if memory runs out; the call fails for that reason then.
+ * Makes a call fail with an error, whatever outputs it has; of several errors, the last one counts.
  *
- * @param depth number of stack frames, innermost first; without any, there is one with the name of
- *              the function.
+ * @param call        the call.
+ * @param identifier  identifies the error, such as "my:error". Any bytes; copied, like all strings.
+ * @param message     says what is wrong. Any bytes.
+ * @param depth       number of stack frames; 0 stands for one frame with the name of the function.
+ * @param stack       the frames, innermost first; may be null if there are none.
+ * @return 0, or 1 if memory runs out; the call fails for that reason then.
  */
 HCY_API int hcyServedError(hcyServedCall* call, const char* identifier, const char* message,
                            size_t depth, const hcyErrorStackFrame* stack);

@@ -28,6 +28,7 @@
 #include <hcy/hcyclient.hpp>
 #include <map>
 #include <memory>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -73,13 +74,14 @@ class Server {
   /**
    * Adds a function; of two with the same name, the later one counts.
    *
-   * @param name     path of its URL, without a leading slash.
-   * @param function is called with Inputs, or with Inputs and the number of outputs that the caller
-   *                 wants (an int). It returns Outputs, a std::vector<Array>, one value that
-   *                 becomes an array, or nothing. Extra outputs are dropped; too few fail the call.
-   *                 An exception that it throws is raised in the caller: a FunctionError unchanged;
-   *                 any other std::exception as an error with its what(), the identifier
-   *                 `cpp:exception` and one stack frame, which names the function.
+   * @param name     path of its URL, without a slash before it.
+   * @param function is called with Inputs, or with Inputs and the number of outputs that the
+   *                 caller wants (an int). It returns Outputs, a std::vector<Array>, one value
+   *                 that becomes an array, or nothing. Outputs beyond those that are wanted are
+   *                 dropped; too few are an error of the call. What it throws is raised in the
+   *                 caller: a FunctionError as it is; any other std::exception with its what(),
+   *                 the identifier `cpp:exception` and a stack of one frame, the name of the
+   *                 function.
    * @throws UsageError if the server listens already, or the name is empty, begins with a slash or
    *         holds an equals sign or a NUL.
    */
@@ -121,8 +123,10 @@ class Server {
    * Listens on 127.0.0.1, unless options say otherwise, and answers calls from then on.
    *
    * @param port 0 picks a free one.
-   * @throws InitializationError if the server cannot listen or an option is wrong (the standard
-   *         error says which), UsageError if the server listens already. It does not listen then.
+   * @throws InitializationError if the server cannot listen, a thread cannot be started, an
+   *         option is wrong (the standard error says which) or libhcyclient is of another version
+   *         than libhcyclient-server; UsageError if the server listens already. It does not
+   *         listen then.
    */
   void listen(std::uint16_t port = 0) {
     requireNotListening();
