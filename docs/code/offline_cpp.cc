@@ -6,7 +6,7 @@
 #include <iostream>
 
 int main() {
-  // Functions of C++.
+  // C++ functions.
   const hcyclient::Library library;
   hcyclient::Server server(library);
   server.add("my/scale", [](const hcyclient::Server::Inputs& in) {

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file hcyclient_server.hpp
- * @brief Serves functions of a C++ program, for tests and prototypes.
+ * @brief Serves functions of a C++ program, for tests and prototypes. Not in hcyclient.hpp.
  *
  * @code
  * hcyclient::Server server(library);
@@ -12,9 +12,9 @@
  * const auto product = context.feval(server.url("my/scale"), {2.0, 3.0});
  * @endcode
  *
- * C++17, over hcyclient.hpp and libhcyclient-server: link hcyclient::server. The server is that of
- * the program hcy-local-server, with its limits, its time-outs and, by setOptions(), its TLS, its
- * log and its failures on demand, on threads of this process.
+ * C++17, based on hcyclient.hpp and libhcyclient-server: link hcyclient::server. The server is the
+ * one of the program hcy-local-server, on threads of this process. Its limits and timeouts apply,
+ * and setOptions() enables its TLS, its log and its faults on demand.
  */
 #ifndef HCY_HCYCLIENT_SERVER_HPP
 #define HCY_HCYCLIENT_SERVER_HPP
@@ -68,29 +68,28 @@ class Server {
   explicit Server(const Library& /*library*/) {}
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
-  /** As close(). */
+  /** The same as close(). */
   ~Server() = default;
 
   /**
    * Adds a function; of two with the same name, the later one counts.
    *
-   * @param name     path of its URL, without a slash before it.
-   * @param function is called with Inputs, or with Inputs and the number of outputs that the
-   *                 caller wants (an int). It returns Outputs, a std::vector<Array>, one value
-   *                 that becomes an array, or nothing. Outputs beyond those that are wanted are
-   *                 dropped; too few are an error of the call. What it throws is raised in the
-   *                 caller: a FunctionError as it is; any other std::exception with its what(),
-   *                 the identifier `cpp:exception` and a stack of one frame, the name of the
-   *                 function.
+   * @param name     path of its URL, without a leading slash.
+   * @param function is called with Inputs, or with Inputs and the number of outputs that the caller
+   *                 wants (an int). It returns Outputs, a std::vector<Array>, one value that
+   *                 becomes an array, or nothing. Extra outputs are dropped; too few fail the call.
+   *                 An exception that it throws is raised in the caller: a FunctionError unchanged;
+   *                 any other std::exception as an error with its what(), the identifier
+   *                 `cpp:exception` and one stack frame, which names the function.
    * @throws UsageError if the server listens already, or the name is empty, begins with a slash or
-   *         holds an equals sign or a NUL.
+   *         contains an equals sign or a NUL.
    */
   template <class F>
   Server& add(const std::string& name, F function) {
     requireNotListening();
     if (name.empty() || name[0] == '/' || name.find('=') != std::string::npos ||
         name.find('\0') != std::string::npos) {
-      throw UsageError("this is not the name of a function: " + name);
+      throw UsageError("not a valid function name: " + name);
     }
     functions_[name] = [kept = std::move(function)](Inputs&& inputs, int nargout) mutable {
       if constexpr (std::is_invocable_v<F&, Inputs&&, int>) {
@@ -106,13 +105,13 @@ class Server {
    *  the server listens already. */
   Server& setThreads(unsigned count) {
     requireNotListening();
-    if (count == 0) throw UsageError("a server needs at least one thread");
+    if (count == 0) throw UsageError("a Server needs at least one thread");
     threadCount_ = count;
     return *this;
   }
 
-  /** More options of hcy-local-server, such as {"--fault", "my/scale=503@2"}. Throws UsageError if
-   *  the server listens already. */
+  /** Sets further options of hcy-local-server, such as {"--fault", "my/scale=503@2"}. Throws
+   *  UsageError if the server listens already. */
   Server& setOptions(std::vector<std::string> options) {
     requireNotListening();
     options_ = std::move(options);
@@ -122,7 +121,7 @@ class Server {
   /**
    * Listens on 127.0.0.1, unless options say otherwise, and answers calls from then on.
    *
-   * @param port 0 picks a free one.
+   * @param port the port; 0 picks a free one.
    * @throws InitializationError if the server cannot listen, a thread cannot be started, an
    *         option is wrong (the standard error says which) or libhcyclient is of another version
    *         than libhcyclient-server; UsageError if the server listens already. It does not

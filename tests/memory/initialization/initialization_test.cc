@@ -27,9 +27,9 @@ using test::FailingAllocation;
 
 enum Outcome { Succeeded, Failed, Broken };
 
-// If an allocation fails while OpenSSL 3.5 initialises, it waits for itself, since it reports that by
-// a function that initialises it, or ends the process. Nobody outside can prevent either; they are
-// told from a fault of ours by who is on the stack. No memory can be allocated here.
+// If an allocation fails while OpenSSL 3.5 initialises, it waits for itself, since it reports that
+// by a function that initialises it, or ends the process. Nobody outside can prevent either; they
+// are told from a fault of ours by who is on the stack. No memory can be allocated here.
 extern "C" void judgeEnd(int /*signal*/) {
   std::array<void*, 64> frames{};
   const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
