@@ -5,8 +5,8 @@
 #include <new>
 #include <stdexcept>
 
+#include "array/server_bridge.h"
 #include "field_bytes.h"
-#include "runtime/server_bridge.h"
 
 namespace hcy::server {
 namespace {

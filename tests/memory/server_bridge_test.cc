@@ -2,7 +2,7 @@
 //
 // The way of a server in the same process to arrays and back while memory runs out.
 
-#include "runtime/server_bridge.h"
+#include "array/server_bridge.h"
 
 #include <string>
 

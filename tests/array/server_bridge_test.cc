@@ -2,7 +2,7 @@
 //
 // What a server in the same process finds by the handle of an array.
 
-#include "runtime/server_bridge.h"
+#include "array/server_bridge.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "runtime/server_bridge.h"
+#include "array/server_bridge.h"
 
 #include <exception>
 #include <memory>
