@@ -75,7 +75,7 @@ TEST(IncompleteReplies, areSaidToBeIncompleteWhateverTheirClass) {
        {kDoubles, kComplex, kLogicals, kChars, kSparse, kSparseValues, kNoDimensions}) {
     EXPECT_THAT(printed("classes_cc", seventeen(array)), HasSubstr("output 0"));
   }
-  EXPECT_THAT(printed("classes_cc", seventeen(kCell)), HasSubstr("element 0 did not come"));
+  EXPECT_THAT(printed("classes_cc", seventeen(kCell)), HasSubstr("element 0 did not arrive"));
   EXPECT_THAT(printed("classes_cc", seventeen(kStruct)), HasSubstr("field name of element 0 did"));
 }
 
@@ -83,7 +83,7 @@ TEST(IncompleteReplies, haveNoElementsToPrint) {
   EXPECT_EQ(printed("cells_and_structs_c", {kCell}),
             "word 0: ?\nword 1: ?\nword 2: ?\nended with 0\n");
   EXPECT_EQ(printed("cells_and_structs_c", {kStruct}), "word 0: ?\nword 1: ?\nended with 0\n");
-  EXPECT_THAT(printed("cells_and_structs_cc", {kCell}), HasSubstr("element 0 did not come"));
+  EXPECT_THAT(printed("cells_and_structs_cc", {kCell}), HasSubstr("element 0 did not arrive"));
 }
 
 }  // namespace
