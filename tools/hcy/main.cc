@@ -21,12 +21,12 @@ namespace {
 
 using namespace hcy::tools;
 
-// Where standard input, output or error is closed, a connection would take its place, and what is
-// printed would go to the server. What stands in for it fails as the closed one would.
+// If standard input, output or error is closed, a connection would get its descriptor, and the
+// output would go to the server. The replacement fails as a closed descriptor does.
 void occupyStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (::fcntl(descriptor, F_GETFD) != -1) continue;
-    // The lowest that is free, which is this one.
+    // Opens the lowest free descriptor, which is this one.
     static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
   }
 }
@@ -50,8 +50,8 @@ int run(Options& options) {
   return kUsage;
 }
 
-// Becomes the local server, which is installed beside this program, or else found as the shell
-// would. Returns only if there is none.
+// Becomes the local server, which is installed beside this program or found on the PATH. Returns
+// only if there is none.
 int serve(char** argv) {
   char name[] = "hcy-local-server";
   argv[1] = name;
@@ -67,7 +67,7 @@ int serve(char** argv) {
 
 int main(int argc, char** argv) {
   occupyStandardDescriptors();
-  // Its options are those of the server.
+  // The options are those of the server.
   if (argc > 1 && std::string_view(argv[1]) == "serve") return serve(argv);
   bool isJson = false;
   try {

@@ -14,10 +14,9 @@ struct ArgumentSettings {
   char delimiter = ',';  // of csv
 };
 
-// Each argument is JSON, text, a table or a .npy file: written out, from a file (@data.json), or
-// from the standard input (-), with classes before it or not (int16:[1,2]). An argument that
-// chooses columns of a table several times makes as many arrays. Throws BadInput, which says of
-// which argument and where.
+// Each argument is JSON, text, a table or a .npy file: written out, from a file (@data.json) or
+// from the standard input (-), with or without classes in front (int16:[1,2]). An argument makes an
+// array for each of its choices of columns. Throws BadInput with the argument and the place in it.
 std::vector<hcyclient::Array> arraysFrom(const std::vector<std::string>& arguments,
                                          const ArgumentSettings& settings = {});
 

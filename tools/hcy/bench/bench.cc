@@ -60,7 +60,7 @@ class Callers {
   }
   void stop() { work_->isStopped = true; }
   std::uint64_t done() const { return work_->done; }
-  // In all, or 0 if the time alone ends them.
+  // The total, or 0 if only the time ends them.
   std::uint64_t calls() const {
     return work_->calls == std::numeric_limits<std::uint64_t>::max() ? 0 : work_->calls;
   }
@@ -85,13 +85,13 @@ class Callers {
   std::vector<std::thread> threads_;
 };
 
-// Waits so long, or until the interrupt key is pressed; says whether it was.
+// Waits for this time, or until the interrupt key is pressed; returns whether it was.
 bool isInterruptedWithin(const sigset_t& interrupt, std::chrono::milliseconds time) {
   const timespec limit{0, std::chrono::nanoseconds(time).count()};
   return ::sigtimedwait(&interrupt, nullptr, &limit) == SIGINT;
 }
 
-// Until all calls are done; says how long they took.
+// Waits until all calls are done; returns how many seconds they took.
 double awaitEnd(const Callers& callers, const sigset_t& interrupt) {
   ProgressBar bar(callers.calls());
   Clock::time_point drawn = Clock::now();
@@ -107,7 +107,7 @@ std::string textOf(const Summary& summary, const Options& options) {
   return options.isJson() ? summary.json() + "\n" : summary.text(options.showsHistogram);
 }
 
-// The two URLs one after the other, and what the second takes of the time that the first takes.
+// The summaries of both URLs, and the ratio of their median latencies.
 std::string comparison(const Summary& a, const Summary& b, const Options& options) {
   if (options.isJson()) return "{\"a\":" + a.json() + ",\"b\":" + b.json() + "}\n";
   std::string text = "A         " + printable(options.url) + "\n" + textOf(a, options) +
@@ -155,7 +155,7 @@ int bench(const Options& options) {
     requireHttp(options.against);
     configs.push_back(configFrom(library, options.againstSettings));
   }
-  // Transfers at once leave the action for it to chance.
+  // With several transfers at a time, libcurl does not set this reliably.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   // Threads inherit the mask: the signal waits for this one.
   sigset_t interrupt{};
@@ -168,7 +168,7 @@ int bench(const Options& options) {
   const double seconds = awaitEnd(callers, interrupt);
   callers.stop();
   const int status = report(callers, options, seconds);
-  // A call that is under way may take long, and nobody waits for its end.
+  // A call in progress may take long; do not wait for its end.
   if (!callers.areFinished()) ::_exit(status);
   return status;
 }

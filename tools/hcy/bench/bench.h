@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// hcy bench: the same call over and over.
+// hcy bench: measures repeated calls.
 
 #pragma once
 
@@ -8,8 +8,8 @@
 
 namespace hcy::tools {
 
-// Returns the exit status: that of the first failure, if calls failed. Throws BadInput, and what
-// the library throws when it does not start.
+// Returns the exit status, which is that of the first failed call. Throws BadInput, and as the
+// library does if it cannot start.
 int bench(const Options& options);
 
 }  // namespace hcy::tools

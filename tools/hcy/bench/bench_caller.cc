@@ -63,7 +63,7 @@ void Caller::warmUp() {
       const std::size_t side = i % contexts_.size();
       evaluate(runtime_, contexts_[side], work_->urls[side], handles_, work_->nargout);
     } catch (const std::exception&) {
-      // The calls that are measured will tell.
+      // The measured calls will report it.
     }
   }
   work_->warm.arrive_and_wait();

@@ -22,7 +22,7 @@ namespace hcy::tools {
 
 using Clock = std::chrono::steady_clock;
 
-// Sets the start of what is measured when all threads have warmed up.
+// Sets the start of the measurement when all threads have warmed up.
 struct StartClock {
   std::atomic<Clock::time_point>* start;
   void operator()() const noexcept { *start = Clock::now(); }
@@ -50,22 +50,22 @@ struct Work {
 
 class Caller {
  public:
-  // Takes copies of the inputs: an array belongs to one thread.
+  // Copies the inputs, so that each thread has its own.
   Caller(std::shared_ptr<Work> work, const hcyclient::Config& config,
          const std::vector<hcyclient::Array>& inputs);
 
   // The configuration for the next of the URLs, if there is more than one.
   void add(const hcyclient::Config& config);
 
-  // Warms up and waits for the others, then calls until all calls are done or the time is over, or
-  // the work is stopped.
+  // Warms up and waits for the other threads, then calls until all calls are done, the time is over
+  // or the work is stopped.
   void run();
 
   // Of one of the URLs. At any time, by any thread.
   Measurements measured(std::size_t side = 0) const;
 
  private:
-  // Calls the URL whose turn it is; what it takes counts from `start` on.
+  // Calls the URL whose turn it is; the latency counts from `start`.
   void callOnce(std::uint64_t index, Clock::time_point start);
   void warmUp();
   void fail(std::size_t side, const std::string& kind, int status);

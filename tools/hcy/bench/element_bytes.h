@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What arrays hold, in bytes.
+// The size of arrays in bytes.
 
 #pragma once
 
@@ -9,8 +9,8 @@
 
 namespace hcy::tools {
 
-// The bytes of all elements, those in containers included, and of the indices of sparse arrays. The
-// array holds what its dimensions name, as requireWhole() finds out.
+// The bytes of all elements, including those in containers, and of the indices of sparse arrays.
+// The array must have passed requireWhole().
 std::uint64_t elementBytes(const hcyclient::Array& array);
 
 }  // namespace hcy::tools

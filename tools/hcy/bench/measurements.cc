@@ -23,7 +23,7 @@ std::string fixed(double value, int digits) {
   return text.data();
 }
 
-// With three significant digits, or all those before the point.
+// With three significant digits, or all digits before the point.
 std::string rounded(double value) {
   return fixed(value, value < 9.995 ? 2 : value < 99.95 ? 1 : 0);
 }
@@ -43,7 +43,7 @@ std::string line(const std::string& name, const std::string& text) {
 struct Percentile {
   const char* name;
   double fraction;
-  std::size_t fewest;  // of fewer calls it would be the longest latency
+  std::size_t fewest;  // with fewer calls it would be the longest latency
 };
 constexpr std::array<Percentile, 5> kPercentiles = {{{"p50", 0.5, 1},
                                                      {"p90", 0.9, 10},
@@ -51,7 +51,7 @@ constexpr std::array<Percentile, 5> kPercentiles = {{{"p50", 0.5, 1},
                                                      {"p99.9", 0.999, 1000},
                                                      {"p99.99", 0.9999, 10000}}};
 
-// Those that there are enough latencies for, in seconds.
+// The percentiles for which there are enough latencies, in seconds.
 std::vector<std::pair<std::string, double>> latencyNumbers(const std::vector<double>& sorted) {
   std::vector<std::pair<std::string, double>> numbers = {{"min", sorted.front()}};
   for (const Percentile& one : kPercentiles) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a benchmark has measured.
+// The results of a benchmark.
 
 #pragma once
 
@@ -20,25 +20,25 @@ struct Measurements {
   std::uint64_t failed() const;
   std::uint64_t calls() const { return latencies.size() + failed(); }
 
-  // Counts a failure. A server that invents kinds does not fill the memory with them.
+  // Counts a failure. The number of kinds is limited, whatever the server sends.
   void fail(const std::string& kind, int status);
 
   // Adds what another thread has measured.
   void add(const Measurements& other);
 };
 
-// The smallest of the sorted latencies, which are not none, that `fraction` of them do not exceed.
+// The smallest latency that `fraction` of the sorted latencies do not exceed. There must be one.
 double percentile(const std::vector<double>& sorted, double fraction);
 
-// How many latencies are no longer than a bound and longer than the one before: 1, 2 or 5 times a
-// power of ten seconds.
+// Counts the latencies up to a bound and above the one before. Bounds are 1, 2 or 5 times a power
+// of ten seconds.
 struct Bucket {
   double bound;
   std::uint64_t count;
 };
 std::vector<Bucket> histogram(const std::vector<double>& sorted);
 
-// What a benchmark has come to. `seconds` is the time that all of it took.
+// The summary of a benchmark. `seconds` is the time that it took.
 struct Summary {
   Summary(Measurements measurements, unsigned threadCount, double time);
 

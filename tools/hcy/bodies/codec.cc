@@ -16,7 +16,7 @@ EncodedRequest requestOf(const hcyclient::Library& library,
   try {
     evaluate(*library.runtime(), context, loopback.url(), handlesOf(inputs), nargout);
   } catch (const hcyclient::CallError&) {
-    // The reply has no outputs, so this is no failure if the request came.
+    // The reply has no outputs, so this is not a failure if the request arrived.
     EncodedRequest request = loopback.takeRequest();
     if (request.headers.empty()) throw;
     return request;

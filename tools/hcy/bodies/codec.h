@@ -13,7 +13,7 @@
 namespace hcy::tools {
 
 struct EncodedRequest {
-  std::vector<std::string> headers;  // but those that any transport adds
+  std::vector<std::string> headers;  // without those that any transport adds
   std::string body;
 };
 

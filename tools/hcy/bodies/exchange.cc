@@ -21,13 +21,13 @@ using Headers = std::unique_ptr<curl_slist, Deleter>;
 
 struct Reception {
   Exchange& exchange;
-  std::size_t limit;  // one byte more than the library takes tells it that there are too many
+  std::size_t limit;  // one byte more than the library accepts, so that it reports the excess
 };
 
 std::size_t onHeader(char* data, std::size_t size, std::size_t count, void* user) {
   const std::string_view line(data, size * count);
   if (!line.starts_with("HTTP/")) return line.size();
-  // "HTTP/1.1 200 OK": the last one is that of the reply.
+  // "HTTP/1.1 200 OK"; only the last such line belongs to the reply.
   std::string& reason = static_cast<Reception*>(user)->exchange.reason;
   const std::size_t code = line.find(' ');
   const std::size_t text = code == std::string_view::npos ? code : line.find(' ', code + 1);
@@ -85,7 +85,7 @@ Headers linesOf(const std::vector<std::string>& headers) {
   return lines;
 }
 
-// Without a body a GET.
+// A GET if there is no body.
 Exchange exchange(const hcyclient::Config& config, const std::string& url,
                   const std::vector<std::string>& headers, const std::string_view* body,
                   double seconds) {

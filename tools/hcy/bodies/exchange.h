@@ -14,7 +14,7 @@ namespace hcy::tools {
 
 struct Exchange {
   std::uint32_t status = 0;
-  std::string reason;    // behind the status
+  std::string reason;    // after the status
   std::string reply;     // its body
   double connected = 0;  // seconds from the start, TLS included; 0 on a connection that was open
   double firstByte = 0;  // seconds from the start to that of the reply

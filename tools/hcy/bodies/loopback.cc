@@ -64,7 +64,7 @@ std::size_t lengthIn(std::string_view head) {
   return length;
 }
 
-// Its own, without those of any transport.
+// The headers without those that any transport adds.
 std::vector<std::string> headersIn(std::string_view head) {
   std::vector<std::string> headers;
   head.remove_prefix(head.find("\r\n") + 2);
@@ -119,7 +119,7 @@ void Loopback::run() {
   }
 }
 
-// Whether it was the request that is waited for.
+// Returns whether it was the expected request.
 bool Loopback::serve(int connection) {
   std::string bytes;
   std::size_t end = std::string::npos;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A server in this process, by which the library itself shows what it sends and reads what was
-// recorded.
+// A server in this process, with which the library itself encodes requests and reads recorded
+// replies.
 
 #pragma once
 
@@ -13,8 +13,8 @@
 
 namespace hcy::tools {
 
-// Answers one POST on 127.0.0.1 with a body, and keeps that of the request. Nobody who does not
-// know the URL gets an answer. The proxy of the environment is set aside for good.
+// Answers one POST on 127.0.0.1 with a body, and keeps the body of the request. Only a client that
+// knows the URL gets an answer. Disables the proxy of the environment for the rest of the process.
 class Loopback {
  public:
   // Throws std::system_error.
@@ -25,7 +25,7 @@ class Loopback {
 
   std::string url() const;
 
-  // Ends the server. Of what came there are no headers if nothing, or not all, came.
+  // Ends the server. The request has no headers if it did not arrive completely.
   EncodedRequest takeRequest();
 
  private:

@@ -113,7 +113,7 @@ class Writer {
     return nameOf(*field.containing_type()) == "Char" || nameOf(field) == "strings";
   }
 
-  // As a text, if they are one.
+  // Appends them as a string if they are valid text.
   bool units(const Message& message, const FieldDescriptor& field, int size) {
     std::u16string text;
     for (int i = 0; i < size; ++i) {

@@ -40,8 +40,8 @@ struct Candidate {
     }
   }
 
-  // Whether it is made of what a body has. A request and a reply have their first fields, of
-  // different types, in different places: one read as the other leaves them unknown.
+  // Whether a body can consist of these fields. The first fields of a request and of a reply have
+  // different numbers and types: if one is read as the other, they are unknown.
   bool isLikely() const { return message && (unknown.count == 0 || !unknown.areAll); }
 };
 
@@ -63,7 +63,7 @@ const Candidate& chosen(const Candidate& request, const Candidate& reply, Body b
   return request.isLikely() && request.unknown.count < reply.unknown.count ? request : reply;
 }
 
-// What a body is said to be, or is found to be.
+// A body, read as a request and as a reply.
 struct Bodies {
   explicit Bodies(const std::string& bytes)
       : request("request", schema.makeRequest(), bytes),

@@ -8,8 +8,7 @@
 
 namespace hcy::tools {
 
-// Returns the exit status. Throws BadInput, and whatever keeps the call or its outputs from
-// arriving.
+// Returns the exit status. Throws BadInput, and as the library does if the call fails.
 int call(const Options& options);
 
 }  // namespace hcy::tools

@@ -9,8 +9,8 @@
 
 namespace hcy::tools {
 
-// Calls `passed`, in a thread of its own, unless it is destroyed before the seconds are over. A
-// call of the library can be limited only in whole seconds.
+// Calls `passed` in its own thread after the seconds, unless it is destroyed before. The library
+// itself can limit a call only to whole seconds.
 class Deadline {
  public:
   Deadline(double seconds, std::function<void()> passed);

@@ -31,7 +31,7 @@ namespace {
 
 using hcyclient::Array;
 
-// So many answers of a thread may wait for an earlier one.
+// How many answers of a thread can wait for an earlier one.
 constexpr std::uint64_t kAheadPerJob = 256;
 
 std::vector<Array> argumentsOf(const Line& line) {
@@ -125,7 +125,7 @@ int callEach(const Options& options) {
   LineSource lines(*options.each);
   const hcyclient::Library library;
   const hcyclient::Config config = configFrom(library, options.settings);
-  // Transfers at once leave the action for it to chance.
+  // With several transfers at a time, libcurl does not set this reliably.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   AnswerSink answers(lines.count(), kAheadPerJob * options.jobs);
   const Shared shared{options, inputs, lines, answers};

@@ -26,7 +26,7 @@ bool isBlank(std::string_view line) {
   return line.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
-// A file that can be read twice tells how many lines there are.
+// Counts the lines of a regular file, which can be read twice.
 std::uint64_t linesOf(std::FILE* stream) {
   struct stat state {};
   if (::fstat(::fileno(stream), &state) != 0 || !S_ISREG(state.st_mode)) return 0;

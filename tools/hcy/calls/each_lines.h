@@ -23,7 +23,7 @@ struct Line {
   std::string text;
 };
 
-// All of it by any thread.
+// All functions can be called by any thread.
 class LineSource {
  public:
   // From a file, or from the standard input for "-". Throws BadInput.
@@ -35,7 +35,7 @@ class LineSource {
   // The next line that is not empty. Throws BadInput if it cannot be read.
   std::optional<Line> next();
 
-  // How many lines there are, or 0 if that is not known before their end.
+  // The number of lines that are not empty, or 0 if it is not known before the end.
   std::uint64_t count() const { return count_; }
 
  private:
@@ -61,22 +61,22 @@ struct AnswerCounts {
   int firstFailure = 0;  // its exit status
 };
 
-// All of it by any thread.
+// All functions can be called by any thread.
 class AnswerSink {
  public:
-  // `ahead` answers are kept at the most that others before them are missing for.
+  // Keeps at most `ahead` answers that wait for earlier ones.
   AnswerSink(std::uint64_t count, std::uint64_t ahead);
 
-  // Waits until the answer of this line may be kept; false if there is no use in it any more.
+  // Waits until there is room for the answer to this line; false if the program is to stop.
   bool awaitRoom(std::uint64_t index);
 
-  // Prints it, if all before it are printed, and those after it that were waiting.
+  // Prints the answer if all before it are printed, and then those that waited for it.
   void put(std::uint64_t index, Answer answer);
 
-  // Makes awaitRoom() return false; the first one is the reason.
+  // Makes awaitRoom() return false. Only the first reason counts.
   void fail(std::exception_ptr reason);
 
-  // After the threads. Throws the reason if there is one.
+  // To be called after the threads have ended. Throws the reason if there is one.
   AnswerCounts finish();
 
  private:

@@ -12,7 +12,7 @@ namespace {
 
 using hcyclient::Array;
 
-// The account of the last failure of a context.
+// The last failure of a context.
 class Failure {
  public:
   Failure(const hcyClientRuntime& runtime, const hcyclient::Context& context) : runtime_(runtime) {

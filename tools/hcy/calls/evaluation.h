@@ -10,8 +10,8 @@
 
 namespace hcy::tools {
 
-// The outputs as they arrived: what is missing in them is for requireWhole() to find, which can
-// tell where. Throws hcyclient::CallError if the call fails. The context belongs to the runtime.
+// The outputs as they arrived; requireWhole() finds missing elements. Throws hcyclient::CallError
+// if the call fails. The context must belong to the runtime.
 std::vector<hcyclient::Array> evaluate(const hcyClientRuntime& runtime,
                                        const hcyclient::Context& context, const std::string& url,
                                        const std::vector<const hcyArray*>& inputs, int nargout);

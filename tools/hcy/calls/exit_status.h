@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What hcy tells the shell.
+// The exit statuses of hcy.
 
 #pragma once
 
@@ -10,8 +10,8 @@ enum ExitStatus : int {
   kSuccess = 0,
   kFunctionError = 1,
   kHttpError = 2,
-  kTransportError = 3,  // and whatever else keeps a call or its outputs from arriving whole
-  kUsage = 64,          // as EX_USAGE of <sysexits.h>: what the user gave cannot be used
+  kTransportError = 3,  // and any other failure of a call or of its outputs
+  kUsage = 64,          // EX_USAGE of <sysexits.h>: what the user gave cannot be used
 };
 
 }  // namespace hcy::tools

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What kept a command from its end, for a person and for a program.
+// Why a command failed, for people and for programs.
 
 #pragma once
 
@@ -22,15 +22,15 @@ struct Failure {
   std::optional<std::uint64_t> line = {};  // of the arguments, if each line is a call
 };
 
-// The failure that the exception being handled is. Throws that exception again if it is not derived
-// from std::exception.
+// Describes the exception that is being handled. Rethrows it if it is not derived from
+// std::exception.
 Failure currentFailure();
 
-// For a person: "hcy: MESSAGE", and on lines of their own identifier and stack.
+// For people: "hcy: MESSAGE", then the identifier and the stack on their own lines.
 std::string failureText(const Failure& failure);
 
-// An object on a line of its own: kind, message, and what else there is of line, status,
-// identifier and stack.
+// A JSON object on its own line: kind and message and, if there are any, line, status, identifier
+// and stack.
 std::string failureJson(const Failure& failure);
 
 inline std::string failureAs(bool isJson, const Failure& failure) {

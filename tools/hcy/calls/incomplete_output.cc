@@ -16,7 +16,7 @@ using hcyclient::Array;
 constexpr const char* kCause =
     "\nThe size limit for replies may have cut it off; --max-reply BYTES raises the limit.";
 
-// An array: an output, or an element of a container, which is a place too.
+// An array: an output, or an element of a container, which has a place itself.
 struct Place {
   const Array& array;
   const Place* container = nullptr;
@@ -55,7 +55,7 @@ void requireWholeContainer(const Place& place) {
   hcyArray* const array = place.array.get();
   const bool isCell = place.array.isCell();
   const int fields = hcyGetNumberOfFields(array);
-  // Elements without a field are nothing but a number, which can be as large as the server says.
+  // Elements without fields are only a number, which the server can make as large as it likes.
   if (!isCell && fields == 0) return;
   const std::size_t size = place.array.size();
   for (std::size_t i = 0; i < size; ++i) {

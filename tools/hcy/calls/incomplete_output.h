@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Outputs of which a part did not arrive.
+// Outputs that did not arrive completely.
 
 #pragma once
 
@@ -10,14 +10,14 @@
 
 namespace hcy::tools {
 
-// what() says which output is incomplete, where in it, and what may be the cause.
+// what() names the output, the place in it and the possible cause.
 class IncompleteOutput : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// Throws IncompleteOutput unless all outputs, and the arrays nested in them, hold every element
-// that their dimensions name. Looks at no more than what arrived.
+// Throws IncompleteOutput unless all outputs, and the arrays nested in them, have all the elements
+// that their dimensions call for. Takes time in proportion to what arrived.
 void requireWhole(const std::vector<hcyclient::Array>& outputs);
 
 }  // namespace hcy::tools

@@ -18,7 +18,7 @@
 namespace hcy::tools {
 namespace {
 
-// A text, or a list of texts with a blank between them.
+// A string, or a list of strings, joined with blanks.
 std::string textOf(const JsonValue& value) {
   if (const auto* const text = value.as<std::string>()) return *text;
   const auto* const list = value.as<JsonList>();
@@ -45,7 +45,7 @@ Function functionFrom(const JsonValue& value) {
   return function;
 }
 
-// Names, arguments and summaries below each other.
+// Names, arguments and summaries in columns.
 std::string tableOf(const std::vector<Function>& functions, std::size_t width) {
   const auto call = [](const Function& function) {
     const std::string name = printable(function.name);

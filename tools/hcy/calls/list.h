@@ -17,12 +17,12 @@ struct Function {
 };
 
 // The functions that a server's index names, in its order:
-// {"functions":[{"name":…,"arguments":…,"summary":…}]}. Of a function only the name must be there;
-// members that are not known are left out. Throws BadText.
+// {"functions":[{"name":…,"arguments":…,"summary":…}]}. Only the name of a function is required;
+// unknown members are ignored. Throws BadText.
 std::vector<Function> functionsIn(std::string_view index);
 
-// Gets the index of the server and shows it. Returns the exit status. Throws BadInput, and what
-// keeps the index from arriving.
+// Requests the index of the server and shows it. Returns the exit status. Throws BadInput, and
+// hcyclient::CallError if the request fails or the reply is not an index.
 int list(const Options& options);
 
 }  // namespace hcy::tools

@@ -38,7 +38,7 @@ std::optional<Form> formOf(const std::string& file) {
   return std::nullopt;
 }
 
-// What stays free for the command, the name of the output and the next prompt.
+// Lines that stay free for the command, the name of the output and the next prompt.
 constexpr std::size_t kOtherLines = 4;
 constexpr std::size_t kFewestRows = 6;
 
@@ -68,7 +68,7 @@ std::string textOf(const Array& output, const std::string& name, Form form,
   return display(name, output, settings.files.empty() ? sizeOf(settings) : DisplaySize());
 }
 
-// The same, in which a refusal says of which output.
+// The same; NoNotation names the output.
 std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form,
                    const OutputSettings& settings) {
   const std::string name = outputName(i, outputs.size());
@@ -79,7 +79,7 @@ std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form,
   }
 }
 
-// Tables follow each other after an empty line.
+// Tables are separated by an empty line.
 std::string formedAll(const std::vector<Array>& outputs, Form form,
                       const OutputSettings& settings) {
   const bool isTable = form == Form::kCsv || form == Form::kTsv;
@@ -116,7 +116,7 @@ void showOutputs(const std::vector<hcyclient::Array>& outputs, const OutputSetti
   if (settings.files.empty()) {
     const Form form = settings.form.value_or(Form::kDisplay);
     std::string text = formedAll(outputs, form, settings);
-    // Only raw text could hold commands for the terminal.
+    // Only raw text can contain commands for the terminal.
     if (form == Form::kRaw && isTerminal(STDOUT_FILENO)) text = printableLines(text, 0);
     return print(text);
   }

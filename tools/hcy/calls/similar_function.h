@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the user may have meant by a URL that the server does not know.
+// Suggestions for a function that the server does not know.
 
 #pragma once
 
@@ -11,8 +11,8 @@
 
 namespace hcy::tools {
 
-// The name of the function that differs least from the path of the URL, or the only one that has
-// the same last part; empty if there is none.
+// The function whose name is most similar to the path of the URL, or the only one with the same
+// last part; empty if there is none.
 std::string_view similarFunction(std::string_view url, const std::vector<std::string_view>& names);
 
 // "; did you mean 'math/plus'?" after the server answered a call with 404, or nothing if it has no

@@ -9,8 +9,8 @@
 
 namespace hcy::tools {
 
-// On one line. The array is whole, as requireWhole() finds out. Throws hcyclient::UsageError for
-// what JSON cannot hold: two fields of one name, or a name that is not UTF-8.
+// On one line. The array must have passed requireWhole(). Throws hcyclient::UsageError if JSON
+// cannot hold it: two fields have the same name, or a name is not UTF-8.
 std::string toJson(const hcyclient::Array& array);
 
 }  // namespace hcy::tools

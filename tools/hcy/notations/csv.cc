@@ -27,7 +27,7 @@ void findNumber(CsvField& field, std::string_view text) {
   const char* const end = text.data() + text.size();
   const auto read = std::from_chars(text.data(), end, number);
   field.number = text;
-  // One that a double cannot hold is a number all the same.
+  // A number that a double cannot hold is still a number.
   field.isNumber = text.empty() || (read.ec != std::errc::invalid_argument && read.ptr == end);
 }
 
@@ -37,7 +37,7 @@ void requireUtf8(const CsvField& field) {
   }
 }
 
-// Takes the text apart into lines of fields.
+// Splits the text into lines of fields.
 class Splitter {
  public:
   Splitter(std::string_view text, char delimiter)
@@ -124,7 +124,7 @@ bool isOfNumbers(const Line& line) {
                      [](const CsvField& field) { return field.isNumber; });
 }
 
-// Names, of which some may be empty.
+// Whether the fields are names, some of which may be empty.
 bool isHeader(const Line& line) {
   return !isOfNumbers(line) && std::all_of(line.begin(), line.end(), [](const CsvField& field) {
     return field.number.empty() || !field.isNumber;
@@ -150,7 +150,7 @@ std::size_t indexOf(const CsvColumn& column, const Line& header) {
   return static_cast<std::size_t>(found - header.begin());
 }
 
-// The header is the first line if that is said, or if it looks like one.
+// The first line is a header if `hasHeader` is set, or if it looks like one.
 CsvTable tableOf(std::vector<Line> lines, bool hasHeader) {
   CsvTable table{std::move(lines)};
   std::vector<Line>& all = table.lines;

@@ -18,13 +18,13 @@ namespace hcy::tools {
 struct CsvField {
   std::size_t offset = 0;
   std::string text;
-  // Its digits in the text that was read, without the blanks around them; none if the field is
-  // empty or NA. Never of a field in quotes.
+  // The digits in the source, without blanks around them; empty if the field is empty, NA or in
+  // quotes.
   std::string_view number = {};
   bool isNumber = false;
 };
 
-// A column by its name in the first line, or by its number, counted from 0.
+// A column, by its name in the first line or by its number, counted from 0.
 struct CsvColumn {
   std::string name;
   std::optional<std::size_t> index = {};
@@ -32,25 +32,25 @@ struct CsvColumn {
 using CsvColumns = std::vector<CsvColumn>;
 
 struct CsvTable {
-  std::vector<std::vector<CsvField>> lines;  // of one length
+  std::vector<std::vector<CsvField>> lines;  // of the same length
   bool isOfNumbers = true;
 };
 
-// Whether a field that is not in quotes would be taken for a number, which may be missing.
+// Whether a field without quotes would be read as a number, or as a missing one.
 bool isCsvNumber(std::string_view field);
 
-// Leaves out lines of nothing but blanks, lines that begin with #, and a first line without a
-// number above lines of nothing but numbers. Throws BadText. The table must not outlive the text.
+// Skips blank lines, lines that begin with #, and a first line without numbers if all other lines
+// consist of numbers. Throws BadText. The table must not outlive the text.
 CsvTable tableFrom(std::string_view csv, char delimiter = ',');
 
-// A table for each choice of columns. The first line is left out also if it names a chosen column.
+// A table for each choice of columns. A first line that names a chosen column is skipped, too.
 std::vector<CsvTable> tablesFrom(std::string_view csv, char delimiter,
                                  const std::vector<CsvColumns>& choices);
 
 // A list for each line of a table of numbers; an empty field and NA are "NaN".
 JsonValue numbersOf(const CsvTable& table);
 
-// Numbers and texts.
+// A cell of the numbers and strings.
 hcyclient::Array cellOf(const CsvTable& table);
 
 }  // namespace hcy::tools

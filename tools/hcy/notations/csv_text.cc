@@ -136,7 +136,7 @@ void appendLines(std::string& out, const Grid& grid, char delimiter) {
       if (j > 0) out += delimiter;
       grid.appendField(out, i, j);
     }
-    // A line of nothing would be left out when it is read.
+    // A reader would skip a blank line.
     if (out.find_first_not_of(" \t", start) == std::string::npos && grid.columns > 0) {
       out.insert(start, "NaN");
     }

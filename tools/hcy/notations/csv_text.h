@@ -9,10 +9,10 @@
 
 namespace hcy::tools {
 
-// A line for each row of a matrix of real numbers, texts or both; of a struct, a line of its
-// fields' names and one for each element, or for each element of its fields if the struct is alone.
-// Truths are 1 and 0. Text is in quotes where it would be read as something else. Throws NoNotation
-// for what is no table. The array is whole.
+// A line for each row of a matrix of real numbers, strings or both. For a struct, a line with the
+// field names and one for each element; for a 1-by-1 struct, one for each element of its fields.
+// True is 1 and false is 0. A string that would be read as something else is quoted. Throws
+// NoNotation if the array is not a table. The array must be complete.
 std::string csvOf(const hcyclient::Array& array, char delimiter);
 
 }  // namespace hcy::tools

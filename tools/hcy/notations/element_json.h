@@ -8,7 +8,7 @@
 
 namespace hcy::tools {
 
-// The shortest digits that give the number again; what JSON has no number for as a text.
+// The shortest digits that give the same number again; NaN and infinities as strings.
 template <class T>
 void appendElement(std::string& out, T element);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Integers become doubles where no class is named, which must not change them.
+// An integer without a class becomes a double, which must not change it.
 
 #pragma once
 
@@ -11,8 +11,8 @@
 
 namespace hcy::tools {
 
-// Throws BadText, with what to write instead, if the number is written as an integer and no double
-// is equal to it.
+// Throws BadText, with what to write instead, if the number is written as an integer that a double
+// cannot hold exactly.
 void requireExactInteger(std::string_view number, std::size_t offset);
 
 // The same for all numbers in the value.

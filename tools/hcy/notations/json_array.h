@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Arrays from JSON, as docs/command-line.md tells.
+// Arrays from JSON, as docs/command-line.md describes.
 
 #pragma once
 
@@ -15,7 +15,7 @@ namespace hcy::tools {
 // Throws BadText.
 hcyclient::Array arrayFrom(const JsonValue& value);
 
-// The names that may stand behind the dollar sign of a typed value and before an argument.
+// The names of classes: after the dollar sign of a typed value, and in front of an argument.
 const std::vector<std::string_view>& typeNames();
 
 }  // namespace hcy::tools

@@ -7,7 +7,7 @@
 namespace hcy::tools {
 namespace {
 
-// How long the lists are, level by level, along the first elements.
+// The lengths of the lists, level by level, along the first elements.
 Shape lengthsOf(const JsonValue& data) {
   Shape lengths;
   for (const JsonValue* value = &data; const auto* const list = value->as<JsonList>();) {
@@ -18,7 +18,7 @@ Shape lengthsOf(const JsonValue& data) {
   return lengths;
 }
 
-// Appends the values in the order in which they are written, all lists being as long as said.
+// Appends the values in the order in which they are written. Refuses lists of other lengths.
 void collect(const JsonValue& data, const Shape& lengths, std::size_t level,
              std::vector<const JsonValue*>& values) {
   const auto* const list = data.as<JsonList>();
@@ -39,7 +39,7 @@ void collect(const JsonValue& data, const Shape& lengths, std::size_t level,
   for (const JsonValue& item : *list) collect(item, lengths, level + 1, values);
 }
 
-// From the order in which the last dimension runs fastest to that of the first one.
+// From row-major order, in which the last dimension varies fastest, to column-major order.
 std::vector<const JsonValue*> columnMajor(const std::vector<const JsonValue*>& rowMajor,
                                           const Shape& shape) {
   std::vector<const JsonValue*> values(rowMajor.size());

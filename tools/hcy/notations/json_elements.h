@@ -23,7 +23,7 @@ namespace hcy::tools {
 // The number of elements that an array can have, and the length of a dimension.
 inline constexpr std::uint64_t kLargestSize = 2147483647;
 
-// A whole number from 0 to `largest`.
+// An integer from 0 to `largest`.
 std::size_t sizeFrom(const JsonValue& value, std::uint64_t largest = kLargestSize);
 
 // Two dimensions or more.
@@ -35,7 +35,7 @@ struct Elements {
   std::vector<const JsonValue*> values;
 };
 
-// From a value alone (1-by-1), a list (a row), or lists in lists, the outermost of which is the
+// From a single value (1-by-1), a list (a row), or nested lists, of which the outermost is the
 // first dimension.
 Elements nestedElements(const JsonValue& data);
 
@@ -46,7 +46,7 @@ inline Elements elementsOf(const JsonValue& data, const JsonValue* shape) {
   return shape == nullptr ? nestedElements(data) : flatElements(data, *shape);
 }
 
-// Refuses a number of elements that does not fill the shape.
+// Throws BadText if the number of elements does not fit the shape.
 void requireCount(const JsonValue& data, std::size_t count, const Shape& shape);
 
 namespace detail {
@@ -93,8 +93,8 @@ T numberFrom(const JsonValue& value, std::string_view token,
 
 }  // namespace detail
 
-// One element: a number; for char its code unit; for logical true, false, 1 or 0; and for the
-// classes with a floating point the texts for what JSON has no number for.
+// One element: a number; for char a code unit; for logical true, false, 1 or 0; for double and
+// single also "NaN", "Infinity" and "-Infinity".
 template <class T>
 T elementFrom(const JsonValue& value) {
   if constexpr (std::is_same_v<T, bool>) {

@@ -21,7 +21,7 @@ constexpr std::array<std::string_view, 14> kClasses = {
     "uint8", "int8",   "uint16", "int16",   "uint32", "int32",  "uint64",
     "int64", "single", "double", "logical", "char",   "struct", "cell"};
 
-// Two parts of a complex array of elements T.
+// A complex array of elements T.
 template <class T>
 Array complexOf(const Elements& real, const Elements& imaginary) {
   Array array = Array::zeros<std::complex<T>>(real.shape);
@@ -34,7 +34,7 @@ Array complexOf(const Elements& real, const Elements& imaginary) {
   return array;
 }
 
-// A complex or sparse value with no class around it.
+// A complex or sparse value without another class.
 Array doubleArray(const TypedValue& value) {
   const bool isSparse = value.type == "sparse";
   if (isSparse && value.shape != nullptr) {
@@ -47,7 +47,7 @@ Array doubleArray(const TypedValue& value) {
   return array;
 }
 
-// A class around a complex or sparse value.
+// A complex or sparse value with another class before it.
 Array classOf(const TypedValue& outer, hcyClassID classId, const JsonObject& data) {
   TypedValue inner = typedValueFrom(data, outer.data->offset);
   if (inner.type == "sparse" && outer.shape == nullptr)

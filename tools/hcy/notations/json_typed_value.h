@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// An object that says of what class its array is: {"$int16": DATA, "$shape": [M, N]}.
+// An object that names the class of its array: {"$int16": DATA, "$shape": [M, N]}.
 
 #pragma once
 
@@ -19,11 +19,11 @@ struct TypedValue {
   const JsonValue* fields = nullptr;  // the same
 };
 
-// Whether a name in the object begins with a dollar sign, which no field of a struct does that is
-// written without its class.
+// Whether a name in the object begins with a dollar sign. The fields of a struct that is written
+// without its class cannot.
 bool isTyped(const JsonObject& object);
 
-// Takes the object apart; throws BadText unless it is of this kind.
+// Throws BadText if the object is not of this kind.
 TypedValue typedValueFrom(const JsonObject& object, std::size_t offset);
 
 // Each makes an array of its kind.
@@ -37,7 +37,7 @@ Array structArray(const JsonValue& data, const JsonValue* shape, const JsonValue
 // A 1-by-1 struct array.
 Array structScalar(const JsonValue& value);
 
-// Whether all of them are objects that are not typed and have the same names.
+// Whether all values are objects without a class that have the same names.
 bool areAlike(const JsonList& values);
 
 }  // namespace hcy::tools

@@ -13,7 +13,7 @@
 namespace hcy::tools {
 namespace {
 
-// Walks over the text and tells how far the parser has come.
+// Iterates over the text and records how far the parser has come.
 class Reader {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -40,14 +40,14 @@ bool belongsToNumber(char c) {
   return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.' || c == 'e' || c == 'E';
 }
 
-// Where the number begins that ends at `end`.
+// The start of the number that ends at `end`.
 std::size_t startOfNumber(std::string_view text, std::size_t end) {
   while (end > 0 && belongsToNumber(text[end - 1])) --end;
   return end;
 }
 
-// Where the text begins whose second quote is before `end`: an even number of backslashes is
-// before a quote that is not escaped.
+// The start of the string whose closing quote is before `end`. A quote is escaped if an odd number
+// of backslashes precedes it.
 std::size_t startOfText(std::string_view text, std::size_t end) {
   for (std::size_t quote = end - 1; quote > 0;) {
     quote = text.rfind('"', quote - 1);
@@ -59,8 +59,7 @@ std::size_t startOfText(std::string_view text, std::size_t end) {
   return 0;
 }
 
-// What nlohmann's parser says, without what is said elsewhere or differently: its name, the place,
-// and the text that it read last.
+// The message of nlohmann's parser without its name, the place and the text that it read last.
 std::string problemOf(const std::string& what) {
   const std::size_t start = what.find(" - ");
   if (start == std::string::npos) {
@@ -116,7 +115,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   bool string(string_t& value) override {
     return add(offset() - startOfText(text_, offset()), std::move(value));
   }
-  bool binary(binary_t&) override { return false; }  // there is none in a text
+  bool binary(binary_t&) override { return false; }  // JSON has none
   bool start_object(std::size_t) override { return open(JsonObject()); }
   bool start_array(std::size_t) override { return open(JsonList()); }
   bool end_array() override { return close(); }
@@ -160,7 +159,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   }
 
  private:
-  // The parser complains about the bracket, although the comma before it is what is too much.
+  // The parser reports the bracket, but the comma before it is the mistake.
   void requireNoStrayComma(std::size_t end) const {
     if (end == 0 || end > text_.size() || (text_[end - 1] != '}' && text_[end - 1] != ']')) return;
     const std::size_t comma = text_.substr(0, end - 1).find_last_not_of(" \t\r\n");
@@ -168,7 +167,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
     throw BadText(comma, std::string("bad JSON: trailing comma before '") + text_[end - 1] + "'");
   }
 
-  // Behind the last character that the parser has looked at.
+  // The offset after the last character that the parser has read.
   std::size_t offset() const { return static_cast<std::size_t>(reached_ - text_.data()); }
 
   JsonValue& place() {
@@ -187,7 +186,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
     return true;
   }
 
-  // The parser has looked at the character behind a number, unless the text ended there.
+  // The parser has read the character after a number, unless the text ended there.
   bool addNumber() {
     std::size_t end = offset();
     if (!belongsToNumber(text_[end - 1])) --end;
@@ -215,7 +214,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
   std::string_view text_;
   const char* const& reached_;
   JsonValue root_;
-  // What is open is the last of what it is in, so that none of them moves.
+  // Each is the last element of the one before, so none of them moves.
   std::vector<JsonValue*> open_;
 };
 
@@ -226,10 +225,10 @@ bool isMissingNumber(std::string_view word) {
 }
 
 JsonValue parseJson(std::string_view text) {
-  // The parser would take it for the end.
+  // The parser would treat it as the end.
   const std::size_t nul = text.find('\0');
   if (nul != std::string_view::npos) throw BadText(nul, "bad JSON: NUL character");
-  // Of nothing at all, newer parsers say something else.
+  // Versions of the parser differ in what they report for an empty text.
   if (text.empty()) {
     throw BadText(0, "bad JSON: unexpected end of input; expected '[', '{', or a literal");
   }

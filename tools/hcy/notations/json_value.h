@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// JSON as it was written: where each value stands, the members of objects in their order, and the
-// digits of numbers.
+// JSON as it was written: with the offset of each value, the members of objects in their order, and
+// the digits of numbers.
 
 #pragma once
 
@@ -44,8 +44,8 @@ inline constexpr std::size_t kDeepestJson = 256;
 // Whether the word is NaN, Inf or Infinity, in letters of either case: JSON has no such numbers.
 bool isMissingNumber(std::string_view word);
 
-// Reads one value (RFC 8259) that is all of the text, and throws BadText. The value must not
-// outlive the text.
+// Parses one JSON value (RFC 8259). Throws BadText, also if something follows the value. The value
+// must not outlive the text.
 JsonValue parseJson(std::string_view text);
 
 }  // namespace hcy::tools

@@ -6,7 +6,7 @@
 
 namespace hcy::tools {
 
-// An array that a notation has no form for; what() says why.
+// An array cannot be written in the notation; what() says why.
 class NoNotation : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

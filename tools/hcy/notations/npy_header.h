@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What stands before the elements in a .npy file.
+// The header of a .npy file.
 
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace hcy::tools {
 
-// NumPy itself takes no more.
+// The limit of NumPy itself.
 inline constexpr std::size_t kMostNpyDimensions = 32;
 
 struct NpyHeader {
@@ -21,13 +21,13 @@ struct NpyHeader {
   std::size_t itemSize = 0;  // in bytes; of 'U' in characters
   bool isByColumns = false;
   Shape shape;             // as in the file: of no dimension for a single value
-  std::size_t length = 0;  // of all that comes before the elements
+  std::size_t length = 0;  // of everything before the elements
 };
 
-// Throws BadInput if there is no such header, or if its type is one that no class has.
+// Throws BadInput if there is no such header, or if no class corresponds to its type.
 NpyHeader npyHeaderOf(std::string_view bytes);
 
-// The bytes before elements of `type` ("f8") that stand by columns, in the machine's byte order.
+// The header for elements of `type` ("f8") in column-major order and the machine's byte order.
 std::string npyHeader(std::string_view type, const Shape& shape);
 
 }  // namespace hcy::tools

@@ -43,7 +43,7 @@ std::string rawText(const hcyclient::Array& array) {
     try {
       return rowsOf(array);
     } catch (const hcyclient::UsageError&) {
-      // A surrogate stands alone, which no text on a terminal can show.
+      // UTF-8 cannot express an unpaired surrogate.
       return toJson(array) + "\n";
     }
   }

@@ -7,8 +7,8 @@
 
 namespace hcy::tools {
 
-// Text and single numbers as they are, without quotes and class, the rows of a char matrix on a
-// line each; anything else as JSON. Ends with a line end. The array is whole.
+// Text and single numbers without quotes and class, a char matrix with one row on each line, and
+// anything else as JSON. Ends with a line end. The array must be complete.
 std::string rawText(const hcyclient::Array& array);
 
 }  // namespace hcy::tools

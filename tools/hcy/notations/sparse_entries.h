@@ -12,8 +12,8 @@
 
 namespace hcy::tools {
 
-// Column after column. The array is whole, as requireWhole() finds out; it may have more elements
-// than a full array can have.
+// In column-major order. The array must have passed requireWhole(). Its dimensions may call for
+// more elements than a full array can have.
 template <class T>
 std::vector<hcyclient::Entry<T>> entriesOf(const hcyclient::Array& array) {
   hcyArray* const handle = array.get();

@@ -50,7 +50,7 @@ class Display {
  private:
   void line(const std::string& text) { out_ += cutToWidth(text, size_.width) + "\n"; }
 
-  // Calls use(i) for what is shown of `count`, and says between them what is left out.
+  // Calls use(i) for the elements that are shown, and adds a line for those that are left out.
   template <class Use>
   void forEachShown(std::size_t count, std::string_view what, std::size_t indent, Use use) {
     const Fold fold(count, size_.rows);
@@ -68,7 +68,7 @@ class Display {
     const std::vector<std::string> names = array.fieldNames();
     std::string fields;
     for (const std::string& name : names) fields += (fields.empty() ? "" : ", ") + printable(name);
-    // As many of these as the server says, without a byte of its reply for each.
+    // Their number costs the server no bytes: it can be as large as it likes.
     if (names.empty() && array.size() > 1) return line(header + " without fields");
     line(array.size() == 0 && !names.empty() ? header + " with fields " + fields : header);
     forEachShown(array.size(), "element", indent, [&](std::size_t i) {
@@ -115,8 +115,8 @@ class Display {
     });
   }
 
-  // Calls use(index) for the first element of each matrix, which has its place before it if there
-  // are more than two dimensions. The array has elements.
+  // Calls use(index) for the first element of each page, after a line with its place if there are
+  // more than two dimensions. The array must not be empty.
   template <class Use>
   void forEachPage(std::size_t size, const Shape& shape, std::size_t indent, Use use) {
     const std::size_t pageSize = shape[0] * shape[1];

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Arrays for a person to read.
+// Arrays for people to read.
 
 #pragma once
 
@@ -12,8 +12,8 @@
 
 namespace hcy::tools {
 
-// Name, class and shape on a line, with a single number or text behind them; otherwise the elements
-// below, in aligned columns. The array is whole, as requireWhole() finds out.
+// Name, class and shape on a line, followed by a single number or string, or by the elements below
+// in aligned columns. The array must have passed requireWhole().
 std::string display(std::string_view name, const hcyclient::Array& array, const DisplaySize& size);
 
 }  // namespace hcy::tools

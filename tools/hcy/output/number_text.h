@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Numbers for a person to read.
+// Numbers for people to read.
 
 #pragma once
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// How outputs, and the elements in them, are named to a person.
+// Names of outputs and of their elements.
 
 #pragma once
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// How far something has come, on the last line of a terminal.
+// Progress on the last line of a terminal.
 
 #pragma once
 
@@ -11,11 +11,11 @@
 
 namespace hcy::tools {
 
-// Without a bar if it is not known, by 0, how many there are. No longer than `width` columns, of
-// which one is taken at the least.
+// `all` is 0 if the total is not known; then there is no bar. At most `width` columns, but at least
+// one.
 std::string progressLine(std::uint64_t done, std::uint64_t all, double seconds, std::size_t width);
 
-// On standard error, when that is a terminal.
+// Shown on standard error, if that is a terminal.
 class ProgressBar {
  public:
   explicit ProgressBar(std::uint64_t all);
@@ -32,8 +32,8 @@ class ProgressBar {
   bool isTerminal_;
 };
 
-// The same for calls whose results are lines, 0 being a number of them that is not known. Shown
-// only if the lines go elsewhere, and ten times a second at the most.
+// The same for calls whose results are lines. Shown only if the standard output is not a terminal,
+// and at most ten times a second.
 class CallProgress {
  public:
   explicit CallProgress(std::uint64_t all);

@@ -27,8 +27,8 @@ struct Fold {
 // "… 80 more rows".
 std::string foldText(std::size_t count, std::string_view what);
 
-// As many columns as go into the width; what is left out is said below them, and of rows in their
-// place.
+// As many columns as fit into the width. A line below them counts the columns that are left out,
+// and a line in their place the rows.
 std::string alignedColumns(std::size_t rows, std::size_t columns,
                            const std::function<std::string(std::size_t, std::size_t)>& textAt,
                            std::size_t indent, const DisplaySize& size);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Where the output goes.
+// The terminal and the standard output.
 
 #pragma once
 
@@ -11,13 +11,13 @@ namespace hcy::tools {
 
 bool isTerminal(int descriptor);
 
-// The columns of a terminal, 80 where it does not tell; 0 for what is none.
+// The columns of a terminal, 80 if they are not known; 0 if the descriptor is not a terminal.
 std::size_t widthOf(int descriptor);
 
-// The lines of a terminal, 24 where it does not tell; 0 for what is none.
+// The lines of a terminal, 24 if they are not known; 0 if the descriptor is not a terminal.
 std::size_t heightOf(int descriptor);
 
-// Writes to the standard output; throws std::system_error when it cannot be written.
+// Writes to the standard output; throws std::system_error if that fails.
 void print(std::string_view text);
 
 }  // namespace hcy::tools

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The user's file of settings, config.toml: servers with their names.
+// The configuration file, config.toml: servers and their settings.
 
 #pragma once
 
@@ -14,11 +14,11 @@ namespace hcy::tools {
 struct Server {
   std::string url;
   Settings settings;
-  std::string problem;  // why its secrets must not be used, with the place; empty if they may
+  std::string problem;  // why its secrets cannot be used, with the place; empty if they can
 };
 
 struct Configuration {
-  std::string file;           // where it was looked for
+  std::string file;           // its name, also if there is none
   std::string defaultServer;  // its name; may be empty
   std::map<std::string, Server> servers;
 };
@@ -27,7 +27,7 @@ struct Configuration {
 // Names of files in it are relative to its directory. Throws BadInput with the place.
 Configuration readConfiguration();
 
-// Throws BadInput if others than its owner can read the file, or if it is not there.
+// Throws BadInput if the file is accessible to other users, or if there is no such file.
 void requirePrivate(const std::string& file);
 
 }  // namespace hcy::tools

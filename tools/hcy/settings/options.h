@@ -16,7 +16,7 @@
 
 namespace hcy::tools {
 
-// The settings of a connection; what is absent stays as the library has it.
+// The settings of a connection; those that are absent have the defaults of the library.
 struct Settings : TlsSettings {
   std::optional<double> timeout;              // seconds
   std::optional<std::uint32_t> largestReply;  // bytes
@@ -41,13 +41,13 @@ struct Options {
   // call
   OutputSettings output;
   bool isVerbose = false;
-  std::string requestFile, replyFile;  // where the bodies are kept
+  std::string requestFile, replyFile;  // where the bodies are saved
   unsigned retries = 0;
   std::optional<std::string> each;  // the file with a call on each line
   unsigned jobs = 1;
 
   // bench
-  std::optional<std::uint64_t> calls;  // kUsualCalls, or as many as go into the duration
+  std::optional<std::uint64_t> calls;  // kUsualCalls, or as many as fit into the duration
   unsigned threads = 1;
   std::uint64_t warmUps = 0;
   double duration = 0, rate = 0;  // seconds and calls per second; 0 for no limit
@@ -60,15 +60,15 @@ struct Options {
   Body body = Body::kDetected;
   bool showsSchema = false;
 
-  // Whether the bodies and times of a call are wanted.
+  // Whether the bodies or times of a call are requested.
   bool isOpen() const { return isVerbose || !requestFile.empty() || !replyFile.empty(); }
 
-  // Whether outputs and failures are for a program to read.
+  // Whether outputs and failures are JSON.
   bool isJson() const { return output.form == Form::kJson; }
 };
 
 struct CommandLine {
-  // Absent if there is nothing to do: help or version was asked for, or an option is wrong.
+  // Absent if there is nothing to do: help or version was printed, or an option is wrong.
   std::optional<Options> options;
   int exitStatus = 0;
 };

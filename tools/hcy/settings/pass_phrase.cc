@@ -33,7 +33,7 @@ class Descriptor {
   int descriptor_;
 };
 
-// The next byte; false at the end, of which errno tells.
+// Reads the next byte; false at the end or on failure, with errno 0 at the end.
 bool readByte(const Descriptor& from, char& byte) {
   ssize_t count = 0;
   errno = 0;
@@ -50,7 +50,7 @@ void append(Secret& secret, char byte) {
   }
 }
 
-// Typing is neither shown nor turned into signals, which would leave the terminal so.
+// Turns off echo, and signals of the keyboard, which would leave the terminal without echo.
 class SilentTerminal {
  public:
   explicit SilentTerminal(const Descriptor& terminal) : terminal_(terminal) {
@@ -79,7 +79,7 @@ class SilentTerminal {
 };
 
 void write(const Descriptor& terminal, std::string_view text) {
-  // Where the question cannot be shown, the answer will not come either.
+  // If the question cannot be shown, the answer cannot be read either.
   static_cast<void>(!::write(terminal.get(), text.data(), text.size()));
 }
 

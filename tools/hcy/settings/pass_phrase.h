@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Where the pass phrase of a private key comes from: never from the command line, which others on
-// the machine can read.
+// Reads the pass phrase of a private key. It never comes from the command line, which other users
+// of the machine can read.
 
 #pragma once
 
@@ -14,8 +14,8 @@ namespace hcy::tools {
 // The first line of a file. Throws BadInput.
 Secret passPhraseOfFile(const std::string& file);
 
-// Asks on the terminal of the process, which shows nothing of what is typed. Throws BadInput when
-// there is no terminal, or nothing was typed.
+// Asks on the terminal of the process, without echo. Throws BadInput if there is no terminal, or if
+// nothing was typed.
 Secret passPhraseOfTerminal();
 
 }  // namespace hcy::tools

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Pass phrases, which leave no trace behind.
+// Pass phrases, which are wiped from memory.
 
 #pragma once
 
@@ -11,10 +11,10 @@
 
 namespace hcy::tools {
 
-// A text whose memory is wiped when it goes.
+// A string whose memory is wiped when it is destroyed.
 class Secret {
  public:
-  // Room for all that is read, so that growing leaves no copies.
+  // Reserved at once: growing would leave copies.
   static constexpr std::size_t kLongest = 1023;
 
   Secret() { text_.reserve(kLongest); }
@@ -22,13 +22,13 @@ class Secret {
   Secret& operator=(Secret&&) = delete;
   ~Secret() { ::explicit_bzero(text_.data(), text_.capacity()); }
 
-  // Appends a character; false when it is too long.
+  // Appends a character; false if the string is full.
   bool append(char c) {
     if (text_.size() == kLongest) return false;
     text_ += c;
     return true;
   }
-  // Takes the last character away, which in UTF-8 may be several bytes.
+  // Removes the last character, which in UTF-8 may be several bytes.
   void removeLast() {
     const auto isContinued = [this] {
       return !text_.empty() && (static_cast<unsigned char>(text_.back()) & 0xC0U) == 0x80;

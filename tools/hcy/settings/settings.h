@@ -8,8 +8,8 @@
 
 namespace hcy::tools {
 
-// A configuration with these settings, the time-out rounded up to whole seconds; asks for the pass
-// phrase if it is to be asked for. Throws BadInput.
+// A configuration with these settings, the time-out rounded up to whole seconds. Asks for the pass
+// phrase if the settings say so. Throws BadInput.
 hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& settings);
 
 }  // namespace hcy::tools

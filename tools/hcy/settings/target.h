@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Which server a call goes to.
+// The server that a call goes to.
 
 #pragma once
 
@@ -8,9 +8,9 @@
 
 namespace hcy::tools {
 
-// Makes a URL of what the user gave in its place: @SERVER/PATH or @SERVER PATH, with the settings
-// of that server where the command line has none, or a path on the server of $HCY_SERVER or of the
-// configuration file. What has a scheme stays as it is. Throws BadInput.
+// Replaces what the user gave by a URL: @SERVER/PATH or @SERVER PATH, with the settings of that
+// server unless the command line has them, or a path on the server of $HCY_SERVER or of the
+// configuration file. A URL with a scheme is left unchanged. Throws BadInput.
 void resolveTarget(Options& options);
 
 }  // namespace hcy::tools

@@ -18,7 +18,7 @@ bool isSame(char a, char b) {
 
 }  // namespace
 
-// libcurl would also read files and speak other protocols, and guess a scheme that is missing.
+// libcurl also supports files and other protocols, and guesses a missing scheme.
 void requireHttp(std::string_view url) {
   const std::size_t end = url.find("://");
   if (end == std::string_view::npos) {

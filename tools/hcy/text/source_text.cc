@@ -15,13 +15,13 @@
 namespace hcy::tools {
 namespace {
 
-// What goes into a call at all.
+// No request can be larger.
 constexpr std::size_t kLongestFile = 2147483647;
 
-// So much of a line is shown on either side of the place.
+// How many bytes of a line are shown on either side of the mistake.
 constexpr std::size_t kExcerpt = 36;
 
-// The end of the last bytes of the text that are no more than the excerpt, between code points.
+// The end of the text, at most kExcerpt bytes, beginning at a code point.
 std::string_view lastOf(std::string_view text) {
   if (text.size() <= kExcerpt) return text;
   text.remove_prefix(text.size() - kExcerpt);

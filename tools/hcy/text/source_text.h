@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Texts that come from outside, and what is wrong with them.
+// Files and arguments, and messages about mistakes in them.
 
 #pragma once
 
@@ -17,27 +17,27 @@ class BadInput : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Something is wrong at an offset of a text, whose name is known further out.
+// A mistake at an offset of a text. The caller knows the name of the text.
 class BadText : public std::runtime_error {
  public:
   BadText(std::size_t at, const std::string& problem) : std::runtime_error(problem), offset(at) {}
   std::size_t offset;
 };
 
-// What BadInput says of it: name, line and column, the problem, and the line with a mark below the
-// place.
+// The message for BadInput: name, line and column, the problem, and the line with a mark below the
+// mistake.
 std::string located(const std::string& name, std::string_view text, const BadText& problem);
 
-// The same of a text of one line, without name and line.
+// The same for a text of one line, without name and line.
 std::string locatedInLine(std::string_view text, const BadText& problem);
 
-// The name of a file in which "~/" at the start is the home directory.
+// Replaces "~/" at the start of a file name by the home directory.
 std::string expandedHome(std::string_view file);
 
 // The contents of a file, or of the standard input for "-"; throws BadInput.
 std::string contentsOf(const std::string& file);
 
-// Makes the file, or writes over it; throws std::system_error with its name.
+// Creates the file or overwrites it; throws std::system_error with its name.
 void writeFile(const std::string& file, std::string_view contents);
 
 }  // namespace hcy::tools

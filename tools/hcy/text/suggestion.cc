@@ -13,7 +13,7 @@ namespace {
 // Nobody misspells a word longer than this, and the time grows with the square.
 constexpr std::size_t kLongest = 64;
 
-// How many letters are to be inserted, removed, replaced or exchanged with their neighbour.
+// How many letters must be inserted, removed, replaced or exchanged with their neighbour.
 std::size_t distance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> before;
   std::vector<std::size_t> above(b.size() + 1);

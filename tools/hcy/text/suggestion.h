@@ -8,10 +8,10 @@
 
 namespace hcy::tools {
 
-// The known word that differs least; empty if none is near.
+// The known word that is most similar; empty if none is similar enough.
 std::string_view nearestWord(std::string_view word, const std::vector<std::string_view>& known);
 
-// "; did you mean WORD?" for that word, or nothing if none is near.
+// "; did you mean WORD?" for that word, or nothing if none is similar enough.
 std::string suggestionFor(std::string_view word, const std::vector<std::string_view>& known);
 
 }  // namespace hcy::tools

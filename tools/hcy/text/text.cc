@@ -25,7 +25,7 @@ bool isIn(const Range (&ranges)[count], char32_t codePoint) {
   });
 }
 
-// Marks that stand above or below the character before them, and what joins characters.
+// Combining marks and joiners.
 constexpr Range kNoColumn[] = {{0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD},
                                {0x0610, 0x061A}, {0x064B, 0x065F}, {0x1AB0, 0x1AFF},
                                {0x1DC0, 0x1DFF}, {0x200B, 0x200D}, {0x20D0, 0x20FF},
@@ -46,7 +46,7 @@ void appendQuoted(std::string& out, char32_t codePoint) {
   appendUtf8(out, codePoint);
 }
 
-// Takes a code point off the units; a surrogate that stands alone is taken as itself.
+// Removes a code point from the units and returns it; an unpaired surrogate is returned as it is.
 char32_t takeFromUnits(std::u16string_view& units) {
   const char32_t unit = units.front();
   units.remove_prefix(1);

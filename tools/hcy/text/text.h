@@ -11,8 +11,8 @@
 
 namespace hcy::tools {
 
-// Takes the first code point off the text, which must not be empty; what is not well-formed
-// (RFC 3629) is taken off byte by byte, as nothing.
+// Removes the first code point from the text, which must not be empty, and returns it. Returns
+// nothing for bytes that are not well-formed UTF-8 (RFC 3629), which are removed one by one.
 std::optional<char32_t> takeCodePoint(std::string_view& text);
 
 void appendUtf8(std::string& out, char32_t codePoint);
@@ -20,32 +20,32 @@ void appendUtf8(std::string& out, char32_t codePoint);
 // Appends `\n`, `\u001b` or the like.
 void appendEscape(std::string& out, char32_t unit);
 
-// Whether a terminal could take it for a command, or show what follows in another order.
+// Whether a terminal could treat it as a command, or show what follows in another order.
 bool isControl(char32_t codePoint);
 
-// The text in quotes as JSON; nothing when it is not UTF-8.
+// The text as a JSON string; nothing if it is not UTF-8.
 std::optional<std::string> quotedJson(std::string_view utf8);
 
-// The same of any text: what is not UTF-8 is replaced.
+// The same for any text: bytes that are not UTF-8 are replaced.
 std::string quotedValid(std::string_view text);
 
-// The same from UTF-16; nothing when a surrogate stands alone.
+// The same from UTF-16; nothing if a surrogate is unpaired.
 std::optional<std::string> quotedJson(std::u16string_view units);
 
-// In quotes for a person: a surrogate that stands alone is shown as JSON would escape it.
+// In quotes for display: an unpaired surrogate is escaped.
 std::string quotedForDisplay(std::u16string_view units);
 
-// Made fit for a terminal: control characters are escaped, bytes that are not UTF-8 replaced.
+// Safe for a terminal: control characters are escaped, bytes that are not UTF-8 are replaced.
 std::string printable(std::string_view text);
 
-// The same for a text of several lines, those behind the first one indented.
+// The same for several lines, all but the first one indented.
 std::string printableLines(std::string_view text, std::size_t indent);
 
-// How many columns of a terminal the text takes.
+// The width of the text in columns of a terminal.
 std::size_t displayWidth(std::string_view text);
 
-// The text cut to a number of columns, the last of which shows that something is missing. No
-// columns means no limit.
+// The text cut to a number of columns, with "…" in the last one if something is missing. 0 means no
+// limit.
 std::string cutToWidth(std::string_view text, std::size_t columns);
 
 }  // namespace hcy::tools
