@@ -41,9 +41,10 @@ Failure currentFailure() {
 }
 
 std::string failureText(const Failure& failure) {
-  // What the user gave wrong is shown as a text of ours, in which a mark stands below the place.
+  // The message about a mistake of the user has lines of its own, which are already safe.
   const bool isOurs = failure.kind == "usage";
-  const std::string line = failure.line ? "line " + std::to_string(*failure.line) + ": " : "";
+  const std::string line =
+      failure.line ? "line " + std::to_string(*failure.line) + (isOurs ? ", " : ": ") : "";
   std::string text =
       "hcy: " + line + (isOurs ? failure.message : printableLines(failure.message, 5)) + "\n";
   if (!failure.identifier.empty()) text += "identifier: " + printable(failure.identifier) + "\n";

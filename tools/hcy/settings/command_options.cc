@@ -77,7 +77,7 @@ CLI::Validator unnamed(Validator validator) {
 void addSettings(CLI::App& app, Settings& settings) {
   const char* const group = "Connection";
   app.add_option("-m,--timeout,--max-time", settings.timeout,
-                 "Longest time for one call; 0 for no limit [120]")
+                 "Maximum time for one call; 0 for no limit [120]")
       ->type_name("SECONDS")
       ->check(unnamed(CLI::Validator(secondsProblem, "", "")))
       ->group(group);
@@ -140,8 +140,8 @@ void addOutput(CLI::App& app, OutputSettings& output) {
   }
   app.add_option(
          "-o,--output", output.files,
-         "Write to a file, as its ending says: .json .csv .tsv .npy .txt; repeat the option "
-         "to write each output to its own file")
+         "Write to a file in the format of its ending (.json .csv .tsv .npy .txt); repeat the "
+         "option to write each output to its own file")
       ->type_name("FILE")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
@@ -157,7 +157,7 @@ void addOutput(CLI::App& app, OutputSettings& output) {
 }
 
 // What shows the details of a single call.
-std::vector<CLI::Option*> addSeeing(CLI::App& app, Options& options) {
+std::vector<CLI::Option*> addDiagnostics(CLI::App& app, Options& options) {
   const char* const group = "Diagnostics";
   std::vector<CLI::Option*> all = {
       app.add_flag("-v,--verbose", options.isVerbose,
@@ -170,7 +170,7 @@ std::vector<CLI::Option*> addSeeing(CLI::App& app, Options& options) {
   return all;
 }
 
-void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& seeing) {
+void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& diagnostics) {
   const char* const group = "Many calls";
   app.add_option("--retry", options.retries,
                  "Call again up to N times if the connection or the server fails [0]")
@@ -188,7 +188,7 @@ void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& s
           ->type_name("[FILE]")
           ->expected(0, 1)
           ->group(group);
-  for (CLI::Option* const option : seeing) option->excludes(each);
+  for (CLI::Option* const option : diagnostics) option->excludes(each);
   app.add_option("-j,--jobs", options.jobs, "Calls to make at once [1]")
       ->type_name("N")
       ->check(between(1U, 1024U))
@@ -199,7 +199,7 @@ void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& s
 void addCall(CLI::App& app, Options& options) {
   CLI::App* const call = addCalling(app, "call", "Call a function and show its outputs", options);
   addOutput(*call, options.output);
-  addEach(*call, options, addSeeing(*call, options));
+  addEach(*call, options, addDiagnostics(*call, options));
   addSettings(*call, options.settings);
   call->footer(std::string(kArgumentHelp) + kCallExamples);
 }

@@ -9,7 +9,7 @@ namespace hcy::tools {
 inline constexpr const char* kArgumentHelp = R"(An ARG is one of:
   5  true  '"text"'  '{"a":1}'                         JSON
   [1,2]  [[1],[2]]  [[1,2],[3,4]]                      a row, a column, rows
-  int16:[1,2]  float32:0.5                             JSON of the class in front
+  int16:[1,2]  float32:0.5                             JSON with a class
   text:hello  text:@notes.txt  text:-                  text
   @data.json  @table.csv  @table.tsv  @a.npy           a file
   -  csv:-  tsv:-                                      the standard input

@@ -32,7 +32,7 @@ std::string suggestedCommand(const CLI::App& app, std::string_view word) {
   return suggestionFor(word, {names.begin(), names.end()});
 }
 
-// `command` is the command whose options are in question, or empty.
+// `command` is the command whose help is suggested, or empty.
 CommandLine refused(const std::string& problem, bool isJson, const std::string& command) {
   const Failure failure{"usage", printable(problem), kUsage};
   std::cerr << failureAs(isJson, failure);
@@ -54,7 +54,7 @@ void requireNoOptions(const std::vector<std::string>& arguments) {
   }
 }
 
-// For the first word that is taken for an option which the command does not have.
+// For the first option that the command does not have.
 std::string suggestedOption(const CLI::App& app, const std::vector<std::string>& words) {
   std::vector<std::string> names;
   const auto commands = app.get_subcommands();
@@ -73,8 +73,7 @@ std::string suggestedOption(const CLI::App& app, const std::vector<std::string>&
   return {};
 }
 
-// Two dashes end the options elsewhere; no argument can be mistaken for one here. `help call` is
-// `call --help`.
+// Ignores `--`: no argument here can be mistaken for an option. `help call` is `call --help`.
 std::vector<std::string> wordsOf(int argc, char** argv) {
   std::vector<std::string> words(argv + 1, argv + argc);
   std::erase(words, "--");
@@ -105,20 +104,24 @@ CommandLine parseCommandLine(int argc, char** argv) {
   addCommands(app, options);
   const std::vector<std::string> words = wordsOf(argc, argv);
   const bool isJson = std::find(words.begin(), words.end(), "--json") != words.end();
-  if (!words.empty() && words.front()[0] != '-' && !isCommand(app, words.front())) {
+  if (words.empty()) return refused("a command is required", isJson, "");
+  if (words.front()[0] != '-' && !isCommand(app, words.front())) {
     return refused("there is no command " + words.front() + suggestedCommand(app, words.front()),
                    isJson, "");
   }
-  const std::string command =
-      !words.empty() && isCommand(app, words.front()) ? words.front() : std::string();
+  const std::string command = isCommand(app, words.front()) ? words.front() : std::string();
   try {
-    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // as the parser takes them
+    app.parse(std::vector<std::string>(words.rbegin(),
+                                       words.rend()));  // in the order that the parser expects
     const CLI::App* const parsed = app.get_subcommands().front();
     options.command = commandNamed(parsed->get_name());
     options.arguments = parsed->remaining();
     requireNoOptions(options.arguments);
   } catch (const CLI::ExtrasError& problem) {
-    return refused(problem.what() + suggestedOption(app, words), isJson, command);
+    const std::string text = problem.what();  // the words are after a colon
+    return refused("unexpected argument" + text.substr(std::min(text.find(':'), text.size())) +
+                       suggestedOption(app, words),
+                   isJson, command);
   } catch (const CLI::ParseError& outcome) {
     if (outcome.get_exit_code() == 0) return {std::nullopt, app.exit(outcome)};
     return refused(outcome.what(), isJson, command);
