@@ -228,7 +228,7 @@ class PassPhrase(unittest.TestCase):
         self.assertEqual((done.stderr, done.returncode), (
             "hcy: HTTP status 404 Not Found; did you mean 'math/plus'?\n", 2))
 
-    def test_a_call_from_near_checks_certificates_as_any_other(self):
+    def test_a_verbose_call_checks_certificates_as_any_other(self):
         without_authority = [*self.command[:5], '-v']
         seen = subprocess.run(without_authority, capture_output=True, text=True, check=False)
         plain = subprocess.run(without_authority[:-1], capture_output=True, text=True, check=False)

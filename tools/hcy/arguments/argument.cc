@@ -23,7 +23,7 @@ namespace {
 using hcyclient::Array;
 using Classes = std::vector<std::string_view>;
 
-// Puts the classes around the value: int16:1 is {"$int16":1}.
+// Adds the classes to the value: int16:1 is {"$int16":1}.
 JsonValue typed(JsonValue value, const Classes& classes) {
   for (const std::string_view type : classes) {
     const std::size_t offset = value.offset;
@@ -76,7 +76,7 @@ std::vector<Array> one(Array array) {
   return arrays;
 }
 
-// What the text means. Throws BadText.
+// The arrays that the text describes. Throws BadText.
 std::vector<Array> arraysOf(const ArgumentWords& words, std::string_view text,
                             const ArgumentSettings& settings) {
   switch (words.notation) {
@@ -109,8 +109,8 @@ std::vector<Array> arraysOfFile(const ArgumentWords& words, const ArgumentSettin
     return arraysOf(words, text, settings);
   } catch (const BadText& problem) {
     if (words.notation == Notation::kNpy) throw BadInput(name + ": " + problem.what());
-    const bool isOther = words.notation == Notation::kJson && !words.isNotationSaid &&
-                         !words.file->ends_with(".json");
+    const bool isOther =
+        words.notation == Notation::kJson && !words.hasNotation && !words.file->ends_with(".json");
     throw BadInput(located(name, text, problem) + (isOther ? hintForFile(*words.file) : ""));
   } catch (const BadInput& problem) {
     throw BadInput(name + ": " + problem.what());
@@ -131,7 +131,7 @@ std::string hintForText(std::string_view word) {
   return "\n  (for text, write '\"" + text + "\"' or text:" + text + ")";
 }
 
-// The slips to expect: words without quotes, and quotes that the shell has taken away.
+// Hints for common mistakes: words without quotes, and quotes that the shell has removed.
 std::string hintFor(std::string_view argument) {
   if (argument.empty() || isMissingNumber(argument)) return {};
   if (isLetter(argument[0])) return hintForText(argument);

@@ -51,7 +51,7 @@ std::vector<std::string_view> classesNamed(std::string_view word) {
 }
 
 void takePrefix(std::string_view argument, ArgumentWords& words) {
-  while (!words.isNotationSaid) {
+  while (!words.hasNotation) {
     const std::string_view rest = argument.substr(words.length);
     const std::size_t colon = rest.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789");
     if (colon == 0 || colon == std::string_view::npos || rest[colon] != ':') return;
@@ -61,11 +61,10 @@ void takePrefix(std::string_view argument, ArgumentWords& words) {
     const std::vector<std::string_view> classes = classesNamed(word);
     if (notation != kNotations.end()) {
       words.notation = notation->second;
-      words.isNotationSaid = true;
+      words.hasNotation = true;
     } else if (classes.empty()) {
       refuseWord(word, words.length);
     } else {
-      // One around complex or sparse is all that can be.
       if (words.classes.size() + classes.size() > 2) {
         throw BadText(words.length, "too many classes: only complex or sparse can follow a class");
       }
@@ -179,16 +178,16 @@ ArgumentWords argumentWords(std::string_view argument) {
   if (rest.starts_with('@')) rest.remove_prefix(1);
   const std::size_t bracket = rest.ends_with(']') ? rest.find('[') : std::string_view::npos;
   const std::string_view file = rest.substr(0, bracket);
-  const Notation notation = words.isNotationSaid ? words.notation : notationOf(file);
+  const Notation notation = words.hasNotation ? words.notation : notationOf(file);
   if (bracket != std::string_view::npos && isTable(notation)) {
     const auto offset = static_cast<std::size_t>(rest.data() - argument.data()) + bracket;
     words.choices = ColumnReader(rest.substr(bracket), offset).read();
     words.notation = notation;
     words.file = expandedHome(file);
   } else if (rest.starts_with("-[")) {
-    words.literal = rest;  // not a table: a mistake for the parser to tell
+    words.literal = rest;  // not a table: the parser reports it
   } else {
-    words.notation = words.isNotationSaid ? words.notation : notationOf(rest);
+    words.notation = words.hasNotation ? words.notation : notationOf(rest);
     words.file = expandedHome(rest);
   }
   return words;

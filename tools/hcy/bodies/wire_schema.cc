@@ -14,14 +14,14 @@ namespace {
 using google::protobuf::DescriptorProto;
 using google::protobuf::FieldDescriptorProto;
 
-// A body is shown as it is: texts that are not UTF-8 would make it no message at all.
-void takeTextsAsBytes(DescriptorProto& type) {
+// Makes strings bytes: the parser would refuse a body with a string that is not UTF-8.
+void readStringsAsBytes(DescriptorProto& type) {
   for (FieldDescriptorProto& field : *type.mutable_field()) {
     if (field.type() == FieldDescriptorProto::TYPE_STRING) {
       field.set_type(FieldDescriptorProto::TYPE_BYTES);
     }
   }
-  for (DescriptorProto& nested : *type.mutable_nested_type()) takeTextsAsBytes(nested);
+  for (DescriptorProto& nested : *type.mutable_nested_type()) readStringsAsBytes(nested);
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ WireSchema::WireSchema() {
     throw std::logic_error("the schema cannot be read");
   }
   for (auto& file : *files.mutable_file()) {
-    for (DescriptorProto& type : *file.mutable_message_type()) takeTextsAsBytes(type);
+    for (DescriptorProto& type : *file.mutable_message_type()) readStringsAsBytes(type);
     if (pool_.BuildFile(file) == nullptr) throw std::logic_error("the schema is invalid");
   }
 }

@@ -17,10 +17,10 @@
 #include "calls/exit_status.h"
 #include "calls/failure.h"
 #include "calls/incomplete_output.h"
-#include "calls/open_call.h"
 #include "calls/outputs.h"
 #include "calls/retry.h"
 #include "calls/similar_function.h"
+#include "calls/traced_call.h"
 #include "settings/settings.h"
 #include "settings/url.h"
 #include "text/text.h"
@@ -28,7 +28,7 @@
 namespace hcy::tools {
 namespace {
 
-// Ends the program after a time that is no whole number of seconds, in the words of the library.
+// Ends the program after a fraction of a second, with the message of the library.
 void limit(std::optional<Deadline>& deadline, const Options& options) {
   const double seconds = options.settings.timeout.value_or(0);
   if (seconds == std::trunc(seconds)) return;
@@ -39,7 +39,7 @@ void limit(std::optional<Deadline>& deadline, const Options& options) {
   });
 }
 
-// With -v, a line between a call and the next.
+// With -v, shows a line before each retry.
 void showRetry(const hcyclient::CallError& problem, double seconds) {
   std::cerr << "* " << printable(problem.what()) << "; retrying in " << seconds << " s\n";
 }
@@ -50,7 +50,7 @@ std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
                                             const Options& options) {
   if (options.isOpen()) {
     return callWithRetries(
-        options.retries, [&] { return openCall(library, config, inputs, options); },
+        options.retries, [&] { return tracedCall(library, config, inputs, options); },
         [&](const hcyclient::CallError& problem, double seconds) {
           if (options.isVerbose) showRetry(problem, seconds);
         });

@@ -13,7 +13,7 @@
 namespace hcy::tools {
 namespace {
 
-constexpr double kMostSeconds = 2;
+constexpr double kLongestWait = 2;
 constexpr std::uint32_t kLargestIndex = 1048576;
 
 // Where the path begins: at a slash, or at the end of the URL.
@@ -58,7 +58,7 @@ std::string functionSuggestion(hcyclient::Config& config, const std::string& url
                                double seconds) noexcept {
   try {
     config.setResponseSizeLimit(kLargestIndex);
-    const double limit = seconds > 0 ? std::min(seconds, kMostSeconds) : kMostSeconds;
+    const double limit = seconds > 0 ? std::min(seconds, kLongestWait) : kLongestWait;
     const Exchange index = get(config, rootOf(url), {"Accept: application/json"}, limit);
     if (index.status != 200) return {};
     const std::vector<Function> functions = functionsIn(index.reply);

@@ -28,18 +28,18 @@ bool isPlain(T element) {
   return true;
 }
 
-// Whether nested lists give this shape again. Those of 0-by-n would not say n, and those of m-by-0
-// would be m lists for no element.
+// Whether nested lists can express this shape. Those of a 0-by-n array would lose n, and those of
+// an m-by-0 array would be m lists without an element.
 bool isNested(const Shape& shape) {
   return shape == Shape{0, 0} || (shape.size() == 2 && shape[0] > 0 && shape[1] > 0);
 }
 
-// Whether a list alone is an array of this shape again.
+// Whether a single list can express this shape.
 bool isRow(const Shape& shape) {
   return shape == Shape{0, 0} || (shape.size() == 2 && shape[0] == 1 && shape[1] > 0);
 }
 
-// Lists of the rows; a row as one list, and one element alone.
+// A list of the rows, a row as a single list, or a single element.
 template <class T>
 void appendNested(std::string& out, Span<const T> elements, const Shape& shape) {
   if (shape == Shape{1, 1}) return appendElement(out, elements[0]);
@@ -69,8 +69,8 @@ void appendData(std::string& out, Span<const T> elements, const Array& array) {
 }
 
 // Ends a typed value.
-void appendShape(std::string& out, const Shape& shape, bool isSaid) {
-  if (isSaid) {
+void appendShape(std::string& out, const Shape& shape, bool isExplicit) {
+  if (isExplicit) {
     out += ",\"$shape\":[";
     for (std::size_t i = 0; i < shape.size(); ++i) {
       if (i > 0) out += ',';
@@ -99,7 +99,7 @@ void appendComplex(std::string& out, const Array& array) {
   if (!isDouble) out += '}';
 }
 
-// Double and logical arrays need no class before them where lists say it all.
+// Double and logical arrays need no class if nested lists express them.
 template <class T>
 void appendFull(std::string& out, const Array& array) {
   const Shape shape = shapeOf(array);
@@ -107,16 +107,17 @@ void appendFull(std::string& out, const Array& array) {
     if (array.imaginary<T>().size() > 0) return appendComplex<T>(out, array);
   }
   const Span<const T> elements = array.span<T>();
-  const bool isSaid = !isNested(shape) || !(std::is_same_v<T, double> || std::is_same_v<T, bool>) ||
-                      (std::is_same_v<T, bool> && elements.empty()) ||
-                      !std::all_of(elements.begin(), elements.end(), isPlain<T>);
-  if (!isSaid) return appendData(out, elements, array);
+  const bool isExplicit = !isNested(shape) ||
+                          !(std::is_same_v<T, double> || std::is_same_v<T, bool>) ||
+                          (std::is_same_v<T, bool> && elements.empty()) ||
+                          !std::all_of(elements.begin(), elements.end(), isPlain<T>);
+  if (!isExplicit) return appendData(out, elements, array);
   openType(out, array.className());
   appendData(out, elements, array);
   appendShape(out, shape, !isNested(shape));
 }
 
-// The rows of a matrix as texts; nothing when one cuts a pair of surrogates apart.
+// The rows of a matrix as strings; nothing if a row ends within a pair of surrogates.
 std::optional<std::string> quotedRows(Span<const char16_t> units, const Shape& shape) {
   std::string rows;
   for (std::size_t i = 0; i < shape[0]; ++i) {
@@ -149,9 +150,9 @@ template <class T>
 void appendSparse(std::string& out, const Array& array) {
   bool isFirst = true;
   const auto entries = entriesOf<T>(array);
-  // Without entries nothing else tells.
-  const bool isSaid = !std::is_same_v<T, double> && entries.empty();
-  if (isSaid) openType(out, std::is_same_v<T, bool> ? "logical" : "complex");
+  // The entries show the class, if there are any.
+  const bool isExplicit = !std::is_same_v<T, double> && entries.empty();
+  if (isExplicit) openType(out, std::is_same_v<T, bool> ? "logical" : "complex");
   out += R"({"$sparse":{"rows":)" + std::to_string(array.rows()) +
          ",\"cols\":" + std::to_string(array.columns()) + ",\"entries\":[";
   for (const auto& entry : entries) {
@@ -166,12 +167,12 @@ void appendSparse(std::string& out, const Array& array) {
     }
     out += ']';
   }
-  out += isSaid ? "]}}}" : "]}}";
+  out += isExplicit ? "]}}}" : "]}}";
 }
 
 void appendValue(std::string& out, const Array& array);
 
-// What JSON shows of a value, by which a list is told to be mixed.
+// The kind of a value in JSON. A list of different kinds is a cell.
 enum class Look { kNumber, kTruth, kText, kList, kObject, kTyped };
 
 Look lookOf(std::string_view json) {
@@ -229,13 +230,13 @@ void appendStruct(std::string& out, const Array& array) {
   const Shape shape = shapeOf(array);
   const std::vector<std::string> names = array.fieldNames();
   const std::vector<std::string> shown = quotedNames(names);
-  // Elements without fields are no more than their number, which the shape says.
+  // Of elements without fields, only the number is written, as the shape.
   const bool isShapeAlone = names.empty() && array.size() > 1;
-  const bool isSaid = !isRow(shape) || array.size() == 0 || isShapeAlone ||
-                      std::any_of(names.begin(), names.end(),
-                                  [](const auto& name) { return name.starts_with('$'); });
-  const bool isAlone = !isSaid && shape[1] == 1;
-  if (isSaid) openType(out, "struct");
+  const bool isExplicit = !isRow(shape) || array.size() == 0 || isShapeAlone ||
+                          std::any_of(names.begin(), names.end(),
+                                      [](const auto& name) { return name.starts_with('$'); });
+  const bool isAlone = !isExplicit && shape[1] == 1;
+  if (isExplicit) openType(out, "struct");
   if (!isAlone) out += '[';
   for (std::size_t i = 0; i < array.size() && !isShapeAlone; ++i) {
     out += i == 0 ? "{" : ",{";
@@ -247,7 +248,7 @@ void appendStruct(std::string& out, const Array& array) {
     out += '}';
   }
   if (!isAlone) out += ']';
-  if (!isSaid) return;
+  if (!isExplicit) return;
   if (array.size() == 0 && !names.empty()) {
     for (std::size_t field = 0; field < names.size(); ++field) {
       out += (field == 0 ? ",\"$fields\":[" : ",") + shown[field];

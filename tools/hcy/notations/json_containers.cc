@@ -66,7 +66,7 @@ void setFields(Array& array, std::size_t i, const JsonObject& object) {
   for (const JsonMember& member : object) array(i, member.name) = arrayFrom(member.value);
 }
 
-// Refuses an element that is no object with these names; their order does not matter.
+// Throws BadText if an element is not an object with these names, in any order.
 void requireNames(const JsonValue& value, const Names& sorted) {
   const auto* const object = value.as<JsonObject>();
   if (object == nullptr) throw BadText(value.offset, "an element of a struct must be an object");
@@ -77,10 +77,10 @@ void requireNames(const JsonValue& value, const Names& sorted) {
   }
 }
 
-// One text for each row, of the same length.
-Array charMatrix(const JsonValue& data, const JsonList& texts) {
+// One string for each row.
+Array charMatrix(const JsonValue& data, const JsonList& strings) {
   std::vector<Array> rows;
-  for (const JsonValue& text : texts) rows.push_back(charArray(text, nullptr));
+  for (const JsonValue& string : strings) rows.push_back(charArray(string, nullptr));
   Array matrix = Array::zeros<char16_t>(rows.size(), rows.front().size());
   const auto units = matrix.span<char16_t>();
   for (std::size_t i = 0; i < rows.size(); ++i) {
@@ -146,7 +146,7 @@ Array structArray(const JsonValue& data, const JsonValue* shape, const JsonValue
     const auto* const first = list->front().as<JsonObject>();
     if (first != nullptr) names = namesOf(*first);
   }
-  // Elements without fields need not be written: the shape says how many there are.
+  // Elements without fields need not be written: the shape gives their number.
   const bool isShapeAlone = fields != nullptr && names.empty() && list->empty();
   if (!isShapeAlone) requireCount(data, list->size(), wanted);
   Names sorted = names;

@@ -12,7 +12,7 @@
 namespace hcy::tools {
 namespace {
 
-// A column takes 8 bytes even when it is empty: those of more would not go into a call.
+// A column takes 8 bytes even if it is empty: more columns would not fit into a request.
 constexpr std::uint64_t kMostColumns = 268435455;
 
 struct SparseData {
@@ -87,8 +87,8 @@ Array sparseArray(const JsonValue& data, std::optional<hcyClassID> classId, bool
   const SparseData parts = partsOf(data);
   const JsonList& entries = *parts.entries->as<JsonList>();
   const auto* const first = entries.empty() ? nullptr : entries.front().as<JsonList>();
-  const bool isOfTruths = first != nullptr && first->size() == 3 && (*first)[2].as<bool>();
-  const hcyClassID wanted = classId.value_or(isOfTruths ? hcyLOGICAL_CLASS : hcyDOUBLE_CLASS);
+  const bool isLogical = first != nullptr && first->size() == 3 && (*first)[2].as<bool>();
+  const hcyClassID wanted = classId.value_or(isLogical ? hcyLOGICAL_CLASS : hcyDOUBLE_CLASS);
   if (wanted == hcyLOGICAL_CLASS && !isComplex) return sparseOf<bool>(parts);
   if (wanted != hcyDOUBLE_CLASS) {
     throw BadText(data.offset, "a sparse array must be double, complex double or logical");

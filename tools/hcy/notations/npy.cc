@@ -27,7 +27,7 @@ T valueAt(const char* bytes, bool isBigEndian) {
   return std::bit_cast<T>(copy);
 }
 
-// The number of elements. Refuses a file that does not hold exactly them.
+// The number of elements. Throws BadInput if the file does not hold exactly that many.
 std::size_t countOf(const NpyHeader& header, std::size_t bytes) {
   const std::size_t size = header.kind == 'U' ? 4 * header.itemSize : header.itemSize;
   const bool isEmpty =
@@ -128,7 +128,7 @@ char16_t unitAt(const NpyHeader& header, std::string_view data, std::size_t inde
   return static_cast<char16_t>(character);
 }
 
-// A single text, which ends where nothing but NULs follow.
+// A single string, without the NULs at its end.
 Array text(const NpyHeader& header, std::string_view data) {
   std::u16string units;
   std::size_t length = 0;
@@ -145,7 +145,7 @@ Array text(const NpyHeader& header, std::string_view data) {
   return {std::u16string_view(units).substr(0, length)};
 }
 
-Array texts(const NpyHeader& header, std::string_view data, std::size_t count) {
+Array strings(const NpyHeader& header, std::string_view data, std::size_t count) {
   const std::size_t length = header.itemSize;
   if (header.shape.empty()) return text(header, data);
   if (header.shape.size() == 1) {
@@ -177,7 +177,7 @@ Array elementsOf(const NpyHeader& header, std::string_view data, std::size_t cou
     case 'b':
       return numbers<std::uint8_t, bool>(header, data, count);
     case 'U':
-      return texts(header, data, count);
+      return strings(header, data, count);
     default:
       return integers(header, data, count);
   }
@@ -210,7 +210,7 @@ std::string textFile(const Array& array, Shape shape) {
     if (isPair) unit = 0x10000 + ((unit - 0xD800) << 10) + (units[++i] - 0xDC00U);
     append(characters, static_cast<std::uint32_t>(unit));
   }
-  // NumPy has no text of no characters, but one that is empty.
+  // NumPy stores an empty string as one NUL.
   if (isRow && length == 0) append(characters, std::uint32_t{0});
   const std::string type = "U" + std::to_string(isRow ? std::max<std::size_t>(length, 1) : 1);
   return npyHeader(type, isRow ? Shape() : std::move(shape)) + characters;

@@ -101,12 +101,12 @@ class Reader {
     rest.remove_prefix(1);
     const char* const end = rest.data() + rest.size();
     const auto read = std::from_chars(rest.data(), end, header.itemSize);
-    if (read.ec != std::errc() || read.ptr != end || !isServed(header)) {
+    if (read.ec != std::errc() || read.ptr != end || !isSupported(header)) {
       throw BadInput("the NumPy type " + printable(type) + " is not supported");
     }
   }
 
-  static bool isServed(const NpyHeader& header) {
+  static bool isSupported(const NpyHeader& header) {
     const std::size_t size = header.itemSize;
     switch (header.kind) {
       case 'f':

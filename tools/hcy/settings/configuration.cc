@@ -30,9 +30,9 @@ std::string environment(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-std::string placeOfFile() {
-  std::string said = environment("HCY_CONFIG");
-  if (!said.empty()) return said;
+std::string configurationFile() {
+  std::string file = environment("HCY_CONFIG");
+  if (!file.empty()) return file;
   std::string directory = environment("XDG_CONFIG_HOME");
   if (directory.empty()) directory = environment("HOME") + "/.config";
   return directory + "/hcy/config.toml";
@@ -95,7 +95,7 @@ class Reader {
     const fs::path file = expandedHome(stringFrom(node));
     return file.is_absolute() ? file.string() : (fs::path(file_).parent_path() / file).string();
   }
-  // A problem is kept for whoever uses this server: calls to the others go on.
+  // A problem is kept until this server is used, so that calls to other servers work.
   std::string secretFrom(const toml::node& node, Server& server) const {
     std::string file = fileFrom(node);
     try {
@@ -164,7 +164,7 @@ class Reader {
 }  // namespace
 
 Configuration readConfiguration() {
-  const std::string file = placeOfFile();
+  const std::string file = configurationFile();
   std::error_code ignored;
   if (environment("HCY_CONFIG").empty() && !fs::exists(file, ignored)) return {file, {}, {}};
   return Reader(file).read(contentsOf(file));

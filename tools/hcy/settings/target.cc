@@ -29,7 +29,7 @@ std::string joined(std::string url, std::string_view path) {
   return url + "/" + std::string(path);
 }
 
-// The command line is stronger.
+// Settings of the command line take precedence.
 void fillIn(Settings& settings, const Settings& configured) {
   if (!settings.timeout) settings.timeout = configured.timeout;
   if (!settings.largestReply) settings.largestReply = configured.largestReply;
@@ -83,15 +83,15 @@ void resolveName(Options& options) {
 
 void resolvePath(Options& options) {
   const char* const variable = std::getenv("HCY_SERVER");
-  const std::string said = variable == nullptr ? "" : variable;
-  if (hasScheme(said)) {
-    options.url = joined(said, options.url);
+  const std::string server = variable == nullptr ? "" : variable;
+  if (hasScheme(server)) {
+    options.url = joined(server, options.url);
     return;
   }
   const Configuration configuration = readConfiguration();
-  const std::string name = said.starts_with('@') ? said.substr(1) : configuration.defaultServer;
-  if (!said.empty() && !said.starts_with('@')) {
-    throw BadInput("HCY_SERVER must be a URL or @NAME, but is " + printable(said));
+  const std::string name = server.starts_with('@') ? server.substr(1) : configuration.defaultServer;
+  if (!server.empty() && !server.starts_with('@')) {
+    throw BadInput("HCY_SERVER must be a URL or @NAME, but is " + printable(server));
   }
   if (name.empty()) {
     throw BadInput("the URL does not begin with http:// or https://, and neither HCY_SERVER nor " +

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "calls/open_call.h"
+#include "calls/traced_call.h"
 
 #include <array>
 #include <cstdio>
@@ -36,7 +36,7 @@ void showRequest(const std::vector<hcyclient::Array>& inputs, const EncodedReque
   text += "> " + bytesText(request.body.size()) + ", " + std::to_string(options.nargout) +
           (options.nargout == 1 ? " output" : " outputs") + " requested\n";
   for (std::size_t i = 0; i < inputs.size(); ++i) {
-    // The first line says class and shape, and what a single value is.
+    // The first line has class and shape, and a single value.
     const std::string shown =
         display("argument " + std::to_string(i + 1), inputs[i], {kShownWidth, 1});
     text += ">   " + shown.substr(0, shown.find('\n')) + "\n";
@@ -54,10 +54,10 @@ void showReply(const Exchange& exchange) {
 
 }  // namespace
 
-std::vector<hcyclient::Array> openCall(const hcyclient::Library& library,
-                                       const hcyclient::Config& config,
-                                       const std::vector<hcyclient::Array>& inputs,
-                                       const Options& options) {
+std::vector<hcyclient::Array> tracedCall(const hcyclient::Library& library,
+                                         const hcyclient::Config& config,
+                                         const std::vector<hcyclient::Array>& inputs,
+                                         const Options& options) {
   const EncodedRequest request = requestOf(library, inputs, options.nargout);
   if (options.isVerbose) showRequest(inputs, request, options);
   if (!options.requestFile.empty()) writeFile(options.requestFile, request.body);
