@@ -325,7 +325,7 @@ TEST(Argument, typedValuesThatContradictThemselvesAreRefused) {
   EXPECT_THAT(refusalOf(R"({"$struct":[],"$fields":["a","a"]})"),
               HasSubstr("$fields has the name a twice"));
   EXPECT_THAT(refusalOf(R"(char:["ab","c"])"),
-              HasSubstr("all rows of a char matrix must have the same length"));
+              HasSubstr("column 12: all rows of a char matrix must have the same length"));
 }
 
 TEST(Argument, partsOfTypedValuesThatAreNotWhatTheyShouldBeAreRefused) {

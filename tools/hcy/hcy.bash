@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Completion of hcy for bash. Options are those that `hcy help COMMAND` names.
 
-# Files behind an @. As file names to complete, the @ would be quoted with them.
+# Files after an @. The shell would quote the @ with a file name.
 _hcy_files() {
   local file
   while read -r file; do

@@ -27,7 +27,7 @@ function __hcy_functions
     end
 end
 
-# The options of a command with what they do, behind a tab.
+# The options of a command, each with its description after a tab.
 function __hcy_options
     hcy (__hcy_command) --help 2>/dev/null | awk '/^ +-/ {
         sub(/^ +/, "")
@@ -41,7 +41,7 @@ function __hcy_options
     }'
 end
 
-# An argument: a file behind an @, or a class.
+# An argument: a file after an @, or a class.
 function __hcy_arguments
     set -l word (commandline -ct)
     if string match -q '*@*' -- $word

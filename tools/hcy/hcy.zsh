@@ -1,6 +1,6 @@
 #compdef hcy
 # SPDX-License-Identifier: Apache-2.0
-# Completion of hcy for zsh: as _hcy in a directory of $fpath, or sourced behind compinit. Options are
+# Completion of hcy for zsh: as _hcy in a directory of $fpath, or sourced after compinit. Options are
 # those that `hcy help COMMAND` names.
 
 # Servers of the configuration file, and functions of one, or of HCY_SERVER.
@@ -18,7 +18,7 @@ _hcy_functions() {
   compadd -a found
 }
 
-# The options of a command with what they do, as NAME:TEXT.
+# The options of a command with their descriptions, as NAME:TEXT.
 _hcy_options() {
   hcy $1 --help 2>/dev/null | awk '/^ +-/ {
     sub(/^ +/, "")

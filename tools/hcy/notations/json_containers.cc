@@ -78,7 +78,7 @@ void requireNames(const JsonValue& value, const Names& sorted) {
 }
 
 // One string for each row.
-Array charMatrix(const JsonValue& data, const JsonList& strings) {
+Array charMatrix(const JsonList& strings) {
   std::vector<Array> rows;
   for (const JsonValue& string : strings) rows.push_back(charArray(string, nullptr));
   Array matrix = Array::zeros<char16_t>(rows.size(), rows.front().size());
@@ -86,7 +86,7 @@ Array charMatrix(const JsonValue& data, const JsonList& strings) {
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const auto row = rows[i].span<char16_t>();
     if (row.size() * rows.size() != matrix.size()) {
-      throw BadText(data.offset, "all rows of a char matrix must have the same length");
+      throw BadText(strings[i].offset, "all rows of a char matrix must have the same length");
     }
     for (std::size_t j = 0; j < row.size(); ++j) units[i + j * rows.size()] = row[j];
   }
@@ -118,7 +118,7 @@ Array charArray(const JsonValue& data, const JsonValue* shape) {
   const auto isText = [](const JsonValue& value) { return value.as<std::string>() != nullptr; };
   if (shape == nullptr && list != nullptr && !list->empty() &&
       std::all_of(list->begin(), list->end(), isText)) {
-    return charMatrix(data, *list);
+    return charMatrix(*list);
   }
   return arrayOf<char16_t>(elementsOf(data, shape));
 }
