@@ -350,7 +350,7 @@ class Array {
    *  and logical values of another class are converted. If T is a std::complex, the copy has both
    *  parts, otherwise only the real ones. If T is std::string, it has the strings in a cell array.
    *  Throws UsageError if T cannot represent an element exactly or the array is of another kind,
-   *  IncompleteReply if elements did not arrive; for strings, throws as toString(). */
+   *  IncompleteReply if elements did not arrive; for strings, throws like toString(). */
   template <class T>
   std::vector<T> toVector() const;
 
@@ -361,7 +361,7 @@ class Array {
   Array convertTo() const;
 
   /** The element of a 1-by-1 array as a T: `scalar<int>()` of the double 3 is 3. Throws UsageError
-   *  if the array does not have exactly one element, and throws as at(). */
+   *  if the array does not have exactly one element, and throws like at(). */
   template <class T>
   T scalar() const;
   /** scalar<T>(), or the fallback if the array has no elements (like an unset cell or field). */
@@ -407,14 +407,14 @@ class Array {
   Span<const std::size_t> rowIndices() const& { return rowsOf(countToRead()); }
   Span<const std::size_t> rowIndices() const&& = delete; /**< Keep the array: `Array x = ...;`. */
 
-  /** The column starts of a sparse array, columns() + 1 of them. Throws as rowIndices(). */
+  /** The column starts of a sparse array, columns() + 1 of them. Throws like rowIndices(). */
   Span<std::size_t> columnStarts() & { return starts(); }
   /** The read-only overload. */
   Span<const std::size_t> columnStarts() const& { return starts(); }
   Span<const std::size_t> columnStarts() const&& = delete; /**< Keep the array: `Array x = ...;`. */
 
   /** The stored elements of a sparse array, column by column. Throws UsageError if the program has
-   *  set column starts or rows that are outside the array, and throws as span() and rowIndices().
+   *  set column starts or rows that are outside the array, and throws like span() and rowIndices().
    */
   template <class T>
   std::vector<Entry<T>> entries() const;
@@ -442,7 +442,7 @@ class Array {
   Slot operator()(const CString& field) &;
   /** A field of element i of a struct array. */
   Slot operator()(Size i, const CString& field) &;
-  /** A field, as a new handle. Throws as operator[]. */
+  /** A field, as a new handle. Throws like operator[]. */
   Array operator()(const CString& field) const& { return (*this)(0, field); }
   /** The same for element i. */
   Array operator()(Size i, const CString& field) const&;
@@ -454,7 +454,7 @@ class Array {
   }
 
   /** The elements of a cell array, in order: `for (Array element : cell)`. Each is a new handle.
-   *  Throws UsageError if the array is not a cell array; reading an element throws as operator[].
+   *  Throws UsageError if the array is not a cell array; reading an element throws like operator[].
    */
   CellIterator begin() const;
   /** After the last element. */
@@ -481,7 +481,7 @@ class Array {
     return hcyGetFieldNumber(handle(), field.c_str()) >= 0;
   }
   /** Adds a field after the others, unset in every element; does nothing if it exists already.
-   *  Throws UsageError if the array is not a struct array, IncompleteReply as resize(),
+   *  Throws UsageError if the array is not a struct array, IncompleteReply like resize(),
    *  std::bad_alloc if the field cannot be added. */
   void addField(const CString& field) {
     if (!isStruct()) throw wrongClass("struct");
@@ -489,7 +489,7 @@ class Array {
     if (hcyAddField(handle(), field.c_str()) < 0) throw std::bad_alloc();
   }
   /** Removes a field from every element. Throws UsageError if there is no such field,
-   *  IncompleteReply as resize(). */
+   *  IncompleteReply like resize(). */
   void removeField(const CString& field) {
     if (!hasField(field)) throw UsageError("there is no field " + std::string(field.c_str()));
     requireElements();

@@ -28,7 +28,7 @@ class CellIterator {
   CellIterator() noexcept = default;
   /** At element i. */
   CellIterator(const Array& cell, std::size_t i) noexcept : cell_(&cell), i_(i) {}
-  /** The element, as a new handle; throws as Array::operator[]. */
+  /** The element, as a new handle; throws like Array::operator[]. */
   Array operator*() const;
   /** To the next element. */
   CellIterator& operator++() noexcept {

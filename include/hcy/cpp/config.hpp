@@ -52,7 +52,7 @@ class Config {
     setHostnameVerification(other.hostnameVerification());
     setPeerVerification(other.peerVerification());
   }
-  /** Copies the settings; throws as the copy constructor, and is unchanged then. */
+  /** Copies the settings; throws like the copy constructor, and is unchanged then. */
   Config& operator=(const Config& other) { return *this = Config(other); }
   /** Takes over the configuration. */
   Config(Config&&) noexcept = default;

@@ -37,18 +37,18 @@ class Outputs : public std::vector<Array> {
   /** The outputs do not outlive the expression. */
   Array at(std::size_t i) const&& = delete;
 
-  Array& operator[](std::size_t i) & { return at(i); }            /**< As at(). */
-  const Array& operator[](std::size_t i) const& { return at(i); } /**< As at(). */
-  Array operator[](std::size_t i) && { return std::move(at(i)); } /**< As at(). */
-  Array operator[](std::size_t i) const&& = delete;               /**< As at(). */
-  Array& front() & { return at(0); }                              /**< As at(0). */
-  const Array& front() const& { return at(0); }                   /**< As at(0). */
-  Array front() && { return std::move(at(0)); }                   /**< As at(0). */
-  Array front() const&& = delete;                                 /**< As at(0). */
-  Array& back() & { return at(size() - 1); }                      /**< As at(size() - 1). */
-  const Array& back() const& { return at(size() - 1); }           /**< As at(size() - 1). */
-  Array back() && { return std::move(at(size() - 1)); }           /**< As at(size() - 1). */
-  Array back() const&& = delete;                                  /**< As at(size() - 1). */
+  Array& operator[](std::size_t i) & { return at(i); }            /**< Same as at(). */
+  const Array& operator[](std::size_t i) const& { return at(i); } /**< Same as at(). */
+  Array operator[](std::size_t i) && { return std::move(at(i)); } /**< Same as at(). */
+  Array operator[](std::size_t i) const&& = delete;               /**< Same as at(). */
+  Array& front() & { return at(0); }                              /**< Same as at(0). */
+  const Array& front() const& { return at(0); }                   /**< Same as at(0). */
+  Array front() && { return std::move(at(0)); }                   /**< Same as at(0). */
+  Array front() const&& = delete;                                 /**< Same as at(0). */
+  Array& back() & { return at(size() - 1); }                      /**< Same as at(size() - 1). */
+  const Array& back() const& { return at(size() - 1); }           /**< Same as at(size() - 1). */
+  Array back() && { return std::move(at(size() - 1)); }           /**< Same as at(size() - 1). */
+  Array back() const&& = delete;                                  /**< Same as at(size() - 1). */
 
  private:
   std::size_t checked(std::size_t i) const {

@@ -59,105 +59,106 @@ class Slot {
    *  it did not arrive, is incomplete, or is of a class that the library does not support. */
   Array get() && { return fetch(); }
   Array get() & = delete; /**< Write `Array x = cell[0];`. */
-  /** As get(). */
+  /** Same as get(). */
   operator Array() && { return fetch(); }
   operator Array() & = delete; /**< Write `Array x = cell[0];`. */
 
   /** @name Readers
-   *  The readers of Array, applied to the element. They throw as get() and as the reader.
+   *  The readers of Array, applied to the element. They throw like get() and like the reader.
    *  @{ */
-  hcyClassID classId() && { return fetch().classId(); } /**< As Array::classId(). */
+  hcyClassID classId() && { return fetch().classId(); } /**< Same as Array::classId(). */
   hcyClassID classId() & = delete;                      /**< Write `Array x = cell[0];`. */
-  std::string_view className() && { return fetch().className(); } /**< As Array::className(). */
+  /** Same as Array::className(). */
+  std::string_view className() && { return fetch().className(); }
   std::string_view className() & = delete;                 /**< Write `Array x = cell[0];`. */
-  bool isText() && { return fetch().isText(); }            /**< As Array::isText(). */
+  bool isText() && { return fetch().isText(); }            /**< Same as Array::isText(). */
   bool isText() & = delete;                                /**< Write `Array x = cell[0];`. */
-  bool isCell() && { return fetch().isCell(); }            /**< As Array::isCell(). */
+  bool isCell() && { return fetch().isCell(); }            /**< Same as Array::isCell(). */
   bool isCell() & = delete;                                /**< Write `Array x = cell[0];`. */
-  bool isStruct() && { return fetch().isStruct(); }        /**< As Array::isStruct(). */
+  bool isStruct() && { return fetch().isStruct(); }        /**< Same as Array::isStruct(). */
   bool isStruct() & = delete;                              /**< Write `Array x = cell[0];`. */
-  bool isSparse() && { return fetch().isSparse(); }        /**< As Array::isSparse(). */
+  bool isSparse() && { return fetch().isSparse(); }        /**< Same as Array::isSparse(). */
   bool isSparse() & = delete;                              /**< Write `Array x = cell[0];`. */
-  bool isComplex() && { return fetch().isComplex(); }      /**< As Array::isComplex(). */
+  bool isComplex() && { return fetch().isComplex(); }      /**< Same as Array::isComplex(). */
   bool isComplex() & = delete;                             /**< Write `Array x = cell[0];`. */
-  bool isEmpty() && { return fetch().isEmpty(); }          /**< As Array::isEmpty(). */
+  bool isEmpty() && { return fetch().isEmpty(); }          /**< Same as Array::isEmpty(). */
   bool isEmpty() & = delete;                               /**< Write `Array x = cell[0];`. */
-  std::size_t rows() && { return fetch().rows(); }         /**< As Array::rows(). */
+  std::size_t rows() && { return fetch().rows(); }         /**< Same as Array::rows(). */
   std::size_t rows() & = delete;                           /**< Write `Array x = cell[0];`. */
-  std::size_t columns() && { return fetch().columns(); }   /**< As Array::columns(). */
+  std::size_t columns() && { return fetch().columns(); }   /**< Same as Array::columns(). */
   std::size_t columns() & = delete;                        /**< Write `Array x = cell[0];`. */
-  std::size_t size() && { return fetch().size(); }         /**< As Array::size(). */
+  std::size_t size() && { return fetch().size(); }         /**< Same as Array::size(). */
   std::size_t size() & = delete;                           /**< Write `Array x = cell[0];`. */
-  Shape shape() && { return fetch().shape(); }             /**< As Array::shape(). */
+  Shape shape() && { return fetch().shape(); }             /**< Same as Array::shape(). */
   Shape shape() & = delete;                                /**< Write `Array x = cell[0];`. */
-  double scalar() && { return fetch().scalar(); }          /**< As Array::scalar(). */
+  double scalar() && { return fetch().scalar(); }          /**< Same as Array::scalar(). */
   double scalar() & = delete;                              /**< Write `Array x = cell[0];`. */
-  std::string toString() && { return fetch().toString(); } /**< As Array::toString(). */
+  std::string toString() && { return fetch().toString(); } /**< Same as Array::toString(). */
   std::string toString() & = delete;                       /**< Write `Array x = cell[0];`. */
   std::vector<std::string> fieldNames() && {
     return fetch().fieldNames();
-  }                                                 /**< As Array::fieldNames(). */
+  }                                                 /**< Same as Array::fieldNames(). */
   std::vector<std::string> fieldNames() & = delete; /**< Write `Array x = cell[0];`. */
-  Array copy() && { return fetch().copy(); }        /**< As Array::copy(). */
+  Array copy() && { return fetch().copy(); }        /**< Same as Array::copy(). */
   Array copy() & = delete;                          /**< Write `Array x = cell[0];`. */
-  /** As Array::is(). */
+  /** Same as Array::is(). */
   template <class T>
   bool is() && {
     return fetch().is<T>();
   }
-  /** As Array::index(). */
+  /** Same as Array::index(). */
   template <class... Sizes>
   std::size_t index(Sizes... subscripts) && {
     return fetch().index(subscripts...);
   }
-  /** As Array::at(). */
+  /** Same as Array::at(). */
   template <class T, class... Sizes>
   T at(Sizes... subscripts) && {
     return fetch().at<T>(subscripts...);
   }
-  /** As Array::scalar(). */
+  /** Same as Array::scalar(). */
   template <class T>
   T scalar() && {
     return fetch().scalar<T>();
   }
-  /** As Array::toVector(). */
+  /** Same as Array::toVector(). */
   template <class T>
   std::vector<T> toVector() && {
     return fetch().toVector<T>();
   }
-  /** As Array::convertTo(). */
+  /** Same as Array::convertTo(). */
   template <class T>
   Array convertTo() && {
     return fetch().convertTo<T>();
   }
-  /** As Array::entries(). */
+  /** Same as Array::entries(). */
   template <class T>
   std::vector<Entry<T>> entries() && {
     return fetch().entries<T>();
   }
-  /** As Array::value_or(). */
+  /** Same as Array::value_or(). */
   template <class T>
   auto value_or(T fallback) && {
     return fetch().value_or(fallback);
   }
-  /** As Array::value_or(). */
+  /** Same as Array::value_or(). */
   template <class T>
   auto value_or(const CString& field, T fallback) && {
     return fetch().value_or(field, fallback);
   }
-  /** As Array::hasField(). */
+  /** Same as Array::hasField(). */
   bool hasField(const CString& field) && { return fetch().hasField(field); }
-  /** As Array::fields(). */
+  /** Same as Array::fields(). */
   Fields fields(Size i = 0) &&;
-  /** As operator== of arrays. */
+  /** Same as operator== of arrays. */
   friend bool operator==(Slot&& a, const Array& b) { return a.fetch() == b; }
-  /** As operator== of arrays. */
+  /** Same as operator== of arrays. */
   friend bool operator==(Slot&& a, Slot&& b) { return a.fetch() == b.fetch(); }
-  /** As operator!= of arrays. */
+  /** Same as operator!= of arrays. */
   friend bool operator!=(Slot&& a, const Array& b) { return a.fetch() != b; }
-  /** As operator!= of arrays. */
+  /** Same as operator!= of arrays. */
   friend bool operator!=(Slot&& a, Slot&& b) { return a.fetch() != b.fetch(); }
-  /** As operator<< of arrays. */
+  /** Same as operator<< of arrays. */
   friend std::ostream& operator<<(std::ostream& out, Slot&& slot) { return out << slot.fetch(); }
   /** @} */
 

@@ -42,7 +42,7 @@ class Fields {
     Iterator() noexcept = default;
     /** At the field with this number. */
     Iterator(const Fields& fields, int number) noexcept : fields_(&fields), number_(number) {}
-    /** The field; throws as Array::operator(). */
+    /** The field; throws like Array::operator(). */
     NamedValue operator*() const { return fields_->at(number_); }
     /** To the next field. */
     Iterator& operator++() noexcept {
