@@ -74,7 +74,7 @@ class Config {
   }
   template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
   Config& setTimeout(Number) = delete; /**< Write setTimeout(std::chrono::seconds(30)). */
-  /** The same as it is set. */
+  /** Returns the timeout. */
   std::chrono::seconds timeout() const {
     return std::chrono::seconds(runtime_->getTimeOut(settings()));
   }
@@ -85,52 +85,52 @@ class Config {
     runtime_->setResponseSizeLimit(settings(), bytes);
     return *this;
   }
-  /** The same as it is set. */
+  /** Returns the response size limit in bytes. */
   std::uint32_t responseSizeLimit() const { return runtime_->getResponseSizeLimit(settings()); }
   /** Sets the file (PEM) of the client's certificate: a string or a std::filesystem::path. */
   Config& setClientCertificateFile(const CString& file) {
     return setText(runtime_->setClientCertFile, runtime_->getClientCertFile, file);
   }
-  /** The same as it is set; empty for none. */
+  /** Returns the file of the client's certificate; empty for none. */
   std::string clientCertificateFile() const { return runtime_->getClientCertFile(settings()); }
   /** Sets the file (PEM) of the private key of the client's certificate. */
   Config& setClientPrivateKeyFile(const CString& file) {
     return setText(runtime_->setClientPrivateKeyFile, runtime_->getClientPrivateKeyFile, file);
   }
-  /** The same as it is set; empty for none. */
+  /** Returns the file of the private key; empty for none. */
   std::string clientPrivateKeyFile() const { return runtime_->getClientPrivateKeyFile(settings()); }
   /** Sets the pass phrase of the private key. */
   Config& setPrivateKeyPassPhrase(const CString& passPhrase) {
     return setText(runtime_->setPrivateKeyPasswd, runtime_->getPrivateKeyPasswd, passPhrase);
   }
-  /** The same as it is set; empty for none. */
+  /** Returns the pass phrase; empty for none. */
   std::string privateKeyPassPhrase() const { return runtime_->getPrivateKeyPasswd(settings()); }
   /** Sets the file (PEM) of the certificate authorities to check the server's certificate against.
    */
   Config& setAuthorityFile(const CString& file) {
     return setText(runtime_->setCAFile, runtime_->getCAFile, file);
   }
-  /** The same as it is set; empty for those of the system. */
+  /** Returns the file of the authorities; empty for those of the system. */
   std::string authorityFile() const { return runtime_->getCAFile(settings()); }
   /** Sets the file (PEM) of certificate revocation lists. */
   Config& setRevocationListFile(const CString& file) {
     return setText(runtime_->setRevocationListFile, runtime_->getRevocationListFile, file);
   }
-  /** The same as it is set; empty for none. */
+  /** Returns the file of the revocation lists; empty for none. */
   std::string revocationListFile() const { return runtime_->getRevocationListFile(settings()); }
   /** Sets whether the server's certificate must name the host of the URL. */
   Config& setHostnameVerification(bool verify) {
     runtime_->setHostnameVerification(settings(), verify);
     return *this;
   }
-  /** The same as it is set. */
+  /** Returns whether the host name is verified. */
   bool hostnameVerification() const { return runtime_->getHostnameVerification(settings()); }
   /** Sets whether the server's certificate chain is verified. */
   Config& setPeerVerification(bool verify) {
     runtime_->setPeerVerification(settings(), verify);
     return *this;
   }
-  /** The same as it is set. */
+  /** Returns whether the certificate chain is verified. */
   bool peerVerification() const { return runtime_->getPeerVerification(settings()); }
 
   /** The runtime table of the C interface, for use with get(). Throws UsageError if the Config has

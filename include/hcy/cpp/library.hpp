@@ -17,8 +17,9 @@ namespace hcyclient {
 
 namespace detail {
 
-// The Library objects of the process. Visible, so that the dynamic linker gives all shared objects
-// the same one, whatever version of this header they were compiled with: its layout never changes.
+// Counts the Library objects of the process. Its symbol is visible, so that the dynamic linker
+// gives all shared objects the same one, whatever version of this header they were compiled with.
+// Its layout never changes.
 struct HCY_API Libraries {
   std::mutex mutex;
   std::size_t count = 0;

@@ -33,7 +33,7 @@ class CString {
   }
   /** Refers to a string. */
   CString(const std::string& text) : text_(withoutNul(text).c_str()) {}
-  /** Copies the view, which has no NUL behind it. */
+  /** Copies a view, which need not end with a NUL. */
   CString(std::string_view text) : copy_(text), text_(withoutNul(copy_).c_str()) {}
   /** Refers to a std::filesystem::path. */
   template <class Path, class = std::enable_if_t<std::is_same_v<
