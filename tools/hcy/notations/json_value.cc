@@ -96,8 +96,8 @@ void requireNoMissingNumber(std::string_view text, std::size_t offset) {
   const bool isNan = isSameWord(word, "nan");
   const std::string name = isNan ? "NaN" : isNegative ? "-Infinity" : "Infinity";
   throw BadText(start - (isNegative ? 1 : 0),
-                "JSON has no " + name + "; write it in quotes, with a class: double:[1,\"" + name +
-                    "\"], or inside JSON {\"$double\":[1,\"" + name + "\"]}");
+                "JSON has no " + name + R"(; write it in quotes, with a class: double:[1,")" +
+                    name + R"("], or inside JSON {"$double":[1,")" + name + R"("]})");
 }
 
 // Builds the tree from what the parser meets.
