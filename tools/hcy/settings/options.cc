@@ -122,6 +122,12 @@ CommandLine parseCommandLine(int argc, char** argv) {
     return refused("unexpected argument" + text.substr(std::min(text.find(':'), text.size())) +
                        suggestedOption(app, words),
                    isJson, command);
+  } catch (const CLI::ExcludesError& problem) {
+    constexpr std::string_view excludes = " excludes ";
+    std::string text = problem.what();  // "--csv excludes --tsv"
+    const std::size_t verb = text.find(excludes);
+    if (verb != std::string::npos) text.replace(verb, excludes.size(), " cannot be used with ");
+    return refused(text, isJson, command);
   } catch (const CLI::ParseError& outcome) {
     if (outcome.get_exit_code() == 0) return {std::nullopt, app.exit(outcome)};
     return refused(outcome.what(), isJson, command);
