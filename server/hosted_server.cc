@@ -3,8 +3,8 @@
 // A server inside of a program, which answers calls by functions of the program.
 
 #include <pthread.h>
-#include <signal.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -97,6 +97,7 @@ Options optionsFrom(int count, const char* const* texts, unsigned threads) {
   std::vector<std::string> words = {"hcy-local-server"};
   if (count > 0) words.insert(words.end(), texts, texts + count);
   std::vector<char*> argv;
+  argv.reserve(words.size());
   for (std::string& word : words) argv.push_back(word.data());
   const CommandLine line = parseCommandLine(static_cast<int>(argv.size()), argv.data());
   if (!line.options) throw std::runtime_error("the options of the server are wrong");
