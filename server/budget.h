@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// An amount that several threads take from and give back to: bytes of memory, or places.
+// An amount that several threads share: bytes of memory, or places. They take from it and return to
+// it.
 
 #pragma once
 
@@ -34,7 +35,7 @@ class Budget {
   std::atomic<std::size_t> taken_{0};
 };
 
-// What its owner has taken of a budget, which lives longer; given back when the share ends.
+// What its owner has taken of a budget, which lives longer; returned when the share is destroyed.
 class BudgetShare {
  public:
   explicit BudgetShare(Budget& budget) noexcept : budget_(&budget) {}
@@ -47,7 +48,7 @@ class BudgetShare {
   }
   ~BudgetShare() { budget_->giveBack(amount_); }
 
-  // False if that much is not left; then the share is as before. A smaller amount changes nothing.
+  // False if that much is not left; then the share is unchanged. A smaller amount changes nothing.
   [[nodiscard]] bool growTo(std::size_t amount) noexcept {
     if (amount <= amount_) return true;
     if (!budget_->take(amount - amount_)) return false;

@@ -95,7 +95,7 @@ void CallThreads::answerOutside(Task task) {
     return end(std::move(task), std::move(*reply));
   }
   if (!task.place.growTo(1)) {
-    return end(std::move(task), overloaded("Too many calls take long.\n"));
+    return end(std::move(task), overloaded("Too many long calls are running.\n"));
   }
   asio::post(long_, [this, task = std::move(task)]() mutable {
     Reply reply = service_.answerByWaiting(*task.request);
@@ -106,7 +106,7 @@ void CallThreads::answerOutside(Task task) {
 // No thread waits meanwhile.
 void CallThreads::awaitWorker(Task task, WorkQueue& queue) {
   if (!task.place.growTo(1)) {
-    return end(std::move(task), overloaded("Too many calls take long.\n"));
+    return end(std::move(task), overloaded("Too many long calls are running.\n"));
   }
   const auto waiting = std::make_shared<Task>(std::move(task));
   Service::answerByWorker(queue, *waiting->request, [this, waiting](Reply reply) {
@@ -120,7 +120,7 @@ void CallThreads::begin(Task task) {
   }
   if (!task.call->takesLong()) return evaluate(std::move(task));
   if (!task.place.growTo(1)) {
-    return end(std::move(task), overloaded("Too many calls take long.\n"));
+    return end(std::move(task), overloaded("Too many long calls are running.\n"));
   }
   asio::io_context& threads = task.call->isForeign() ? foreign_ : long_;
   asio::post(threads, [this, task = std::move(task)]() mutable { evaluate(std::move(task)); });
@@ -139,7 +139,7 @@ void CallThreads::end(Task task, Reply reply) {
     if (task.place.growTo(1)) {
       reply.place = std::move(task.place);
     } else {
-      reply = overloaded("Too many calls sleep.\n");
+      reply = overloaded("Too many calls are sleeping.\n");
     }
   }
   finish(reply, *task.request);

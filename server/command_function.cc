@@ -51,11 +51,12 @@ Reply CommandFunction::call(std::string_view request) try {
 } catch (const CommandFailure& error) {
   return resultReply(serialized(failure(kFunctionEnded, error.what()), name_), Source::kCommand);
 } catch (const BadAnswer& error) {
-  const std::string message = std::string("The command's answer is of no use: ") + error.what();
+  const std::string message = std::string("The command's answer is invalid: ") + error.what();
   return resultReply(serialized(failure(kFunctionAnswer, message), name_), Source::kCommand);
 } catch (const std::bad_alloc&) {
   return resultReply(
-      serialized(failure(kServerMemory, "The server has not enough memory for this call."), name_),
+      serialized(failure(kServerMemory, "The server does not have enough memory for this call."),
+                 name_),
       Source::kCommand);
 } catch (const Overload& overload) {
   return overloaded(std::string(overload.what()) + "\n");
@@ -65,7 +66,7 @@ Reply CommandFunction::call(std::string_view request) try {
 
 ByteBuffer CommandFunction::answerTo(std::string_view request) {
   if (request.size() > kLongestRequest) {
-    throw failure(kArgumentSize, "The inputs take more than 64 MiB, the most for a command.");
+    throw failure(kArgumentSize, "The inputs take more than 64 MiB, the limit for a command.");
   }
   const std::optional<ShownRequest> shown = showRequest(request);
   if (!shown) throw failure(kArgumentValue, "The request is broken.");
@@ -99,7 +100,7 @@ ByteBuffer CommandFunction::ask(std::string_view line) {
 CommandFunction::Worker& CommandFunction::take() {
   std::unique_lock lock(mutex_);
   for (;;) {
-    if (isEnding_) throw CommandFailure("The server ends.");
+    if (isEnding_) throw CommandFailure("The server is stopping.");
     const auto idle = std::ranges::find(workers_, false, &Worker::isBusy);
     if (idle != workers_.end()) {
       idle->isBusy = true;
@@ -118,7 +119,7 @@ void CommandFunction::giveBack(Worker& worker) {
 // Starts the command again if it has failed, or ended since the last call.
 std::shared_ptr<CommandProcess> CommandFunction::readyProcess(Worker& worker) {
   const std::lock_guard lock(mutex_);
-  if (isEnding_) throw CommandFailure("The server ends.");
+  if (isEnding_) throw CommandFailure("The server is stopping.");
   if (!worker.process || !worker.process->isReady()) {
     worker.process = std::make_shared<CommandProcess>(command_);
   }

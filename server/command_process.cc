@@ -122,7 +122,7 @@ ByteBuffer CommandProcess::ask(std::string_view line, std::chrono::duration<doub
     pollfd ends[] = {{output_, POLLIN, 0}, {input_, POLLOUT, 0}};
     const int ready = ::poll(ends, line.empty() ? 1 : 2, millisecondsUntil(deadline));
     if (ready < 0 && errno == EINTR) continue;
-    if (ready <= 0) throw CommandFailure("The command gave no answer in time.");
+    if (ready <= 0) throw CommandFailure("The command did not answer in time.");
     if (!line.empty() && ends[1].revents != 0) {
       const ssize_t count = ::write(input_, line.data(), line.size());
       if (count > 0) line.remove_prefix(static_cast<std::size_t>(count));

@@ -32,7 +32,7 @@ Reply replyWith(unsigned status, const std::string& reason, const std::string& c
 Reply statusReply(const Fault& fault) {
   Reply reply = replyWith(
       fault.status, std::string(http::obsolete_reason(static_cast<http::status>(fault.status))),
-      "text/plain; charset=utf-8", ByteBuffer("This failure was asked for: " + fault.text + "\n"));
+      "text/plain; charset=utf-8", ByteBuffer("This failure was requested: " + fault.text + "\n"));
   if (fault.status == 401) {
     reply.message.set(http::field::www_authenticate, "Basic realm=\"hcy-local-server\"");
   }

@@ -83,7 +83,8 @@ Evaluation FunctionCall::evaluate() try {
 } catch (const Overload&) {
   throw;
 } catch (const std::bad_alloc&) {
-  return raised(FunctionError(kServerMemory, "The server has not enough memory for this call."));
+  return raised(
+      FunctionError(kServerMemory, "The server does not have enough memory for this call."));
 } catch (const std::exception& error) {
   return raised(FunctionError(kException, error.what(), {StackFrame{}}));
 }

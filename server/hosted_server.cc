@@ -74,9 +74,9 @@ void answer(const hcyServedFunction& function, Call& call) {
   if (answer.isOutOfMemory) throw std::bad_alloc();
   if (answer.error) throw FunctionError(*answer.error);
   if (std::cmp_less(call.outputs.size(), call.nargout)) {
-    throw FunctionError(kArgumentCount, "The function gave " + std::to_string(call.outputs.size()) +
-                                            " outputs, and " + std::to_string(call.nargout) +
-                                            " were asked for.");
+    throw FunctionError(kArgumentCount, "The function returned " +
+                                            std::to_string(call.outputs.size()) + " outputs, but " +
+                                            std::to_string(call.nargout) + " were requested.");
   }
 }
 
@@ -162,9 +162,9 @@ void hcyServerStop(hcyServer* server) {
 
 int hcyServedOutput(hcyServedCall* call, hcyArray* output) {
   auto& answer = *static_cast<hcy::server::Answer*>(call->internal);
-  auto array = hcy::server::Array::adopt(output);
   try {
-    answer.call.add(std::move(array));
+    if (output == nullptr) throw std::bad_alloc();
+    answer.call.add(hcy::server::Array::adopt(output));
     return 0;
   } catch (const std::bad_alloc&) {
     answer.isOutOfMemory = true;

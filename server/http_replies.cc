@@ -103,7 +103,8 @@ std::optional<Reply> refusalOfHeader(const HttpRequest& request) {
     return refusal(http::status::bad_request, "The request names no host, or several.\n");
   }
   if (request.count(http::field::transfer_encoding) > 0 && !request.chunked()) {
-    return refusal(http::status::not_implemented, "Of transfer codings, chunked is known.\n");
+    return refusal(http::status::not_implemented,
+                   "The only supported transfer coding is chunked.\n");
   }
   return std::nullopt;
 }
@@ -136,7 +137,7 @@ Reply replyWithoutCall(const HttpRequest& request, const std::vector<ListedFunct
   }
   const auto hasPath = [path](const ListedFunction& one) { return "/" + one.name == path; };
   if (std::ranges::any_of(functions, hasPath)) return {methodNotAllowed("POST")};
-  return notFound("There is no function of this path.\n");
+  return notFound("There is no function at this path.\n");
 }
 
 Reply notFound(std::string_view reason) { return {plainText(http::status::not_found, reason)}; }
@@ -146,7 +147,7 @@ Reply serverFault(http::status status, const std::string& reason) {
 }
 
 Reply badParams() {
-  return {plainText(http::status::bad_request, "The body is no VORTEN_Params.\n")};
+  return {plainText(http::status::bad_request, "The body is not a VORTEN_Params message.\n")};
 }
 
 Reply resultReply(ByteBuffer result, Source source) {

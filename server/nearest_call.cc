@@ -89,7 +89,7 @@ std::optional<ShownRequest> requestAsShown(const RecordedCall& call,
 
 std::string listOfPaths(const Recordings& recordings) {
   const auto paths = recordings.paths();
-  if (paths.empty()) return "Nothing is recorded at all.\n";
+  if (paths.empty()) return "Nothing has been recorded.\n";
   std::string text = "There are recorded calls of:\n";
   std::size_t listed = 0;
   for (const auto& [path, count] : paths) {

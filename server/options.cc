@@ -39,7 +39,7 @@ void addCommands(CLI::App& app, CommandOptions& commands) {
       ->needs(function)
       ->group(group);
   app.add_option("--worker-path", commands.workerPath,
-                 "Where programs call that answer the functions whose COMMAND is @")
+                 "Path for programs that answer the functions whose COMMAND is @")
       ->type_name("PATH")
       ->needs(function)
       ->group(group);
@@ -60,18 +60,18 @@ void addRecording(CLI::App& app, Options& options) {
           ->type_name("URL")
           ->group(group);
   app.add_option("--record", options.recordFolder,
-                 "Keep each call that is passed on in a file of this folder")
+                 "Record each call that is passed on in this directory")
       ->type_name("FOLDER")
       ->needs(url)
       ->group(group);
-  CLI::Option* const replay =
-      app.add_option("--replay", options.replayFolder, "Answer from the files of this folder")
-          ->type_name("FOLDER")
-          ->group(group);
+  CLI::Option* const replay = app.add_option("--replay", options.replayFolder,
+                                             "Answer from the recordings in this directory")
+                                  ->type_name("FOLDER")
+                                  ->group(group);
   app.add_option_function<std::string>(
          "--order",
          [&options](const std::string& order) { options.givesLastAnswer = order == "last"; },
-         "Of several answers to one request, give one after the other (recorded) or always the "
+         "If a request has several answers, use them in turn (recorded) or always the "
          "last one (last) [recorded]")
       ->type_name("ORDER")
       ->check(CLI::IsMember({"recorded", "last"}).description(""))
@@ -105,7 +105,7 @@ void addFaults(CLI::App& app, Options& options) {
                                  ->type_name("PATTERN=WHAT")
                                  ->allow_extra_args(false)
                                  ->group(group);
-  app.add_option("--seed", options.seed, "What chance begins with [1]")
+  app.add_option("--seed", options.seed, "Seed of the random numbers [1]")
       ->type_name("N")
       ->needs(fault)
       ->group(group);
@@ -121,15 +121,15 @@ void addLog(CLI::App& app, LogOptions& log) {
           ->group(group);
   app.add_option_function<std::string>(
          "--log-format", [&log](const std::string& format) { log.isJson = format == "json"; },
-         "The form of a line: text or json [text]")
+         "Format of a line: text or json [text]")
       ->type_name("FORMAT")
       ->check(CLI::IsMember({"text", "json"}).description(""))
       ->needs(file)
       ->group(group);
-  CLI::Option* const values =
-      app.add_flag("--log-values", log.showsValues, "Write inputs and outputs, too, as JSON of hcy")
-          ->needs(file)
-          ->group(group);
+  CLI::Option* const values = app.add_flag("--log-values", log.showsValues,
+                                           "Log inputs and outputs, too, in the notation of hcy")
+                                  ->needs(file)
+                                  ->group(group);
   app.add_option("--log-width", log.width, "Columns to cut each value to; 0 for no limit [60]")
       ->type_name("COLUMNS")
       ->needs(values)
@@ -166,7 +166,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
                          ->needs(certificate);
   certificate->needs(key);
   app.add_option("--client-ca", options.clientCaFile,
-                 "Demand client certificates signed by this authority (PEM)")
+                 "Require client certificates signed by this authority (PEM)")
       ->check(CLI::ExistingFile)
       ->needs(certificate);
   app.add_flag("--stop-on-eof", options.stopOnEof, "Stop when the standard input ends");

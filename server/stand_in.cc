@@ -66,7 +66,7 @@ Reply StandIn::ask(const HttpRequest& request) const try {
   return passOn(request);
 } catch (const UpstreamFailure& failure) {
   return serverFault(failure.isTimeout ? http::status::gateway_timeout : http::status::bad_gateway,
-                     std::string("The upstream server gave no reply: ") + failure.what());
+                     std::string("The upstream server did not reply: ") + failure.what());
 } catch (const std::bad_alloc&) {
   return overloaded(kNoMemory);
 } catch (const std::exception& error) {

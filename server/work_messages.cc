@@ -123,9 +123,9 @@ ByteBuffer resultIn(const RequestFields& work, int nargout) {
   if (textOf(work.inputs[1], "kind") == "error") return errorFrom(values);
   const auto wanted = static_cast<std::size_t>(std::max(nargout, 0));
   if (values.size() < wanted) {
-    throw FunctionError(kArgumentCount, "The function gave " + std::to_string(values.size()) +
-                                            " outputs, and " + std::to_string(wanted) +
-                                            " were asked for.");
+    throw FunctionError(kArgumentCount, "The function returned " + std::to_string(values.size()) +
+                                            " outputs, but " + std::to_string(wanted) +
+                                            " were requested.");
   }
   return resultWith(values.first(wanted));
 }

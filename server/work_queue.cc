@@ -137,7 +137,7 @@ void WorkQueue::expire() {
   }
   for (const Call& call : calls) {
     call.done(replyFrom(call.name, []() -> Reply {
-      throw FunctionError("halcyon:function:ended", "No worker gave an answer in time.");
+      throw FunctionError("halcyon:function:ended", "No worker answered in time.");
     }));
   }
   for (const Worker& worker : workers) {

@@ -59,12 +59,12 @@ HCY_API const char* hcyServerUrl(const hcyServer* server);
 HCY_API void hcyServerStop(hcyServer* server);
 
 /**
- * Adds an output to a call. Outputs beyond those that are wanted are dropped; if there are fewer,
- * the call fails.
+ * Adds an output to a call. Extra outputs are dropped; too few fail the call.
  *
  * @param call    the call.
- * @param output  the array, which the call takes over in any case. It must not be null.
- * @return 0, or 1 if memory runs out; the call fails for that reason then.
+ * @param output  the array, which the call takes over in any case. Null, which functions of
+ * hcyclient.h return if memory runs out, counts as that.
+ * @return 0, or 1 if memory runs out; the call then fails for that reason.
  */
 HCY_API int hcyServedOutput(hcyServedCall* call, hcyArray* output);
 

@@ -17,7 +17,7 @@ using hcy::client::VORTEN_Array;
 
 namespace {
 
-// Index arrays are handed out where they lie.
+// Pointers to index arrays point into the message.
 static_assert(sizeof(std::size_t) == sizeof(std::uint64_t));
 
 // The caller may write what it gets.

@@ -13,9 +13,8 @@ namespace hcy {
 
 class ContentBlock;
 
-// What an array holds, as all see it who share it: handles over it, and containers that it was
-// stored in. The elements of a container and of a 16-bit class are here once they have been
-// committed.
+// What an array holds, shared by the handles to it and the containers that it was stored in. The
+// elements of a container and of a 16-bit class are here once they have been committed.
 class ArrayContent {
  public:
   ArrayContent() = default;
@@ -68,7 +67,7 @@ ContentPtr copyWithoutElements(const ArrayContent& content);
 // Reads an array out of a container, well-formed and in wire form, into an empty content.
 void unpack(const PackedArrays& arrays, std::size_t index, ArrayContent& content);
 
-// An element that was never set: a 0-by-0 double.
+// An unset element: a 0-by-0 double.
 ContentPtr emptyDouble();
 
 }  // namespace hcy

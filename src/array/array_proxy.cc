@@ -44,8 +44,8 @@ void VORTENArrayProxy::checkIndices() {
   requiredValues_ = described.value_or(SIZE_MAX);
 }
 
-// What the program has completed is its own from then on, unless an index that came with it leads
-// outside.
+// Storage that the program has completed counts as its own from then on, unless an index that was
+// received is outside the array.
 void VORTENArrayProxy::storageChanged() {
   if (!hasIndices_) checkIndices();
   if (!hasIndices_) return;

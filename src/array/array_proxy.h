@@ -30,7 +30,7 @@ class VORTENArrayProxy : public ServedArray {
                    std::uint64_t count);
 
   // An array over content that it shares. Throws std::invalid_argument if the library does not
-  // serve the type.
+  // support the type.
   explicit VORTENArrayProxy(const ContentPtr& content);
 
   VORTENArrayProxy(const VORTENArrayProxy&) = delete;
@@ -59,7 +59,7 @@ class VORTENArrayProxy : public ServedArray {
   ArrayData& data() const { return content_->data; }
   bool isComplex() const { return complex_; }
 
-  // Whether the index arrays of a sparse array are handed out: those of a reply only if they
+  // Whether the caller gets the index arrays of a sparse array: those of a reply only if they
   // describe a matrix of the array's dimensions.
   bool hasIndices() const { return hasIndices_; }
 
@@ -77,8 +77,8 @@ class VORTENArrayProxy : public ServedArray {
   virtual void commitTo(ArrayContent& /*content*/) const {}
   virtual std::unique_ptr<VORTENArrayProxy> copied() const;
 
-  // How many elements the storage must hold to be handed out; what the program has made is its own
-  // affair.
+  // How many elements the storage must hold for the caller to get it; 0 for what the program has
+  // made.
   std::size_t requiredElements() const;
 
  private:

@@ -27,8 +27,8 @@ void write(const Shape& shape, DimensionList& dimensions) {
   dimensions.assign(shape.begin(), shape.end());
 }
 
-// Gives the array storage for its new dimensions. Where memory for that cannot be had, restoreOld()
-// brings the old ones back; dimensions that are too large stay written.
+// Gives the array storage for its new dimensions. If memory runs out, restoreOld() restores the old
+// ones; dimensions that are too large stay written.
 template <class RestoreOld>
 void fitStorage(hcyArray* array, RestoreOld restoreOld) {
   try {

@@ -51,7 +51,7 @@ std::optional<size_t> slotOfField(const hcyArray* array, size_t index, const cha
   return first + static_cast<size_t>(field);
 }
 
-// A new handle over an element; null where there is none, or none that the library serves.
+// A new handle to an element; null if there is none, or the library does not support its class.
 hcyArray* handleOver(const hcy::ContentPtr& element) {
   if (!element || !hcy::isServedQXType(element->data.type())) return nullptr;
   return hcy::ArrayProxyBuilder::over(element).release();

@@ -10,7 +10,7 @@
 namespace hcy {
 
 // Memory for the elements of one container as they are taken out. The first ones are allocated one
-// by one; whoever asks for more will mostly ask for all, and these lie in blocks, each as large as
+// by one; a program that reads more mostly reads all, and these lie in blocks, each as large as
 // all before. A block lives as long as its container and its elements. Any number of threads may
 // take elements out at once.
 class ContentBlocks {

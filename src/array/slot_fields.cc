@@ -14,7 +14,7 @@
 namespace hcy {
 namespace {
 
-// What is sent for an element that was never set.
+// What is sent for an unset element.
 const std::string& emptyDoubleBytes() {
   static const std::string bytes = [] {
     const ContentPtr content = emptyDouble();

@@ -17,7 +17,7 @@ namespace hcy {
 // may read one table.
 class SlotTable {
  public:
-  // That many elements that were never set.
+  // That many unset elements.
   explicit SlotTable(std::size_t size = 0) : SlotTable(size, nullptr) {}
   // The elements of packed arrays; null for none.
   explicit SlotTable(const std::shared_ptr<const PackedArrays>& packed)
@@ -32,11 +32,11 @@ class SlotTable {
 
   std::size_t size() const { return size_; }
 
-  // The element of a slot, a 0-by-0 double if it was never set; null beyond the end.
+  // The element of a slot, a 0-by-0 double if it is unset; null beyond the end.
   ContentPtr at(std::size_t index) const;
   // The same if it has been asked for or set before, else null.
   const ArrayContent* seen(std::size_t index) const;
-  // Whether the slot was never set or read, and no packed array belongs to it.
+  // Whether the slot has been neither set nor read, and no packed array belongs to it.
   bool isUnset(std::size_t index) const { return index >= packedSize_ && !seen(index); }
   void set(std::size_t index, ContentPtr content);
 
@@ -46,7 +46,7 @@ class SlotTable {
   // Whether the elements are exactly those of the packed arrays.
   bool isPacked() const;
 
-  // Keeps the elements that fit; new ones were never set. Nothing has changed if it throws.
+  // Keeps the elements that fit; new ones are unset. Nothing has changed if it throws.
   void resize(std::size_t size);
   // Becomes a copy of the other with copies of its elements.
   void copyFrom(const SlotTable& other);

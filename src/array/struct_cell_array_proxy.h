@@ -29,7 +29,7 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
   double getScalar() const override { return 0.0; }
   ArrayToSend toSend(const SendingOrder& order) const override;
 
-  // The element of a slot, made a 0-by-0 double if it was never set; null where there is no slot.
+  // The element of a slot, made a 0-by-0 double if it is unset; null if there is no slot.
   ContentPtr slot(std::size_t index) const { return slots_.at(index); }
 
   // Makes the slot share the value's element, or a snapshot of it if it is this very array. Where
@@ -38,7 +38,7 @@ class VORTENStructCellArrayProxy : public VORTENArrayProxy {
 
   std::size_t numberOfFields() const;
 
-  // Adds a field of never-set slots behind the others; false, and nothing has changed, if there
+  // Adds a field of unset slots after the others; false, and nothing has changed, if there
   // would be too many.
   bool addField(std::string&& name) requires(Class::type == VORTEN_Array::STRUCT);
 

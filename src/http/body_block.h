@@ -25,10 +25,10 @@ class BodyBlock {
   std::size_t capacity() const { return capacity_; }
 
   // Gives the block room for that many bytes and more. What it holds stays, at another address
-  // perhaps. False, and nothing has changed, when memory cannot be had.
+  // perhaps. False, and nothing has changed, if memory runs out.
   bool reserve(std::size_t capacity);
 
-  // Gives back what a large block has beyond that many bytes.
+  // Releases what a large block has beyond that many bytes.
   void trim(std::size_t capacity);
 
  private:

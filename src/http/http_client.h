@@ -10,7 +10,7 @@
 
 namespace hcy {
 
-// A client over one libcurl easy handle, whose connection is kept between requests. The time-out
+// A client over one libcurl easy handle, whose connection is kept between requests. The timeout
 // and TLS settings are applied once, at construction; the response size limit goes to each
 // request.
 class QXHttpClient : public QXClient {

@@ -16,7 +16,7 @@ namespace hcy {
 class HttpResponse : public Response {
  public:
   // Refuses a body that is declared longer than the limit, in bytes. Takes the memory of the body
-  // from the spare block, and gives it back there in the end.
+  // from the spare block, and returns it in the end.
   explicit HttpResponse(std::uint32_t responseSizeLimit,
                         std::shared_ptr<SpareBlock> spare = std::make_shared<SpareBlock>());
   ~HttpResponse() override { spare_->giveBack(std::move(body_)); }
@@ -38,7 +38,7 @@ class HttpResponse : public Response {
   void keepAtMost(std::size_t size) { mostKept_ = size; }
 
   // Takes one line as it arrived, line end included. Throws boost::bad_lexical_cast for a
-  // Content-Length that is no number.
+  // Content-Length that is not a number.
   void addHeaderLine(std::string_view line);
 
   void setStatusCode(std::uint32_t code) { statusCode_ = code; }

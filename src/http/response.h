@@ -18,7 +18,7 @@ class Response {
   virtual const char* bodyData() const = 0;    // never null; what was kept of the body
   virtual std::uint64_t bodySize() const = 0;  // of all of it
 
-  // Hands over the memory of a large body, which may be written, to an owner that gives it back in
+  // Hands over the memory of a large body, which may be written, to an owner that releases it in
   // the end: the bytes stay where they are, and the response has none any more. Null, and nothing
   // has changed, for another body.
   virtual std::shared_ptr<void> takeBody() { return nullptr; }

@@ -20,8 +20,8 @@ class ElementBuffer {
   static constexpr std::size_t kInline = 16;
 
   // The least size of a block that is mapped for itself. The heap keeps smaller ones for the next
-  // array of their size, which finds them warm; larger ones it maps anew each time, without huge
-  // pages.
+  // array of their size, which finds them warm; larger ones it maps again each time, without
+  // huge pages.
   static constexpr std::size_t kLeastMapped = std::size_t{32} << 20;
 
   ElementBuffer() noexcept = default;

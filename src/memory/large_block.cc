@@ -27,7 +27,7 @@ char* mapLargeBlock(std::size_t size) {
   void* const found =
       ::mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (found == MAP_FAILED) return nullptr;
-  // The block begins where a huge page can; what lies before and behind it is given back.
+  // The block begins where a huge page can; what lies before and after it is released.
   auto* const begin = static_cast<char*>(found);
   const std::size_t before = -reinterpret_cast<std::uintptr_t>(begin) % kHugePage;
   if (before != 0) ::munmap(begin, before);

@@ -11,10 +11,10 @@ namespace hcy {
 
 inline constexpr std::size_t kHugePage = std::size_t{2} << 20;
 
-// The size is rounded up to whole pages. Null when memory cannot be had.
+// The size is rounded up to whole pages. Null if memory runs out.
 char* mapLargeBlock(std::size_t size);
 
-// Moves the block if it has to. Null, and the block is as it was, when memory cannot be had.
+// Moves the block if it has to. Null, and the block is unchanged, if memory runs out.
 char* resizeLargeBlock(char* block, std::size_t oldSize, std::size_t size);
 
 void unmapLargeBlock(char* block, std::size_t size);

@@ -24,7 +24,7 @@ void set(hcyClientConfig* config, Value value) {
   ((*config->config).*Operation)(value);
 }
 
-// A text that memory cannot be had for leaves the setting as it was.
+// If memory runs out, the setting is unchanged.
 template <auto Operation>
 void setText(hcyClientConfig* config, const char* text) {
   try {

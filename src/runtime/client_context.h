@@ -12,7 +12,7 @@
 #include "http/body_block.h"
 #include "http/client.h"
 
-// What the runtime table calls a context: a client, and the account of its last failed call.
+// What the runtime table calls a context: a client, and the record of its last failed call.
 // Recording a failure rewrites the kind, the message and the members of that kind; the others
 // keep what an earlier failure left.
 struct hcyClientContext {

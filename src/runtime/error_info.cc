@@ -11,7 +11,7 @@ namespace {
 
 using client::VORTEN_Error;
 
-// The frames of an error, for free(); null when there are none or memory cannot be had.
+// The frames of an error, for free(); null if there are none or memory runs out.
 hcyErrorStackFrame* stackOf(const VORTEN_Error& error) {
   if (error.stack().empty()) return nullptr;
   auto* const frames = static_cast<hcyErrorStackFrame*>(

@@ -8,7 +8,7 @@
 
 namespace hcy {
 
-// Stores what an exception says; where memory for that cannot be had, that it could not.
+// Stores what an exception says; if memory runs out, a shorter text.
 inline void storeText(const std::exception& exception, std::string& text) noexcept {
   try {
     text = exception.what();

@@ -98,7 +98,7 @@ Bytes bodyOf(const Response& response, std::uint32_t responseSizeLimit) {
           std::min(size, responseSizeLimit)};
 }
 
-// Hands out the outputs, from the last to the first.
+// Stores the outputs for the caller, from the last to the first.
 void storeOutputs(Reply& reply, std::int32_t nargout, hcyArray** outputs) {
   if (std::cmp_not_equal(reply.outputCount, nargout)) {
     throw std::runtime_error("Number of outputs received from VORTEN, " +

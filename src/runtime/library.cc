@@ -27,7 +27,7 @@ std::unique_ptr<hcyClientRuntime> makeRuntime(int version) {
   if (version != HCY_CLIENT_RUNTIME_1_0 && version != HCY_CLIENT_RUNTIME_1_1) {
     throw std::runtime_error("Invalid version number.");
   }
-  // Allocated first, so that libcurl is never left initialised without a table.
+  // Allocated first, so that libcurl is never left initialized without a table.
   auto runtime = std::make_unique<hcyClientRuntime>();
   if (curl_global_init(CURL_GLOBAL_ALL) != CURLE_OK) {
     throw std::runtime_error("Global initialization of QXHttpClient failed");

@@ -7,7 +7,7 @@
 
 namespace hcy {
 
-// A NUL-terminated text whose storage is wiped before it is given back.
+// A NUL-terminated string whose storage is wiped before it is released.
 class SecretText {
  public:
   explicit SecretText(const char* text = "") : text_(new char[std::strlen(text) + 1]) {

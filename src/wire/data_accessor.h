@@ -55,7 +55,7 @@ struct DataAccessor {
       const VORTEN_Array::Double& values = sparse.qxsparsedouble();
       isPresent = sparse.has_qxsparsedouble();
       accessValues(values.elements());
-      // A sparse array hands out the imaginary parts that it has, wanted or not.
+      // The imaginary parts of a sparse array count even if the array is not complex.
       const auto& imaginary = values.imag_elements();
       if (!imaginary.empty()) access(spanOf(imaginary), imagData, imagCount);
     } else {

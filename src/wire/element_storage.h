@@ -65,7 +65,7 @@ void resizeElementStorage(ArrayData& array, std::uint32_t count);
 // Makes the part present that holds the elements, empty if there are none.
 void showElements(ArrayData& array);
 
-// What an element is that was never set: a 0-by-0 double.
+// What an unset element is: a 0-by-0 double.
 void makeEmptyDouble(ArrayData& array);
 
 }  // namespace hcy

@@ -124,7 +124,7 @@ class ArrayReader {
             source_->owner(), finder.fields(), source_->isReceived());
         return true;
       }
-      // A second part goes on behind the first.
+      // A second part continues the first.
       if (!arrays_) arrays_.emplace(Class::Message::kElementsFieldNumber, part.size());
       return readFields(part, ArraysReader<Class>(target_, part, *arrays_, nesting_ - 1), merge);
     } else {

@@ -136,7 +136,7 @@ class BlockReader {
   Element* elementsEnd_;
 };
 
-// Reads packed varints, and moves `elements` behind the last one; false if they are broken. There
+// Reads packed varints, and moves `elements` past the last one; false if they are broken. There
 // is room for one element for each byte that ends a varint.
 template <class Element>
 bool readAll(Bytes packed, Element*& elements, std::size_t room) {

@@ -44,7 +44,7 @@ struct WireField {
 // Where the group ends whose fields begin at `position`; 0 if it is broken.
 std::size_t endOfGroup(Bytes message, std::size_t position, std::uint32_t tag);
 
-// The field at `begin`; false if it is broken. A content that is cut is no such fault.
+// The field at `begin`; false if it is broken. Content that is cut does not count as broken.
 inline bool readField(Bytes message, std::size_t begin, WireField& field) {
   const std::uint8_t* const bytes = message.data();
   const std::uint8_t* position = bytes + begin;

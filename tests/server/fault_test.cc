@@ -43,7 +43,7 @@ TEST(Faults, BringOtherStatuses) {
   const LocalServer server(faults({"echo=503", "math/*=401", "text/u?per=429"}));
   const HttpReply unavailable = echo(server);
   EXPECT_EQ(unavailable.status, 503);
-  EXPECT_EQ(unavailable.body, "This failure was asked for: 503\n");
+  EXPECT_EQ(unavailable.body, "This failure was requested: 503\n");
   EXPECT_THAT(echo(server, "/math/plus").header.at("www-authenticate"), StartsWith("Basic"));
   EXPECT_EQ(echo(server, "/text/upper").status, 429);
   EXPECT_EQ(echo(server, "/stats/describe").status, 200);

@@ -341,7 +341,7 @@ TEST_F(Recording, SurvivesAnyUpstreamServer) {
     const HttpReply reply = sendRequest(recorder.url("/f"), "");
     EXPECT_EQ(reply.status, status) << reply.failure << reply.body;
     if (status != 200) {
-      EXPECT_THAT(reply.body, StartsWith("The upstream server gave no reply: "));
+      EXPECT_THAT(reply.body, StartsWith("The upstream server did not reply: "));
     }
   }
   // Only whole replies are recorded.

@@ -205,6 +205,25 @@ TEST_F(ServedFunctions, FailToStartWithoutThreads) {
 }
 #endif
 
+TEST(ServerLibrary, TakesANullOutputForExhaustedMemory) {
+  const hcyclient::Library library;
+  const hcyServedFunction function = {
+      "f", [](void*, hcyServedCall* call) { EXPECT_EQ(hcyServedOutput(call, nullptr), 1); },
+      nullptr};
+  const char* const options[] = {"--port", "0"};
+  char* message = nullptr;
+  hcyServer* const server = hcyServerStart(&function, 1, 1, 2, options, &message);
+  ASSERT_NE(server, nullptr) << message;
+  hcyclient::Context context{hcyclient::Config(library)};
+  try {
+    context.feval(std::string(hcyServerUrl(server)) + "/f", std::vector<Array>());
+    ADD_FAILURE() << "the call succeeded";
+  } catch (const hcyclient::FunctionError& error) {
+    EXPECT_THAT(error.what(), HasSubstr("does not have enough memory"));
+  }
+  hcyServerStop(server);
+}
+
 TEST(ServerLibrary, ExportsItsFunctionsAlone) {
   struct Closer {
     void operator()(std::FILE* file) const { pclose(file); }

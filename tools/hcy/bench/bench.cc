@@ -144,7 +144,7 @@ int bench(const Options& options) {
   requireHttp(options.url);
   const double timeout = options.settings.timeout.value_or(0);
   if (timeout != std::trunc(timeout)) {
-    throw BadInput("for hcy bench, the time-out must be a whole number of seconds");
+    throw BadInput("for hcy bench, the timeout must be a whole number of seconds");
   }
   const std::vector<hcyclient::Array> inputs =
       arraysFrom(options.arguments, options.argumentSettings);

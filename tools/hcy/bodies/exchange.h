@@ -22,7 +22,7 @@ struct Exchange {
 };
 
 // Posts the body with these header lines as the library does, with all settings of the
-// configuration, and `seconds` in place of its time-out (0 for no limit). Throws
+// configuration, and `seconds` in place of its timeout (0 for no limit). Throws
 // hcyclient::TransportError.
 Exchange post(const hcyclient::Config& config, const std::string& url,
               const std::vector<std::string>& headers, std::string_view body, double seconds);

@@ -112,7 +112,7 @@ void requireForm(const Options& options) {
   }
   const double timeout = options.settings.timeout.value_or(0);
   if (timeout != std::trunc(timeout)) {
-    throw BadInput("with --each, the time-out must be a whole number of seconds");
+    throw BadInput("with --each, the timeout must be a whole number of seconds");
   }
 }
 

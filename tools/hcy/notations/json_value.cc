@@ -228,7 +228,7 @@ JsonValue parseJson(std::string_view text) {
   // The parser would treat it as the end.
   const std::size_t nul = text.find('\0');
   if (nul != std::string_view::npos) throw BadText(nul, "bad JSON: NUL character");
-  // Versions of the parser differ in what they report for an empty text.
+  // Versions of the parser differ in what they report for an empty string.
   if (text.empty()) {
     throw BadText(0, "bad JSON: unexpected end of input; expected '[', '{', or a literal");
   }

@@ -8,7 +8,7 @@
 
 namespace hcy::tools {
 
-// A configuration with these settings, the time-out rounded up to whole seconds. Asks for the pass
+// A configuration with these settings, the timeout rounded up to whole seconds. Asks for the pass
 // phrase if the settings say so. Throws BadInput.
 hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& settings);
 
