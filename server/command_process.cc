@@ -160,7 +160,10 @@ std::string CommandProcess::howItEnded() {
     return "The command closed its standard output.";
   }
   if (end.si_code == CLD_EXITED) {
-    return "The command ended with exit status " + std::to_string(end.si_status) + ".";
+    // That is how a shell says that a signal ended its command.
+    const bool isSignal = end.si_status > 128 && end.si_status <= 128 + SIGSYS;
+    return "The command ended with exit status " + std::to_string(end.si_status) +
+           (isSignal ? std::string(" (") + ::strsignal(end.si_status - 128) + ")." : ".");
   }
   return std::string("The command was ended by a signal: ") + ::strsignal(end.si_status) + ".";
 }

@@ -102,6 +102,7 @@ Options optionsFrom(int count, const char* const* texts, unsigned threads) {
   const CommandLine line = parseCommandLine(static_cast<int>(argv.size()), argv.data());
   if (!line.options) throw std::runtime_error("the options of the server are wrong");
   Options options = *line.options;
+  if (options.stopOnEof) throw std::runtime_error("--stop-on-eof is for hcy-local-server alone");
   options.ownsProcess = false;
   options.functionThreads = threads;
   return options;

@@ -47,7 +47,8 @@ class Server {
   /** The inputs of a function, as Context::feval() would return them. */
   using Inputs = std::vector<Array>;
 
-  /** The outputs of a function: arrays, or values that become arrays, `Outputs{a, 2.0, "text"}`. */
+  /** The outputs of a function: arrays, or values that become arrays,
+   *  `Outputs{std::move(a), 2.0, "text"}`. Arrays are moved; `a.copy()` makes a copy. */
   class Outputs : public std::vector<Array> {
    public:
     /** No outputs. */
@@ -154,7 +155,7 @@ class Server {
   }
 
   /** Ends the server, and returns when no function runs any more. Calls that are being answered
-   *  fail. Does nothing unless it listens. No function that is served may call it. */
+   *  fail. Does nothing unless it listens. If a served function calls it, it waits for itself forever. */
   void close() noexcept { server_.reset(); }
 
  private:

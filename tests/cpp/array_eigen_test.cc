@@ -12,9 +12,13 @@
 namespace hcyclient {
 namespace {
 
-// A matrix is no list of values: it would become a column.
+// Neither a matrix nor a vector is a list of values: a row would become a column, and the elements
+// may not be contiguous.
 static_assert(!std::is_constructible_v<Array, Eigen::MatrixXd>);
-static_assert(std::is_constructible_v<Array, Eigen::VectorXd>);
+static_assert(!std::is_constructible_v<Array, Eigen::VectorXd>);
+static_assert(!std::is_constructible_v<Input, Eigen::VectorXd>);
+static_assert(!std::is_constructible_v<Array, decltype(Eigen::MatrixXd().row(0))>);
+static_assert(!std::is_constructible_v<Array, decltype(Eigen::MatrixXd().diagonal())>);
 
 // A view of what is gone.
 template <class A, class = void>

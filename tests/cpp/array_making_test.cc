@@ -19,6 +19,13 @@
 namespace hcyclient {
 namespace {
 
+// A range that can be iterated over once.
+struct Numbers {
+  std::istream& stream;
+  std::istream_iterator<double> begin() const { return std::istream_iterator<double>(stream); }
+  static std::istream_iterator<double> end() { return {}; }
+};
+
 // What has data() and size() but is no range, as a matrix of another library.
 struct Matrix {
   const double* data() const;
@@ -107,6 +114,8 @@ TEST(CppArrayMaking, takesContainersAtRunTime) {
   elements.emplace_back(1.0);
   elements.emplace_back("text");
   EXPECT_EQ(Array::cellOf(elements), Array::cellOf({1.0, "text"}));
+  std::istringstream numbers("1 2 3");
+  EXPECT_EQ(Array::cellOf(Numbers{numbers}), Array::cellOf({1.0, 2.0, 3.0}));
   EXPECT_EQ(Array::cellOf(std::list<std::string>{"a", "b"}),
             Array(std::vector<std::string>{"a", "b"}));
   std::map<std::string, Array> fields;

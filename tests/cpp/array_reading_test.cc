@@ -35,6 +35,7 @@ TEST(CppArrayReading, findsAnElementByItsSubscripts) {
   EXPECT_EQ(matrix.at<int>(i, j), 2);
   EXPECT_EQ(matrix.index(i, j), 2U);
   EXPECT_EQ(matrix.index({i, j}), 2U);
+  EXPECT_EQ(Array::cellOf({matrix})[0].index({i, j}), 2U);
   EXPECT_EQ(matrix.index({std::size_t{1}, std::size_t{2}}), 5U);
   EXPECT_EQ(matrix.index(Shape{1, 2}), 5U);
   EXPECT_THROW(matrix.at<double>(2, 0), UsageError);

@@ -7,7 +7,10 @@
 #include <chrono>
 #include <future>
 #include <hcy/hcyclient.hpp>
+#include <iterator>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -19,6 +22,13 @@
 
 namespace hcyclient {
 namespace {
+
+// A range that can be iterated over once.
+struct Numbers {
+  std::istream& stream;
+  std::istream_iterator<double> begin() const { return std::istream_iterator<double>(stream); }
+  static std::istream_iterator<double> end() { return {}; }
+};
 
 using hcy::test::Connection;
 using std::chrono::milliseconds;
@@ -62,6 +72,23 @@ TEST_F(CppPool, mapsInOrder) {
   std::vector<Array> texts;
   for (const char* text : {"a", "b"}) texts.push_back(Array::cellOf({text}));
   EXPECT_THROW(pool.map(server.url("/text/upper"), texts), FunctionError);
+}
+
+// Elements that exist only while the range is iterated over.
+TEST_F(CppPool, keepsTheElementsThatARangeMakes) {
+  Pool pool(config, 2);
+  std::vector<double> echoed;
+  for (const Array& output : pool.map(echo, Array::cellOf({1.0, 2.0, 3.0, 4.0}))) {
+    echoed.push_back(output.scalar());
+  }
+  for (const Array& output : pool.map(echo, std::vector<bool>{true, false, true, false})) {
+    echoed.push_back(output.scalar());
+  }
+  std::istringstream numbers("5 6 7 8");
+  for (const Array& output : pool.map(std::string_view(echo), Numbers{numbers})) {
+    echoed.push_back(output.scalar());
+  }
+  EXPECT_EQ(echoed, (std::vector<double>{1, 2, 3, 4, 1, 0, 1, 0, 5, 6, 7, 8}));
 }
 
 TEST_F(CppPool, callsOnSeveralThreadsAtOnce) {

@@ -114,7 +114,8 @@ TEST_F(Commands, AreStartedAgainWhenTheyDie) {
   // Answers one call, then dies in the next one.
   const std::string answer = "read -r line; echo '{\"outputs\":[1]}'; read -r line; ";
   for (const auto& [end, text] :
-       std::vector<std::pair<std::string, std::string>>{{"exit 3", "exit status 3"},
+       std::vector<std::pair<std::string, std::string>>{{"exit 3", "exit status 3."},
+                                                        {"exit 137", "exit status 137 (Killed)."},
                                                         {"kill -9 $$", "Killed"},
                                                         {"exec >&-; sleep 60", "closed"}}) {
     const LocalServer server({"--function", script(answer + end + "\n")});

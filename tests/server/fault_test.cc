@@ -143,7 +143,8 @@ TEST(Faults, AreRefusedIfTheyMakeNoSense) {
   for (const char* rule :
        {"echo", "=503", "echo=", "echo=oops", "echo=99", "echo=600", "echo=delay:2",
         "echo=delay:-1s", "echo=delay:3601s", "echo=delay:nans", "echo=drip:0B/s", "echo=drip:10",
-        "echo=truncate:x", "echo=error:a", "echo=error:a:", "echo=503@101%", "echo=503@-1"}) {
+        "echo=truncate:x", "echo=error:a", "echo=error:a:", "echo=204", "echo=304", "echo=503@101%",
+        "echo=503@-1"}) {
     EXPECT_THROW(LocalServer(faults({rule})), std::runtime_error) << rule;
   }
 }

@@ -67,7 +67,8 @@ class Server:
         output or a tuple of outputs, of the types that feval() accepts. An exception is raised in
         the client as a FunctionError with the Python stack.
     threads : int
-        How many functions may run at once, each on its own thread; at least 1.
+        How many functions may run at once, each on its own thread; at least 1. A function that
+        calls another function of the same server needs 2.
     record : path, optional
         The folder in which to record the calls that are passed on to `upstream`.
     replay : path, optional
@@ -193,7 +194,8 @@ class Server:
         self.calls.append(Call(name, tuple(arguments), nargout))
         try:
             outputs = self._functions[name](*arguments)
-        except Exception as error:  # pylint: disable=broad-except
+        except BaseException as error:  # pylint: disable=broad-except
+            # pytest.fail() and sys.exit() raise others than Exception: the caller waits all the same.
             return _error(error)
         if isinstance(outputs, tuple):
             return ['outputs', *outputs[:nargout]]
@@ -204,7 +206,7 @@ def _number(value: Any) -> float:
     return float(np.asarray(value).flat[0])
 
 
-def _error(error: Exception) -> list[Any]:
+def _error(error: BaseException) -> list[Any]:
     """The answer that sends an exception."""
     if isinstance(error, FunctionError):
         frames = error.stack or _frames(error)
@@ -225,7 +227,7 @@ def _text(text: str) -> str:
     return text.encode(errors='replace').decode()
 
 
-def _frames(error: Exception) -> list[StackFrame]:
+def _frames(error: BaseException) -> list[StackFrame]:
     """The Python stack, innermost frame first, without this module."""
     found = traceback.extract_tb(error.__traceback__)
     frames = [StackFrame(frame.filename, frame.name, frame.lineno or 0) for frame in found

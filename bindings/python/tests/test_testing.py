@@ -48,7 +48,7 @@ def test_several_outputs_are_a_tuple(client):
         assert (quotient, rest) == (3, 2)
         assert client.feval(server.url('divide'), 17.0, 5.0) == 3
         assert client.feval(server.url('none'), nargout=0) is None
-        with pytest.raises(hcyclient.FunctionError, match='gave 2 outputs, and 3'):
+        with pytest.raises(hcyclient.FunctionError, match='returned 2 outputs, but 3'):
             client.feval(server.url('divide'), 17.0, 5.0, nargout=3)
 
 
@@ -63,8 +63,14 @@ def test_an_exception_is_an_error_of_the_function(client):
         raise hcyclient.FunctionError('No.', 'my:error',
                                       (hcyclient.StackFrame('f.x', 'f', 7),))
 
-    functions = {'fails': fails, 'raises': raises, 'object': object, 'ok': lambda: 1.0}
+    functions = {'fails': fails, 'raises': raises, 'object': object, 'ok': lambda: 1.0,
+                 'exits': lambda: sys.exit(3), 'judges': lambda: pytest.fail('wrong arguments')}
     with Server(functions) as server:
+        with pytest.raises(hcyclient.FunctionError, match='3') as caught:
+            client.feval(server.url('exits'))
+        assert caught.value.identifier == 'python:SystemExit'
+        with pytest.raises(hcyclient.FunctionError, match='wrong arguments'):
+            client.feval(server.url('judges'))
         with pytest.raises(hcyclient.FunctionError) as caught:
             client.feval(server.url('fails'))
         assert caught.value.identifier == 'python:KeyError'
@@ -178,6 +184,10 @@ def test_sums(hcy_server, hcy_client):
 @pytest.mark.hcy_replay()
 def test_without_name(hcy_server):
     pass
+
+@pytest.mark.hcy_replay('../elsewhere')
+def test_outside(hcy_server):
+    pass
 '''
 
 
@@ -193,7 +203,8 @@ def run_pytest(folder, *arguments):
 def test_the_plugin_records_once_and_replays_from_then_on(server, tmp_path):
     (tmp_path / 'test_it.py').write_text(PLUGIN_TESTS)
     printed = run_pytest(tmp_path)
-    assert '2 failed, 1 passed' in printed or '1 passed, 2 errors' in printed, printed
+    assert '1 passed, 3 errors' in printed, printed
+    assert "not a valid name for a recording: '../elsewhere'" in printed
     assert 'run pytest once with --hcy-upstream URL' in printed
     assert 'hcy_replay takes one argument, the name of a recording' in printed
     assert '2 passed' in run_pytest(tmp_path, '--hcy-upstream', server)

@@ -140,6 +140,8 @@ class Array {
   Array(std::nullptr_t) = delete; /**< Null is not a string. */
   Array(char) = delete;           /**< Write a string in double quotes: "c". */
   Array(const Outputs&) = delete; /**< Write context.call(...), or context.feval(...)[0]. */
+  template <class Matrix, detail::IfMatrix<Matrix> = 0>
+  Array(const Matrix&) = delete; /**< Include hcyclient_eigen.hpp, and write toArray(matrix). */
   /** A 1-by-n char array of these code units; 0-by-0 from none. */
   Array(std::u16string_view units) {
     *this = zeros<char16_t>(units.empty() ? 0 : 1, units.size());

@@ -80,9 +80,11 @@ class Config {
   }
   /** Sets the size in bytes of the largest reply body that is accepted. If a reply declares a
    *  longer body, the call fails. If a longer body declares no length, it is cut at the limit, and
-   *  arrays that are then incomplete throw IncompleteReply. */
-  Config& setResponseSizeLimit(std::uint32_t bytes) {
-    runtime_->setResponseSizeLimit(settings(), bytes);
+   *  arrays that are then incomplete throw IncompleteReply. Throws UsageError unless the size is
+   *  between 0 and 4294967295; 0 refuses every body of a declared length. */
+  Config& setResponseSizeLimit(std::uint64_t bytes) {
+    if (bytes > UINT32_MAX) throw UsageError("the response size limit is out of range");
+    runtime_->setResponseSizeLimit(settings(), static_cast<std::uint32_t>(bytes));
     return *this;
   }
   /** Returns the response size limit in bytes. */

@@ -154,8 +154,8 @@ class Context {
 
   /** The function at a URL, which can be called like a C++ function:
    *  `auto plus = context.function(url)`. */
-  Function function(std::string url) &;
-  Function function(std::string url) && = delete; /**< Keep the context. */
+  Function function(std::string_view url) &;
+  Function function(std::string_view url) && = delete; /**< Keep the context. */
 
   /** The context in the C interface, which the Context still owns; null if moved from. */
   hcyClientContext* get() const noexcept { return context_.get(); }

@@ -31,7 +31,7 @@ namespace hcyclient {
 class Function {
  public:
   /** A function at a URL; nothing is sent yet. */
-  Function(Context& context, std::string url) noexcept : context_(&context), url_(std::move(url)) {}
+  Function(Context& context, std::string_view url) : context_(&context), url_(url) {}
 
   /** The same as Context::call(). */
   template <class... Values>
@@ -60,7 +60,7 @@ class Function {
   std::string url_;
 };
 
-inline Function Context::function(std::string url) & { return {*this, std::move(url)}; }
+inline Function Context::function(std::string_view url) & { return {*this, url}; }
 
 /** @} */
 

@@ -100,11 +100,17 @@ inline Array Array::cellOf(std::initializer_list<Input> elements) {
 
 template <class R, detail::IfRange<R>>
 Array Array::cellOf(const R& elements) {
-  const auto count = std::distance(std::begin(elements), std::end(elements));
-  Array made = cells({count, 1});
-  std::size_t i = 0;
-  for (const auto& element : elements) hcySetCell(made.get(), i++, Input(element).get());
-  return made;
+  if constexpr (!detail::isMultiPass<R>) {
+    std::vector<std::decay_t<decltype(*std::begin(elements))>> kept;
+    for (auto&& element : elements) kept.push_back(std::forward<decltype(element)>(element));
+    return cellOf(kept);
+  } else {
+    const auto count = std::distance(std::begin(elements), std::end(elements));
+    Array made = cells({count, 1});
+    std::size_t i = 0;
+    for (const auto& element : elements) hcySetCell(made.get(), i++, Input(element).get());
+    return made;
+  }
 }
 
 inline Array Array::structs(const Shape& shape, const std::vector<std::string>& fields) {

@@ -18,11 +18,13 @@
 #include <hcy/cpp/context.hpp>
 #include <hcy/cpp/error.hpp>
 #include <hcy/cpp/retry.hpp>
+#include <hcy/cpp/sequence.hpp>
 #include <hcy/cpp/shape.hpp>
 #include <iterator>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <type_traits>
 #include <utility>
@@ -174,30 +176,30 @@ class Pool {
    *         CallAbandoned. Its destructor does not wait.
    * @throws UsageError if the Pool has been stopped.
    */
-  std::future<std::vector<Array>> feval(std::string url, std::vector<Array>&& inputs,
+  std::future<std::vector<Array>> feval(std::string_view url, std::vector<Array>&& inputs,
                                         int nargout = 1) {
-    return submit([this, url = std::move(url), inputs = std::move(inputs),
+    return submit([this, url = std::string(url), inputs = std::move(inputs),
                    nargout](Context& context) -> std::vector<Array> {
       return attempt([&] { return context.feval(url, inputs, nargout); });
     });
   }
   /** The same with copies of the inputs. */
-  std::future<std::vector<Array>> feval(std::string url, const std::vector<Array>& inputs,
+  std::future<std::vector<Array>> feval(std::string_view url, const std::vector<Array>& inputs,
                                         int nargout = 1) {
     std::vector<Array> copies;
     copies.reserve(inputs.size());
     for (const Array& input : inputs) copies.push_back(input.copy());
-    return feval(std::move(url), std::move(copies), nargout);
+    return feval(url, std::move(copies), nargout);
   }
 
   /** Makes a call for one output. Inputs are the same as for Context::call(); an Array is moved in
    *  if it is an rvalue, and copied otherwise. Otherwise the same as feval(). */
   template <class... Values>
-  std::future<Array> call(std::string url, Values&&... values) {
+  std::future<Array> call(std::string_view url, Values&&... values) {
     std::vector<Array> inputs;
     inputs.reserve(sizeof...(Values));
     (inputs.push_back(detail::kept(std::forward<Values>(values))), ...);
-    return submit([this, url = std::move(url), inputs = std::move(inputs)](Context& context) {
+    return submit([this, url = std::string(url), inputs = std::move(inputs)](Context& context) {
       return attempt([&] { return context.call(url, inputs); });
     });
   }
@@ -207,12 +209,22 @@ class Pool {
    *  the order of the range, after all calls have ended. Do not call it from code that runs in the
    *  Pool itself. */
   template <class Range>
-  std::vector<Array> map(const std::string& url, const Range& inputs) {
+  std::vector<Array> map(std::string_view url, const Range& inputs) {
+    // Elements that the range makes while it is iterated over must live until their calls end.
+    using Element = decltype(*std::begin(inputs));
+    std::deque<std::decay_t<Element>> made;
     Results results;
-    for (const auto& input : inputs) {
-      results.futures.push_back(submit([this, &url, &input](Context& context) {
+    const auto start = [&](const auto& input) {
+      results.futures.push_back(submit([this, url, &input](Context& context) {
         return attempt([&] { return context.call(url, input); });
       }));
+    };
+    for (auto&& input : inputs) {
+      if constexpr (detail::isMultiPass<Range> && std::is_lvalue_reference_v<Element>) {
+        start(input);
+      } else {
+        start(made.emplace_back(std::forward<decltype(input)>(input)));
+      }
     }
     std::vector<Array> outputs;
     outputs.reserve(results.futures.size());

@@ -37,10 +37,20 @@ struct Sequence<R, std::void_t<RangeValue<R>, decltype(std::size(std::declval<co
   static constexpr bool isContiguous = std::is_same_v<Value, RangeValue<R>> && isValue<Value>;
 };
 
+// A vector or matrix of Eigen, which may have strides: hcyclient_eigen.hpp converts it.
+template <class M, class = void>
+constexpr bool isMatrix = false;
+template <class M>
+constexpr bool isMatrix<M, std::void_t<decltype(std::declval<const M&>().rows()),
+                                       decltype(std::declval<const M&>().cols())>> = true;
+template <class M>
+using IfMatrix = std::enable_if_t<isMatrix<M> && !std::is_base_of_v<Array, M>, int>;
+
 // A std::vector, std::array, std::span, Span or C++ array of values, but not a string.
 template <class R>
-constexpr bool isSequence = Sequence<R>::isContiguous && !std::is_base_of_v<Array, R> &&
-                            !std::is_convertible_v<const R&, std::u16string_view>;
+constexpr bool isSequence =
+    Sequence<R>::isContiguous && !isMatrix<R> && !std::is_base_of_v<Array, R> &&
+    !std::is_convertible_v<const R&, std::u16string_view>;
 template <class R>
 using IfSequence = std::enable_if_t<isSequence<R>, int>;
 
@@ -56,6 +66,16 @@ struct Pointed<Iterator, std::void_t<typename std::iterator_traits<Iterator>::it
 };
 template <class Iterator>
 using IfIterator = std::enable_if_t<Pointed<Iterator>::isValue, int>;
+
+// Whether a range may be iterated over again, so that references to its elements stay valid.
+template <class R, class = void>
+constexpr bool isMultiPass = false;
+template <class R>
+constexpr bool isMultiPass<R, std::void_t<typename std::iterator_traits<decltype(std::begin(
+                                  std::declval<const R&>()))>::iterator_category>> =
+    std::is_base_of_v<std::forward_iterator_tag,
+                      typename std::iterator_traits<decltype(std::begin(
+                          std::declval<const R&>()))>::iterator_category>;
 
 // A range of ranges of values.
 template <class Rows, class = void>

@@ -111,6 +111,10 @@ class Slot {
   std::size_t index(Sizes... subscripts) && {
     return fetch().index(subscripts...);
   }
+  template <class T>
+  std::size_t index(std::initializer_list<T> subscripts) && {
+    return fetch().index(subscripts);
+  }
   /** Same as Array::at(). */
   template <class T, class... Sizes>
   T at(Sizes... subscripts) && {

@@ -132,7 +132,7 @@ TEST_F(ServedFunctions, RaiseTheirErrors) {
   EXPECT_EQ(other.stack().at(0).name, "other");
   EXPECT_EQ(failureOf("strange").identifier(), "cpp:exception");
   EXPECT_EQ(failureOf("empty").identifier(), "cpp:exception");
-  EXPECT_THAT(failureOf("few").what(), HasSubstr("gave 0 outputs"));
+  EXPECT_THAT(failureOf("few").what(), HasSubstr("returned 0 outputs"));
   EXPECT_EQ(context_.feval(server_.url("fine"), {}).at(0).scalar(), 1);
 }
 
@@ -172,6 +172,8 @@ TEST_F(ServedFunctions, FailToStart) {
   server_.setOptions({"--no-such-option"});
   EXPECT_THROW(server_.listen(), hcyclient::InitializationError);
   server_.setOptions({"--host", "no.such.host.invalid"});
+  EXPECT_THROW(server_.listen(), hcyclient::InitializationError);
+  server_.setOptions({"--stop-on-eof"});
   EXPECT_THROW(server_.listen(), hcyclient::InitializationError);
   EXPECT_EQ(server_.url(), "");
   server_.add("f", [](Server::Inputs in) { return in; }).setOptions({"--fault", "f=503@1"});
