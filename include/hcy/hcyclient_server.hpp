@@ -154,8 +154,8 @@ class Server {
     return function.empty() ? own : own + "/" + function;
   }
 
-  /** Ends the server, and returns when no function runs any more. Calls that are being answered
-   *  fail. Does nothing unless it listens. If a served function calls it, it waits for itself forever. */
+  /** Stops the server, and returns when no function is running any more. Calls in progress fail.
+   *  Does nothing unless the server listens. A served function that calls it waits forever. */
   void close() noexcept { server_.reset(); }
 
  private:
