@@ -2,19 +2,43 @@
 
 #include "array/content_blocks.h"
 
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <utility>
 
-#include "memory/element_buffer.h"
+#include "memory/large_block.h"
 
 namespace hcy {
+namespace {
+
+// Elements are read one after the other, once: huge pages make that first use cheaper.
+bool isMapped(std::size_t size) { return size >= kHugePage; }
+
+struct ReleaseMemory {
+  void operator()(char* memory) const {
+    if (isMapped(size)) {
+      unmapLargeBlock(memory, size);
+    } else {
+      std::free(memory);
+    }
+  }
+  std::size_t size;
+};
+using Memory = std::unique_ptr<char, ReleaseMemory>;
+
+Memory memoryOf(std::size_t size) {
+  char* const memory = isMapped(size) ? mapLargeBlock(size) : static_cast<char*>(std::malloc(size));
+  if (memory == nullptr) throw std::bad_alloc();
+  return {memory, ReleaseMemory{size}};
+}
+
+}  // namespace
 
 class ContentBlock {
  public:
-  ContentBlock(std::size_t size, ContentBlock* previous) : size_(size), previous_(previous) {
-    memory_.extend(size * sizeof(ArrayContent));
-  }
+  ContentBlock(std::size_t size, ContentBlock* previous)
+      : size_(size), previous_(previous), memory_(memoryOf(size * sizeof(ArrayContent))) {}
 
   // A new content; null if the block is full.
   ArrayContent* make() {
@@ -22,7 +46,7 @@ class ContentBlock {
     const std::size_t index = used_.fetch_add(1, std::memory_order_relaxed);
     if (index >= size_) return nullptr;
     owners_.fetch_add(1, std::memory_order_relaxed);
-    return new (memory_.data() + index * sizeof(ArrayContent)) ArrayContent(this);
+    return new (memory_.get() + index * sizeof(ArrayContent)) ArrayContent(this);
   }
 
   void release() {
@@ -37,7 +61,7 @@ class ContentBlock {
   std::atomic<std::size_t> used_ = 0;
   std::size_t size_;
   ContentBlock* previous_;
-  ElementBuffer memory_;
+  Memory memory_;
 };
 
 void ArrayContent::destroy(const ArrayContent* content) {
