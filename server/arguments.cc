@@ -110,7 +110,8 @@ double realScalar(Value& value, const std::string& name) {
   return elements.real[0];
 }
 
-const Array& sparseArgument(const Value& value, const std::string& name) try {
+const Array& sparseArgument(const Value& value, const char* letter) try {
+  const std::string name(letter);
   requireClass(value, hcyDOUBLE_CLASS, "double", name);
   if (!value.array.isSparse()) throw FunctionError(kArgumentClass, name + " is not sparse.");
   const Shape shape = shapeOf(value, name);
@@ -122,7 +123,7 @@ const Array& sparseArgument(const Value& value, const std::string& name) try {
   static_cast<void>(value.array.columnStarts());
   return value.array;
 } catch (const hcyclient::IncompleteReply& incomplete) {
-  throw FunctionError(kArgumentValue, name + ": " + incomplete.what() + ".");
+  throw FunctionError(kArgumentValue, std::string(letter) + ": " + incomplete.what() + ".");
 }
 
 std::u16string_view codeUnits(Value& value, const std::string& name) {

@@ -31,7 +31,7 @@ DoubleElements doubleElements(Value& value, const std::string& name);
 double realScalar(Value& value, const std::string& name);
 
 // A sparse matrix of real doubles, whose indices describe one.
-const Array& sparseArgument(const Value& value, const std::string& name);
+const Array& sparseArgument(const Value& value, const char* letter);
 
 // Any shape; valid as long as the array.
 std::u16string_view codeUnits(Value& value, const std::string& name);
