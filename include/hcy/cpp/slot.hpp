@@ -111,6 +111,7 @@ class Slot {
   std::size_t index(Sizes... subscripts) && {
     return fetch().index(subscripts...);
   }
+  /** Same as Array::index(). */
   template <class T>
   std::size_t index(std::initializer_list<T> subscripts) && {
     return fetch().index(subscripts);
