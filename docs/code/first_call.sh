@@ -11,7 +11,7 @@ url=$(cut -d ' ' -f 3 listening)
 
 ./first "$url/math/plus"
 ./first_cpp "$url/math/plus"
-./first_cpp "$url/math/minus" || true # there is no such function
+./first_cpp "$url/math/minus" || true # a function that does not exist
 
 cc -std=c99 -Iinclude examples/solve.c -o solve \
   -Lbuild/release/src -lhcyclient -Wl,-rpath,"$PWD/build/release/src"
@@ -20,7 +20,7 @@ c++ -std=c++17 -Iinclude examples/solve.cc -o solve_cpp \
 
 ./solve "$url/linalg/solve"
 ./solve_cpp "$url/linalg/solve"
-./solve "$url/linalg/resolve" || true # there is no such function
+./solve "$url/linalg/resolve" || true # a function that does not exist
 
 kill "$server"
 wait "$server"
