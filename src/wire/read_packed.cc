@@ -1,62 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
+#include <bit>
 #include <type_traits>
 
 #include "wire/ascii_runs.h"
 #include "wire/packed_varints.h"
 #include "wire/varint.h"
 #include "wire/varint_ends.h"
+#include "wire/varint_values.h"
 
 namespace hcy {
 namespace {
 
 using google::protobuf::RepeatedField;
-
-template <class Element>
-Element elementOf(std::uint64_t varint) {
-  if constexpr (std::is_same_v<Element, bool>) {
-    return varint != 0;
-  } else {
-    return static_cast<Element>(varint);
-  }
-}
-
-// The low 16 bits of a varint of `length` bytes, of which three can be read.
-inline std::uint16_t lowBitsOf(const std::uint8_t* varint, std::size_t length) {
-  static constexpr std::uint32_t masks[kLongestVarint + 1] = {
-      0, 0x7F, 0x3FFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF};
-  const std::uint32_t bits =
-      (varint[0] & 0x7FU) | (varint[1] & 0x7FU) << 7 | static_cast<std::uint32_t>(varint[2]) << 14;
-  return static_cast<std::uint16_t>(bits & masks[length]);
-}
-
-// The seven low bits of each byte, side by side.
-constexpr std::uint64_t joined(std::uint64_t bytes) {
-  bytes = (bytes & 0x007F007F007F007FU) | (bytes & 0x7F007F007F007F00U) >> 1;
-  bytes = (bytes & 0x00003FFF00003FFFU) | (bytes & 0x3FFF00003FFF0000U) >> 2;
-  return (bytes & 0x000000000FFFFFFFU) | (bytes & 0x0FFFFFFF00000000U) >> 4;
-}
-
-// The value of a varint of `length` bytes, of which ten can be read.
-inline std::uint64_t valueOf(const std::uint8_t* varint, std::size_t length) {
-  static constexpr struct {
-    std::uint64_t first, ninth, tenth;
-  } masks[kLongestVarint + 1] = {{0, 0, 0},
-                                 {0x7F, 0, 0},
-                                 {0x3FFF, 0, 0},
-                                 {0x1FFFFF, 0, 0},
-                                 {0xFFFFFFF, 0, 0},
-                                 {0x7FFFFFFFF, 0, 0},
-                                 {0x3FFFFFFFFFF, 0, 0},
-                                 {0x1FFFFFFFFFFFF, 0, 0},
-                                 {0xFFFFFFFFFFFFFF, 0, 0},
-                                 {0xFFFFFFFFFFFFFF, 0x7F, 0},
-                                 {0xFFFFFFFFFFFFFF, 0x7F, 1}};
-  const auto& mask = masks[length];
-  return (joined(loadLittleEndian(varint)) & mask.first) | (varint[8] & mask.ninth) << 56 |
-         (varint[9] & mask.tenth) << 63;
-}
 
 // Reads varints block by block, without a branch for each of their lengths.
 template <class Element>
@@ -71,10 +28,21 @@ class BlockReader {
 
   // Up to a block and a varint are left over. False if what was read is broken.
   bool read() {
+    const bool isWhole = readBlocks();
+    writeValues();
+    return isWhole;
+  }
+
+  const std::uint8_t* position() const { return position_; }
+  Element* elements() const { return elements_; }
+
+ private:
+  bool readBlocks() {
     for (const std::uint8_t* block = position_;
          end_ - block >= std::ptrdiff_t{kBlock + kLongestVarint}; block += kBlock) {
       const std::uint64_t ends = varintEnds(block);
       if (ends == UINT64_MAX && position_ == block) {
+        writeValues();
         elements_ = std::transform(block, block + kBlock, elements_, elementOf<Element>);
         position_ += kBlock;
       } else if (hasRuns(ends) ? !readRuns(block, ends) : !readEach(block, ends)) {
@@ -84,27 +52,25 @@ class BlockReader {
     return true;
   }
 
-  const std::uint8_t* position() const { return position_; }
-  Element* elements() const { return elements_; }
+  void writeValues() { elements_ = values_.writeTo(elements_); }
 
- private:
-  // Whether most varints are of one byte, and eight elements can be written wherever one is due.
+  // Whether most varints are of one byte, and eight elements can be written wherever one is due,
+  // behind the values that are still to be written.
   bool hasRuns(std::uint64_t ends) const {
-    return sizeof(Element) == 2 && std::popcount(ends) > 40 &&
-           elementsEnd_ - elements_ >= std::ptrdiff_t{kBlock + kRun};
-  }
-
-  bool readEach(const std::uint8_t* block, std::uint64_t ends) {
-    for (; ends != 0; ends &= ends - 1) {
-      if (!readOne(block + std::countr_zero(ends) + 1)) return false;
-    }
-    return true;
+    constexpr std::size_t least = kBlock + kRun + VarintValues<Element>::kRoom;
+    return sizeof(Element) == 2 && std::popcount(ends) > 52 &&
+           elementsEnd_ - elements_ >= static_cast<std::ptrdiff_t>(least);
   }
 
   // Any varint, and those of one byte that follow it.
   bool readRuns(const std::uint8_t* block, std::uint64_t ends) {
+    writeValues();
     while (ends != 0) {
-      if (!readOne(block + std::countr_zero(ends) + 1)) return false;
+      const std::uint8_t* const next = block + std::countr_zero(ends) + 1;
+      const auto length = static_cast<std::size_t>(next - position_);
+      if (length > kLongestVarint) return false;
+      *elements_++ = static_cast<Element>(joinedThree(firstThree(position_, length)));
+      position_ = next;
       ends &= ends - 1;
       if (ends == 0) break;
       const auto offset = position_ - block;
@@ -118,15 +84,15 @@ class BlockReader {
     return true;
   }
 
-  bool readOne(const std::uint8_t* next) {
-    const auto length = static_cast<std::size_t>(next - position_);
-    if (length > kLongestVarint) return false;
-    if constexpr (sizeof(Element) == 2) {
-      *elements_++ = static_cast<Element>(lowBitsOf(position_, length));
-    } else {
-      *elements_++ = elementOf<Element>(valueOf(position_, length));
+  bool readEach(const std::uint8_t* block, std::uint64_t ends) {
+    if (values_.room() < kBlock) writeValues();
+    for (; ends != 0; ends &= ends - 1) {
+      const std::uint8_t* const next = block + std::countr_zero(ends) + 1;
+      const auto length = static_cast<std::size_t>(next - position_);
+      if (length > kLongestVarint) return false;
+      values_.add(position_, length);
+      position_ = next;
     }
-    position_ = next;
     return true;
   }
 
@@ -134,6 +100,7 @@ class BlockReader {
   const std::uint8_t* end_;
   Element* elements_;
   Element* elementsEnd_;
+  VarintValues<Element> values_;
 };
 
 // Reads packed varints, and moves `elements` past the last one; false if they are broken. There

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
+#include <array>
 #include <type_traits>
 
 #include "wire/ascii_runs.h"
@@ -44,37 +45,70 @@ constexpr std::uint64_t spread(std::uint64_t bits) {
   return (bits & 0x007F007F007F007FU) | (bits & 0x3F803F803F803F80U) << 1;
 }
 
-// Writes an element where there is room for ten bytes. The numbers follow one another at random, so
-// there is no branch for each length.
-template <class Element>
-requires(sizeof(Element) == 8) std::uint8_t* writeIntoTen(Element element, std::uint8_t* out) {
-  const auto value = static_cast<std::uint64_t>(element);
-  const std::size_t length = varintSize(value);
-  storeLittleEndian(spread(value) | continued[length], out);
-  out[8] = static_cast<std::uint8_t>((value >> 56 & 0x7F) | (value >> 63) << 7);
-  out[9] = 1;
-  return out + length;
+// Whether a number of 16 bits takes a second and a third byte: 0 or 1. Without a comparison, since
+// compilers make vector code of this.
+constexpr std::uint32_t hasSecond(std::uint32_t value) { return (value + 0x7FFFFF80U) >> 31; }
+constexpr std::uint32_t hasThird(std::uint32_t value) { return (value + 0x7FFFC000U) >> 31; }
+
+// The first three bytes of such a number.
+constexpr std::uint32_t spreadThree(std::uint32_t value) {
+  return (value & 0x7F) | (value & 0x3F80) << 1 | (value & 0xC000) << 2 | hasSecond(value) << 7 |
+         hasThird(value) << 15;
 }
 
-template <class Element>
-requires(sizeof(Element) == 2) std::uint8_t* writeIntoTen(Element element, std::uint8_t* out) {
-  const auto value = static_cast<std::uint64_t>(static_cast<std::uint16_t>(element));
-  const std::size_t length = 1U + (value >= 0x80) + (value >= 0x4000);
-  std::uint64_t bytes = (value & 0x7F) | (value & 0x3F80) << 1 | (value & 0xC000) << 2;
-  if constexpr (std::is_signed_v<Element>) {
-    // Sign-extended to 64 bits: seven bytes and the rest of the third are constant.
-    const std::uint64_t negative = -(value >> 15);
-    storeLittleEndian(bytes | continued[length] | (negative & 0xFFFFFFFFFFFC8080U), out);
+// Writes a unit where there is room for eight bytes.
+std::uint8_t* writeUnit(char16_t unit, std::uint8_t* out) {
+  storeLittleEndian(spreadThree(unit), out);
+  return out + 1 + hasSecond(unit) + hasThird(unit);
+}
+
+// Elements are written where there is room for ten bytes behind them. Their lengths follow one
+// another at random, so there is no branch for each. The bytes of all are computed first, in vector
+// code.
+
+template <class Element, std::size_t size>
+requires(sizeof(Element) == 8) std::uint8_t* writeEach(std::span<const Element, size> elements,
+                                                       std::uint8_t* out) {
+  std::array<std::uint64_t, size> first;
+  std::array<std::uint64_t, size> last;
+  for (std::size_t i = 0; i < size; ++i) {
+    const auto value = static_cast<std::uint64_t>(elements[i]);
+    first[i] = spread(value);
+    last[i] = (value >> 56 & 0x7F) | value >> 63 << 7;
+  }
+  for (std::size_t i = 0; i < size; ++i) {
+    const std::size_t length = varintSize(static_cast<std::uint64_t>(elements[i]));
+    storeLittleEndian(first[i] | continued[length], out);
+    out[8] = static_cast<std::uint8_t>(last[i]);
+    out[9] = 1;
+    out += length;
+  }
+  return out;
+}
+
+template <class Element, std::size_t size>
+requires(sizeof(Element) == 2) std::uint8_t* writeEach(std::span<const Element, size> elements,
+                                                       std::uint8_t* out) {
+  std::array<std::uint32_t, size> first;
+  std::array<std::uint32_t, size> lengths;
+  for (std::size_t i = 0; i < size; ++i) {
+    // Sign-extended to 64 bits: of a negative number, seven bytes and the rest of the third are
+    // constant.
+    const auto value = static_cast<std::uint32_t>(static_cast<std::uint16_t>(elements[i]));
+    const auto negative = static_cast<std::uint32_t>(std::int32_t{elements[i]} >> 31);
+    first[i] = spreadThree(value) | (negative & 0xFFFC8080U);
+    lengths[i] = 1 + hasSecond(value) + hasThird(value) + (negative & (kLongestVarint - 3));
+  }
+  for (std::size_t i = 0; i < size; ++i) {
+    const auto bytes = static_cast<std::int32_t>(first[i]);
+    storeLittleEndian(static_cast<std::uint64_t>(std::int64_t{bytes}), out);
     out[8] = 0xFF;
     out[9] = 0x01;
-    return out + length + (negative & (kLongestVarint - 3));
-  } else {
-    storeLittleEndian(bytes | continued[length], out);
-    return out + length;
+    out += lengths[i];
   }
+  return out;
 }
 
-// Writes elements where there is room for ten bytes behind them.
 template <class Element, std::size_t size>
 std::uint8_t* writeGroup(std::span<const Element, size> elements, std::uint8_t* out) {
   std::make_unsigned_t<Element> bits = 0;
@@ -84,8 +118,7 @@ std::uint8_t* writeGroup(std::span<const Element, size> elements, std::uint8_t* 
     const auto byteOf = [](Element element) { return static_cast<std::uint8_t>(element); };
     return std::ranges::transform(elements, out, byteOf).out;
   }
-  for (const Element element : elements) out = writeIntoTen(element, out);
-  return out;
+  return writeEach(elements, out);
 }
 
 // The same of text: what is ASCII up to the next other unit is written eight at a time.
@@ -101,7 +134,7 @@ std::uint8_t* writeGroup(std::span<const char16_t, kUnits> units, std::uint8_t* 
     out += run;
     i += run;
     if (i == kUnits) return out;
-    out = writeIntoTen(units[i++], out);
+    out = writeUnit(units[i++], out);
     if (i == kUnits) return out;
     ascii = ascii >> run >> 1;
   }
@@ -119,7 +152,7 @@ std::size_t packedSize(std::span<const Element> elements) {
 template <class Element>
 std::uint8_t* writePacked(std::span<const Element> elements, std::uint8_t* out) {
   // Each of those that follow takes a byte at least.
-  constexpr std::size_t group = std::is_same_v<Element, char16_t> ? kUnits : 8;
+  constexpr std::size_t group = std::is_same_v<Element, char16_t> ? kUnits : 16;
   for (; elements.size() >= group + kLongestVarint; elements = elements.subspan(group)) {
     out = writeGroup(elements.template first<group>(), out);
   }

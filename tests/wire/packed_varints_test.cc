@@ -115,6 +115,17 @@ TYPED_TEST(PackedVarints, AreReadAroundALongerOne) {
   }
 }
 
+// Runs are written eight at a time, but not beyond the room that there is.
+TYPED_TEST(PackedVarints, AreReadUpToTheLastOfABlock) {
+  for (std::size_t twoBytes = 1; twoBytes < 9; ++twoBytes) {
+    Buffer bytes;
+    for (std::size_t i = 0; i < twoBytes; ++i) addVarint(300, 2, bytes);
+    bytes.resize(kBlock, 1);
+    addVarint(UINT64_MAX, kLongestVarint, bytes);
+    expectReadAsOneByOne<TypeParam>(bytes);
+  }
+}
+
 // One in so many is longer than a byte, as in text.
 TYPED_TEST(PackedVarints, AreReadWhereMostAreOfOneByte) {
   std::mt19937_64 random(7);
