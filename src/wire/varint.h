@@ -13,7 +13,7 @@ namespace hcy {
 inline constexpr std::size_t kLongestVarint = 10;
 
 constexpr std::size_t varintSize(std::uint64_t value) {
-  return static_cast<std::size_t>(std::bit_width(value | 1) + 6) / 7;
+  return (static_cast<std::size_t>(std::bit_width(value | 1)) * 9 + 64) / 64;
 }
 
 // Writes the shortest form and returns its end.
