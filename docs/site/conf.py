@@ -1,0 +1,82 @@
+# SPDX-License-Identifier: Apache-2.0
+"""How Sphinx makes the website from the guides and the comments; script/docs runs it."""
+import ctypes
+import pathlib
+import sys
+from unittest import mock
+from xml.etree import ElementTree
+
+from sphinx.util import logging
+import numpy  # before ctypes is replaced: it uses ctypes itself
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / 'bindings/python'))
+# The Python package is imported for its docstrings, and needs no library for them.
+with mock.patch.multiple(ctypes, PyDLL=mock.MagicMock(), CDLL=mock.MagicMock()):
+    import hcyclient
+
+project = 'hcyclient'
+version = release = hcyclient.__version__
+extensions = ['myst_parser', 'breathe', 'sphinx.ext.autodoc', 'sphinx.ext.napoleon']
+
+# The pages are where the links between them expect each other: in the source directory.
+root_doc = 'README'
+include_patterns = ['*.md', 'docs/*.md', 'docs/site/**.md', 'server/README.md', 'bench/README.md',
+                    'bindings/python/README.md']
+exclude_patterns = ['build']
+
+myst_heading_anchors = 4
+default_role = 'literal'
+
+# Links that break are errors, but for the names of types in signatures: those of the standard
+# libraries, of templates and of annotations have no page here.
+nitpicky = True
+nitpick_ignore_regex = [('(c|cpp):identifier', '.*'), ('py:.*', '.*')]
+
+breathe_projects = {'hcyclient': str(ROOT / 'build/docs/xml')}
+breathe_default_project = 'hcyclient'
+breathe_domain_by_extension = {'h': 'c', 'hpp': 'cpp'}
+breathe_show_include = False
+
+autodoc_member_order = 'bysource'
+autodoc_typehints = 'none'
+napoleon_use_ivar = True
+
+html_theme = 'furo'
+html_title = 'hcyclient'
+html_static_path = ['site.css']
+html_css_files = ['site.css']
+html_extra_path = ['root']  # index.html
+html_copy_source = False
+
+
+def add_navigation(app, page, source):
+    """README.md, which is also read elsewhere, has no list of the pages."""
+    if page == root_doc:
+        source[0] += (ROOT / 'docs/site/navigation.txt').read_text()
+
+
+def documented():
+    """Yield name and label of each class, function, type and constant of the headers."""
+    xml = ROOT / 'build/docs/xml'
+    for compound in ElementTree.parse(xml / 'index.xml').iterfind('compound'):
+        kind, label = compound.get('kind'), compound.get('refid')
+        if kind in ('class', 'struct'):
+            if ElementTree.parse(xml / f'{label}.xml').find('compounddef').get('prot') == 'public':
+                yield compound.findtext('name'), label
+        elif kind in ('file', 'namespace'):
+            for member in compound.iterfind('member'):
+                if member.get('kind') in ('function', 'typedef', 'enumvalue'):
+                    yield member.findtext('name'), member.get('refid')
+
+
+def check_reference(app, env):
+    """The pages of the reference name what they describe; nothing may be forgotten."""
+    labels = env.get_domain('std').anonlabels
+    for name in sorted({name for name, label in documented() if label not in labels}):
+        logging.getLogger(__name__).warning('no page of the reference describes %s', name)
+
+
+def setup(app):
+    app.connect('source-read', add_navigation)
+    app.connect('env-check-consistency', check_reference)
