@@ -6,8 +6,10 @@ import sys
 from unittest import mock
 from xml.etree import ElementTree
 
-from sphinx.util import logging
 import numpy  # before ctypes is replaced: it uses ctypes itself
+from docutils import nodes
+from sphinx import addnodes
+from sphinx.util import logging
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / 'bindings/python'))
@@ -40,7 +42,7 @@ breathe_show_include = False
 
 autodoc_member_order = 'bysource'
 autodoc_typehints = 'none'
-napoleon_use_ivar = True
+napoleon_custom_sections = [('Attributes', 'params_style')]
 
 html_theme = 'furo'
 html_title = 'hcyclient'
@@ -48,12 +50,26 @@ html_static_path = ['site.css']
 html_css_files = ['site.css']
 html_extra_path = ['root']  # index.html
 html_copy_source = False
+html_use_index = False
+html_domain_indices = False
+html_show_copyright = False
 
 
 def add_navigation(app, page, source):
     """README.md, which is also read elsewhere, has no list of the pages."""
     if page == root_doc:
         source[0] += (ROOT / 'docs/site/navigation.txt').read_text()
+
+
+def put_groups_last(app, page):
+    """breathe puts the groups with a name, such as deleted operators, before the other members."""
+    for content in page.findall(addnodes.desc_content):
+        for group in list(content):
+            title = group.next_node(nodes.rubric)
+            if 'breathe-sectiondef' in group.get('classes', ()) and not (
+                    title.astext().startswith(('Public', 'Friends'))):
+                content.remove(group)
+                content.append(group)
 
 
 def documented():
@@ -79,4 +95,5 @@ def check_reference(app, env):
 
 def setup(app):
     app.connect('source-read', add_navigation)
+    app.connect('doctree-read', put_groups_last)
     app.connect('env-check-consistency', check_reference)
