@@ -3,15 +3,15 @@
 #include "arguments.h"
 
 #include <algorithm>
-#include <cstdint>
 
 #include "function_error.h"
+#include "text/text.h"
 
 namespace hcy::server {
 namespace {
 
 constexpr std::size_t kLargestSize = 2147483647;
-constexpr std::uint32_t kReplacement = 0xFFFD;
+constexpr char32_t kReplacement = 0xFFFD;
 
 void requireClass(const Value& value, hcyClassID classId, const char* className,
                   const std::string& name) {
@@ -55,27 +55,8 @@ Span<T> elements(Value& value, const std::string& name) try {
   throw FunctionError(kArgumentSize, name + ": " + incomplete.what() + ".");
 }
 
-bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
-bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
-
-void appendUtf8(std::string& text, std::uint32_t codePoint) {
-  const auto append = [&text](std::uint32_t byte) { text.push_back(static_cast<char>(byte)); };
-  if (codePoint < 0x80) {
-    append(codePoint);
-  } else if (codePoint < 0x800) {
-    append(0xC0 | codePoint >> 6);
-    append(0x80 | (codePoint & 0x3F));
-  } else if (codePoint < 0x10000) {
-    append(0xE0 | codePoint >> 12);
-    append(0x80 | (codePoint >> 6 & 0x3F));
-    append(0x80 | (codePoint & 0x3F));
-  } else {
-    append(0xF0 | codePoint >> 18);
-    append(0x80 | (codePoint >> 12 & 0x3F));
-    append(0x80 | (codePoint >> 6 & 0x3F));
-    append(0x80 | (codePoint & 0x3F));
-  }
-}
+bool isHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
+bool isLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
 }  // namespace
 
@@ -145,13 +126,13 @@ std::string utf8Text(Value& value, const std::string& name) {
   const std::u16string_view units = rowOfCodeUnits(value, name);
   std::string text;
   for (std::size_t i = 0; i < units.size(); ++i) {
-    const std::uint32_t unit = units[i];
-    if (isHighSurrogate(unit) && i + 1 < units.size() && isLowSurrogate(units[i + 1])) {
-      appendUtf8(text, 0x10000 + ((unit - 0xD800) << 10) + (units[++i] - 0xDC00U));
-    } else {
-      const bool isAlone = isHighSurrogate(unit) || isLowSurrogate(unit);
-      appendUtf8(text, isAlone ? kReplacement : unit);
+    char32_t codePoint = units[i];
+    if (isHighSurrogate(codePoint) && i + 1 < units.size() && isLowSurrogate(units[i + 1])) {
+      codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (units[++i] - 0xDC00U);
+    } else if (isHighSurrogate(codePoint) || isLowSurrogate(codePoint)) {
+      codePoint = kReplacement;
     }
+    tools::appendUtf8(text, codePoint);
   }
   return text;
 }

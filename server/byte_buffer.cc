@@ -2,27 +2,12 @@
 
 #include "byte_buffer.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <utility>
 
 namespace hcy::server {
-
-Budget& messageMemory() {
-  static Budget memory(std::numeric_limits<std::size_t>::max());
-  return memory;
-}
-
-std::size_t messageMemoryLimitFor(std::uint64_t maxBody) {
-  const auto pages = static_cast<std::uint64_t>(std::max(sysconf(_SC_PHYS_PAGES), 0L));
-  const auto pageSize = static_cast<std::uint64_t>(std::max(sysconf(_SC_PAGESIZE), 0L));
-  constexpr std::uint64_t always = std::uint64_t{64} << 20;
-  return std::max(always, std::min(8 * maxBody + always, pages * pageSize / 2));
-}
 
 ByteBuffer::ByteBuffer(ByteBuffer&& other) noexcept
     : counted_(std::move(other.counted_)),
@@ -50,20 +35,16 @@ void ByteBuffer::reserve(std::size_t capacity) {
 
 void ByteBuffer::append(const void* bytes, std::size_t count) {
   if (count == 0) return;
-  countTo(size_ + count);
+  counted_.countTo(size_ + count);
   if (count > capacity_ - size_) reserve(std::max(size_ + count, 2 * capacity_));
   std::memcpy(bytes_.get() + size_, bytes, count);
   size_ += count;
 }
 
 void ByteBuffer::resizeUninitialized(std::size_t size) {
-  countTo(size);
+  counted_.countTo(size);
   reserve(size);
   size_ = size;
-}
-
-void ByteBuffer::countTo(std::size_t size) {
-  if (size > kUncountedMemory && !counted_.growTo(size - kUncountedMemory)) throw std::bad_alloc();
 }
 
 }  // namespace hcy::server

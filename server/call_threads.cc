@@ -86,6 +86,13 @@ void CallThreads::dispatch(Task task) {
   }
 }
 
+// A place among the long calls. False if there is none left; then the call has been answered.
+bool CallThreads::takePlace(Task& task) {
+  if (task.place.growTo(1)) return true;
+  end(std::move(task), overloaded("Too many long calls are running.\n"));
+  return false;
+}
+
 // By something else than a function of this program.
 void CallThreads::answerOutside(Task task) {
   if (WorkQueue* const queue = service_.queueOf(*task.request)) {
@@ -94,9 +101,7 @@ void CallThreads::answerOutside(Task task) {
   if (std::optional<Reply> reply = service_.answerAtOnce(*task.request)) {
     return end(std::move(task), std::move(*reply));
   }
-  if (!task.place.growTo(1)) {
-    return end(std::move(task), overloaded("Too many long calls are running.\n"));
-  }
+  if (!takePlace(task)) return;
   asio::post(long_, [this, task = std::move(task)]() mutable {
     Reply reply = service_.answerByWaiting(*task.request);
     end(std::move(task), std::move(reply));
@@ -105,9 +110,7 @@ void CallThreads::answerOutside(Task task) {
 
 // No thread waits meanwhile.
 void CallThreads::awaitWorker(Task task, WorkQueue& queue) {
-  if (!task.place.growTo(1)) {
-    return end(std::move(task), overloaded("Too many long calls are running.\n"));
-  }
+  if (!takePlace(task)) return;
   const auto waiting = std::make_shared<Task>(std::move(task));
   Service::answerByWorker(queue, *waiting->request, [this, waiting](Reply reply) {
     end(std::move(*waiting), std::move(reply));
@@ -119,9 +122,7 @@ void CallThreads::begin(Task task) {
     return end(std::move(task), std::move(*failure));
   }
   if (!task.call->takesLong()) return evaluate(std::move(task));
-  if (!task.place.growTo(1)) {
-    return end(std::move(task), overloaded("Too many long calls are running.\n"));
-  }
+  if (!takePlace(task)) return;
   asio::io_context& threads = task.call->isForeign() ? foreign_ : long_;
   asio::post(threads, [this, task = std::move(task)]() mutable { evaluate(std::move(task)); });
 }

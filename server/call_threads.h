@@ -47,6 +47,7 @@ class CallThreads {
   struct Task;
 
   void dispatch(Task task);
+  bool takePlace(Task& task);
   void answerOutside(Task task);
   void sweepQueue(WorkQueue& queue);
   void awaitWorker(Task task, WorkQueue& queue);

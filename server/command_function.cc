@@ -54,10 +54,7 @@ Reply CommandFunction::call(std::string_view request) try {
   const std::string message = std::string("The command's answer is invalid: ") + error.what();
   return resultReply(serialized(failure(kFunctionAnswer, message), name_), Source::kCommand);
 } catch (const std::bad_alloc&) {
-  return resultReply(
-      serialized(failure(kServerMemory, "The server does not have enough memory for this call."),
-                 name_),
-      Source::kCommand);
+  return resultReply(serialized(noMemoryForCall(), name_), Source::kCommand);
 } catch (const Overload& overload) {
   return overloaded(std::string(overload.what()) + "\n");
 } catch (const std::exception& error) {

@@ -106,8 +106,9 @@ Fault faultFrom(std::string_view text) {
                                    : Fault::Kind::kHtml;
   } else if (const auto status = numberFrom<unsigned>(text);
              status && *status >= 200 && *status <= 599) {
-    if (*status == 204 || *status == 304)
+    if (*status == 204 || *status == 304) {
       throw BadFault(fault.text + " cannot be a fault, since such a reply has no body");
+    }
     fault.status = *status;
   } else {
     throw BadFault(fault.text +

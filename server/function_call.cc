@@ -47,11 +47,6 @@ std::uint8_t* bytesOf(Evaluation& evaluation) {
 
 }  // namespace
 
-void FunctionCall::count(std::size_t bytes) {
-  used_ += bytes;
-  if (used_ > kUncountedMemory && !memory_.growTo(used_ - kUncountedMemory)) throw std::bad_alloc();
-}
-
 bool FunctionCall::parse(ByteBuffer body) {
   requestSize_ = body.size();
   bool isBodyNeeded = false;
@@ -59,7 +54,7 @@ bool FunctionCall::parse(ByteBuffer body) {
       forEachField(bytesOf({body.data(), body.size()}), [&](const WireField& field) {
         if (field.isVarint(kParamsNargout)) nargout_ = static_cast<int>(field.value);
         if (!field.is(kParamsInput)) return true;
-        count(memoryOfValue(field.content));
+        memory_.count(memoryOfValue(field.content));
         std::optional<Value> value = readValue(field.content);
         if (!value) return false;
         isBodyNeeded = isBodyNeeded || !value->array;
@@ -83,14 +78,13 @@ Evaluation FunctionCall::evaluate() try {
 } catch (const Overload&) {
   throw;
 } catch (const std::bad_alloc&) {
-  return raised(
-      FunctionError(kServerMemory, "The server does not have enough memory for this call."));
+  return raised(noMemoryForCall());
 } catch (const std::exception& error) {
   return raised(FunctionError(kException, error.what(), {StackFrame{}}));
 }
 
 Evaluation FunctionCall::evaluateFunction() {
-  Call call(inputs_, nargout_, longestReplyTo(requestSize_), memory_, used_);
+  Call call(inputs_, nargout_, longestReplyTo(requestSize_), memory_);
   checkCounts(function_, call);
   function_.evaluate(call);
   if (std::cmp_greater(call.outputs.size(), nargout_)) {

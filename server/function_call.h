@@ -12,6 +12,7 @@
 #include "byte_buffer.h"
 #include "function_error.h"
 #include "function_table.h"
+#include "message_memory.h"
 
 namespace hcy::server {
 
@@ -46,12 +47,9 @@ class FunctionCall {
   Evaluation raised(const FunctionError& error) const;
   Evaluation withRoomFor(std::size_t size) const;
 
-  // The arguments and what the outputs take, but for the first bytes.
-  void count(std::size_t bytes);
-
   const Function& function_;
-  BudgetShare memory_{messageMemory()};
-  std::size_t used_ = 0;
+  // The arguments and what the outputs take.
+  MessageMemoryShare memory_;
   // If there are arguments of classes that have no handles.
   ByteBuffer body_;
   std::vector<Value> inputs_;

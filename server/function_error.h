@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -67,5 +68,18 @@ class FunctionError : public std::runtime_error {
   // Shared, so that copying the exception cannot fail.
   std::shared_ptr<const std::function<StackFrame(int)>> frameAt_;
 };
+
+inline FunctionError noMemoryForCall(const char* file = __builtin_FILE(),
+                                     int line = __builtin_LINE()) {
+  return {kServerMemory, "The server does not have enough memory for this call.", file, line};
+}
+
+inline FunctionError missingOutputs(std::size_t returned, std::size_t requested,
+                                    const char* file = __builtin_FILE(),
+                                    int line = __builtin_LINE()) {
+  const std::string message = "The function returned " + std::to_string(returned) +
+                              " outputs, but " + std::to_string(requested) + " were requested.";
+  return {kArgumentCount, message, file, line};
+}
 
 }  // namespace hcy::server

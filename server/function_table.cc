@@ -2,17 +2,9 @@
 
 #include "function_table.h"
 
-#include <new>
 #include <utility>
 
-#include "byte_buffer.h"
-
 namespace hcy::server {
-
-void Call::count(std::size_t bytes) {
-  used_ += bytes;
-  if (used_ > kUncountedMemory && !memory_.growTo(used_ - kUncountedMemory)) throw std::bad_alloc();
-}
 
 Array& Call::add(Array array) {
   outputs.push_back({std::move(array)});

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "budget.h"
+#include "message_memory.h"
 #include "value.h"
 
 namespace hcy::server {
@@ -19,9 +19,8 @@ namespace hcy::server {
 // One evaluation, as a function sees it.
 class Call {
  public:
-  Call(std::vector<Value>& arguments, int wanted, std::size_t most, BudgetShare& memory,
-       std::size_t used)
-      : inputs(arguments), nargout(wanted), longestReply(most), memory_(memory), used_(used) {}
+  Call(std::vector<Value>& arguments, int wanted, std::size_t most, MessageMemoryShare& memory)
+      : inputs(arguments), nargout(wanted), longestReply(most), memory_(memory) {}
 
   // A function may move inputs to the outputs.
   std::vector<Value>& inputs;
@@ -34,15 +33,14 @@ class Call {
   std::chrono::nanoseconds replyDelay{0};
 
   // Counts what is about to be allocated; throws std::bad_alloc if calls take too much already.
-  void count(std::size_t bytes);
+  void count(std::size_t bytes) { memory_.count(bytes); }
 
   // Adds an output. An array that is made is counted before it is.
   Array& add(Array array);
   Array& addDoubles(std::size_t rows, std::size_t columns);
 
  private:
-  BudgetShare& memory_;
-  std::size_t used_;
+  MessageMemoryShare& memory_;
 };
 
 inline constexpr int kAnyNumber = std::numeric_limits<int>::max();

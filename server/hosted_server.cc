@@ -41,14 +41,10 @@ class Inputs {
   explicit Inputs(std::vector<Value>& values) {
     for (std::size_t i = 0; i < values.size(); ++i) {
       const hcyArray* const array = values[i].array.get();
-      const std::string name = "Input " + std::to_string(i + 1);
-      if (array == nullptr) throw FunctionError(kArgumentClass, name + " is of an unknown class.");
-      if (!values[i].isColumnMajor) {
-        throw FunctionError(kArgumentValue, name + " is not column-major.");
-      }
+      if (array == nullptr) refuse(kArgumentClass, i, "of an unknown class");
+      if (!values[i].isColumnMajor) refuse(kArgumentValue, i, "not column-major");
       if (!hcyclient::detail::isWhole(array)) {
-        throw FunctionError(kArgumentValue,
-                            name + " is incomplete: " + hcyclient::detail::lackOf(array) + ".");
+        refuse(kArgumentValue, i, "incomplete: " + hcyclient::detail::lackOf(array));
       }
     }
     handles_.reserve(values.size());
@@ -63,6 +59,11 @@ class Inputs {
   std::vector<hcyArray*>& handles() { return handles_; }
 
  private:
+  [[noreturn]] static void refuse(const char* identifier, std::size_t index,
+                                  const std::string& what) {
+    throw FunctionError(identifier, "Input " + std::to_string(index + 1) + " is " + what + ".");
+  }
+
   std::vector<hcyArray*> handles_;
 };
 
@@ -74,9 +75,7 @@ void answer(const hcyServedFunction& function, Call& call) {
   if (answer.isOutOfMemory) throw std::bad_alloc();
   if (answer.error) throw FunctionError(*answer.error);
   if (std::cmp_less(call.outputs.size(), call.nargout)) {
-    throw FunctionError(kArgumentCount, "The function returned " +
-                                            std::to_string(call.outputs.size()) + " outputs, but " +
-                                            std::to_string(call.nargout) + " were requested.");
+    throw missingOutputs(call.outputs.size(), static_cast<std::size_t>(call.nargout));
   }
 }
 

@@ -27,10 +27,10 @@
 #include <utility>
 #include <vector>
 
-#include "byte_buffer.h"
 #include "call_threads.h"
 #include "connections.h"
 #include "function_table.h"
+#include "message_memory.h"
 #include "session.h"
 #include "tls_context.h"
 

@@ -122,11 +122,7 @@ ByteBuffer resultIn(const RequestFields& work, int nargout) {
   const std::span<const Bytes> values = std::span(work.inputs).subspan(2);
   if (textOf(work.inputs[1], "kind") == "error") return errorFrom(values);
   const auto wanted = static_cast<std::size_t>(std::max(nargout, 0));
-  if (values.size() < wanted) {
-    throw FunctionError(kArgumentCount, "The function returned " + std::to_string(values.size()) +
-                                            " outputs, but " + std::to_string(wanted) +
-                                            " were requested.");
-  }
+  if (values.size() < wanted) throw missingOutputs(values.size(), wanted);
   return resultWith(values.first(wanted));
 }
 

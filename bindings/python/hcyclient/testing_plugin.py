@@ -72,8 +72,7 @@ def _folder_of(marker: pytest.Mark, request: pytest.FixtureRequest) -> pathlib.P
     if len(marker.args) != 1 or not isinstance(marker.args[0], str) or marker.kwargs:
         pytest.fail(f'the mark {_MARKER} takes one argument, the name of a recording',
                     pytrace=False)
-    recordings = pathlib.Path(request.path).parent / 'recordings'
-    folder = recordings / marker.args[0]
-    if recordings not in folder.parents or '..' in folder.parts[len(recordings.parts):]:
+    name = pathlib.PurePath(marker.args[0])
+    if name.is_absolute() or not name.parts or '..' in name.parts:
         pytest.fail(f'not a valid name for a recording: {marker.args[0]!r}', pytrace=False)
-    return folder
+    return pathlib.Path(request.path).parent / 'recordings' / name
