@@ -25,7 +25,7 @@ Reply replyWith(unsigned status, const std::string& reason, const std::string& c
   RecordedCall call;
   call.status = status;
   call.reason = reason;
-  call.contentType = contentType;
+  if (!contentType.empty()) call.fields.push_back({"Content-Type", contentType});
   return {asRecorded(call, std::move(body))};
 }
 

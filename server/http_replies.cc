@@ -157,11 +157,14 @@ Reply resultReply(ByteBuffer result, Source source) {
 }
 
 HttpResponse asRecorded(const RecordedCall& call, ByteBuffer body) {
-  HttpResponse response = makeResponse(http::status::ok, call.contentType, std::move(body));
+  HttpResponse response = makeResponse(http::status::ok, "", std::move(body));
   response.result(call.status);
   response.reason(call.reason);
-  if (call.contentType.empty()) response.erase(http::field::content_type);
-  if (!call.retryAfter.empty()) response.set(http::field::retry_after, call.retryAfter);
+  response.erase(http::field::content_type);
+  if (!valueOf(call.fields, "Server").empty()) response.erase(http::field::server);
+  for (const HeaderField& field : call.fields) response.insert(field.name, field.value);
+  // Such a message has no body, and says nothing of its length.
+  if (call.status == 204 || call.status == 304) response.erase(http::field::content_length);
   return response;
 }
 

@@ -6,11 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cmath>
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <utility>
 
@@ -19,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kLongestHeaderLine = std::size_t{128} << 10;
+constexpr std::size_t kUsualHeaderLine = std::size_t{8} << 10;
 
 class Descriptor {
  public:
@@ -58,38 +54,18 @@ std::size_t readAt(const Descriptor& file, char* bytes, std::size_t size, std::u
   return done;
 }
 
+std::string beginningOf(const Descriptor& file, std::size_t size) {
+  std::string bytes(size, '\0');
+  bytes.resize(readAt(file, bytes.data(), size, 0));
+  return bytes;
+}
+
 ByteBuffer partOf(const fs::path& file, std::uint64_t offset, std::uint64_t size) {
   const Descriptor opened = openToRead(file);
   ByteBuffer bytes;
   bytes.resizeUninitialized(size);
   if (readAt(opened, bytes.data(), size, offset) != size) fail(file, "is cut short");
   return bytes;
-}
-
-RecordedCall fromHeaderLine(std::string_view line) {
-  const auto json = nlohmann::json::parse(line);
-  if (json.at("format") != 1) throw std::runtime_error("has a format of a later version");
-  RecordedCall call;
-  call.path = json.at("path").get<std::string>();
-  call.digest = json.at("sha256").get<std::string>();
-  call.requestSize = json.at("requestBytes").get<std::uint64_t>();
-  call.status = json.at("status").get<unsigned>();
-  call.reason = json.at("reason").get<std::string>();
-  call.contentType = json.at("contentType").get<std::string>();
-  call.retryAfter = json.value("retryAfter", std::string());
-  call.replySize = json.at("replyBytes").get<std::uint64_t>();
-  call.milliseconds = json.at("milliseconds").get<double>();
-  call.headerSize = line.size();
-  return call;
-}
-
-void requireSense(const RecordedCall& call) {
-  if (call.status < 200 || call.status > 999) throw std::runtime_error("has no HTTP status");
-  for (const std::string& text : {call.reason, call.contentType, call.retryAfter}) {
-    if (text.find_first_of("\r\n") != std::string::npos) {
-      throw std::runtime_error("has a line end inside a field of the header");
-    }
-  }
 }
 
 void writeAll(int file, std::string_view bytes) {
@@ -102,37 +78,17 @@ void writeAll(int file, std::string_view bytes) {
 
 }  // namespace
 
-std::string headerLineOf(const RecordedCall& call) {
-  nlohmann::ordered_json json = {
-      {"format", 1},
-      {"path", call.path},
-      {"sha256", call.digest},
-      {"requestBytes", call.requestSize},
-      {"status", call.status},
-      {"reason", call.reason},
-      {"contentType", call.contentType},
-      {"replyBytes", call.replySize},
-      {"milliseconds", std::round(call.milliseconds * 1000) / 1000},
-  };
-  if (!call.retryAfter.empty()) json["retryAfter"] = call.retryAfter;
-  // What a server sends need not be UTF-8.
-  return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
-}
-
 RecordedCall readRecordedCall(const fs::path& file) {
   const Descriptor opened = openToRead(file);
-  char bytes[kLongestHeaderLine];
-  const std::string_view beginning(bytes, readAt(opened, bytes, sizeof bytes, 0));
-  const std::size_t lineEnd = beginning.find('\n');
-  if (lineEnd == std::string_view::npos) fail(file, "is not a recorded call");
+  std::string beginning = beginningOf(opened, kUsualHeaderLine);
+  if (beginning.size() == kUsualHeaderLine && beginning.find('\n') == std::string::npos) {
+    beginning = beginningOf(opened, kLongestHeaderLine);
+  }
   RecordedCall call;
   try {
-    call = fromHeaderLine(beginning.substr(0, lineEnd + 1));
-    requireSense(call);
-  } catch (const nlohmann::json::exception&) {
-    fail(file, "is not a recorded call: its first line does not describe one");
+    call = recordedCallFrom(beginning);
   } catch (const std::runtime_error& error) {
-    fail(file, std::string("is not a recorded call: ") + error.what());
+    fail(file, error.what());
   }
   const off_t size = ::lseek(opened.get(), 0, SEEK_END);
   const auto bodies = static_cast<std::uint64_t>(size) - call.headerSize;

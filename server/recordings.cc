@@ -50,6 +50,15 @@ std::size_t numberOf(const std::string& file) {
   return number;
 }
 
+bool comesBefore(const std::string& one, const std::string& other) {
+  return std::pair(numberOf(one), std::string_view(one)) <
+         std::pair(numberOf(other), std::string_view(other));
+}
+
+void writeIfMissing(const fs::path& file, std::string_view text) {
+  if (!fs::exists(file)) writeWholeFile(file, {text});
+}
+
 std::string textOf(const ByteBuffer& bytes) { return {bytes.data(), bytes.size()}; }
 
 }  // namespace
@@ -59,11 +68,13 @@ Recordings::Recordings(fs::path folder, bool isMade) : folder_(std::move(folder)
     std::error_code failed;
     fs::create_directories(folder_, failed);
     if (failed) throw std::runtime_error(folder_.string() + ": " + failed.message());
+    lock_.emplace(folder_);
+    const RecordingLock::Turn turn(*lock_);
     // Line ends in the bodies are not to be changed by a version control.
-    const fs::path attributes = folder_ / ".gitattributes";
-    if (!fs::exists(attributes)) writeWholeFile(attributes, {"*.hcycall -text\n"});
+    writeIfMissing(folder_ / ".gitattributes", "*.hcycall -text\n");
+    writeIfMissing(folder_ / ".gitignore", ".lock\n*.part\n");
   }
-  load();
+  for (const std::string& file : unknownFiles()) take(file);
 }
 
 Recordings::~Recordings() {
@@ -74,32 +85,46 @@ Recordings::~Recordings() {
   }
 }
 
-void Recordings::load() {
-  std::vector<fs::path> files;
+std::vector<std::string> Recordings::unknownFiles() const {
+  std::vector<std::string> files;
   try {
     for (const auto& entry : fs::directory_iterator(folder_)) {
-      if (entry.path().extension() == kRecordedCallEnding) files.push_back(entry.path());
+      std::string name = entry.path().filename().string();
+      if (name.ends_with(kRecordedCallEnding) && !files_.contains(name)) {
+        files.push_back(std::move(name));
+      }
     }
   } catch (const fs::filesystem_error& error) {
     throw std::runtime_error(folder_.string() + ": " + error.code().message());
   }
-  std::sort(files.begin(), files.end(), [](const fs::path& a, const fs::path& b) {
-    const std::string first = a.filename().string(), second = b.filename().string();
-    return std::pair(numberOf(first), first) < std::pair(numberOf(second), second);
-  });
-  for (const fs::path& file : files) {
-    RecordedCall call = readRecordedCall(file);
-    lastNumber_ = std::max(lastNumber_, numberOf(call.file));
-    std::optional<std::string> reply;
-    if (call.replySize <= kLargestKept && keptBytes_ < kMostKept) {
-      reply = textOf(replyOf(call, folder_));
+  std::ranges::sort(files, comesBefore);
+  return files;
+}
+
+void Recordings::take(const std::string& file) {
+  RecordedCall call = readRecordedCall(folder_ / file);
+  std::optional<std::string> reply;
+  if (call.replySize <= kLargestKept && keptBytes_ < kMostKept) {
+    reply = textOf(replyOf(call, folder_));
+  }
+  keep(std::move(call), std::move(reply));
+}
+
+// What another server records in this folder meanwhile.
+void Recordings::takeFromOthers() {
+  for (const std::string& file : unknownFiles()) {
+    try {
+      take(file);
+    } catch (const std::runtime_error&) {
+      // The next server that reads the folder will say so.
     }
-    keep(std::move(call), std::move(reply));
   }
 }
 
 void Recordings::keep(RecordedCall call, std::optional<std::string> reply) {
   answers_[keyOf(call.path, call.digest)].calls.push_back(calls_.size());
+  files_.insert(call.file);
+  lastNumber_ = std::max(lastNumber_, numberOf(call.file));
   if (reply) keptBytes_ += reply->size();
   calls_.push_back({std::move(call), std::move(reply)});
 }
@@ -116,46 +141,54 @@ std::optional<Answer> Recordings::find(std::string_view path, std::string_view r
                             : isLast                    ? answers.calls.back()
                                                         : answers.calls[answers.next++];
   const Kept& kept = calls_[index];
-  RecordedCall call = kept.call;
-  if (kept.reply) return Answer{std::move(call), ByteBuffer(*kept.reply)};
   lock.unlock();
-  ByteBuffer reply = replyOf(call, folder_);
-  return Answer{std::move(call), std::move(reply)};
+  return Answer{kept.call, kept.reply ? ByteBuffer(*kept.reply) : replyOf(kept.call, folder_)};
 }
 
 void Recordings::add(RecordedCall call, std::string_view request, std::string_view reply) {
   call.digest = sha256(request);
   call.requestSize = request.size();
   call.replySize = reply.size();
+  call.fields = withoutSecrets(call.fields);
   const std::string header = headerLineOf(call);
   call.headerSize = header.size();
   // Calls that come at the same time are recorded one after the other.
   const std::lock_guard lock(mutex_);
-  call.file = fileNameOf(lastNumber_ + 1, call);
+  RecordingLock::Turn turn(*lock_);
+  std::size_t number = std::max(lastNumber_, turn.lastNumber());
+  do {
+    call.file = fileNameOf(++number, call);
+  } while (fs::exists(folder_ / call.file));
+  turn.setLastNumber(number);
   writeWholeFile(folder_ / call.file, {header, request, reply});
-  ++lastNumber_;
   std::optional<std::string> kept;
   if (reply.size() <= kLargestKept && keptBytes_ < kMostKept) kept = std::string(reply);
   keep(std::move(call), std::move(kept));
   isIndexOld_ = true;
-  if (steady_clock::now() - indexTime_ >= kIndexPause) writeIndexLocked();
+  if (steady_clock::now() - indexTime_ >= kIndexPause) writeIndexInTurn();
 }
 
 void Recordings::writeIndex() {
   const std::lock_guard lock(mutex_);
-  if (isIndexOld_) writeIndexLocked();
+  if (!isIndexOld_) return;
+  const RecordingLock::Turn turn(*lock_);
+  writeIndexInTurn();
 }
 
-void Recordings::writeIndexLocked() {
+void Recordings::writeIndexInTurn() {
+  takeFromOthers();
+  std::vector<const RecordedCall*> calls;
+  for (const Kept& kept : calls_) calls.push_back(&kept.call);
+  std::ranges::sort(calls, comesBefore, &RecordedCall::file);
   std::string text = "{\"calls\":[";
-  for (std::size_t i = 0; i < calls_.size(); ++i) {
-    const RecordedCall& call = calls_[i].call;
+  for (const RecordedCall* const one : calls) {
+    const RecordedCall& call = *one;
     const nlohmann::ordered_json json = {
         {"file", call.file},     {"path", call.path},
         {"sha256", call.digest}, {"requestBytes", call.requestSize},
         {"status", call.status}, {"replyBytes", call.replySize},
     };
-    text += i == 0 ? "\n" : ",\n";
+    text += one == calls.front() ? "\n" : ",\n";
     text += json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   }
   writeWholeFile(folder_ / "index.json", {text, "\n]}\n"});

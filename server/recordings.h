@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <deque>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -13,10 +14,12 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "byte_buffer.h"
 #include "recorded_call.h"
+#include "recording_lock.h"
 
 namespace hcy::server {
 
@@ -26,8 +29,9 @@ enum class AnswerOrder {
   kLast,
 };
 
+// The call lives as long as the recordings.
 struct Answer {
-  RecordedCall call;
+  const RecordedCall& call;
   ByteBuffer reply;
 };
 
@@ -67,13 +71,19 @@ class Recordings {
     std::size_t next = 0;
   };
 
-  void load();
+  std::vector<std::string> unknownFiles() const;
+  void take(const std::string& file);
+  void takeFromOthers();
   void keep(RecordedCall call, std::optional<std::string> reply);
-  void writeIndexLocked();
+  void writeIndexInTurn();
 
   const std::filesystem::path folder_;
+  // Of recordings that are added to.
+  std::optional<RecordingLock> lock_;
   mutable std::mutex mutex_;
-  std::vector<Kept> calls_;
+  // None is ever moved or removed.
+  std::deque<Kept> calls_;
+  std::unordered_set<std::string> files_;
   // By path and digest.
   std::unordered_map<std::string, Answers> answers_;
   std::size_t keptBytes_ = 0;

@@ -81,8 +81,7 @@ Reply StandIn::passOn(const HttpRequest& request) const {
   call.path = pathOf(request);
   call.status = reply.status;
   call.reason = std::move(reply.reason);
-  call.contentType = std::move(reply.contentType);
-  call.retryAfter = std::move(reply.retryAfter);
+  call.fields = std::move(reply.fields);
   call.milliseconds = time.count();
   if (recorded_) {
     try {

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <boost/algorithm/string/predicate.hpp>
-#include <boost/beast/http/field.hpp>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -20,8 +19,7 @@ namespace {
 
 namespace http = boost::beast::http;
 
-constexpr std::size_t kLongestHeader = std::size_t{256} << 10;
-constexpr std::size_t kLongestLineKept = 1000;
+constexpr std::size_t kLongestHeader = std::size_t{64} << 10;
 constexpr std::size_t kMostIdleHandles = 16;
 
 struct FreeHandle {
@@ -45,32 +43,44 @@ struct Reception {
   UpstreamReply& reply;
   std::uint64_t longest = 0;
   std::size_t headerSize = 0;
+  // Whether the header of the reply itself, not that of an interim one, has come. Trailers follow.
+  bool hasHeader = false;
+  bool isInterim = false;
   bool isOutOfMemory = false;
   bool isTooLong = false;
 };
 
-// The value of the line, if the line is that of the field.
-void takeValue(std::string_view line, std::string_view field, std::string& value) {
-  if (!boost::istarts_with(line, field)) return;
-  line.remove_prefix(field.size());
-  line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
-  value = line;
+std::string_view trimmed(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+  return text.substr(0, text.find_last_not_of(" \t") + 1);
 }
 
-void takeHeaderLine(UpstreamReply& reply, std::string_view line) {
-  line = line.substr(0, std::min(line.find_first_of("\r\n"), kLongestLineKept));
-  if (line.starts_with("HTTP/")) {
-    // What came before was an interim reply.
-    reply.contentType.clear();
-    reply.retryAfter.clear();
-    const std::size_t status = line.find(' ');
-    const std::size_t reason =
-        status == std::string_view::npos ? status : line.find(' ', status + 1);
-    reply.reason = reason == std::string_view::npos ? "" : std::string(line.substr(reason + 1));
-    return;
+// "HTTP/1.1 200 OK"
+void takeStatusLine(Reception& reception, std::string_view line) {
+  const std::size_t status = std::min(line.find(' '), line.size());
+  const std::size_t reason = line.find(' ', status + 1);
+  reception.isInterim = line.substr(status).starts_with(" 1");
+  reception.reply.reason = reason == std::string_view::npos ? "" : line.substr(reason + 1);
+  reception.reply.fields.clear();
+}
+
+void takeHeaderLine(Reception& reception, std::string_view line) {
+  if (reception.hasHeader) return;
+  line = line.substr(0, line.find_first_of("\r\n"));
+  HeaderFields& fields = reception.reply.fields;
+  if (line.empty()) {
+    reception.hasHeader = !reception.isInterim;
+  } else if (line.starts_with("HTTP/")) {
+    takeStatusLine(reception, line);
+  } else if (line.starts_with(' ') || line.starts_with('\t')) {
+    // The line before goes on.
+    if (!fields.empty()) fields.back().value.append(" ").append(trimmed(line));
+  } else {
+    const std::size_t colon = std::min(line.find(':'), line.size());
+    HeaderField field{std::string(line.substr(0, colon)),
+                      std::string(trimmed(line.substr(std::min(colon + 1, line.size()))))};
+    if (isValid(field)) fields.push_back(std::move(field));
   }
-  takeValue(line, "content-type:", reply.contentType);
-  takeValue(line, "retry-after:", reply.retryAfter);
 }
 
 std::size_t onHeaderLine(char* bytes, std::size_t, std::size_t count, void* user) {
@@ -81,7 +91,7 @@ std::size_t onHeaderLine(char* bytes, std::size_t, std::size_t count, void* user
     return 0;
   }
   try {
-    takeHeaderLine(reception.reply, {bytes, count});
+    takeHeaderLine(reception, {bytes, count});
     return count;
   } catch (const std::bad_alloc&) {
     reception.isOutOfMemory = true;
@@ -105,14 +115,10 @@ std::size_t onBody(char* bytes, std::size_t, std::size_t count, void* user) {
   }
 }
 
-// Those that concern only the connection of the client, or that libcurl sets.
-bool isForThisHop(std::string_view name) {
-  for (const std::string_view hop :
-       {"Host", "Connection", "Keep-Alive", "Proxy-Connection", "Proxy-Authorization", "TE",
-        "Trailer", "Transfer-Encoding", "Upgrade", "Content-Length", "Expect", "Accept-Encoding"}) {
-    if (boost::iequals(name, hop)) return true;
-  }
-  return false;
+// Those that libcurl sets. What the other server sends is kept, and not all clients can decode it.
+bool isOfTransfer(std::string_view name) {
+  return areNamesEqual(name, "Host") || areNamesEqual(name, "Expect") ||
+         areNamesEqual(name, "Accept-Encoding");
 }
 
 List headerOf(const http::request<ByteBody>& request) {
@@ -120,14 +126,14 @@ List headerOf(const http::request<ByteBody>& request) {
   append(list, "Expect:");
   append(list, "Accept:");
   append(list, "Content-Type:");
+  HeaderFields fields;
   for (const auto& field : request) {
-    std::string line(field.name_string());
-    if (isForThisHop(line)) continue;
+    fields.push_back({std::string(field.name_string()), std::string(field.value())});
+  }
+  for (const auto& [name, value] : endToEnd(std::move(fields))) {
+    if (isOfTransfer(name)) continue;
     // Only a semicolon behind the name makes libcurl send a field without a value.
-    const std::string value(field.value());
-    line += value.empty() ? ";" : ": ";
-    line += value;
-    append(list, line);
+    append(list, name + (value.empty() ? ";" : ": ") + value);
   }
   return list;
 }
@@ -177,6 +183,8 @@ class Upstream::Handles {
     if (passPhrase_) set(CURLOPT_KEYPASSWD, passPhrase_->text());
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, tls.verifiesHost ? 2L : 0L);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, tls.verifiesPeer ? 1L : 0L);
+    // A proxy's own answer is no part of the reply.
+    curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeaderLine);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBody);
   }
@@ -227,6 +235,7 @@ UpstreamReply Upstream::post(const http::request<ByteBody>& request,
   // HTTP/0.9 has no status.
   if (status < 200 || status > 999) throw UpstreamFailure("its reply has no HTTP status", false);
   reply.status = static_cast<unsigned>(status);
+  reply.fields = endToEnd(std::move(reply.fields));
   return reply;
 }
 

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "byte_body.h"
+#include "header_fields.h"
 #include "options.h"
 
 namespace hcy::server {
@@ -20,8 +21,8 @@ namespace hcy::server {
 struct UpstreamReply {
   unsigned status = 0;
   std::string reason;
-  std::string contentType;
-  std::string retryAfter;
+  // But for those that concern only this connection.
+  HeaderFields fields;
   ByteBuffer body;
 };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Calls passed on to another server, recorded, and answered again without it.
+#include "recording.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -14,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -22,7 +25,6 @@
 #include "calls.h"
 #include "http_client.h"
 #include "observation.h"
-#include "support/pki.h"
 #include "support/script_server.h"
 
 namespace hcy::test {
@@ -71,35 +73,6 @@ std::vector<std::string> repliesTo(const ServerProcess& server, const Requests& 
   }
   return replies;
 }
-
-HttpReply plusOne(const ServerProcess& server, double value) {
-  return sendRequest(server.url("/math/plus"), serializedParams(1, {scalar(value), scalar(1)}));
-}
-
-class Recording : public testing::Test {
- protected:
-  std::size_t recorded() const {
-    std::size_t count = 0;
-    for (const auto& entry : fs::directory_iterator(folder())) {
-      count += entry.path().extension() == ".hcycall";
-    }
-    return count;
-  }
-  // The file of the only call that is recorded.
-  fs::path onlyFile() const {
-    for (const auto& entry : fs::directory_iterator(folder())) {
-      if (entry.path().extension() == ".hcycall") return entry.path();
-    }
-    throw std::runtime_error("nothing is recorded");
-  }
-  fs::path folder() const { return temporary_.file("calls"); }
-  std::vector<std::string> recording(const std::string& upstream) const {
-    return {"--upstream", upstream, "--record", folder().string()};
-  }
-  std::vector<std::string> replaying() const { return {"--replay", folder().string()}; }
-
-  const TestDirectory temporary_;
-};
 
 TEST_F(Recording, IsReplayedByteForByte) {
   const Requests requests = variedRequests();
@@ -263,6 +236,50 @@ TEST_F(Recording, LeavesNoHalfFileWhenKilled) {
   clients.clear();
   const LocalServer replayer(replaying());
   EXPECT_THAT(sendRequest(replayer.url("/"), "", {.method = "GET"}).body, HasSubstr("/echo"));
+}
+
+TEST_F(Recording, IsSharedByTwoServers) {
+  constexpr int kCalls = 100;
+  const LocalServer upstream;
+  {
+    const LocalServer one(recording(upstream.url())), other(recording(upstream.url()));
+    std::vector<std::jthread> clients;
+    for (int client = 0; client < 4; ++client) {
+      clients.emplace_back([&server = client % 2 == 0 ? one : other] {
+        for (int i = 0; i < kCalls; ++i) EXPECT_EQ(plusOne(server, i).status, 200);
+      });
+    }
+  }
+  EXPECT_EQ(recorded(), 4U * kCalls);
+  std::set<std::string> numbers, listed;
+  for (const auto& entry : fs::directory_iterator(folder())) {
+    const std::string name = entry.path().filename().string();
+    if (name.ends_with(".hcycall")) numbers.insert(name.substr(0, 6));
+  }
+  EXPECT_EQ(numbers.size(), 4U * kCalls);
+  const auto index = nlohmann::json::parse(contentsOf(folder() / "index.json"));
+  for (const auto& call : index.at("calls")) listed.insert(call.at("file").get<std::string>());
+  EXPECT_EQ(listed.size(), 4U * kCalls);
+  EXPECT_TRUE(std::ranges::is_sorted(index.at("calls"), {},
+                                     [](const auto& call) -> std::string { return call["file"]; }));
+  const LocalServer replayer(replaying());
+  EXPECT_EQ(plusOne(replayer, kCalls - 1).status, 200);
+}
+
+// As if the count had been lost.
+TEST_F(Recording, OverwritesNothing) {
+  const LocalServer upstream;
+  fs::path first;
+  {
+    const LocalServer recorder(recording(upstream.url()));
+    plusOne(recorder, 1);
+    first = onlyFile();
+    std::ofstream(folder() / ".lock") << "18446744073709551615\n";
+    const std::string next = first.filename().string().replace(0, 6, "000000");
+    fs::rename(first, folder() / next);
+    plusOne(recorder, 1);
+  }
+  EXPECT_EQ(recorded(), 2U);
 }
 
 TEST_F(Recording, RefusesFilesThatAreNoCalls) {
