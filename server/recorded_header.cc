@@ -12,7 +12,7 @@ namespace {
 
 RecordedCall fromHeaderLine(std::string_view line) {
   const auto json = nlohmann::json::parse(line);
-  if (json.at("format") != 1) throw std::runtime_error("has a format of a later version");
+  if (json.at("format") != 1) throw std::runtime_error("it has a format of a later version");
   RecordedCall call;
   call.path = json.at("path").get<std::string>();
   call.digest = json.at("sha256").get<std::string>();
@@ -35,13 +35,13 @@ RecordedCall fromHeaderLine(std::string_view line) {
 }
 
 void requireSense(const RecordedCall& call) {
-  if (call.status < 200 || call.status > 999) throw std::runtime_error("has no HTTP status");
+  if (call.status < 200 || call.status > 999) throw std::runtime_error("it has no HTTP status");
   if (call.reason.find_first_of("\r\n") != std::string::npos) {
-    throw std::runtime_error("has a line end inside the reason");
+    throw std::runtime_error("it has a line end inside the reason");
   }
   for (const HeaderField& field : call.fields) {
     if (!isValid(field) || isForOneHop(field.name)) {
-      throw std::runtime_error("has a header field that cannot be replayed: " + field.name);
+      throw std::runtime_error("it has a header field that cannot be replayed: " + field.name);
     }
   }
 }

@@ -11,6 +11,7 @@
 #include "arguments/argument.h"
 #include "bodies/codec.h"
 #include "bodies/message_json.h"
+#include "bodies/recorded.h"
 #include "bodies/wire_schema.h"
 #include "calls/exit_status.h"
 #include "calls/failure.h"
@@ -105,6 +106,14 @@ std::string listed(const std::vector<hcyclient::Array>& arrays) {
   return list + "]\n";
 }
 
+}  // namespace
+
+std::string jsonOfBody(const std::string& bytes, Body body) {
+  const Bodies bodies(bytes);
+  const Candidate& likely = chosen(bodies.request, bodies.reply, body, bytes.empty());
+  return std::string("{\"") + likely.name + "\": " + toJson(*likely.message) + "}";
+}
+
 std::string arraysOfBody(const std::string& bytes, Body body) {
   const Bodies bodies(bytes);
   const Candidate& likely = chosen(bodies.request, bodies.reply, body, bytes.empty());
@@ -118,19 +127,21 @@ std::string arraysOfBody(const std::string& bytes, Body body) {
   return lines;
 }
 
-}  // namespace
-
-std::string jsonOfBody(const std::string& bytes, Body body) {
-  const Bodies bodies(bytes);
-  const Candidate& likely = chosen(bodies.request, bodies.reply, body, bytes.empty());
-  return std::string("{\"") + likely.name + "\": " + toJson(*likely.message) + "}";
+int nargoutOf(const std::string& request) {
+  const Bodies bodies(request);
+  const Message& message = *chosen(bodies.request, bodies.reply, Body::kRequest, false).message;
+  return message.GetReflection()->GetInt32(message, &fieldOf(message, "nargout"));
 }
 
 int show(const Options& options) {
   const std::string bytes = contentsOf(options.file);
   try {
-    print(options.showsSchema ? jsonOfBody(bytes, options.body) + "\n"
-                              : arraysOfBody(bytes, options.body));
+    if (isRecordedCall(bytes)) {
+      print(textOfRecordedCall(bytes, options.body, options.showsSchema));
+    } else {
+      print(options.showsSchema ? jsonOfBody(bytes, options.body) + "\n"
+                                : arraysOfBody(bytes, options.body));
+    }
   } catch (const hcyclient::FunctionError&) {
     print(failureText(currentFailure()));
   } catch (const BadInput& problem) {
