@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <hcy/hcyclient.hpp>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -135,6 +136,26 @@ TEST(CppFailures, tellWhetherAnotherAttemptMakesSense) {
   EXPECT_FALSE(HttpError(500, "").isRetryable());
   EXPECT_TRUE(TransportError("Couldn't connect to server").isRetryable());
   EXPECT_FALSE(TransportError("Timeout was reached").isRetryable());
+}
+
+// By a handler that does not ask which kind of failure it has.
+TEST(CppFailures, tellThatOfAnyCall) {
+  const auto isRetryable = [](const CallError& error) { return error.isRetryable(); };
+  EXPECT_TRUE(isRetryable(HttpError(503, "Service Unavailable")));
+  EXPECT_FALSE(isRetryable(HttpError(500, "")));
+  EXPECT_TRUE(isRetryable(TransportError("Couldn't connect to server")));
+  EXPECT_FALSE(isRetryable(TransportError("Timeout was reached")));
+  EXPECT_FALSE(isRetryable(FunctionError("", "", {})));
+  EXPECT_FALSE(isRetryable(CallError("")));
+}
+
+TEST(CppFailures, printTheirReason) {
+  std::ostringstream out;
+  out << Reason::timeout << ' ' << Reason::wrongOutputCount << ' ' << Reason::memory;
+  EXPECT_EQ(out.str(), "timeout wrongOutputCount memory");
+  EXPECT_EQ(toString(Reason::connectionRefused), "connectionRefused");
+  EXPECT_EQ(toString(Reason::other), "other");
+  EXPECT_EQ(toString(static_cast<Reason>(99)), "other");
 }
 
 }  // namespace

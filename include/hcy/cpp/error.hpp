@@ -95,6 +95,10 @@ class CallError : public Error {
   const std::string& url() const noexcept { return *url_; }
   /** The URL and what(), for a log: `http://host:8080/f: HTTP status 404 Not Found`. */
   std::string describe() const { return url() + ": " + what(); }
+  /** Whether the function did not run, so that the same call can be made again: an HttpError with
+   *  status 503, or a TransportError with Reason::connectionRefused. Retry repeats these calls and
+   *  no others. */
+  bool isRetryable() const noexcept;
 
  private:
   // Shared, so that copying the exception cannot fail.
@@ -172,6 +176,13 @@ class TransportError : public CallError {
  private:
   Reason reason_;
 };
+
+// Not virtual: an exception may come from code that an older header was compiled into.
+inline bool CallError::isRetryable() const noexcept {
+  if (const auto* const http = dynamic_cast<const HttpError*>(this)) return http->isRetryable();
+  const auto* const transport = dynamic_cast<const TransportError*>(this);
+  return transport != nullptr && transport->isRetryable();
+}
 
 /** @} */
 

@@ -6,6 +6,9 @@
 #ifndef HCY_CPP_REASON_HPP
 #define HCY_CPP_REASON_HPP
 
+#include <cstddef>
+#include <iterator>
+#include <ostream>
 #include <string_view>
 
 namespace hcyclient {
@@ -28,6 +31,19 @@ enum class Reason {
   memory,            /**< memory is exhausted */
   other              /**< anything else: see what() */
 };
+
+/** The name of the enumerator, such as "timeout", for a log. */
+inline std::string_view toString(Reason reason) noexcept {
+  constexpr std::string_view names[] = {
+      "timeout",         "connectionRefused", "nameNotResolved", "tls",    "replyTooLarge",
+      "incompleteReply", "wrongOutputCount",  "classNotServed",  "memory", "other"};
+  const auto i = static_cast<std::size_t>(reason);
+  return i < std::size(names) ? names[i] : "other";
+}
+/** Writes toString() of the reason. */
+inline std::ostream& operator<<(std::ostream& out, Reason reason) {
+  return out << toString(reason);
+}
 
 /** @} */
 

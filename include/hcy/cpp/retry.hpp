@@ -16,7 +16,8 @@ namespace hcyclient {
  *  @{ */
 
 /** How often a call is attempted until the server accepts it. A call is repeated only if its
- *  function did not run: after a connection that failed, and after HTTP status 503. */
+ *  function did not run (CallError::isRetryable()): after a refused connection, and after HTTP
+ *  status 503. */
 struct Retry {
   int attempts = 1;                       /**< attempts in all; 1 or less for a single one */
   std::chrono::milliseconds backoff{100}; /**< pause before the second one; it doubles each time */
@@ -38,9 +39,7 @@ struct Retry {
     for (int left = attempts; left > 1; --left) {
       try {
         return call();
-      } catch (const TransportError& error) {
-        if (!error.isRetryable() || !pause(next)) throw;
-      } catch (const HttpError& error) {
+      } catch (const CallError& error) {
         if (!error.isRetryable() || !pause(next)) throw;
       }
       next *= 2;
