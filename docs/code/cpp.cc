@@ -42,8 +42,8 @@ static void makeArrays() {
 
   Array column = values;                       // 6-by-1
   Array row = Array::row(values);              // 1-by-6
-  Array matrix(values, {rows, columns});       // column by column
-  Array same(values.data(), {rows, columns});  // from a pointer
+  Array matrix(values, rows, columns);         // column by column
+  Array same(values.data(), {rows, columns});  // from a pointer, with a shape
   Array byRows = Array::fromRows<double>({{1, 3, 5}, {2, 4, 6}});
   Array cube = Array::zeros<float>(rows, columns, 4);
   Array text = "Z\u00fcrich";  // UTF-8
@@ -77,7 +77,9 @@ static void nest() {
 
   double tolerance = options.value_or("tolerance", 1e-6);  // there is no such field
   std::string name = options.value_or("name", "none");
-  std::cout << name << ' ' << tolerance << ' ' << options("limits")[1].scalar() << '\n';
+  std::vector<double> weights = options.value_or("weights", std::vector<double>{1, 1});
+  std::cout << name << ' ' << tolerance << ' ' << options("limits")[1].scalar() << ' '
+            << weights.size() << '\n';
 
   for (auto [field, value] : options.fields()) {
     std::cout << field << ": " << value.className() << '\n';
@@ -123,7 +125,7 @@ static void tellFailures(hcyclient::Context& context, const std::string& url) {
     std::cout << "the server: " << error.status() << '\n';
   } catch (const hcyclient::TransportError& error) {
     const bool slow = error.reason() == hcyclient::Reason::timeout;
-    std::cout << (slow ? "too slow\n" : "no connection\n");
+    std::cout << (slow ? "too slow" : "no reply") << ": " << error.reason() << '\n';
     std::cerr << error.describe() << '\n';  // with the URL, without its password
   }
 }

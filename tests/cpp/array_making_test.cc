@@ -65,6 +65,62 @@ TEST(CppArrayMaking, takesAPointerAndAShape) {
   EXPECT_THROW(Array(&values[0], {-1, 3}), UsageError);
 }
 
+TEST(CppArrayMaking, takesTheDimensionsAsArguments) {
+  const std::vector<double> values = {1, 2, 3, 4, 5, 6};
+  const int rows = 2;
+  const Array matrix(values, {2, 3});
+  EXPECT_EQ(Array(values, rows, 3L), matrix);
+  EXPECT_EQ(Array(values.data(), rows, 3), matrix);
+  EXPECT_EQ(Array({1.0, 2.0, 3.0, 4.0, 5.0, 6.0}, rows, 3), matrix);
+  EXPECT_EQ(Array(values, 1, 2, 3).shape(), (Shape{1, 2, 3}));
+  EXPECT_EQ(Array(std::vector<bool>{true, false}, 1, 2), Array::row({true, false}));
+  EXPECT_THROW(Array(values, 2, 2), UsageError);
+  EXPECT_THROW(Array(values, -1, 2), UsageError);
+  Array resized = 1.0;
+  resized.resize(rows, 3);
+  EXPECT_EQ(resized.shape(), matrix.shape());
+}
+
+// What looks like rows and a shape alike, in braces, is refused; this is what stays.
+TEST(CppArrayMaking, takesListsInBraces) {
+  EXPECT_EQ(Array({1, 2}, {2, 1}).shape(), (Shape{2, 1}));
+  const Array column = {{1.0, 2.0}};
+  EXPECT_EQ(column.shape(), (Shape{2, 1}));
+  const Array shaped = {{1.0, 2.0}, {1, 2}};
+  EXPECT_EQ(shaped.shape(), (Shape{1, 2}));
+  const std::vector<int> values = {1, 2};
+  const Array listed = {values, {1, 2}};
+  EXPECT_EQ(listed.shape(), (Shape{1, 2}));
+}
+
+TEST(CppArrayMaking, takesAShapeFromARange) {
+  const Array matrix = Array::zeros<double>(2, 3);
+  const std::vector<int> sizes = {2, 3};
+  EXPECT_EQ(Array::zeros<double>(sizes), matrix);
+  EXPECT_EQ(Array::zeros<double>(std::array<short, 2>{2, 3}), matrix);
+  EXPECT_EQ(Array::zeros<double>(matrix.dimensions()), matrix);
+  EXPECT_EQ(Array(std::vector<double>(6), sizes), matrix);
+  EXPECT_EQ(Array::cells(sizes).shape(), matrix.shape());
+  EXPECT_EQ(matrix.index(std::vector<int>{1, 2}), 5U);
+  EXPECT_THROW(Array::zeros<double>(std::vector<int>{2, -3}), UsageError);
+  static_assert(!std::is_constructible_v<Shape, std::string>);
+  static_assert(!std::is_constructible_v<Shape, std::vector<bool>>);
+}
+
+// A type of a program that has elements and makes its Array itself.
+struct Samples {
+  std::vector<std::vector<double>> rows;
+  auto begin() const { return rows.begin(); }
+  auto end() const { return rows.end(); }
+  operator Array() const { return Array::fromRows(rows); }
+};
+
+TEST(CppArrayMaking, takesWhatConvertsItself) {
+  const Samples samples{{{1, 2}, {3, 4}}};
+  const Array matrix = samples;
+  EXPECT_EQ(matrix, Array::fromRows<double>({{1, 2}, {3, 4}}));
+}
+
 TEST(CppArrayMaking, takesIterators) {
   const std::list<float> list = {1, 2};
   EXPECT_EQ(Array(list.begin(), list.end()), Array({1.0F, 2.0F}));

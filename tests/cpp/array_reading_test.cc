@@ -131,6 +131,40 @@ TEST(CppArrayReading, hasAFallback) {
   EXPECT_THROW(Array(1.0).value_or("a", "x"), UsageError);
 }
 
+TEST(CppArrayReading, hasAListAsAFallback) {
+  Array options = Array::structs({1, 1}, {"limits", "names", "unset", "sub"});
+  options("limits") = {1, 2};
+  options("names") = std::vector<std::string>{"a", "b"};
+  options("sub") = Array::structOf({{"limits", {3.0}}});
+  const std::vector<double> numbers = {7, 8};
+  const std::vector<std::string> texts = {"c"};
+  EXPECT_EQ(options.value_or("limits", numbers), (std::vector<double>{1, 2}));
+  EXPECT_EQ(options.value_or("unset", numbers), numbers);
+  EXPECT_EQ(options.value_or("none", numbers), numbers);
+  EXPECT_EQ(options.value_or("names", texts), (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(options.value_or("none", texts), texts);
+  EXPECT_EQ(options("limits").value_or(numbers), (std::vector<double>{1, 2}));
+  EXPECT_EQ(options("unset").value_or(numbers), numbers);
+  EXPECT_EQ(options("sub").value_or("limits", numbers), std::vector<double>{3});
+  EXPECT_THROW(options.value_or("names", numbers), UsageError);
+  EXPECT_THROW(Array(1.0).value_or("limits", numbers), UsageError);
+}
+
+TEST(CppArrayReading, hasAnArrayAsAFallback) {
+  Array options = Array::structs({1, 1}, {"limits", "unset"});
+  options("limits") = {1.0, 2.0};
+  EXPECT_EQ(options.value_or("limits", Array(3.0)), Array({1.0, 2.0}));
+  EXPECT_EQ(options.value_or("unset", Array(3.0)), Array(3.0));
+  EXPECT_EQ(options.value_or("none", Array(3.0)), Array(3.0));
+  EXPECT_EQ(options("unset").value_or(Array(3.0)), Array(3.0));
+  EXPECT_EQ(Array::zeros<double>(0, 0).value_or(Array(3.0)), Array(3.0));
+  const Array kept = 4.0;
+  Array copy = kept.value_or(Array(3.0));
+  copy.span<double>()[0] = 5;
+  EXPECT_EQ(kept.scalar(), 4);
+  EXPECT_THROW(Array(1.0).value_or("limits", Array(3.0)), UsageError);
+}
+
 template <class T>
 class CppArrayOfEachNumber : public ::testing::Test {};
 using Numbers =

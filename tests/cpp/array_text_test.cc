@@ -31,6 +31,19 @@ TEST(CppArrayText, isUtf16InARow) {
   EXPECT_EQ(array.toString(), text);
 }
 
+TEST(CppArrayText, isMadeFromEachKindOfUtf16) {
+  const Array fromLiteral = u"caf\u00e9";
+  const Array fromString = std::u16string(u"caf\u00e9");
+  EXPECT_EQ(fromLiteral.shape(), (Shape{1, 4}));
+  EXPECT_EQ(fromLiteral, fromString);
+  EXPECT_EQ(fromLiteral, Array(std::u16string_view(u"caf\u00e9")));
+}
+
+TEST(CppArrayText, isNotMadeFromANullPointer) {
+  EXPECT_THROW(Array(static_cast<const char*>(nullptr)), UsageError);
+  EXPECT_THROW(Array(static_cast<const char16_t*>(nullptr)), UsageError);
+}
+
 TEST(CppArrayText, mayBeEmptyAsInC) {
   const Array array = "";
   EXPECT_EQ(array.shape(), (Shape{0, 0}));

@@ -49,6 +49,8 @@ TEST_F(CppCallForms, takeEachKindOfInput) {
   EXPECT_EQ(context.call(echo, "text").toString(), "text");
   EXPECT_EQ(context.call(echo, std::string("text")).toString(), "text");
   EXPECT_EQ(context.call(echo, std::move(s))("name").toString(), "Ada");
+  EXPECT_EQ(context.call(echo, std::u8string(u8"Z\u00fcrich")).toString(), "Z\xC3\xBCrich");
+  EXPECT_EQ(context.call(echo, u8"Z\u00fcrich").toString(), "Z\xC3\xBCrich");
   int number = 7;
   EXPECT_EQ(context.call(echo, number).className(), "int32");
   EXPECT_EQ(context.call(echo, context.call(echo, number)).scalar(), 7);
@@ -71,6 +73,7 @@ TEST_F(CppCallForms, giveAFixedNumberOfOutputs) {
   EXPECT_EQ(v.size(), 1U);
   static_assert(std::is_same_v<decltype(context.feval<2>(echo)), std::array<Array, 2>>);
   EXPECT_TRUE(context.feval<0>(echo, 1.0).empty());
+  EXPECT_EQ((context.feval<2>(echo, {{1.0, 2.0}, u})[0].size()), 2U);
   EXPECT_THROW(context.feval<2>(echo, 1.0), FunctionError);
 }
 
@@ -96,6 +99,11 @@ TEST_F(CppCallForms, makeAFunctionAnObject) {
   EXPECT_EQ(add(1.0, 2.0).scalar(), 3);
   EXPECT_EQ(add({{1.0, 2.0}, 1.0}).toVector<double>(), (std::vector<double>{2, 3}));
   EXPECT_EQ(add.feval({1.0, 2.0})[0].scalar(), 3);
+  std::vector<Array> inputs;
+  inputs.emplace_back(1.0);
+  inputs.emplace_back(2.0);
+  EXPECT_EQ(add.feval(inputs)[0].scalar(), 3);
+  EXPECT_EQ(add.feval<1>({1.0, 2.0})[0].scalar(), 3);
   EXPECT_EQ(add.url(), plus);
   const auto svd = context.function(server.url("/linalg/svd"));
   const auto [u, s] = svd.feval<2>(2.0);

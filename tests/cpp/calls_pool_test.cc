@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <future>
 #include <hcy/hcyclient.hpp>
@@ -12,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -57,6 +59,42 @@ TEST_F(CppPool, givesFutures) {
   EXPECT_EQ(pool.call(echo, "text").get().toString(), "text");
   EXPECT_THROW(pool.call(server.url("/nothing")).get(), HttpError);
   EXPECT_THROW(pool.call("ftp://nowhere").get(), UsageError);
+}
+
+TEST_F(CppPool, takesInputsInBraces) {
+  Pool pool(config, 2);
+  const Array kept = {1.0, 2.0};
+  Array given = 3.0;
+  std::future<std::vector<Array>> both = pool.feval(echo, {kept, std::move(given)}, 2);
+  EXPECT_FALSE(given);
+  EXPECT_EQ(both.get()[1].scalar(), 3);
+  EXPECT_EQ(kept.size(), 2U);
+  EXPECT_EQ(pool.feval(plus, {1.0, 2.0}).get()[0].scalar(), 3);
+  EXPECT_EQ(pool.feval(echo, {"text", {1.0, 2.0}}, 2).get()[1].size(), 2U);
+  EXPECT_EQ(pool.call(plus, {1.0, 2.0}).get().scalar(), 3);
+  EXPECT_EQ(pool.call(plus, {{1.0, 2.0}, kept}).get().toVector<double>(),
+            (std::vector<double>{2, 4}));
+}
+
+TEST_F(CppPool, givesAFixedNumberOfOutputs) {
+  Pool pool(config, 2);
+  auto decomposed = pool.feval<3>(server.url("/linalg/svd"), Array({3.0, 0.0}, {2, 1}));
+  static_assert(std::is_same_v<decltype(decomposed), std::future<std::array<Array, 3>>>);
+  const auto [u, s, v] = decomposed.get();
+  EXPECT_DOUBLE_EQ(s.scalar(), 3);
+  EXPECT_EQ((pool.feval<2>(echo, {1.0, {2.0, 3.0}}).get()[1].size()), 2U);
+  EXPECT_THROW(pool.feval<2>(echo, 1.0).get(), FunctionError);
+}
+
+TEST_F(CppPool, takesAListOfArraysAsTheInputs) {
+  Pool pool(config, 2);
+  std::vector<Array> inputs;
+  inputs.emplace_back(2.0);
+  inputs.emplace_back(3.0);
+  EXPECT_EQ(pool.call(plus, inputs).get().scalar(), 5);
+  EXPECT_EQ((pool.feval<2>(echo, inputs).get()[1].scalar()), 3);
+  EXPECT_EQ(inputs[0].scalar(), 2);
+  EXPECT_EQ(pool.call(plus, std::move(inputs)).get().scalar(), 5);
 }
 
 TEST_F(CppPool, mapsInOrder) {

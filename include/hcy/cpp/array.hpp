@@ -14,6 +14,7 @@
 #include <hcy/cpp/cell_iterator.hpp>
 #include <hcy/cpp/element.hpp>
 #include <hcy/cpp/error.hpp>
+#include <hcy/cpp/instead.hpp>
 #include <hcy/cpp/sequence.hpp>
 #include <hcy/cpp/shape.hpp>
 #include <hcy/cpp/span.hpp>
@@ -69,6 +70,9 @@ struct Field;
  * changing its shape or fields. Its class, dimensions and field names can be read.
  */
 class Array {
+  template <class T>
+  using List = std::initializer_list<T>;
+
  public:
   /** Makes an empty Array, which holds no array. */
   Array() noexcept = default;
@@ -126,6 +130,23 @@ class Array {
     assign(data, size());
   }
 
+  /** The same with the dimensions as arguments: `Array(values, rows, columns)`. */
+  template <class R, class... More, detail::IfSequence<R> = 0, detail::IfIntegers<More...> = 0>
+  Array(const R& values, Size rows, Size columns, More... more)
+      : Array(values, Shape{rows, columns, Size(more)...}) {}
+  /** The same from the values in an initializer list. */
+  template <class T, class... More, detail::IfValue<T> = 0, detail::IfIntegers<More...> = 0>
+  Array(std::initializer_list<T> values, Size rows, Size columns, More... more)
+      : Array(values, Shape{rows, columns, Size(more)...}) {}
+  /** The same from a vector of bool. */
+  template <class... More, detail::IfIntegers<More...> = 0>
+  Array(const std::vector<bool>& values, Size rows, Size columns, More... more)
+      : Array(values, Shape{rows, columns, Size(more)...}) {}
+  /** The same from a pointer to as many values as the shape has elements. */
+  template <class T, class... More, detail::IfValue<T> = 0, detail::IfIntegers<More...> = 0>
+  Array(const T* data, Size rows, Size columns, More... more)
+      : Array(data, Shape{rows, columns, Size(more)...}) {}
+
   /** A 1-by-n char array from UTF-8; 0-by-0 from an empty string. Throws UsageError if the string
    *  is not well-formed UTF-8 (RFC 3629). */
   Array(std::string_view text) {
@@ -135,27 +156,58 @@ class Array {
   }
   /** A 1-by-n char array from UTF-8. */
   Array(const std::string& text) : Array(std::string_view(text)) {}
-  /** A 1-by-n char array from NUL-terminated UTF-8. */
-  Array(const char* text) : Array(std::string_view(text)) {}
-  Array(std::nullptr_t) = delete; /**< Null is not a string. */
-  Array(char) = delete;           /**< Write a string in double quotes: "c". */
-  Array(const Outputs&) = delete; /**< Write context.call(...), or context.feval(...)[0]. */
-  template <class Matrix, detail::IfMatrix<Matrix> = 0>
-  Array(const Matrix&) = delete; /**< Include hcyclient_eigen.hpp, and write toArray(matrix). */
+  /** A 1-by-n char array from NUL-terminated UTF-8. Throws UsageError if the pointer is null. */
+  Array(const char* text) : Array(std::string_view(detail::notNull(text))) {}
   /** A 1-by-n char array of these code units; 0-by-0 from none. */
   Array(std::u16string_view units) {
     *this = zeros<char16_t>(units.empty() ? 0 : 1, units.size());
     std::copy(units.begin(), units.end(), dataOf<char16_t>());
   }
+  /** A 1-by-n char array of these code units. */
+  Array(const std::u16string& units) : Array(std::u16string_view(units)) {}
+  /** A 1-by-n char array of NUL-terminated code units. Throws UsageError if the pointer is null. */
+  Array(const char16_t* units) : Array(std::u16string_view(detail::notNull(units))) {}
 #ifdef __cpp_char8_t
   /** A 1-by-n char array from UTF-8. */
   Array(std::u8string_view text)
       : Array(std::string_view(reinterpret_cast<const char*>(text.data()), text.size())) {}
   /** A 1-by-n char array from UTF-8. */
-  Array(const char8_t* text) : Array(std::u8string_view(text)) {}
+  Array(const std::u8string& text) : Array(std::u8string_view(text)) {}
+  /** A 1-by-n char array from NUL-terminated UTF-8. Throws UsageError if the pointer is null. */
+  Array(const char8_t* text) : Array(std::u8string_view(detail::notNull(text))) {}
 #endif
   /** A column of cells, each holding a string. */
   Array(const std::vector<std::string>& texts);
+
+  /** @name Deleted constructors, and what to write instead
+   *  @{ */
+  Array(std::nullptr_t) = delete; /**< Null is not a string. */
+  Array(const Outputs&) = delete; /**< Write context.call(...), or context.feval(...)[0]. */
+  template <class T, detail::IfCharacter<T> = 0>
+  Array(T) = delete; /**< Write a string in double quotes: "c". */
+  template <class T, detail::IfLongDouble<T> = 0>
+  Array(T) = delete; /**< No class holds a long double: write static_cast<double>(value). */
+  template <class T, detail::IfEnum<T> = 0>
+  Array(T) = delete; /**< Convert the enum to a number: write static_cast<int>(value). */
+  template <class T, detail::IfSize<T> = 0>
+  Array(std::initializer_list<std::initializer_list<T>>) = delete; /**< Write fromRows(rows). */
+  template <class T, class U, class... More, detail::IfRowLists<U, More...> = 0>
+  Array(List<T>, List<U>, List<More>...) = delete; /**< Write fromRows(rows). */
+  template <class Matrix, detail::IfMatrix<Matrix> = 0>
+  Array(const Matrix&) = delete; /**< Include hcyclient_eigen.hpp, and write toArray(matrix). */
+  template <class R, detail::IfInstead<R, detail::Instead::utf8> = 0>
+  Array(const R&) = delete; /**< Convert the characters to a std::string in UTF-8. */
+  template <class R, detail::IfInstead<R, detail::Instead::structOf> = 0>
+  Array(const R&) = delete; /**< Write Array::structOf(map). */
+  template <class R, detail::IfInstead<R, detail::Instead::sparse> = 0>
+  Array(const R&) = delete; /**< Write Array::sparse<T>(rows, columns, entries). */
+  template <class R, detail::IfInstead<R, detail::Instead::fromRows> = 0>
+  Array(const R&) = delete; /**< Write Array::fromRows(rows). */
+  template <class R, detail::IfInstead<R, detail::Instead::iterators> = 0>
+  Array(const R&) = delete; /**< Write Array(range.begin(), range.end()). */
+  template <class R, detail::IfInstead<R, detail::Instead::cellOf> = 0>
+  Array(const R&) = delete; /**< Write Array::cellOf(list), or convert the elements. */
+  /** @} */
 
   /** Takes ownership of a handle of the C interface; null makes an empty Array. */
   static Array adopt(hcyArray* handle) noexcept {
@@ -283,6 +335,11 @@ class Array {
    *  and IncompleteReply if elements did not arrive, or the last one of a cell or struct array is
    *  of a class that the library does not support. The array is unchanged then. */
   void resize(const Shape& shape);
+  /** The same with the dimensions as arguments: `resize(rows, columns)`. */
+  template <class... More, detail::IfIntegers<More...> = 0>
+  void resize(Size rows, Size columns, More... more) {
+    resize(Shape{rows, columns, Size(more)...});
+  }
   /** The dimensions in the array's own storage; valid until the shape changes or the array is
    *  destroyed. */
   Span<const std::size_t> dimensions() const& {
@@ -371,12 +428,32 @@ class Array {
   T value_or(T fallback) const;
   /** toString(), or the fallback if the array has no elements. */
   std::string value_or(std::string_view fallback) const;
+  /** toVector<T>(), or the fallback if the array has no elements. */
+  template <class T>
+  std::vector<T> value_or(std::vector<T> fallback) const;
+  /** A deep copy of the array, or the fallback if the array has no elements. */
+  template <class A, detail::IfArray<A> = 0>
+  Array value_or(A fallback) const& {
+    return isEmpty() ? std::move(fallback) : copy();
+  }
+  /** The array itself, or the fallback if the array has no elements. */
+  template <class A, detail::IfArray<A> = 0>
+  Array value_or(A fallback) && {
+    return std::move(isEmpty() ? fallback : *this);
+  }
   /** The same for a field of a 1-by-1 struct: `options.value_or("tolerance", 1e-6)`. Also returns
    *  the fallback if there is no such field. Throws UsageError if the array is not a struct. */
   template <class T, detail::IfValue<T> = 0>
   T value_or(const CString& field, T fallback) const;
   /** The same for a string. */
   std::string value_or(const CString& field, std::string_view fallback) const;
+  /** The same for all elements. */
+  template <class T>
+  std::vector<T> value_or(const CString& field, std::vector<T> fallback) const;
+  /** A new handle to the field, or the fallback: `options.value_or("limits", Array({0.0, 1.0}))`.
+   */
+  template <class A, detail::IfArray<A> = 0>
+  Array value_or(const CString& field, A fallback) const;
 
   /** The text of a char array, in column-major order, as UTF-8; empty if there are no elements.
    *  Throws UsageError if the array is of another class or ends in a surrogate without a code unit

@@ -134,6 +134,13 @@ class Context {
         url, [](Received& received) { return takeAll(received, std::make_index_sequence<N>()); },
         std::forward<Values>(inputs)...);
   }
+  /** The same with inputs in braces. */
+  template <std::size_t N>
+  std::array<Array, N> feval(const CString& url, std::initializer_list<Input> inputs) {
+    Received received(N);
+    evaluate(url, inputs.begin(), inputs.size(), received);
+    return takeAll(received, std::make_index_sequence<N>());
+  }
 
   /**
    * Calls a function and returns its outputs: hcyClientRuntime::feval.
@@ -151,6 +158,8 @@ class Context {
   Outputs feval(const CString& url, const std::vector<Array>& inputs, int nargout = 1) {
     return outputsOf(url, inputs.data(), inputs.size(), nargout);
   }
+  template <class First, class... More, detail::IfInput<First> = 0>
+  Outputs feval(const CString&, First&&, More&&...) = delete; /**< Write feval(url, {a, b}). */
 
   /** The function at a URL, which can be called like a C++ function:
    *  `auto plus = context.function(url)`. */
@@ -220,8 +229,7 @@ class Context {
     if constexpr (detail::areArrays<Values...>) {
       evaluate(url, values.data()..., (values.size(), ...), received);
     } else {
-      static_assert((std::is_constructible_v<Input, Values&&> && ...),
-                    "an input is an Array, or a value that an Array can be made from");
+      detail::requireInputs<Values...>();
       const std::initializer_list<Input> inputs = {Input(std::forward<Values>(values))...};
       evaluate(url, inputs.begin(), inputs.size(), received);
     }

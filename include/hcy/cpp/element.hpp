@@ -83,6 +83,11 @@ struct Parts<std::complex<T>> {
 template <class T>
 using Part = typename Parts<T>::Part;
 
+// Whether values of this type may be dimensions.
+template <class T>
+constexpr bool isInteger =
+    std::is_integral_v<T> && !std::is_same_v<T, bool> && !IsCharacter<T>::value;
+
 template <class T>
 constexpr bool isNumeric =
     Element<T>::exists && !std::is_same_v<T, bool> && !std::is_same_v<T, char16_t>;

@@ -14,7 +14,9 @@
 #include <hcy/cpp/outputs.hpp>
 #include <initializer_list>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace hcyclient {
 
@@ -47,10 +49,21 @@ class Function {
   std::array<Array, N> feval(Values&&... inputs) const {
     return context_->template feval<N>(url_, std::forward<Values>(inputs)...);
   }
+  /** The same with inputs in braces. */
+  template <std::size_t N>
+  std::array<Array, N> feval(std::initializer_list<Input> inputs) const {
+    return context_->template feval<N>(url_, inputs);
+  }
   /** The same as Context::feval(). */
   Outputs feval(std::initializer_list<Input> inputs = {}, int nargout = 1) const {
     return context_->feval(url_, inputs, nargout);
   }
+  /** The same with a vector of inputs. */
+  Outputs feval(const std::vector<Array>& inputs, int nargout = 1) const {
+    return context_->feval(url_, inputs, nargout);
+  }
+  template <class First, class... More, detail::IfInput<First> = 0>
+  Outputs feval(First&&, More&&...) const = delete; /**< Write feval({a, b}). */
 
   /** The URL of the function. */
   const std::string& url() const noexcept { return url_; }

@@ -45,6 +45,24 @@ class Input {
   hcyArray* handle_;
 };
 
+namespace detail {
+
+template <class T>
+using IfInput = std::enable_if_t<std::is_constructible_v<Input, T&&>, int>;
+
+// Refuses what cannot be an input of a call.
+template <class... Values>
+constexpr void requireInputs() {
+  static_assert((std::is_constructible_v<Input, Values&&> && ...),
+                "an input is an Array, or a value that an Array can be made from: write "
+                "Array::structOf(map), Array::cellOf(list), Array::fromRows(rows), "
+                "Array::sparse<T>(rows, columns, entries), toArray(matrix) of "
+                "hcyclient_eigen.hpp for an Eigen matrix, static_cast<int>(value) for an enum, "
+                "static_cast<double>(value) for a long double");
+}
+
+}  // namespace detail
+
 /** A named value for Array::structOf(). */
 struct Field {
   CString name; /**< name of the field */

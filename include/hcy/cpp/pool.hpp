@@ -7,6 +7,7 @@
 #define HCY_CPP_POOL_HPP
 
 #include <algorithm>
+#include <array>
 #include <condition_variable>
 #include <csignal>
 #include <cstddef>
@@ -17,9 +18,11 @@
 #include <hcy/cpp/config.hpp>
 #include <hcy/cpp/context.hpp>
 #include <hcy/cpp/error.hpp>
+#include <hcy/cpp/input.hpp>
 #include <hcy/cpp/retry.hpp>
 #include <hcy/cpp/sequence.hpp>
 #include <hcy/cpp/shape.hpp>
+#include <initializer_list>
 #include <iterator>
 #include <memory>
 #include <mutex>
@@ -83,12 +86,58 @@ class JobOf : public Job {
 // An array for the queue: an lvalue is copied, since the caller keeps it.
 template <class T>
 Array kept(T&& value) {
-  static_assert(std::is_constructible_v<Input, T>,
-                "an input is an Array, or a value that an Array can be made from");
+  requireInputs<T>();
   if constexpr (std::is_same_v<T, Array&> || std::is_same_v<T, const Array&>) {
     return value.copy();
   } else {
     return Array(std::forward<T>(value));
+  }
+}
+
+// An element of a list of inputs in braces. Its Array is mutable, as the elements of such a list
+// are const, and the Pool moves the Array to its queue.
+class QueuedInput {
+ public:
+  template <class T, IfInput<T> = 0>
+  QueuedInput(T&& value) : array_(kept(std::forward<T>(value))) {}
+  template <class T, IfValue<T> = 0>
+  QueuedInput(std::initializer_list<T> values) : array_(values) {}
+  QueuedInput(const QueuedInput&) = delete;
+  QueuedInput& operator=(const QueuedInput&) = delete;
+  ~QueuedInput() = default;
+
+  Array take() const noexcept { return std::move(array_); }
+
+ private:
+  mutable Array array_;
+};
+
+inline std::vector<Array> queued(std::initializer_list<QueuedInput> inputs) {
+  std::vector<Array> arrays;
+  arrays.reserve(inputs.size());
+  for (const QueuedInput& input : inputs) arrays.push_back(input.take());
+  return arrays;
+}
+
+// The arrays of a list that the caller keeps (copied) or gives away (moved).
+inline std::vector<Array> queued(std::vector<Array>&& inputs) { return std::move(inputs); }
+inline std::vector<Array> queued(const std::vector<Array>& inputs) {
+  std::vector<Array> copies;
+  copies.reserve(inputs.size());
+  for (const Array& input : inputs) copies.push_back(input.copy());
+  return copies;
+}
+
+// The inputs of a call: one list of arrays, or any values.
+template <class... Values>
+std::vector<Array> queuedValues(Values&&... values) {
+  if constexpr (areArrays<Values...>) {
+    return queued(std::forward<Values>(values)...);
+  } else {
+    std::vector<Array> arrays;
+    arrays.reserve(sizeof...(Values));
+    (arrays.push_back(kept(std::forward<Values>(values))), ...);
+    return arrays;
   }
 }
 
@@ -151,6 +200,19 @@ class Pool {
     });
   }
 
+  std::future<Array> submitCall(std::string_view url, std::vector<Array> inputs) {
+    return submit([this, url = std::string(url), inputs = std::move(inputs)](Context& context) {
+      return attempt([&] { return context.call(url, inputs); });
+    });
+  }
+
+  template <std::size_t N>
+  std::future<std::array<Array, N>> submitFeval(std::string_view url, std::vector<Array> inputs) {
+    return submit([this, url = std::string(url), inputs = std::move(inputs)](Context& context) {
+      return attempt([&] { return context.feval<N>(url, inputs); });
+    });
+  }
+
  public:
   /** Starts the threads. Throws UsageError if `threads` is 0, InitializationError or
    *  std::system_error if a context or a thread cannot be created. */
@@ -186,22 +248,41 @@ class Pool {
   /** The same with copies of the inputs. */
   std::future<std::vector<Array>> feval(std::string_view url, const std::vector<Array>& inputs,
                                         int nargout = 1) {
-    std::vector<Array> copies;
-    copies.reserve(inputs.size());
-    for (const Array& input : inputs) copies.push_back(input.copy());
-    return feval(url, std::move(copies), nargout);
+    return feval(url, detail::queued(inputs), nargout);
+  }
+  /** The same with inputs in braces: `pool.feval(url, {a, 2.0, {1.0, 2.0}}, 2)`. An Array is moved
+   *  in if it is an rvalue, and copied otherwise. */
+  std::future<std::vector<Array>> feval(std::string_view url,
+                                        std::initializer_list<detail::QueuedInput> inputs = {},
+                                        int nargout = 1) {
+    return feval(url, detail::queued(inputs), nargout);
+  }
+  template <class First, class... More, detail::IfInput<First> = 0>
+  void feval(std::string_view, First&&, More&&...) = delete; /**< Write feval(url, {a, b}). */
+
+  /** Makes a call for N outputs: `pool.feval<3>(url, a)` returns a
+   *  `std::future<std::array<Array, 3>>`. Otherwise the same as call(). */
+  template <std::size_t N, class... Values>
+  std::future<std::array<Array, N>> feval(std::string_view url, Values&&... values) {
+    return submitFeval<N>(url, detail::queuedValues(std::forward<Values>(values)...));
+  }
+  /** The same with inputs in braces. */
+  template <std::size_t N>
+  std::future<std::array<Array, N>> feval(std::string_view url,
+                                          std::initializer_list<detail::QueuedInput> inputs) {
+    return submitFeval<N>(url, detail::queued(inputs));
   }
 
-  /** Makes a call for one output. Inputs are the same as for Context::call(); an Array is moved in
-   *  if it is an rvalue, and copied otherwise. Otherwise the same as feval(). */
+  /** Makes a call for one output. Inputs are the same as for Context::call(); an Array, or a
+   *  std::vector<Array> alone, is moved in if it is an rvalue, and copied otherwise. Otherwise the
+   *  same as feval(). */
   template <class... Values>
   std::future<Array> call(std::string_view url, Values&&... values) {
-    std::vector<Array> inputs;
-    inputs.reserve(sizeof...(Values));
-    (inputs.push_back(detail::kept(std::forward<Values>(values))), ...);
-    return submit([this, url = std::string(url), inputs = std::move(inputs)](Context& context) {
-      return attempt([&] { return context.call(url, inputs); });
-    });
+    return submitCall(url, detail::queuedValues(std::forward<Values>(values)...));
+  }
+  /** The same with inputs in braces, which may include lists: `pool.call(url, {{1.0, 2.0}, a})`. */
+  std::future<Array> call(std::string_view url, std::initializer_list<detail::QueuedInput> inputs) {
+    return submitCall(url, detail::queued(inputs));
   }
 
   /** Calls a function once for each element of a range, with the element as its only input, and

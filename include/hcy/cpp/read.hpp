@@ -161,6 +161,25 @@ inline std::string Array::value_or(const CString& field, std::string_view fallba
 }
 
 template <class T>
+std::vector<T> Array::value_or(std::vector<T> fallback) const {
+  return isEmpty() ? std::move(fallback) : toVector<T>();
+}
+
+template <class T>
+std::vector<T> Array::value_or(const CString& field, std::vector<T> fallback) const {
+  if (!isStruct()) throw wrongClass("struct");
+  if (isEmpty() || !hasField(field)) return fallback;
+  return (*this)(field).value_or(std::move(fallback));
+}
+
+template <class A, detail::IfArray<A>>
+Array Array::value_or(const CString& field, A fallback) const {
+  if (!isStruct()) throw wrongClass("struct");
+  if (isEmpty() || !hasField(field)) return fallback;
+  return (*this)(field).value_or(std::move(fallback));
+}
+
+template <class T>
 std::vector<T> Array::toVector() const {
   if constexpr (std::is_same_v<T, std::string>) {
     std::vector<std::string> texts;

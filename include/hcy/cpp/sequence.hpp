@@ -95,6 +95,9 @@ template <class R>
 using IfRange =
     std::enable_if_t<!std::is_base_of_v<Array, R> && !std::is_same_v<RangeValue<R>, void>, int>;
 
+template <class A>
+using IfArray = std::enable_if_t<std::is_same_v<A, Array>, int>;
+
 template <class T>
 using IfName = std::enable_if_t<std::is_convertible_v<const T&, std::string_view>, int>;
 

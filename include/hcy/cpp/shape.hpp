@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <hcy/cpp/element.hpp>
 #include <hcy/cpp/error.hpp>
 #include <initializer_list>
 #include <iterator>
@@ -55,6 +56,11 @@ class Shape : public std::vector<std::size_t> {
   Shape(std::initializer_list<Size> dimensions) : vector(dimensions.begin(), dimensions.end()) {}
   /** The same dimensions. */
   Shape(std::vector<std::size_t> dimensions) noexcept : vector(std::move(dimensions)) {}
+  /** The dimensions in a range of integers, such as a std::vector<int>, std::array, std::span or
+   *  Array::dimensions(); throws UsageError if one is negative. */
+  template <class R, class = std::enable_if_t<detail::isInteger<
+                         std::decay_t<decltype(*std::begin(std::declval<const R&>()))>>>>
+  Shape(const R& dimensions) : Shape(std::begin(dimensions), std::end(dimensions)) {}
   /** `count` dimensions of 0. */
   explicit Shape(std::size_t count) : vector(count) {}
   /** `count` dimensions of the same size. */

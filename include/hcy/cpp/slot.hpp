@@ -144,12 +144,12 @@ class Slot {
   /** Same as Array::value_or(). */
   template <class T>
   auto value_or(T fallback) && {
-    return fetch().value_or(fallback);
+    return fetch().value_or(std::move(fallback));
   }
   /** Same as Array::value_or(). */
   template <class T>
   auto value_or(const CString& field, T fallback) && {
-    return fetch().value_or(field, fallback);
+    return fetch().value_or(field, std::move(fallback));
   }
   /** Same as Array::hasField(). */
   bool hasField(const CString& field) && { return fetch().hasField(field); }

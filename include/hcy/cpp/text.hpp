@@ -18,6 +18,16 @@
 
 namespace hcyclient {
 
+namespace detail {
+
+template <class Character>
+const Character* notNull(const Character* text) {
+  if (text == nullptr) throw UsageError("the string is a null pointer");
+  return text;
+}
+
+}  // namespace detail
+
 /** @defgroup cpp_texts C++: strings
  *  @brief String parameters for C functions.
  *  @{ */
@@ -28,9 +38,7 @@ namespace hcyclient {
 class CString {
  public:
   /** Refers to a NUL-terminated string; throws UsageError if it is null. */
-  CString(const char* text) : text_(text) {
-    if (text == nullptr) throw UsageError("the string is a null pointer");
-  }
+  CString(const char* text) : text_(detail::notNull(text)) {}
   /** Refers to a string. */
   CString(const std::string& text) : text_(withoutNul(text).c_str()) {}
   /** Copies a view, which need not end with a NUL. */
