@@ -119,6 +119,7 @@ TEST(CppArrayMaking, takesWhatConvertsItself) {
   const Samples samples{{{1, 2}, {3, 4}}};
   const Array matrix = samples;
   EXPECT_EQ(matrix, Array::fromRows<double>({{1, 2}, {3, 4}}));
+  EXPECT_EQ(Array(samples), matrix);  // not a list that the compiler refuses
 }
 
 TEST(CppArrayMaking, takesIterators) {
