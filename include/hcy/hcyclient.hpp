@@ -44,6 +44,7 @@
 #include <hcy/cpp/compare.hpp>
 #include <hcy/cpp/config.hpp>
 #include <hcy/cpp/context.hpp>
+#include <hcy/cpp/describe.hpp>
 #include <hcy/cpp/error.hpp>
 #include <hcy/cpp/function.hpp>
 #include <hcy/cpp/input.hpp>

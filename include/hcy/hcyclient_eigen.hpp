@@ -31,10 +31,14 @@ using EigenMatrix = Eigen::Matrix<T, Eigen::Dynamic, Eigen::Dynamic>;
 template <class T>
 using EigenSparse = Eigen::SparseMatrix<T, Eigen::ColMajor, SparseIndex>;
 
+inline void requireFull(const Array& array) {
+  if (!array.isSparse()) return;
+  throw UsageError(described(array.get()) + " is not full: see asSparseEigen()");
+}
+
 inline void requireMatrix(const Array& array) {
   if (array.dimensions().size() == 2) return;
-  throw UsageError("the array has more than two dimensions: " +
-                   shapeText(array.dimensions().data(), array.dimensions().size()));
+  throw UsageError(described(array.get()) + " does not have two dimensions");
 }
 
 template <class T>
@@ -105,14 +109,14 @@ Array toArray(const Eigen::SparseMatrixBase<Derived>& matrix) {
 template <class T>
 Eigen::Map<detail::EigenMatrix<T>> asEigen(Array& array) {
   detail::requireMatrix(array);
-  if (array.isSparse()) throw UsageError("the array is sparse: see asSparseEigen()");
+  detail::requireFull(array);
   return detail::mapOf(array.span<T>().data(), array);
 }
 /** The read-only overload. */
 template <class T>
 Eigen::Map<const detail::EigenMatrix<T>> asEigen(const Array& array) {
   detail::requireMatrix(array);
-  if (array.isSparse()) throw UsageError("the array is sparse: see asSparseEigen()");
+  detail::requireFull(array);
   return {array.span<T>().data(), static_cast<Eigen::Index>(array.rows()),
           static_cast<Eigen::Index>(array.columns())};
 }
@@ -145,15 +149,14 @@ template <class Matrix>
 Matrix toEigen(const Array& array) {
   using T = typename Matrix::Scalar;
   detail::requireMatrix(array);
-  if (array.isSparse()) throw UsageError("the array is sparse: see asSparseEigen()");
+  detail::requireFull(array);
   const auto rows = static_cast<Eigen::Index>(array.rows());
   const auto columns = static_cast<Eigen::Index>(array.columns());
   const auto fits = [](Eigen::Index size, int fixed) {
     return fixed == Eigen::Dynamic || size == fixed;
   };
   if (!fits(rows, Matrix::RowsAtCompileTime) || !fits(columns, Matrix::ColsAtCompileTime)) {
-    throw UsageError("the array does not fit the matrix type: " +
-                     detail::shapeText(array.dimensions().data(), 2));
+    throw UsageError(detail::described(array.get()) + " does not fit the matrix type");
   }
   const Array converted = array.convertTo<T>();
   using Part = detail::Part<T>;

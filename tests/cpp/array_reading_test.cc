@@ -82,7 +82,7 @@ TEST(CppArrayReading, takesTheOneElementAndLosesNothing) {
   EXPECT_EQ(Array(0.5F).scalar<double>(), 0.5);
   EXPECT_TRUE(std::isnan(Array(std::nan("")).scalar<float>()));
   EXPECT_EQ(refusalOf([] { Array(2.5).scalar<int>(); }),
-            "element 0 cannot be represented exactly as int32");
+            "element 0 of the 1-by-1 double array cannot be represented exactly as int32");
   EXPECT_THROW(Array(-1.0).scalar<unsigned>(), UsageError);
   EXPECT_THROW(Array(-1).scalar<unsigned>(), UsageError);
   EXPECT_THROW(Array(300).scalar<std::uint8_t>(), UsageError);
@@ -190,7 +190,7 @@ TEST(CppArrayReading, convertsOnlyWhatKeepsItsValue) {
   EXPECT_EQ(refusalOf([] {
               Array({1.0, 2.5}).toVector<int>();
             }),
-            "element 1 cannot be represented exactly as int32");
+            "element 1 of the 2-by-1 double array cannot be represented exactly as int32");
   EXPECT_THROW(Array({1.0, 2.5}).convertTo<int>(), UsageError);
   EXPECT_THROW(Array("text").toVector<double>(), UsageError);
   EXPECT_THROW(Array("text").convertTo<double>(), UsageError);

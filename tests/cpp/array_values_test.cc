@@ -322,15 +322,5 @@ TEST(CppArrayOwner, isSaidToBeEmptyWhereThereIsNoArray) {
   EXPECT_EQ(refusalOf([] { Array::cellOf({Array()}); }), text);
 }
 
-TEST(CppArrayOwner, tellsWhatIsWrong) {
-  try {
-    const Array array = 1.0F;
-    static_cast<void>(array.span<std::int8_t>());
-    FAIL();
-  } catch (const Error& error) {
-    EXPECT_STREQ(error.what(), "the array is single, not int8");
-  }
-}
-
 }  // namespace
 }  // namespace hcyclient

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <hcy/cpp/cell_iterator.hpp>
+#include <hcy/cpp/describe.hpp>
 #include <hcy/cpp/element.hpp>
 #include <hcy/cpp/error.hpp>
 #include <hcy/cpp/instead.hpp>
@@ -474,7 +475,7 @@ class Array {
     // A positive value is right for every class. 0 may mean that there is none, and uint8 is read
     // as signed.
     if (value > 0) return value;
-    if (size() == 0 || isCell() || isStruct()) throw UsageError("the array has no number to read");
+    if (size() == 0 || isCell() || isStruct()) throw detail::noNumber(get());
     return is<std::uint8_t>() ? span<std::uint8_t>()[0] : value;
   }
 
@@ -563,14 +564,14 @@ class Array {
    *  Throws UsageError if the array is not a struct array, IncompleteReply like resize(),
    *  std::bad_alloc if the field cannot be added. */
   void addField(const CString& field) {
-    if (!isStruct()) throw wrongClass("struct");
+    if (!isStruct()) throw wrongClass("a struct array");
     requireElements();
     if (hcyAddField(handle(), field.c_str()) < 0) throw std::bad_alloc();
   }
   /** Removes a field from every element. Throws UsageError if there is no such field,
    *  IncompleteReply like resize(). */
   void removeField(const CString& field) {
-    if (!hasField(field)) throw UsageError("there is no field " + std::string(field.c_str()));
+    if (!hasField(field)) throw detail::noField(handle(), field.c_str());
     requireElements();
     hcyRemoveField(handle(), hcyGetFieldNumber(handle(), field.c_str()));
   }
@@ -628,9 +629,7 @@ class Array {
     return handle_.get();
   }
 
-  UsageError wrongClass(std::string_view wanted) const {
-    return UsageError("the array is " + std::string(className()) + ", not " + std::string(wanted));
-  }
+  UsageError wrongClass(std::string_view wanted) const { return detail::isNot(handle(), wanted); }
 
   void requireWhole() const {
     if (detail::isWhole(handle())) return;
@@ -661,7 +660,7 @@ class Array {
   }
 
   void requireSparse() const {
-    if (!isSparse()) throw UsageError("the array is not sparse");
+    if (!isSparse()) throw wrongClass("sparse");
     requireWhole();
   }
 

@@ -20,6 +20,15 @@
 
 namespace hcyclient {
 
+namespace detail {
+
+inline UsageError unequalRows(std::size_t i, std::size_t length, std::size_t firstLength) {
+  return UsageError("the rows differ in length: row " + std::to_string(i) + " has " +
+                    std::to_string(length) + " elements, row 0 has " + std::to_string(firstLength));
+}
+
+}  // namespace detail
+
 /** @addtogroup cpp_arrays
  *  @{ */
 
@@ -41,8 +50,8 @@ Array Array::filled(Iterator first, std::size_t count, const Shape& shape) {
   std::size_t places = shape.empty() ? 0 : 1;
   for (const std::size_t dimension : shape) places *= dimension;
   if (count != places) {
-    throw UsageError(std::to_string(count) + " values do not fill " + std::to_string(places) +
-                     " elements");
+    throw UsageError(std::to_string(count) + " values do not fill the shape " +
+                     detail::shapeText(shape.data(), shape.size()));
   }
   Array made =
       zerosOf<typename std::iterator_traits<Iterator>::value_type>(shape.data(), shape.size());
@@ -65,13 +74,15 @@ template <class T, class Rows>
 Array Array::matrixOf(const Rows& rows) {
   const auto m = static_cast<std::size_t>(std::distance(std::begin(rows), std::end(rows)));
   const std::size_t shape[] = {m, m == 0 ? 0 : std::size(*std::begin(rows))};
+  std::size_t i = 0;
   for (const auto& row : rows) {
-    if (std::size(row) != shape[1]) throw UsageError("the rows differ in length");
+    if (std::size(row) != shape[1]) throw detail::unequalRows(i, std::size(row), shape[1]);
+    ++i;
   }
   Array made = zerosOf<T>(shape, 2);
   using Stored = typename detail::Element<detail::Part<T>>::Stored;
   Stored* const real = made.dataOf<Stored>();
-  std::size_t i = 0;
+  i = 0;
   for (const auto& row : rows) {
     std::size_t at = i++;
     for (const T value : row) {

@@ -14,6 +14,7 @@
 #include <array>
 #include <cstddef>
 #include <hcy/cpp/array.hpp>
+#include <hcy/cpp/describe.hpp>
 #include <hcy/cpp/error.hpp>
 #include <mdspan>
 #include <string>
@@ -36,7 +37,9 @@ namespace detail {
 // Dimensions that the array does not have are 1; extra dimensions of the array must be 1.
 template <std::size_t Rank>
 std::array<std::size_t, Rank> extentsOf(const Array& array) {
-  if (array.isSparse()) throw UsageError("the array is sparse: an mdspan cannot view it");
+  if (array.isSparse()) {
+    throw UsageError(described(array.get()) + " is not full: an mdspan cannot view it");
+  }
   std::array<std::size_t, Rank> extents;
   extents.fill(1);
   const auto dimensions = array.dimensions();
@@ -44,8 +47,8 @@ std::array<std::size_t, Rank> extentsOf(const Array& array) {
     if (i < Rank) {
       extents[i] = dimensions[i];
     } else if (dimensions[i] != 1) {
-      throw UsageError("an array of " + std::to_string(dimensions.size()) +
-                       " dimensions does not fit a view of " + std::to_string(Rank));
+      throw UsageError(described(array.get()) + " does not fit an mdspan of " +
+                       std::to_string(Rank) + " dimensions");
     }
   }
   return extents;

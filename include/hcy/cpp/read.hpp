@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <hcy/cpp/array.hpp>
 #include <hcy/cpp/convert.hpp>
+#include <hcy/cpp/describe.hpp>
 #include <hcy/cpp/slot.hpp>
 #include <string>
 #include <string_view>
@@ -27,11 +28,6 @@ template <class T>
 struct TypeTag {
   using Type = T;
 };
-
-inline UsageError notExact(std::size_t i, std::string_view className) {
-  return UsageError("element " + std::to_string(i) + " cannot be represented exactly as " +
-                    std::string(className));
-}
 
 }  // namespace detail
 
@@ -74,7 +70,7 @@ inline std::size_t Array::linearIndex(const std::size_t* subscripts, std::size_t
   if (count != sizes.size() ||
       !std::equal(sizes.begin(), sizes.end(), subscripts,
                   [](std::size_t size, std::size_t subscript) { return subscript < size; })) {
-    throw UsageError("the subscripts are outside the array");
+    throw detail::noElement(get(), subscripts, count);
   }
   return hcyCalcSingleSubscript(get(), count, subscripts);
 }
@@ -121,12 +117,12 @@ T Array::at(Size i, More... more) const {
   if constexpr (sizeof...(More) > 0) {
     place = index(i, more...);
   } else if (place >= size()) {
-    throw UsageError("there is no element " + std::to_string(place));
+    throw detail::noElement(get(), place);
   }
   const std::size_t stored = isSparse() ? storedIndex(place) : place;
   if (isSparse() && stored == rowIndices().size()) return T{};
   T value{};
-  if (!readExactly(stored, value)) throw detail::notExact(place, nameOf(classOf<T>()));
+  if (!readExactly(stored, value)) throw detail::notExact(get(), place, nameOf(classOf<T>()));
   return value;
 }
 
@@ -135,7 +131,7 @@ T Array::scalar() const {
   static_assert(detail::isValue<T>,
                 "T is a number, bool, char16_t or std::complex; text is read by toString()");
   if (size() != 1) {
-    throw UsageError("expected one element, but the array has " + std::to_string(size()));
+    throw detail::notOneElement(get());
   }
   return at<T>(0);
 }
@@ -151,12 +147,12 @@ inline std::string Array::value_or(std::string_view fallback) const {
 
 template <class T, detail::IfValue<T>>
 T Array::value_or(const CString& field, T fallback) const {
-  if (!isStruct()) throw wrongClass("struct");
+  if (!isStruct()) throw wrongClass("a struct array");
   return isEmpty() || !hasField(field) ? fallback : (*this)(field).value_or(fallback);
 }
 
 inline std::string Array::value_or(const CString& field, std::string_view fallback) const {
-  if (!isStruct()) throw wrongClass("struct");
+  if (!isStruct()) throw wrongClass("a struct array");
   return isEmpty() || !hasField(field) ? std::string(fallback) : (*this)(field).value_or(fallback);
 }
 
@@ -167,14 +163,14 @@ std::vector<T> Array::value_or(std::vector<T> fallback) const {
 
 template <class T>
 std::vector<T> Array::value_or(const CString& field, std::vector<T> fallback) const {
-  if (!isStruct()) throw wrongClass("struct");
+  if (!isStruct()) throw wrongClass("a struct array");
   if (isEmpty() || !hasField(field)) return fallback;
   return (*this)(field).value_or(std::move(fallback));
 }
 
 template <class A, detail::IfArray<A>>
 Array Array::value_or(const CString& field, A fallback) const {
-  if (!isStruct()) throw wrongClass("struct");
+  if (!isStruct()) throw wrongClass("a struct array");
   if (isEmpty() || !hasField(field)) return fallback;
   return (*this)(field).value_or(std::move(fallback));
 }
@@ -183,7 +179,7 @@ template <class T>
 std::vector<T> Array::toVector() const {
   if constexpr (std::is_same_v<T, std::string>) {
     std::vector<std::string> texts;
-    if (!isCell()) throw wrongClass("cell");
+    if (!isCell()) throw wrongClass("a cell array");
     for (std::size_t i = 0; i < size(); ++i) texts.push_back((*this)[i].toString());
     return texts;
   } else {
@@ -223,7 +219,7 @@ void Array::convertEach(const Take& take) const {
     for (std::size_t i = 0; i < real.size(); ++i) {
       T value{};
       if (!detail::convertParts(real[i], i < parts.size() ? parts[i] : Stored{}, value)) {
-        throw detail::notExact(i, nameOf(classOf<T>()));
+        throw detail::notExact(this->get(), i, nameOf(classOf<T>()));
       }
       take(i, value);
     }
@@ -237,7 +233,7 @@ Array Array::convertTo() const {
   using Stored = typename detail::Element<detail::Part<T>>::Stored;
   requireWhole();
   if (is<Stored>() && isComplex() == detail::Parts<T>::areTwo) return copy();
-  if (isSparse()) throw UsageError("the array is sparse: convert its entries()");
+  if (isSparse()) throw wrongClass("full");
   if constexpr (std::is_same_v<T, char16_t>) {
     throw wrongClass("char");
   } else {

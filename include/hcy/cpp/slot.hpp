@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <hcy/cpp/array.hpp>
+#include <hcy/cpp/describe.hpp>
 #include <hcy/cpp/input.hpp>
 #include <hcy/cpp/text.hpp>
 #include <hcy/cpp/whole.hpp>
@@ -269,14 +270,13 @@ class Slot {
   // Throws unless there is such an element or field.
   void require() const {
     if (!(field_ == nullptr ? hcyIsCell(container_) : hcyIsStruct(container_))) {
-      throw UsageError("the array is " + std::string(hcyGetClassName(container_)) + ", not " +
-                       (field_ == nullptr ? "cell" : "struct"));
+      throw detail::isNot(container_, field_ == nullptr ? "a cell array" : "a struct array");
     }
     if (index_ >= hcyGetNumberOfElements(container_)) {
-      throw UsageError("there is no element " + std::to_string(index_));
+      throw detail::noElement(container_, index_);
     }
     if (field_ != nullptr && hcyGetFieldNumber(container_, field_) < 0) {
-      throw UsageError("there is no field " + std::string(field_));
+      throw detail::noField(container_, field_);
     }
   }
 

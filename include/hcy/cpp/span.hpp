@@ -60,7 +60,7 @@ class Span {
   T& back() const noexcept { return data_[size_ - 1]; }            /**< The last, unchecked. */
   /** Element i; throws UsageError if there is none. */
   T& at(std::size_t i) const {
-    if (i >= size_) throw UsageError("there is no element " + std::to_string(i));
+    if (i >= size_) throw noElement(i);
     return data_[i];
   }
 
@@ -77,6 +77,11 @@ class Span {
   }
 
  private:
+  UsageError noElement(std::size_t i) const {
+    return UsageError("there is no element " + std::to_string(i) + ": the Span has " +
+                      std::to_string(size_));
+  }
+
   T* data_ = nullptr;
   std::size_t size_ = 0;
 };

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <hcy/cpp/array.hpp>
+#include <hcy/cpp/describe.hpp>
+#include <string>
 #include <vector>
 
 namespace hcyclient {
@@ -36,10 +38,12 @@ Array Array::sparse(Size rows, Size columns, std::vector<Entry<T>> entries) {
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const Entry<T>& entry = entries[i];
     if (entry.row >= rows || entry.column >= columns) {
-      throw UsageError("an entry is outside the array");
+      throw UsageError("an entry is outside the array: (" + std::to_string(entry.row) + ", " +
+                       std::to_string(entry.column) + ") in " + detail::described(made.get()));
     }
     if (i > 0 && entry.row == rowOf[i - 1] && entry.column == entries[i - 1].column) {
-      throw UsageError("two entries have the same row and column");
+      throw UsageError("two entries have the same row and column: (" + std::to_string(entry.row) +
+                       ", " + std::to_string(entry.column) + ")");
     }
     rowOf[i] = entry.row;
     starts[entry.column + 1] = i + 1;

@@ -85,15 +85,15 @@ class Fields {
 
 inline Array CellIterator::operator*() const { return (*cell_)[i_]; }
 inline CellIterator Array::begin() const {
-  if (!isCell()) throw wrongClass("cell");
+  if (!isCell()) throw wrongClass("a cell array");
   return {*this, 0};
 }
 inline CellIterator Array::end() const { return {*this, size()}; }
 
 inline Fields Array::fields() const& { return fields(0); }
 inline Fields Array::fields(Size i) const& {
-  if (!isStruct()) throw wrongClass("struct");
-  if (i >= size()) throw UsageError("there is no element " + std::to_string(i));
+  if (!isStruct()) throw wrongClass("a struct array");
+  if (i >= size()) throw detail::noElement(get(), i);
   return {get(), i};
 }
 inline Fields Slot::fields(Size i) && {
