@@ -36,7 +36,7 @@ constexpr std::uint32_t joinedThree(std::uint32_t bytes) {
   return (bytes & 0x7F) | (bytes >> 1 & 0x3F80) | (bytes >> 2 & 0xC000);
 }
 
-// The bits of a varint that belong to its value: of its first eight bytes, and of the two after them.
+// The bits of a varint that belong to its value: of its first eight bytes, and of the next two.
 struct ValueBits {
   std::uint64_t first;
   std::uint64_t last;
