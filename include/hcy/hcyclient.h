@@ -25,8 +25,8 @@
  *   its description lists; they derive from std::exception and are meant for C++ callers. A C
  *   program that asks only for sizes that exist and fit its memory never meets one.
  * - **Sizes.** A count or dimension that the library must hold in a signed 32-bit size is at
- *   most 2147483647. A larger one is the failure "bad numeric conversion: positive overflow", thrown
- *   as a std::bad_cast whose what() returns this string (called *positive overflow* below).
+ *   most 2147483647. A larger one is the failure "bad numeric conversion: positive overflow",
+ * thrown as a std::bad_cast whose what() returns this string (called *positive overflow* below).
  * - **Order of elements.** Arrays are column-major: the element with zero-based subscripts (i, j)
  *   of an m-by-n array has the linear index i + j * m.
  * - **Since.** Everything here is part of interface version 1.0, except what is marked 1.1.

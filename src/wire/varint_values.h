@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The values of varints that were found one after another. They are computed together, in loops that
-// compilers make vector code of.
+// The values of varints that were found one after another. They are computed together, in loops
+// that compilers make vector code of.
 
 #pragma once
 
