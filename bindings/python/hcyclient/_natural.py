@@ -3,14 +3,14 @@
 from __future__ import annotations
 
 from ctypes import c_double, c_float, c_int8, c_int16, c_int32, c_int64, c_uint8, c_uint16
-from ctypes import c_uint32, c_uint64
+from ctypes import c_uint32, c_uint64, string_at
 from operator import attrgetter
-from typing import Any, Callable, Iterable
+from typing import Any, Callable, Iterable, Iterator
 
 import numpy as np
 
-from ._library import Handle, get_class, get_data, get_dimension_count, get_element_count
-from ._library import is_complex, is_sparse
+from ._library import CHAR, LOGICAL, Handle, get_chars, get_class, get_data, get_dimension_count
+from ._library import get_element_count, get_logicals, get_row_count, is_complex, is_sparse
 from ._outputs import ExactReader, Shape, code_units, decoded, empty, field_names
 from ._outputs import number_array
 from ._storage import CHAR_UNIT, DTYPES, view
@@ -18,10 +18,11 @@ from ._storage import CHAR_UNIT, DTYPES, view
 
 _IN_C: list[Any] = [c_uint8, c_int8, c_uint16, c_int16, c_uint32, c_int32, c_uint64, c_int64,
                     c_float, c_double]
-# How to read one element of each class, and its NumPy type.
-_SCALARS: dict[int, tuple[Callable[[int], Any], Callable[[Any], Any]]] = {
-    number: (kind.from_address, dtype.type)
+# For each class: the address of the storage, how to read one element, and its NumPy type.
+_SCALARS: dict[int, tuple[Callable[[Handle], Any], Callable[[int], Any], Callable[[Any], Any]]] = {
+    number: (get_data, kind.from_address, dtype.type)
     for number, (kind, dtype) in enumerate(zip(_IN_C, DTYPES))}
+_SCALARS[LOGICAL] = get_logicals, c_uint8.from_address, np.bool_
 _value = attrgetter('value')
 
 
@@ -37,6 +38,13 @@ def _are_scalars(elements: list[Handle], number: int) -> bool:
             and max(map(get_dimension_count, elements)) <= 2)
 
 
+def _are_strings(elements: list[Handle]) -> bool:
+    """Whether each element is a row of characters, or empty, and not of more dimensions."""
+    return (set(map(get_class, elements)) == {CHAR}
+            and set(map(get_row_count, elements)) <= {0, 1}
+            and max(map(get_dimension_count, elements)) <= 2)
+
+
 class NaturalReader(ExactReader):
     """Does not distinguish rows, columns and lists."""
 
@@ -45,22 +53,31 @@ class NaturalReader(ExactReader):
         scalar = _SCALARS.get(get_class(handle))
         if scalar is not None and get_element_count(handle) == 1 and not (
                 is_complex(handle) or is_sparse(handle)):
-            address = get_data(handle)
+            address_of, at, kind = scalar
+            address = address_of(handle)
             if address and get_dimension_count(handle) <= 2:
-                at, kind = scalar
                 return kind(at(address).value)
         return super().value_of(handle)
 
     def column(self, elements: list[Handle], count: int) -> Iterable[Any]:
-        """Many single numbers of one class are read together, since a loop takes longer."""
+        """Many single numbers of one class, or many strings, are read together, since a loop takes
+        longer."""
         if len(elements) > 1 and all(elements):
             number = get_class(elements[0])
             if number in _SCALARS and _are_scalars(elements, number):
-                addresses = [*map(get_data, elements)]
+                address_of, at, kind = _SCALARS[number]
+                addresses = [*map(address_of, elements)]
                 if all(addresses):
-                    at, kind = _SCALARS[number]
                     return [*map(kind, map(_value, map(at, addresses)))]
+            elif number == CHAR and _are_strings(elements):
+                return self.strings(elements)
         return super().column(elements, count)
+
+    def strings(self, elements: list[Handle]) -> Iterator[str]:
+        for handle, count, address in zip(elements, map(get_element_count, elements),
+                                          map(get_chars, elements)):
+            yield (decoded(string_at(address, count * CHAR_UNIT.itemsize)) if address
+                   else self.value_of(handle))
 
     def numbers(self, handle: Handle, number: int, shape: Shape, count: int) -> Any:
         array = number_array(handle, number, shape, count)

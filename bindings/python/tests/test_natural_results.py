@@ -222,3 +222,26 @@ def test_many_numbers_in_a_container(echo, dtype):
 def test_one_number_of_another_class_among_many(echo):
     found = echo(Cell([1.0] * 1100 + [np.int32(7)] + [1.0]))
     assert found == [1.0] * 1100 + [7, 1.0] and type(found[1100]) is np.int32
+
+
+def test_many_booleans_and_strings_in_a_container(echo):
+    flags = Cell([True, False] * 1100)
+    found = echo(flags)
+    assert found == flags and {type(flag) for flag in found} == {np.bool_}
+    strings = Cell(['a', '', 'naïve \U0001F600', 'a\0b'] * 600)
+    assert echo(strings) == strings
+
+
+STRING = array(CHAR, [1, 3], 27, replies.field(1, b'abc'))
+
+
+@pytest.mark.parametrize('other, value', [
+    (array(CHAR, [3, 1], 27, replies.field(1, b'abc')), np.array(['a', 'b', 'c'])),
+    (array(CHAR, [2, 2], 27, replies.field(1, b'acbd')), np.array(['ab', 'cd'])),
+    (array(CHAR, [1, 1, 2], 27, replies.field(1, b'ab')), np.array([[['a', 'b']]])),
+    (array(CHAR, [0, 3]), np.array([], 'U1')), (ONE, 1.0),
+], ids=range(5))
+def test_one_element_that_is_not_a_string_among_many_that_are(natural, other, value):
+    found = answer(natural, cell_array([1, 1500], *[STRING] * 1400, other, *[STRING] * 99))
+    assert found[:1400] + found[1401:] == ['abc'] * 1499
+    assert np.shape(found[1400]) == np.shape(value) and np.all(found[1400] == value)
