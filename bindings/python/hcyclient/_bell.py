@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """How one thread wakes another.
 
-A bell is a pipe. It takes half the time of a lock, because the two threads do not compete for the
-interpreter: neither holds it while it writes to the pipe or reads from it.
+A bell is an eventfd. It takes half the time of a lock, because the two threads do not compete for the
+interpreter: neither holds it while it writes to the descriptor or reads from it.
 """
 from __future__ import annotations
 
@@ -23,28 +23,25 @@ class _Descriptor(ctypes.c_int):
 
 
 class Bell:
-    """A ring only says that it is time to look: it may be a late one, for an earlier event."""
+    """Counts rings: each ends one wait. A ring only says that it is time to look: it may be a late
+    one, for an earlier event."""
 
     def __init__(self) -> None:
-        self._reading, self._writing = os.pipe()
-        self._owners = _Descriptor(self._reading), _Descriptor(self._writing)
-        os.set_blocking(self._writing, False)
+        self._number = os.eventfd(0, os.EFD_SEMAPHORE | os.EFD_CLOEXEC)
+        self._owner = _Descriptor(self._number)
         self._poll = select.poll()
-        self._poll.register(self._reading, select.POLLIN)
+        self._poll.register(self._number, select.POLLIN)
 
     def ring(self) -> None:
-        try:
-            os.write(self._writing, b'.')
-        except BlockingIOError:  # the pipe is full, so nobody can miss it
-            pass
+        os.eventfd_write(self._number, 1)
 
     def wait(self) -> None:
-        os.read(self._reading, 1)
+        os.eventfd_read(self._number)
 
     def wait_at_most(self, milliseconds: int) -> None:
         """Only one thread at a time may call this."""
         if self._poll.poll(milliseconds):
-            os.read(self._reading, 1)
+            os.eventfd_read(self._number)
 
 
 class _OfThread(threading.local):
@@ -69,7 +66,7 @@ def return_bell(bell: Bell) -> None:
 
 
 def _forget() -> None:
-    _spare.bells = []  # the parent uses these pipes too
+    _spare.bells = []  # the parent uses these descriptors too
 
 
 os.register_at_fork(after_in_child=_forget)
