@@ -7,6 +7,7 @@
 #include <cstring>
 #include <new>
 
+#include "memory/kept_blocks.h"
 #include "memory/large_block.h"
 
 namespace hcy {
@@ -66,7 +67,7 @@ void ElementBuffer::grow(std::size_t capacity, bool isZero) {
   } else if (isExtended) {
     block.data = static_cast<std::byte*>(std::realloc(storage_.block.data, capacity));
   } else {
-    block.data = static_cast<std::byte*>(isZero ? std::calloc(1, capacity) : std::malloc(capacity));
+    block.data = isZero ? allocateZeros(capacity) : allocateBlock(capacity);
   }
   if (block.data == nullptr) throw std::bad_alloc();
   if (!isExtended) {
@@ -81,7 +82,7 @@ void ElementBuffer::release() {
   if (place_ == Place::Mapped) {
     unmapLargeBlock(reinterpret_cast<char*>(storage_.block.data), storage_.block.size);
   } else if (place_ == Place::Heap) {
-    std::free(storage_.block.data);
+    releaseBlock(storage_.block.data, storage_.block.size);
   } else if (place_ == Place::Inside) {
     delete storage_.block.owner;
   }

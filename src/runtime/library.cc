@@ -12,6 +12,7 @@
 #include <string>
 
 #include "hcy/hcyclient.h"
+#include "memory/kept_blocks.h"
 #include "runtime/exception_text.h"
 #include "runtime/runtime_table.h"
 
@@ -57,6 +58,7 @@ void hcyTerminate(void) {
   runtimeTable = nullptr;
   curl_global_cleanup();
   initializationErrorMessage.clear();
+  hcy::releaseKeptBlocks();
 }
 
 const char* hcyGetInitializationErrorMessage(void) { return initializationErrorMessage.c_str(); }

@@ -20,7 +20,8 @@ namespace {
 constexpr std::size_t kMapped = ElementBuffer::kLeastMapped;
 
 // Sizes on either side of where a buffer moves.
-constexpr std::size_t sizes[] = {0, 1, 8, 16, 17, 1000, kMapped - 1, kMapped, kMapped + 5001};
+constexpr std::size_t sizes[] = {
+    0, 1, 8, 16, 17, 1000, 200'000, 1'000'000, kMapped - 1, kMapped, kMapped + 5001};
 
 // The bytes that are looked at: all near a multiple of a MiB, and some of those between.
 std::size_t next(std::size_t i) { return i % (std::size_t{1} << 20) < 5000 ? i + 1 : i + 997; }
