@@ -41,6 +41,8 @@
 #include <hcy/hcyclient.h>
 
 #include <hcy/cpp/array.hpp>
+#include <hcy/cpp/array_elements.hpp>
+#include <hcy/cpp/array_handle.hpp>
 #include <hcy/cpp/compare.hpp>
 #include <hcy/cpp/config.hpp>
 #include <hcy/cpp/context.hpp>
@@ -48,6 +50,7 @@
 #include <hcy/cpp/error.hpp>
 #include <hcy/cpp/function.hpp>
 #include <hcy/cpp/input.hpp>
+#include <hcy/cpp/instead.hpp>
 #include <hcy/cpp/library.hpp>
 #include <hcy/cpp/make.hpp>
 #include <hcy/cpp/mdspan.hpp>

@@ -10,7 +10,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
+#include <hcy/cpp/array_elements.hpp>
 #include <hcy/cpp/cell_iterator.hpp>
 #include <hcy/cpp/describe.hpp>
 #include <hcy/cpp/element.hpp>
@@ -18,13 +18,10 @@
 #include <hcy/cpp/instead.hpp>
 #include <hcy/cpp/sequence.hpp>
 #include <hcy/cpp/shape.hpp>
-#include <hcy/cpp/span.hpp>
 #include <hcy/cpp/text.hpp>
-#include <hcy/cpp/whole.hpp>
 #include <initializer_list>
 #include <iosfwd>
 #include <iterator>
-#include <memory>
 #include <new>
 #include <string>
 #include <string_view>
@@ -34,18 +31,9 @@
 
 namespace hcyclient {
 
-namespace detail {
-class Printer;
-}
+/** @addtogroup cpp_arrays
+ *  @{ */
 
-/**
- * @defgroup cpp_arrays C++: arrays
- * @brief Arrays of the VORTEN language as C++ values.
- * @{
- */
-
-template <class T>
-struct Entry;
 class Fields;
 class Input;
 class Outputs;
@@ -70,7 +58,7 @@ struct Field;
  * If an array of a reply is incomplete, reading its elements throws IncompleteReply, and so does
  * changing its shape or fields. Its class, dimensions and field names can be read.
  */
-class Array {
+class Array : public ArrayElements {
   template <class T>
   using List = std::initializer_list<T>;
 
@@ -79,10 +67,10 @@ class Array {
   Array() noexcept = default;
   Array(const Array&) = delete;            /**< Write a.copy(). */
   Array& operator=(const Array&) = delete; /**< Write a.copy(). */
-  /** Takes over the array of the other one, which is then empty. */
-  Array(Array&&) noexcept = default;
-  /** Takes over the array of the other one, which is then empty. */
-  Array& operator=(Array&&) noexcept = default;
+  /** Takes over the array of `other`, which is then empty. */
+  Array(Array&& other) noexcept = default;
+  /** Takes over the array of `other`, which is then empty. */
+  Array& operator=(Array&& other) noexcept = default;
   ~Array() = default;
 
   /** A 1-by-1 array of the class of T. */
@@ -278,19 +266,7 @@ class Array {
   /** A sparse array with room for nzmax stored elements; fill it through span(), rowIndices() and
    *  columnStarts(). T is double, std::complex<double> or bool. */
   template <class T>
-  static Array sparse(Size rows, Size columns, Size nzmax) {
-    const std::size_t shape[] = {rows, columns};
-    detail::requireSizes(shape, 2, true);
-    if (nzmax > detail::largestSize) {
-      throw UsageError("there are too many stored elements: " + std::to_string(nzmax));
-    }
-    if constexpr (std::is_same_v<T, bool>) {
-      return adopt(hcyCreateSparseLogicalMatrix(rows, columns, nzmax));
-    } else {
-      static_assert(std::is_same_v<detail::Part<T>, double>, "sparse arrays are double or logical");
-      return adopt(hcyCreateSparse(rows, columns, nzmax, complexityOf<T>()));
-    }
-  }
+  static Array sparse(Size rows, Size columns, Size nzmax);
   /** A sparse array with these entries, in any order. Throws UsageError if an entry is outside the
    *  array or two entries have the same row and column. */
   template <class T>
@@ -299,36 +275,6 @@ class Array {
   /** A deep copy. */
   Array copy() const { return adopt(hcyDuplicateArray(handle())); }
 
-  /** Whether it holds an array at all. */
-  explicit operator bool() const noexcept { return handle_ != nullptr; }
-  /** The handle, which the Array still owns; null if the Array is empty. */
-  hcyArray* get() const noexcept { return handle_.get(); }
-  /** Returns the handle, which the caller then owns, and leaves the Array empty. */
-  hcyArray* release() noexcept { return handle_.release(); }
-
-  hcyClassID classId() const { return hcyGetClassID(handle()); }           /**< The class. */
-  std::string_view className() const { return hcyGetClassName(handle()); } /**< Its name. */
-  /** Whether the array, full or sparse, is of the class of T. */
-  template <class T>
-  bool is() const {
-    return classId() == classOf<T>();
-  }
-  bool isText() const { return hcyIsChar(handle()); }       /**< Whether it is a char array. */
-  bool isCell() const { return hcyIsCell(handle()); }       /**< Whether it is a cell array. */
-  bool isStruct() const { return hcyIsStruct(handle()); }   /**< Whether it is a struct array. */
-  bool isSparse() const { return hcyIsSparse(handle()); }   /**< Whether it is sparse. */
-  bool isComplex() const { return hcyIsComplex(handle()); } /**< Whether it is complex. */
-  bool isEmpty() const { return hcyIsEmpty(handle()); }     /**< Whether a dimension is 0. */
-
-  std::size_t rows() const { return hcyGetM(handle()); }    /**< The first dimension. */
-  std::size_t columns() const { return hcyGetN(handle()); } /**< The second dimension alone. */
-  /** The product of the dimensions. */
-  std::size_t size() const { return hcyGetNumberOfElements(handle()); }
-  /** The dimensions; empty if those of an array of a reply did not arrive. */
-  Shape shape() const {
-    const std::size_t* const first = hcyGetDimensions(handle());
-    return Shape(first, first + hcyGetNumberOfDimensions(handle()));
-  }
   /** Changes the shape of the array; elements keep their linear index, and new ones are zero or
    *  unset. A complex array that is resized to no elements loses its imaginary parts: isComplex()
    *  stays true, but imaginary() is empty from then on. Throws UsageError if there are no
@@ -341,89 +287,12 @@ class Array {
   void resize(Size rows, Size columns, More... more) {
     resize(Shape{rows, columns, Size(more)...});
   }
-  /** The dimensions in the array's own storage; valid until the shape changes or the array is
-   *  destroyed. */
-  Span<const std::size_t> dimensions() const& {
-    return {hcyGetDimensions(handle()), hcyGetNumberOfDimensions(get())};
-  }
-  Span<const std::size_t> dimensions() const&& = delete; /**< Keep the array: `Array x = ...;`. */
-  /** The linear index of an element with zero-based subscripts: `index(i, j)`, `index({i, j})`.
-   *  Throws UsageError unless there is one subscript for each dimension, and less than it. */
-  template <class... More, detail::IfIntegers<More...> = 0>
-  std::size_t index(Size i, Size j, More... more) const {
-    const std::size_t subscripts[] = {i, j, Size(more)...};
-    return linearIndex(subscripts, 2 + sizeof...(more));
-  }
-  /** The same. */
-  template <class T, detail::IfIntegers<T> = 0>
-  std::size_t index(std::initializer_list<T> subscripts) const {
-    constexpr std::size_t few = 8;
-    if (subscripts.size() > few) return index(Shape(subscripts.begin(), subscripts.end()));
-    std::size_t sizes[few] = {};
-    std::transform(subscripts.begin(), subscripts.end(), sizes, [](T i) { return Size(i); });
-    return linearIndex(sizes, subscripts.size());
-  }
-  /** The same. */
-  std::size_t index(const Shape& subscripts) const {
-    return linearIndex(subscripts.data(), subscripts.size());
-  }
-
-  /** An element by its zero-based subscripts, or by its linear index alone: `at<double>(i, j)`,
-   *  `at<std::complex<double>>(i)`. In a sparse array, 0 if the element is not stored. The element
-   *  is converted to T. Throws UsageError if there is no such element, T cannot represent it
-   *  exactly, or the array does not hold numbers (code units, if T is char16_t); IncompleteReply if
-   *  elements did not arrive. In a loop, span() is faster. */
-  template <class T, class... More, detail::IfIntegers<More...> = 0>
-  T at(Size i, More... more) const;
-
-  /** The elements in the array's own storage: for a complex array, the real parts; for a sparse
-   *  array, all values that there is room for (nzmax, but at most size()). Throws UsageError unless
-   *  the array is of the class of T, IncompleteReply if elements did not arrive. */
-  template <class T>
-  Span<T> span() & {
-    return elements<T>(roomToWrite());
-  }
-  /** The read-only overload. For a sparse array, only the stored values, whose number is the last
-   *  column start. Otherwise the same. */
-  template <class T>
-  Span<const T> span() const& {
-    return elements<T>(countToRead());
-  }
-  template <class T>
-  Span<const T> span() const&& = delete; /**< Keep the array: `Array x = ...;`. */
-
-  /** The imaginary parts in the array's own storage; empty for a real array, and for a complex one
-   *  that has lost them by resize(). Otherwise the same as span(). */
-  template <class T>
-  Span<T> imaginary() & {
-    return imaginaryElements<T>(roomToWrite());
-  }
-  /** The read-only overload, like span() const. */
-  template <class T>
-  Span<const T> imaginary() const& {
-    return imaginaryElements<T>(countToRead());
-  }
-  template <class T>
-  Span<const T> imaginary() const&& = delete; /**< Keep the array: `Array x = ...;`. */
-
-  /** A copy of the elements in column-major order; for a sparse array, of the stored ones. Numbers
-   *  and logical values of another class are converted. If T is a std::complex, the copy has both
-   *  parts, otherwise only the real ones. If T is std::string, it has the strings in a cell array.
-   *  Throws UsageError if T cannot represent an element exactly or the array is of another kind,
-   *  IncompleteReply if elements did not arrive; for strings, throws like toString(). */
-  template <class T>
-  std::vector<T> toVector() const;
-
   /** An array of the same shape and the class of T, with the same values. Throws UsageError if T
    *  cannot represent an element exactly, an element has an imaginary part and T has none, the
    *  array is sparse and not of the class of T already, or it does not hold numbers. */
   template <class T>
   Array convertTo() const;
 
-  /** The element of a 1-by-1 array as a T: `scalar<int>()` of the double 3 is 3. Throws UsageError
-   *  if the array does not have exactly one element, and throws like at(). */
-  template <class T>
-  T scalar() const;
   /** scalar<T>(), or the fallback if the array has no elements (like an unset cell or field). */
   template <class T, detail::IfValue<T> = 0>
   T value_or(T fallback) const;
@@ -443,7 +312,8 @@ class Array {
     return std::move(isEmpty() ? fallback : *this);
   }
   /** The same for a field of a 1-by-1 struct: `options.value_or("tolerance", 1e-6)`. Also returns
-   *  the fallback if there is no such field. Throws UsageError if the array is not a struct. */
+   * the fallback if the array has no such field. Throws UsageError if the array is not a struct
+   * array. */
   template <class T, detail::IfValue<T> = 0>
   T value_or(const CString& field, T fallback) const;
   /** The same for a string. */
@@ -455,49 +325,6 @@ class Array {
    */
   template <class A, detail::IfArray<A> = 0>
   Array value_or(const CString& field, A fallback) const;
-
-  /** The text of a char array, in column-major order, as UTF-8; empty if there are no elements.
-   *  Throws UsageError if the array is of another class or ends in a surrogate without a code unit
-   *  after it, IncompleteReply if code units did not arrive. Other unpaired surrogates give bytes
-   *  that are not valid UTF-8, as with hcyArrayToString(). Unlike there, NUL is a character like
-   *  any other. */
-  std::string toString() const {
-    const Span<const char16_t> units = span<char16_t>();
-    return detail::utf8Of(units.data(), units.size());
-  }
-
-  /** The first element as a double: for a complex array, its real part; for a sparse array, the
-   *  first stored element. Throws UsageError if there is none and for cells and structs,
-   *  IncompleteReply if any element did not arrive. 64-bit integers beyond 2^53 are rounded. */
-  double scalar() const {
-    requireWhole();
-    const double value = hcyGetScalar(handle());
-    // A positive value is right for every class. 0 may mean that there is none, and uint8 is read
-    // as signed.
-    if (value > 0) return value;
-    if (size() == 0 || isCell() || isStruct()) throw detail::noNumber(get());
-    return is<std::uint8_t>() ? span<std::uint8_t>()[0] : value;
-  }
-
-  /** The zero-based rows of the elements of a sparse array, as many as span() returns. Throws
-   *  UsageError if the array is not sparse, IncompleteReply if its column starts and rows do not
-   *  describe a sparse array of its dimensions or values did not arrive. */
-  Span<std::size_t> rowIndices() & { return rowsOf(roomToWrite()); }
-  /** The read-only overload; as many elements as span() const returns. */
-  Span<const std::size_t> rowIndices() const& { return rowsOf(countToRead()); }
-  Span<const std::size_t> rowIndices() const&& = delete; /**< Keep the array: `Array x = ...;`. */
-
-  /** The column starts of a sparse array, columns() + 1 of them. Throws like rowIndices(). */
-  Span<std::size_t> columnStarts() & { return starts(); }
-  /** The read-only overload. */
-  Span<const std::size_t> columnStarts() const& { return starts(); }
-  Span<const std::size_t> columnStarts() const&& = delete; /**< Keep the array: `Array x = ...;`. */
-
-  /** The stored elements of a sparse array, column by column. Throws UsageError if the program has
-   *  set column starts or rows that are outside the array, and throws like span() and rowIndices().
-   */
-  template <class T>
-  std::vector<Entry<T>> entries() const;
 
   /** @name Deleted operators, and what to write instead
    *  @{ */
@@ -511,9 +338,9 @@ class Array {
 
   /** Element i of a cell array, which can be read, assigned to or indexed (`cell[1]("name")`). */
   Slot operator[](Size i) &;
-  /** Element i of a cell array, as a new handle. Throws UsageError if there is no such element,
-   *  IncompleteReply if it did not arrive, is incomplete, or is of a class that the library does
-   *  not support. */
+  /** Element i of a cell array, as a new handle. Throws UsageError if the array has no such element
+   * or is not a cell array, and IncompleteReply if the element did not arrive, is incomplete, or is
+   * of a class that the library does not support. */
   Array operator[](Size i) const&;
   /** The same. */
   Array operator[](Size i) && { return static_cast<const Array&>(*this)[i]; }
@@ -522,7 +349,8 @@ class Array {
   Slot operator()(const CString& field) &;
   /** A field of element i of a struct array. */
   Slot operator()(Size i, const CString& field) &;
-  /** A field, as a new handle. Throws like operator[]. */
+  /** A field, as a new handle. Throws UsageError if the array has no such field or is not a struct
+   * array, and IncompleteReply like operator[]. */
   Array operator()(const CString& field) const& { return (*this)(0, field); }
   /** The same for element i. */
   Array operator()(Size i, const CString& field) const&;
@@ -548,28 +376,16 @@ class Array {
   /** The same for a temporary array, which is kept during the loop. */
   Fields fields() &&;
 
-  /** The names of the fields; none if the array is not a struct array. */
-  std::vector<std::string> fieldNames() const {
-    std::vector<std::string> names(static_cast<std::size_t>(hcyGetNumberOfFields(handle())));
-    for (std::size_t i = 0; i < names.size(); ++i) {
-      names[i] = hcyGetFieldNameByNumber(handle(), static_cast<int>(i));
-    }
-    return names;
-  }
-  /** Whether it is a struct array with such a field. */
-  bool hasField(const CString& field) const {
-    return hcyGetFieldNumber(handle(), field.c_str()) >= 0;
-  }
-  /** Adds a field after the others, unset in every element; does nothing if it exists already.
-   *  Throws UsageError if the array is not a struct array, IncompleteReply like resize(),
+  /** Adds a field after the others, unset in every element. Does nothing if the array already has
+   * the field. Throws UsageError if the array is not a struct array, IncompleteReply like resize(),
    *  std::bad_alloc if the field cannot be added. */
   void addField(const CString& field) {
     if (!isStruct()) throw wrongClass("a struct array");
     requireElements();
     if (hcyAddField(handle(), field.c_str()) < 0) throw std::bad_alloc();
   }
-  /** Removes a field from every element. Throws UsageError if there is no such field,
-   *  IncompleteReply like resize(). */
+  /** Removes a field from every element. Throws UsageError if the array has no such field,
+   * IncompleteReply like resize(). */
   void removeField(const CString& field) {
     if (!hasField(field)) throw detail::noField(handle(), field.c_str());
     requireElements();
@@ -590,16 +406,6 @@ class Array {
  private:
   friend class Input;
   friend class Slot;
-  friend class detail::Printer;
-
-  template <class T>
-  static constexpr hcyClassID classOf() {
-    return detail::Element<detail::Part<T>>::classId;
-  }
-  template <class T>
-  static constexpr hcyComplexity complexityOf() {
-    return detail::Parts<T>::areTwo ? hcyCOMPLEX : hcyREAL;
-  }
 
   template <class T>
   static Array zerosOf(const std::size_t* shape, std::size_t count);
@@ -614,126 +420,12 @@ class Array {
   template <class T>
   bool equalValues(const Array& other) const;
 
-  std::size_t linearIndex(const std::size_t* subscripts, std::size_t count) const;
-  std::size_t storedIndex(std::size_t i) const;
-  template <class Use>
-  auto withElementType(const Use& use) const;
-  template <class T, bool onlyReal, class Take>
-  void convertEach(const Take& take) const;
   void addValue(const char* name, hcyArray* value);
-  template <class T>
-  bool readExactly(std::size_t i, T& value) const;
-
-  hcyArray* handle() const {
-    if (!handle_) throw UsageError("the Array is empty");
-    return handle_.get();
-  }
-
-  UsageError wrongClass(std::string_view wanted) const { return detail::isNot(handle(), wanted); }
-
-  void requireWhole() const {
-    if (detail::isWhole(handle())) return;
-    throw IncompleteReply("the array is incomplete: " + detail::lackOf(get()) +
-                          detail::limitMayHaveCut);
-  }
-
   // The same where elements of a container move: those that did not arrive are the last ones.
   void requireElements() const;
 
-  // The number of elements to read: in a sparse array, the stored ones. Column starts that the
-  // program has set may name more than there is room for.
-  std::size_t countToRead() const {
-    if (!isSparse()) return size();
-    requireWhole();
-    return std::min(hcyGetJc(get())[columns()], hcyGetNzmax(get()));
-  }
-
-  // The number of elements to write: in a sparse array, all that there is room for. In a reply,
-  // there may be fewer values than row indices after the stored elements; both get one length.
-  std::size_t roomToWrite() {
-    const std::size_t stored = countToRead();
-    if (!isSparse()) return stored;
-    const std::size_t room = std::min(hcyGetNzmax(get()), size());
-    if (room <= stored) return stored;
-    hcySetNzmax(get(), room);
-    return room;
-  }
-
-  void requireSparse() const {
-    if (!isSparse()) throw wrongClass("sparse");
-    requireWhole();
-  }
-
-  Span<std::size_t> rowsOf(std::size_t count) const {
-    requireSparse();
-    return {hcyGetIr(get()), count};
-  }
-
-  Span<std::size_t> starts() const {
-    requireSparse();
-    return {hcyGetJc(get()), columns() + 1};
-  }
-
-  template <class T>
-  T* dataOf() const {
-    if constexpr (std::is_same_v<T, bool>) {
-      return hcyGetLogicals(handle());
-    } else if constexpr (std::is_same_v<T, char16_t>) {
-      return reinterpret_cast<char16_t*>(hcyGetChars(handle()));
-    } else {
-      return static_cast<T*>(hcyGetData(handle()));
-    }
-  }
-
-  template <class T>
-  void requireClass() const {
-    static_assert(detail::Element<T>::exists, "arrays cannot hold elements of this type");
-    static_assert(std::is_same_v<T, typename detail::Element<T>::Stored>,
-                  "the elements are stored as the <cstdint> type of this width");
-    if (!is<T>()) throw wrongClass(nameOf(classOf<T>()));
-  }
-
-  static std::string_view nameOf(hcyClassID classId) {
-    constexpr std::string_view names[] = {"uint8",  "int8",  "uint16", "int16",  "uint32",  "int32",
-                                          "uint64", "int64", "single", "double", "logical", "char"};
-    return names[static_cast<std::size_t>(classId)];
-  }
-
-  template <class T>
-  Span<T> elements(std::size_t count) const {
-    requireClass<T>();
-    T* const first = dataOf<T>();
-    if (first == nullptr || isComplex()) requireWhole();
-    return {first, first == nullptr ? 0 : count};
-  }
-
-  template <class T>
-  Span<T> imaginaryElements(std::size_t count) const {
-    static_assert(detail::isNumeric<T>, "only numbers have imaginary parts");
-    requireClass<T>();
-    requireWhole();
-    T* const first = static_cast<T*>(hcyGetImagData(handle()));
-    return {first, first == nullptr ? 0 : count};
-  }
-
   template <class Iterator>
-  void assign(Iterator value, std::size_t count) {
-    using T = typename std::iterator_traits<Iterator>::value_type;
-    using Stored = typename detail::Element<detail::Part<T>>::Stored;
-    if (count == 0) return;
-    Stored* const real = dataOf<Stored>();
-    if constexpr (detail::Parts<T>::areTwo) {
-      auto* const imaginary = static_cast<Stored*>(hcyGetImagData(handle()));
-      for (std::size_t i = 0; i < count; ++i, ++value) {
-        real[i] = value->real();
-        imaginary[i] = value->imag();
-      }
-    } else {
-      std::copy_n(value, count, real);
-    }
-  }
-
-  std::unique_ptr<hcyArray, detail::Destroyer> handle_;
+  void assign(Iterator value, std::size_t count);
 };
 
 /** @} */

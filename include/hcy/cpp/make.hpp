@@ -45,6 +45,23 @@ Array Array::zerosOf(const std::size_t* shape, std::size_t count) {
 }
 
 template <class Iterator>
+void Array::assign(Iterator value, std::size_t count) {
+  using T = typename std::iterator_traits<Iterator>::value_type;
+  using Stored = typename detail::Element<detail::Part<T>>::Stored;
+  if (count == 0) return;
+  Stored* const real = dataOf<Stored>();
+  if constexpr (detail::Parts<T>::areTwo) {
+    auto* const imaginary = static_cast<Stored*>(hcyGetImagData(handle()));
+    for (std::size_t i = 0; i < count; ++i, ++value) {
+      real[i] = value->real();
+      imaginary[i] = value->imag();
+    }
+  } else {
+    std::copy_n(value, count, real);
+  }
+}
+
+template <class Iterator>
 Array Array::filled(Iterator first, std::size_t count, const Shape& shape) {
   detail::requireSizes(shape.data(), shape.size(), false);
   std::size_t places = shape.empty() ? 0 : 1;

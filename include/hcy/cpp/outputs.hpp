@@ -28,7 +28,7 @@ class Outputs : public std::vector<Array> {
  public:
   Outputs() = default;
 
-  /** Output i; throws UsageError if there is none. */
+  /** Output i; throws UsageError if the call returned fewer outputs. */
   Array& at(std::size_t i) & { return vector::operator[](checked(i)); }
   /** The read-only overload. */
   const Array& at(std::size_t i) const& { return vector::operator[](checked(i)); }

@@ -36,7 +36,7 @@ struct TypeTag {
 
 // Calls `use` with the type that stores the numbers or logical values of the array.
 template <class Use>
-auto Array::withElementType(const Use& use) const {
+auto ArrayElements::withElementType(const Use& use) const {
   switch (classId()) {
     case hcyUINT8_CLASS:
       return use(detail::TypeTag<std::uint8_t>());
@@ -65,7 +65,8 @@ auto Array::withElementType(const Use& use) const {
   }
 }
 
-inline std::size_t Array::linearIndex(const std::size_t* subscripts, std::size_t count) const {
+inline std::size_t ArrayHandle::linearIndex(const std::size_t* subscripts,
+                                            std::size_t count) const {
   const Span<const std::size_t> sizes = dimensions();
   if (count != sizes.size() ||
       !std::equal(sizes.begin(), sizes.end(), subscripts,
@@ -76,7 +77,7 @@ inline std::size_t Array::linearIndex(const std::size_t* subscripts, std::size_t
 }
 
 // The index at which a sparse array stores an element; the number of stored ones if it does not.
-inline std::size_t Array::storedIndex(std::size_t i) const {
+inline std::size_t ArrayElements::storedIndex(std::size_t i) const {
   const Span<const std::size_t> starts = columnStarts();
   const Span<const std::size_t> rowOf = rowIndices();
   const std::size_t column = i / rows();
@@ -90,7 +91,7 @@ inline std::size_t Array::storedIndex(std::size_t i) const {
 
 // Reads element i of span(); returns false if T cannot represent it exactly.
 template <class T>
-bool Array::readExactly(std::size_t i, T& value) const {
+bool ArrayElements::readExactly(std::size_t i, T& value) const {
   if constexpr (std::is_same_v<T, char16_t>) {
     value = span<char16_t>()[i];
     return true;
@@ -110,7 +111,7 @@ bool Array::readExactly(std::size_t i, T& value) const {
 }
 
 template <class T, class... More, detail::IfIntegers<More...>>
-T Array::at(Size i, More... more) const {
+T ArrayElements::at(Size i, More... more) const {
   static_assert(detail::isValue<T>,
                 "T is a number, bool, char16_t or std::complex; text is read by toString()");
   std::size_t place = i;
@@ -127,7 +128,7 @@ T Array::at(Size i, More... more) const {
 }
 
 template <class T>
-T Array::scalar() const {
+T ArrayElements::scalar() const {
   static_assert(detail::isValue<T>,
                 "T is a number, bool, char16_t or std::complex; text is read by toString()");
   if (size() != 1) {
@@ -176,11 +177,12 @@ Array Array::value_or(const CString& field, A fallback) const {
 }
 
 template <class T>
-std::vector<T> Array::toVector() const {
+std::vector<T> ArrayElements::toVector() const {
   if constexpr (std::is_same_v<T, std::string>) {
     std::vector<std::string> texts;
     if (!isCell()) throw wrongClass("a cell array");
-    for (std::size_t i = 0; i < size(); ++i) texts.push_back((*this)[i].toString());
+    const auto& cells = static_cast<const Array&>(*this);
+    for (std::size_t i = 0; i < size(); ++i) texts.push_back(cells[i].toString());
     return texts;
   } else {
     static_assert(detail::isValue<T>,
@@ -208,7 +210,7 @@ std::vector<T> Array::toVector() const {
 // If T has no imaginary part, the real parts of complex numbers are passed; with onlyReal, a number
 // with an imaginary part throws.
 template <class T, bool onlyReal, class Take>
-void Array::convertEach(const Take& take) const {
+void ArrayElements::convertEach(const Take& take) const {
   withElementType([this, &take](auto tag) {
     using Stored = typename decltype(tag)::Type;
     const Span<const Stored> real = this->span<Stored>();

@@ -45,8 +45,8 @@ class Slot {
   Slot& operator=(const Slot&) = delete;
   ~Slot() = default;
 
-  /** Stores the value, which is shared with the container. Throws UsageError if there is no such
-   *  element or field, IncompleteReply if it is an element that did not arrive with the reply. */
+  /** Stores the value, which is shared with the container. Throws UsageError if the container has
+   * no such element or field, and IncompleteReply if the element did not arrive with the reply. */
   void operator=(const Array& value) && { store(value.handle()); }
   /** Stores a column of the values in an initializer list. */
   template <class T, detail::IfValue<T> = 0>
@@ -56,8 +56,9 @@ class Slot {
   /** Stores the element that the other Slot refers to. */
   void operator=(Slot&& other) && { store(std::move(other).get().handle()); }
 
-  /** A new handle to the element. Throws UsageError if there is no such element, IncompleteReply if
-   *  it did not arrive, is incomplete, or is of a class that the library does not support. */
+  /** A new handle to the element. Throws UsageError if the container has no such element or field,
+   * and IncompleteReply if the element did not arrive, is incomplete, or is of a class that the
+   * library does not support. */
   Array get() && { return fetch(); }
   Array get() & = delete; /**< Write `Array x = cell[0];`. */
   /** Same as get(). */

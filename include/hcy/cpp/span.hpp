@@ -58,7 +58,7 @@ class Span {
   T& operator[](std::size_t i) const noexcept { return data_[i]; } /**< Element i, unchecked. */
   T& front() const noexcept { return data_[0]; }                   /**< The first, unchecked. */
   T& back() const noexcept { return data_[size_ - 1]; }            /**< The last, unchecked. */
-  /** Element i; throws UsageError if there is none. */
+  /** Element i; throws UsageError if the Span has no such element. */
   T& at(std::size_t i) const {
     if (i >= size_) throw noElement(i);
     return data_[i];

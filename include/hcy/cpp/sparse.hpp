@@ -27,6 +27,21 @@ struct Entry {
 };
 
 template <class T>
+Array Array::sparse(Size rows, Size columns, Size nzmax) {
+  const std::size_t shape[] = {rows, columns};
+  detail::requireSizes(shape, 2, true);
+  if (nzmax > detail::largestSize) {
+    throw UsageError("there are too many stored elements: " + std::to_string(nzmax));
+  }
+  if constexpr (std::is_same_v<T, bool>) {
+    return adopt(hcyCreateSparseLogicalMatrix(rows, columns, nzmax));
+  } else {
+    static_assert(std::is_same_v<detail::Part<T>, double>, "sparse arrays are double or logical");
+    return adopt(hcyCreateSparse(rows, columns, nzmax, complexityOf<T>()));
+  }
+}
+
+template <class T>
 Array Array::sparse(Size rows, Size columns, std::vector<Entry<T>> entries) {
   std::sort(entries.begin(), entries.end(), [](const Entry<T>& a, const Entry<T>& b) {
     return a.column != b.column ? a.column < b.column : a.row < b.row;
@@ -60,7 +75,7 @@ Array Array::sparse(Size rows, Size columns, std::vector<Entry<T>> entries) {
 }
 
 template <class T>
-std::vector<Entry<T>> Array::entries() const {
+std::vector<Entry<T>> ArrayElements::entries() const {
   const Span<const std::size_t> starts = columnStarts();
   const Span<const std::size_t> rowOf = rowIndices();
   const std::vector<T> values = toVector<T>();
