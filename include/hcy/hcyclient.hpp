@@ -51,6 +51,7 @@
 #include <hcy/cpp/function.hpp>
 #include <hcy/cpp/input.hpp>
 #include <hcy/cpp/instead.hpp>
+#include <hcy/cpp/job.hpp>
 #include <hcy/cpp/library.hpp>
 #include <hcy/cpp/make.hpp>
 #include <hcy/cpp/mdspan.hpp>

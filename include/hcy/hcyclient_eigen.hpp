@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <hcy/hcyclient.hpp>
 #include <string>
+#include <type_traits>
 
 namespace hcyclient {
 
@@ -147,6 +148,8 @@ void asSparseEigen(const Array&& array) = delete; /**< Keep the array: `Array x 
  *  IncompleteReply if elements did not arrive. */
 template <class Matrix>
 Matrix toEigen(const Array& array) {
+  static_assert(!std::is_base_of_v<Eigen::SparseMatrixBase<Matrix>, Matrix>,
+                "toEigen makes dense matrices; write asSparseEigen<T>(array) for a sparse one");
   using T = typename Matrix::Scalar;
   detail::requireMatrix(array);
   detail::requireFull(array);

@@ -48,6 +48,9 @@ TEST(CppArrayMaking, takesContiguousRanges) {
   EXPECT_EQ(Array(std::vector<std::complex<float>>{{1, 2}}).at<std::complex<float>>(0).imag(), 2);
   EXPECT_EQ(Array(std::vector<bool>{true, false}), Array({true, false}));
   EXPECT_EQ(Array(std::vector<bool>{true, false}, {1, 2}), Array::row({true, false}));
+  std::vector<bool> flags = {true, false};
+  const Array flag = flags[0];
+  EXPECT_EQ(flag, Array(true));
   EXPECT_THROW(Array(column, {2, 2}), UsageError);
   EXPECT_THROW(Array(column, Shape{}), UsageError);
   EXPECT_EQ(Shape(std::size_t{2}), (Shape{0, 0}));

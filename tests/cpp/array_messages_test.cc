@@ -74,10 +74,10 @@ TEST_F(CppArrayMessages, nameTheElement) {
 }
 
 TEST_F(CppArrayMessages, nameTheField) {
-  const std::string text =
+  const std::string wanted =
       "the 1-by-1 struct array has no field b: fieldNames() returns its fields";
-  EXPECT_EQ(refusalOf([&] { structure("b").get(); }), text);
-  EXPECT_EQ(refusalOf([&] { structure.removeField("b"); }), text);
+  EXPECT_EQ(refusalOf([&] { structure("b").get(); }), wanted);
+  EXPECT_EQ(refusalOf([&] { structure.removeField("b"); }), wanted);
 }
 
 TEST_F(CppArrayMessages, sayWhatReadsMoreOrFewerElements) {

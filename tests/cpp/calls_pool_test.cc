@@ -97,6 +97,17 @@ TEST_F(CppPool, takesAListOfArraysAsTheInputs) {
   EXPECT_EQ(pool.call(plus, std::move(inputs)).get().scalar(), 5);
 }
 
+TEST_F(CppPool, makesAFunctionAnObject) {
+  Pool pool(config, 2);
+  const auto add = pool.function(plus);
+  EXPECT_EQ(add(1.0, 2.0).get().scalar(), 3);
+  EXPECT_EQ(add({{1.0, 2.0}, 1.0}).get().toVector<double>(), (std::vector<double>{2, 3}));
+  EXPECT_EQ(add.url(), plus);
+  const auto same = pool.function(echo);
+  EXPECT_EQ((same.feval<2>(1.0, 2.0).get()[1].scalar()), 2);
+  EXPECT_EQ(same.map(std::vector<double>{1, 2})[1].scalar(), 2);
+}
+
 TEST_F(CppPool, mapsInOrder) {
   Pool pool(config, 4, {2, {}});
   std::vector<double> numbers;
@@ -106,6 +117,7 @@ TEST_F(CppPool, mapsInOrder) {
   for (std::size_t i = 0; i < numbers.size(); ++i) EXPECT_EQ(echoed[i].scalar(), numbers[i]);
   EXPECT_EQ(pool.map(echo, echoed)[39].scalar(), 39);
   EXPECT_TRUE(pool.map(echo, std::vector<double>()).empty());
+  EXPECT_EQ(pool.map(echo, {1.0, 2.0})[1].scalar(), 2);
   // The server takes no cells there, and the first failure is told.
   std::vector<Array> texts;
   for (const char* text : {"a", "b"}) texts.push_back(Array::cellOf({text}));

@@ -19,6 +19,9 @@ void useElement(Array& array, const Array& seen) {
   array = Array::zeros<T>(2, 2);
   array = Array::fromRows<T>({{T{}, T{}}, {T{}, T{}}});
   array = Array::zeros<T>({2, 2});
+  array = Array(std::vector<T>(4), 2, 2);
+  array = Array({T{}, T{}}, 1, 2);
+  array = array.value_or(std::vector<T>(1));
   array.toVector<T>();
   if constexpr (!detail::Parts<T>::areTwo) {
     array.span<T>()[0] = seen.span<T>()[0];
@@ -73,6 +76,10 @@ void usePool(Pool& pool, Array& array);
 void usePool(Pool& pool, Array& array) {
   array = pool.call("", array, 2.0).get();
   std::vector<Array> arrays = pool.feval("", std::vector<Array>()).get();
+  arrays = pool.feval("", {array, 2.0, "text", {1.0}}, 2).get();
+  auto [first, second] = pool.feval<2>("", array).get();
+  first = pool.function("")(second, 2.0).get();
+  arrays = pool.map("", {1.0, 2.0});
   arrays = pool.map("", arrays);
 }
 

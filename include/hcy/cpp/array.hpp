@@ -93,6 +93,8 @@ class Array : public ArrayElements {
   /** A column of the values in an initializer list. */
   template <class T, detail::IfValue<T> = 0>
   Array(std::initializer_list<T> values) : Array(values.begin(), {values.size(), 1}) {}
+  /** A logical 1-by-1 array, from an element of a std::vector<bool>. */
+  Array(const std::vector<bool>::reference& value) : Array(static_cast<bool>(value)) {}
   /** A logical column. */
   Array(const std::vector<bool>& values) : Array(values.begin(), values.end()) {}
   /** A column of the values from `first` up to, but not including, `last`. */
@@ -332,6 +334,8 @@ class Array : public ArrayElements {
   void operator[](const Name&) const = delete; /**< A field is s("name"). */
   template <class T, detail::IfIntegers<T> = 0>
   void operator()(T) const = delete; /**< A cell is cell[i], and an element array.at<double>(i). */
+  template <class T, detail::IfIntegers<T> = 0>
+  void operator()(T) = delete; /**< A cell is cell[i], and an element array.at<double>(i). */
   template <class T, class U, detail::IfIntegers<T, U> = 0>
   void operator()(T, U) const = delete; /**< An element is array.at<double>(i, j). */
   /** @} */

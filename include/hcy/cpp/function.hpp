@@ -8,10 +8,13 @@
 
 #include <array>
 #include <cstddef>
+#include <future>
 #include <hcy/cpp/array.hpp>
 #include <hcy/cpp/context.hpp>
 #include <hcy/cpp/input.hpp>
+#include <hcy/cpp/job.hpp>
 #include <hcy/cpp/outputs.hpp>
+#include <hcy/cpp/pool.hpp>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -73,7 +76,48 @@ class Function {
   std::string url_;
 };
 
+/** A function of a server, which is called on a Pool and returns futures. It refers to its Pool,
+ *  which must outlive it.
+ *
+ *  @code
+ *  auto solve = pool.function("http://127.0.0.1:8080/linalg/solve");
+ *  std::future<Array> x = solve(A, b);
+ *  @endcode */
+class PoolFunction {
+ public:
+  /** A function at a URL; nothing is sent yet. */
+  PoolFunction(Pool& pool, std::string_view url) : pool_(&pool), url_(url) {}
+
+  /** The same as Pool::call(). */
+  template <class... Values>
+  std::future<Array> operator()(Values&&... inputs) const {
+    return pool_->call(url_, std::forward<Values>(inputs)...);
+  }
+  /** The same with inputs in braces. */
+  std::future<Array> operator()(std::initializer_list<detail::QueuedInput> inputs) const {
+    return pool_->call(url_, inputs);
+  }
+  /** The same as Pool::feval() with N outputs. */
+  template <std::size_t N, class... Values>
+  std::future<std::array<Array, N>> feval(Values&&... inputs) const {
+    return pool_->template feval<N>(url_, std::forward<Values>(inputs)...);
+  }
+  /** The same as Pool::map(). */
+  template <class Range>
+  std::vector<Array> map(const Range& inputs) const {
+    return pool_->map(url_, inputs);
+  }
+
+  /** The URL of the function. */
+  const std::string& url() const noexcept { return url_; }
+
+ private:
+  Pool* pool_;
+  std::string url_;
+};
+
 inline Function Context::function(std::string_view url) & { return {*this, url}; }
+inline PoolFunction Pool::function(std::string_view url) & { return {*this, url}; }
 
 /** @} */
 

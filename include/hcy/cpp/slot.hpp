@@ -188,6 +188,8 @@ class Slot {
   template <class T, detail::IfIntegers<T> = 0>
   void operator()(T) const =
       delete; /**< A cell is cell[i], and an element cell[0].at<double>(i). */
+  template <class T, detail::IfIntegers<T> = 0>
+  void operator()(T) = delete; /**< A cell is cell[i], and an element cell[0].at<double>(i). */
   template <class T, class U, detail::IfIntegers<T, U> = 0>
   void operator()(T, U) const = delete; /**< An element is cell[0].at<double>(i, j). */
 
