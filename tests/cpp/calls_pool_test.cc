@@ -105,6 +105,7 @@ TEST_F(CppPool, makesAFunctionAnObject) {
   EXPECT_EQ(add.url(), plus);
   const auto same = pool.function(echo);
   EXPECT_EQ((same.feval<2>(1.0, 2.0).get()[1].scalar()), 2);
+  EXPECT_EQ(same.feval({1.0, 2.0}, 2).get()[0].scalar(), 1);
   EXPECT_EQ(same.map(std::vector<double>{1, 2})[1].scalar(), 2);
 }
 

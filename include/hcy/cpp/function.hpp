@@ -102,6 +102,11 @@ class PoolFunction {
   std::future<std::array<Array, N>> feval(Values&&... inputs) const {
     return pool_->template feval<N>(url_, std::forward<Values>(inputs)...);
   }
+  /** The same as Pool::feval(). */
+  std::future<std::vector<Array>> feval(std::initializer_list<detail::QueuedInput> inputs = {},
+                                        int nargout = 1) const {
+    return pool_->feval(url_, inputs, nargout);
+  }
   /** The same as Pool::map(). */
   template <class Range>
   std::vector<Array> map(const Range& inputs) const {
