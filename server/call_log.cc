@@ -2,8 +2,10 @@
 
 #include "call_log.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <ctime>
 #include <exception>
@@ -56,6 +58,14 @@ bool isSent(const Reply& reply) {
          reply.delivery.way != Delivery::Way::kClosed;
 }
 
+// How many bytes of the body a fault leaves.
+std::uint64_t sentBytes(const Reply& reply) {
+  if (!isSent(reply)) return 0;
+  const std::uint64_t size = reply.message.body().size();
+  const bool isCut = reply.delivery.way == Delivery::Way::kTruncated;
+  return isCut ? std::min(reply.delivery.bytes, size) : size;
+}
+
 // The values of one call, each cut to a width.
 struct Values {
   std::optional<ShownRequest> request;
@@ -71,7 +81,7 @@ Values valuesOf(const LoggedCall& call, const Reply& reply, std::size_t width) {
   if (call.request) values.request = showRequest(*call.request);
   if (values.request) cut(values.request->inputs, width);
   const ByteBuffer& body = reply.message.body();
-  if (call.request && isSent(reply) && reply.message.result_int() == 200 &&
+  if (call.request && sentBytes(reply) == body.size() && reply.message.result_int() == 200 &&
       body.size() <= kLargestShown) {
     values.reply = showReply({body.data(), body.size()});
   }
@@ -91,9 +101,9 @@ std::string textLine(const LoggedCall& call, const Reply& reply, double millisec
                      const Values& values) {
   char numbers[128];
   const std::string status = isSent(reply) ? std::to_string(reply.message.result_int()) : "-";
-  static_cast<void>(std::snprintf(numbers, sizeof numbers, " %s %.3f ms %zu B in %zu B out ",
+  static_cast<void>(std::snprintf(numbers, sizeof numbers, " %s %.3f ms %zu B in %llu B out ",
                                   status.c_str(), milliseconds, call.requestSize,
-                                  isSent(reply) ? reply.message.body().size() : 0));
+                                  static_cast<unsigned long long>(sentBytes(reply))));
   std::string line =
       timeText(call.time) + " " + cutText(call.path, 0) + numbers + nameOf(reply.source);
   if (!reply.fault.empty()) line += " [" + cutText(reply.fault, 0) + "]";
@@ -113,7 +123,7 @@ std::string jsonLine(const LoggedCall& call, const Reply& reply, double millisec
   json["status"] = isSent(reply) ? Json(reply.message.result_int()) : Json();
   json["milliseconds"] = std::round(milliseconds * 1000) / 1000;
   json["requestBytes"] = call.requestSize;
-  json["replyBytes"] = isSent(reply) ? reply.message.body().size() : 0;
+  json["replyBytes"] = sentBytes(reply);
   json["source"] = nameOf(reply.source);
   if (!reply.fault.empty()) json["fault"] = reply.fault;
   if (values.request) {

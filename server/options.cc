@@ -2,10 +2,14 @@
 
 #include "options.h"
 
+#include <strings.h>
 #include <sysexits.h>
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <iostream>
+#include <string_view>
+#include <system_error>
 
 #include "settings/tls_options.h"
 
@@ -52,16 +56,58 @@ void addCommands(CLI::App& app, CommandOptions& commands) {
       ->group(group);
 }
 
+// Reasons to refuse a value, or nothing.
+std::string checkOfUrl(std::string& url) {
+  const auto begins = [&url](std::string_view scheme) {
+    return url.size() > scheme.size() &&
+           ::strncasecmp(url.data(), scheme.data(), scheme.size()) == 0;
+  };
+  if (begins("http://") || begins("https://")) return "";
+  return "the URL begins with neither http:// nor https://";
+}
+
+std::string checkOfFolder(const std::string& folder) {
+  std::error_code unknown;
+  if (std::filesystem::is_directory(folder, unknown)) return "";
+  const bool isThere = std::filesystem::exists(folder, unknown);
+  return folder + (isThere ? " is not a directory" : ": no such directory");
+}
+
+std::string checkOfNewFolder(const std::string& folder) {
+  std::error_code unknown;
+  return std::filesystem::exists(folder, unknown) ? checkOfFolder(folder) : "";
+}
+
+// The folder that is replayed may be missing if it is that of new recordings.
+void requireReplayFolder(const Options& options) {
+  namespace fs = std::filesystem;
+  if (options.replayFolder.empty()) return;
+  const bool isMade =
+      !options.recordFolder.empty() &&
+      fs::weakly_canonical(options.replayFolder) == fs::weakly_canonical(options.recordFolder);
+  const std::string reason =
+      isMade ? checkOfNewFolder(options.replayFolder) : checkOfFolder(options.replayFolder);
+  if (!reason.empty()) throw CLI::ValidationError("--replay", reason);
+}
+
 void addRecording(CLI::App& app, Options& options) {
   const char* const group = "Another server";
   UpstreamOptions& upstream = options.upstream;
   CLI::Option* const url =
       app.add_option("--upstream", upstream.url, "Pass calls on to the server of this URL")
           ->type_name("URL")
+          ->check(CLI::Validator(checkOfUrl, ""))
           ->group(group);
+  app.add_option("--upstream-user-file", upstream.userFile,
+                 "File whose first line is NAME:PASSWORD for that server")
+      ->type_name("FILE")
+      ->check(CLI::Validator(CLI::ExistingFile).description(""))
+      ->needs(url)
+      ->group(group);
   app.add_option("--record", options.recordFolder,
                  "Record each call that is passed on in this directory")
       ->type_name("FOLDER")
+      ->check(CLI::Validator(checkOfNewFolder, ""))
       ->needs(url)
       ->group(group);
   CLI::Option* const replay = app.add_option("--replay", options.replayFolder,
@@ -176,6 +222,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
   addLog(app, options.log);
   try {
     app.parse(argc, argv);
+    requireReplayFolder(options);
   } catch (const CLI::Success& answer) {
     return {std::nullopt, app.exit(answer)};
   } catch (const BadFault& error) {

@@ -21,6 +21,8 @@ inline constexpr std::uint64_t kLargestBody = 2147483647;
 // Another server, and how it is called.
 struct UpstreamOptions {
   std::string url;
+  // Its first line is "name:password"; empty for none.
+  std::string userFile;
   double seconds = 120;
   tools::TlsSettings tls;
 };

@@ -5,7 +5,6 @@
 #include <curl/curl.h>
 
 #include <algorithm>
-#include <boost/algorithm/string/predicate.hpp>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "settings/pass_phrase.h"
+#include "text/source_text.h"
 
 namespace hcy::server {
 namespace {
@@ -145,6 +145,10 @@ class Upstream::Handles {
   explicit Handles(const UpstreamOptions& options) : options_(options) {
     const std::string& file = options.tls.passPhraseFile;
     if (!file.empty()) passPhrase_.emplace(tools::passPhraseOfFile(file));
+    if (!options.userFile.empty()) user_.emplace(tools::passPhraseOfFile(options.userFile));
+    if (user_ && user_->text().find(':') == std::string::npos) {
+      throw tools::BadInput(options.userFile + ": the first line is not NAME:PASSWORD");
+    }
   }
 
   Handle take() {
@@ -181,6 +185,7 @@ class Upstream::Handles {
     set(CURLOPT_SSLCERT, tls.certificateFile);
     set(CURLOPT_SSLKEY, tls.keyFile);
     if (passPhrase_) set(CURLOPT_KEYPASSWD, passPhrase_->text());
+    if (user_) set(CURLOPT_USERPWD, user_->text());
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, tls.verifiesHost ? 2L : 0L);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, tls.verifiesPeer ? 1L : 0L);
     // A proxy's own answer is no part of the reply.
@@ -191,16 +196,13 @@ class Upstream::Handles {
 
   const UpstreamOptions options_;
   std::optional<tools::Secret> passPhrase_;
+  std::optional<tools::Secret> user_;
   std::mutex mutex_;
   std::vector<Handle> idle_;
 };
 
 Upstream::Upstream(const UpstreamOptions& options, std::uint64_t longestReply)
     : url_(options.url), longestReply_(longestReply) {
-  if (!boost::istarts_with(url_, "http://") && !boost::istarts_with(url_, "https://")) {
-    throw std::runtime_error(
-        "the URL of the upstream server begins with neither http:// nor https://");
-  }
   while (url_.ends_with('/')) url_.pop_back();
   curl_global_init(CURL_GLOBAL_DEFAULT);
   handles_ = std::make_unique<Handles>(options);

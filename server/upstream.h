@@ -37,7 +37,7 @@ class UpstreamFailure : public std::runtime_error {
 // Keeps its connections open. All functions may be called by several threads at once.
 class Upstream {
  public:
-  // Throws std::runtime_error if the URL or a file is of no use.
+  // Throws tools::BadInput if a file is of no use.
   Upstream(const UpstreamOptions& options, std::uint64_t longestReply);
   ~Upstream();
 

@@ -147,7 +147,11 @@ TEST(Lifetime, DoesNotBeginWithWrongUsage) {
        {std::string("--nonsense"), std::string("argument"), std::string("--port x"),
         std::string("--port 65536"), std::string("--max-body 2147483648"),
         std::string("--max-body -1"), "--cert " + data, "--key " + data, "--client-ca " + data,
-        std::string("--cert /no/such/file --key /no/such/file")}) {
+        std::string("--cert /no/such/file --key /no/such/file"),
+        std::string("--upstream ftp://127.0.0.1/"), std::string("--upstream http:// "),
+        std::string("--upstream http://127.0.0.1:1 --upstream-user-file /no/such/file"),
+        "--upstream http://127.0.0.1:1 --record " + data, std::string("--replay /no/such/folder"),
+        "--replay " + data}) {
     const auto [status, text] = standardErrorOf(arguments);
     EXPECT_EQ(status, 64) << arguments;
     EXPECT_THAT(text, MatchesRegex("hcy-local-server: .+\nRun with --help .+\n")) << arguments;

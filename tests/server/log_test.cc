@@ -95,6 +95,26 @@ TEST_F(Log, HasALineForEachRequestThatIsRefused) {
                                  MatchesRegex(kTime + "/x 400" + kNumbers)));
 }
 
+TEST_F(Log, CountsTheBytesThatFaultsLeave) {
+  const std::string file = temporary_.file("log");
+  {
+    const LocalServer server({"--log", file, "--log-values", "--fault", "echo=truncate:10@1",
+                              "--fault", "echo=truncate:1000@2", "--fault", "echo=close@3",
+                              "--fault", "echo=429", "--fault", "math/plus=delay:1ms"});
+    const std::string body = serializedParams(1, {doubles({1, 4}, {1, 2, 3, 4})});
+    EXPECT_EQ(sendRequest(server.url("/echo"), body).status, 0);
+    for (int i = 0; i < 3; ++i) sendRequest(server.url("/echo"), body);
+    call(server, "/math/plus", 1, {scalar(2), scalar(3)});
+  }
+  const std::string values = " \\(\\[1,2,3,4\\]\\) nargout 1";
+  EXPECT_THAT(contentsOf(file),
+              MatchesRegex(".* 200 .* 10 B out server \\[truncate:10\\]" + values +
+                           "\n.* 200 .* 45 B out server \\[truncate:1000\\]" + values +
+                           " -> \\(\\[1,2,3,4\\]\\)\n.* - .* 0 B out server \\[close\\]" + values +
+                           "\n.* 429 .* 32 B out server \\[429\\]" + values +
+                           "\n.* 200 .* 21 B out server \\[delay:1ms\\] .*\n"));
+}
+
 TEST_F(Log, NeedsAFileThatCanBeWritten) {
   EXPECT_THROW(LocalServer({"--log", "/no/such/folder/log"}), std::runtime_error);
   EXPECT_THROW(LocalServer({"--log-values"}), std::runtime_error);

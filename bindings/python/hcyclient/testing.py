@@ -13,6 +13,7 @@ The functions run in this process.
 from __future__ import annotations
 
 import os
+import re
 import secrets
 import shutil
 import subprocess
@@ -32,6 +33,7 @@ __all__ = ['Call', 'Server']
 
 _LARGEST_REPLY = 0xFFFFFFFF
 _PATIENCE = 10.0  # seconds
+_BEFORE_OUTPUTS = 2  # arguments of a worker's call: the ticket and the kind of the answer
 
 Path = Union[str, 'os.PathLike[str]']
 
@@ -168,6 +170,7 @@ class Server:
         """Send the outputs of a function, and get the next call."""
         with Client(timeout=None, response_size_limit=_LARGEST_REPLY) as client:
             answer: list[Any] = [0.0]
+            name = ''
             while not self._is_closing:
                 try:
                     call = client.feval(url, *answer)
@@ -175,7 +178,7 @@ class Server:
                     # The outputs of the function cannot be converted. Nothing has been sent.
                     if answer[1:2] != ['outputs']:
                         raise
-                    answer = [answer[0], *_error(error)]
+                    answer = [answer[0], *_unusable_output(error, name)]
                     continue
                 except Error:
                     if self._process.poll() is not None or self._is_closing:
@@ -213,6 +216,14 @@ def _error(error: BaseException) -> list[Any]:
         return _described(error.identifier, error.message, frames)
     name = type(error).__name__
     return _described('python:' + name, str(error) or name, _frames(error))
+
+
+def _unusable_output(error: Exception, function: str) -> list[Any]:
+    """The answer that sends the refusal of an output, which is an argument of the worker's call."""
+    message = re.sub(r'^argument (\d+)',
+                     lambda match: f'output {int(match[1]) - _BEFORE_OUTPUTS} of {function}',
+                     str(error))
+    return _described('python:' + type(error).__name__, message, _frames(error))
 
 
 def _described(identifier: str, message: str, stack: Sequence[StackFrame]) -> list[Any]:

@@ -87,6 +87,18 @@ def test_an_exception_is_an_error_of_the_function(client):
         assert client.feval(server.url('ok')) == 1
 
 
+def test_an_output_that_cannot_be_converted_is_named(client):
+    functions = {'my/scale': lambda: {1}, 'two': lambda: (1.0, {'a': [b'x']})}
+    with Server(functions) as server:
+        with pytest.raises(hcyclient.FunctionError) as caught:
+            client.feval(server.url('my/scale'))
+        assert caught.value.message == ('output 1 of my/scale: cannot convert object of type set; '
+                                        'use sorted(x) or list(x)')
+        with pytest.raises(hcyclient.FunctionError) as caught:
+            client.feval(server.url('two'), nargout=2)
+        assert caught.value.message.startswith("output 2 of two: ['a'][0]: cannot convert")
+
+
 def test_a_call_takes_less_than_a_millisecond(client):
     with Server({'same': lambda x: x}) as server:
         same = client.function(server.url('same'))
@@ -149,7 +161,7 @@ def test_closing_ends_what_waits(client):
 def test_what_cannot_start():
     with pytest.raises(RuntimeError, match='exit status 64'):
         Server(options=['--no-such-option'])
-    with pytest.raises(RuntimeError, match='exit status 1'):
+    with pytest.raises(RuntimeError, match='exit status 64'):
         Server(replay='/no/such/folder')
     with pytest.raises(FileNotFoundError, match='HCY_LOCAL_SERVER'):
         Server(program='no-such-program')
