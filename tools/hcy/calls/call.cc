@@ -44,6 +44,15 @@ void showRetry(const hcyclient::CallError& problem, double seconds) {
   std::cerr << "* " << printable(problem.what()) << "; retrying in " << seconds << " s\n";
 }
 
+// The library takes a page for a reply without outputs, and only -v sees the reply itself.
+[[noreturn]] void throwWithHint(const hcyclient::TransportError& error) {
+  const std::string message = error.what();
+  if (!message.starts_with("Number of outputs received from VORTEN, 0,")) throw;
+  throw hcyclient::TransportError(message +
+                                  " The reply may be an HTML page of a gateway or of another "
+                                  "server; hcy call -v tells.");
+}
+
 std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
                                             const hcyclient::Config& config,
                                             const std::vector<hcyclient::Array>& inputs,
@@ -58,8 +67,12 @@ std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
   const hcyclient::Context context(config);
   std::optional<Deadline> deadline;
   limit(deadline, options);
-  return evaluateWithRetries(*library.runtime(), context, options.url, handlesOf(inputs),
-                             options.nargout, options.retries);
+  try {
+    return evaluateWithRetries(*library.runtime(), context, options.url, handlesOf(inputs),
+                               options.nargout, options.retries);
+  } catch (const hcyclient::TransportError& error) {
+    throwWithHint(error);
+  }
 }
 
 // Shows the 404 that is being handled, and which function the user may have meant.

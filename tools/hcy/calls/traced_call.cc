@@ -2,10 +2,14 @@
 
 #include "calls/traced_call.h"
 
+#include <strings.h>
+
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 #include "bodies/codec.h"
 #include "bodies/exchange.h"
@@ -52,6 +56,15 @@ void showReply(const Exchange& exchange) {
             << '\n';
 }
 
+// Whether a page came, as gateways and web servers send it. No message begins like that: its first
+// byte would end a group.
+bool isHtml(std::string_view body) {
+  body.remove_prefix(std::min(body.find_first_not_of(" \t\r\n"), body.size()));
+  const std::string beginning(body.substr(0, std::string_view("<!doctype html").size()));
+  return ::strncasecmp(beginning.c_str(), "<!doctype html", 14) == 0 ||
+         ::strncasecmp(beginning.c_str(), "<html", 5) == 0;
+}
+
 }  // namespace
 
 std::vector<hcyclient::Array> tracedCall(const hcyclient::Library& library,
@@ -67,6 +80,11 @@ std::vector<hcyclient::Array> tracedCall(const hcyclient::Library& library,
   if (options.isVerbose) showReply(exchange);
   if (!options.replyFile.empty()) writeFile(options.replyFile, exchange.reply);
   if (exchange.status != 200) throw hcyclient::HttpError(exchange.status, exchange.reason);
+  if (isHtml(exchange.reply)) {
+    throw hcyclient::TransportError(
+        "an HTML page came instead of a reply; check the URL, and what is between here and the "
+        "server");
+  }
   return outputsOf(library, exchange.reply, options.nargout,
                    library.runtime()->getResponseSizeLimit(config.get()));
 }
