@@ -1,16 +1,25 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Debian packages by CPack, one for each component of the install tree; script/package makes them.
+# Their descriptions are in packaging/debian/control, for both kinds of packages.
 
-# hcy_add_package(component package section description [dependency...]): the description's first
-# line is the summary. Libraries that its programs are linked with are found without being named.
-macro(hcy_add_package component package section description)
+file(READ ${PROJECT_SOURCE_DIR}/packaging/debian/control control)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/packaging/debian/control ${PROJECT_SOURCE_DIR}/packaging/debian/changelog)
+
+# hcy_add_package(component package section [dependency...]): libraries that its programs are linked
+# with are found without being named.
+macro(hcy_add_package component package section)
   string(TOUPPER ${component} key)
+  if(NOT control MATCHES "\nPackage: ${package}\n([^\n]+\n)*Description: ([^\n]+\n( [^\n]+\n)*)")
+    message(FATAL_ERROR "packaging/debian/control has no description of ${package}")
+  endif()
+  string(STRIP "${CMAKE_MATCH_2}" description)
+  string(REPLACE "\n " "\n" CPACK_DEBIAN_${key}_DESCRIPTION "${description}")
   string(JOIN ", " CPACK_DEBIAN_${key}_PACKAGE_DEPENDS ${ARGN})
   list(APPEND CPACK_COMPONENTS_ALL ${component})
   set(CPACK_DEBIAN_${key}_PACKAGE_NAME ${package})
   set(CPACK_DEBIAN_${key}_PACKAGE_SECTION ${section})
-  set(CPACK_DEBIAN_${key}_DESCRIPTION ${description})
 endmacro()
 
 # The version is that of the newest entry in Debian's log of changes.
@@ -22,45 +31,27 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_1})
 set(package_version ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
 
 set(CPACK_COMPONENTS_ALL)
-hcy_add_package(runtime libhcyclient1 libs
-"client for functions deployed on a Halcyon compute server
-A program builds arrays of the VORTEN language, evaluates a function that is
-named by its URL, and gets arrays back, or a structured account of what went
-wrong. One evaluation is one HTTP request.")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
+hcy_add_package(runtime libhcyclient1 libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/cpack/triggers)
 hcy_add_package(development libhcyclient-dev libdevel
-"client for functions of a Halcyon compute server - development files
-Headers for C and C++, the configurations for CMake and pkg-config, guides and
-examples for programs that use libhcyclient."
   "libhcyclient1 (= ${package_version})")
 if(HCY_BUILD_SERVER OR HCY_BUILD_TOOLS)
   hcy_add_package(tools hcyclient-tools devel
-"call functions of a Halcyon compute server from the shell, and serve some
-hcy calls functions by their URLs, with arguments in JSON or from files, shows
-their outputs, and measures how long calls take. hcy-local-server serves a
-handful of functions over HTTP and HTTPS, and functions of your own; it records
-the calls of another server, replays them without it, and fails on demand, so
-that a client can be written, tested and measured without a network.
-libhcyclient-server does the same inside of a C++ program."
   # libhcyclient-server reaches into that library.
   "libhcyclient1 (= ${package_version})")
   if(HCY_BUILD_SERVER)
-    set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
+    set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/cpack/triggers)
   endif()
 endif()
 
 hcy_add_package(python python3-hcyclient python
-"client for functions of a Halcyon compute server - Python 3
-Calls functions that are deployed on a Halcyon compute server. They take and
-give NumPy arrays, texts, lists and dictionaries; large arrays are views on the
-storage of libhcyclient."
   "python3:any (>= 3.9)" python3-numpy "libhcyclient1 (>= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-scipy, python3-pytest, hcyclient-tools")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
-  ${PROJECT_SOURCE_DIR}/packaging/debian/python/postinst
-  ${PROJECT_SOURCE_DIR}/packaging/debian/python/prerm)
+  ${PROJECT_SOURCE_DIR}/packaging/cpack/python/postinst
+  ${PROJECT_SOURCE_DIR}/packaging/cpack/python/prerm)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
@@ -70,7 +61,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/finish_debian.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/cpack/finish_debian.cmake)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)

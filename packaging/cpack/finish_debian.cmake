@@ -13,7 +13,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     file(RENAME ${share}/doc/hcyclient ${documents})
     file(REMOVE ${documents}/LICENSE)  # every Debian system has it
   endif()
-  file(COPY ${CMAKE_CURRENT_LIST_DIR}/debian/copyright ${CMAKE_CURRENT_LIST_DIR}/debian/changelog
+  file(COPY ${CMAKE_CURRENT_LIST_DIR}/../debian/copyright ${CMAKE_CURRENT_LIST_DIR}/../debian/changelog
     DESTINATION ${documents}
     FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
   file(RENAME ${documents}/changelog ${documents}/changelog.Debian)
