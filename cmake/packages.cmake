@@ -30,6 +30,17 @@ endif()
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${CMAKE_MATCH_1})
 set(package_version ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
 
+# The other kinds of packages name the version, too.
+foreach(file IN ITEMS
+    conan/conanfile.py conda/meta.yaml rpm/hcyclient.spec vcpkg/hcyclient/vcpkg.json)
+  set(file ${PROJECT_SOURCE_DIR}/packaging/${file})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+  file(STRINGS ${file} line REGEX "[Vv]ersion\"?( =|:) *\"?${PROJECT_VERSION}(\"|$)")
+  if(line STREQUAL "")
+    message(FATAL_ERROR "${file} does not name the version ${PROJECT_VERSION}")
+  endif()
+endforeach()
+
 set(CPACK_COMPONENTS_ALL)
 hcy_add_package(runtime libhcyclient1 libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/cpack/triggers)
