@@ -15,13 +15,16 @@ install(TARGETS hcyclient_cpp EXPORT hcyclientTargets)
 install(FILES LICENSE DESTINATION ${documents} COMPONENT runtime)
 
 install(DIRECTORY include/hcy DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${documents} COMPONENT development)
-install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT development
-  USE_SOURCE_PERMISSIONS
-  REGEX "docs/CMakeLists\\.txt$" EXCLUDE
-  PATTERN Doxyfile EXCLUDE
-  PATTERN check_blocks EXCLUDE
-  PATTERN run_code EXCLUDE)
+if(HCY_INSTALL_DOCS)
+  install(FILES README.md CHANGELOG.md CONTRIBUTING.md
+    DESTINATION ${documents} COMPONENT development)
+  install(DIRECTORY docs examples DESTINATION ${documents} COMPONENT development
+    USE_SOURCE_PERMISSIONS
+    REGEX "docs/CMakeLists\\.txt$" EXCLUDE
+    PATTERN Doxyfile EXCLUDE
+    PATTERN check_blocks EXCLUDE
+    PATTERN run_code EXCLUDE)
+endif()
 
 if(HCY_BUILD_SERVER)
   install(TARGETS hcy-local-server RUNTIME COMPONENT tools)
@@ -35,7 +38,9 @@ if(HCY_BUILD_SERVER)
     FILE ${PROJECT_BINARY_DIR}/hcyclientServerTargets.cmake)
   install(FILES server/hcy-local-server.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
-  install(FILES server/README.md DESTINATION ${documents}/server COMPONENT tools)
+  if(HCY_INSTALL_DOCS)
+    install(FILES server/README.md DESTINATION ${documents}/server COMPONENT tools)
+  endif()
 endif()
 
 if(HCY_BUILD_TOOLS)

@@ -20,3 +20,20 @@ if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
   # Of another project it says how that one's libraries are built.
   message(NOTICE "${why} BUILD_SHARED_LIBS=OFF does not change that.")
 endif()
+
+# hcy_refuse_unknown_options(): after everything else, stops at an option that nothing has declared,
+# which CMake would only warn of.
+function(hcy_refuse_unknown_options)
+  # These belong to the tests, and presets name them even where no tests are built.
+  set(known HCY_EXPECTED_SANITIZER HCY_TEST_BY_PROGRAM HCY_TEST_THROUGH_DLOPEN)
+  get_cmake_property(names CACHE_VARIABLES)
+  list(FILTER names INCLUDE REGEX "^HCY_")
+  list(REMOVE_ITEM names ${known})
+  foreach(name IN LISTS names)
+    get_property(type CACHE ${name} PROPERTY TYPE)
+    if(type STREQUAL "UNINITIALIZED")
+      message(FATAL_ERROR "hcyclient has no option ${name}; docs/install.md lists them. "
+        "To drop it from this build directory: -U ${name}")
+    endif()
+  endforeach()
+endfunction()
