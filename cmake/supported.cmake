@@ -24,11 +24,12 @@ endif()
 # hcy_refuse_unknown_options(): after everything else, stops at an option that nothing has declared,
 # which CMake would only warn of.
 function(hcy_refuse_unknown_options)
-  # These belong to the tests, and presets name them even where no tests are built.
-  set(known HCY_EXPECTED_SANITIZER HCY_TEST_BY_PROGRAM HCY_TEST_THROUGH_DLOPEN)
   get_cmake_property(names CACHE_VARIABLES)
   list(FILTER names INCLUDE REGEX "^HCY_")
-  list(REMOVE_ITEM names ${known})
+  # Presets name options of the tests even where no tests are built. The other two are read by
+  # cross_debian.cmake.
+  list(REMOVE_ITEM names HCY_EXPECTED_SANITIZER HCY_TEST_BY_PROGRAM HCY_TEST_THROUGH_DLOPEN
+    HCY_CROSS_PROCESSOR HCY_CROSS_ROOT)
   foreach(name IN LISTS names)
     get_property(type CACHE ${name} PROPERTY TYPE)
     if(type STREQUAL "UNINITIALIZED")
