@@ -4,22 +4,19 @@ import ctypes
 import pathlib
 import sys
 from unittest import mock
-from xml.etree import ElementTree
 
 import numpy  # before ctypes is replaced: it uses ctypes itself
-from docutils import nodes
-from sphinx import addnodes
-from sphinx.util import logging
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(ROOT / 'bindings/python'))
+sys.path[:0] = [str(ROOT / 'docs/site'), str(ROOT / 'bindings/python')]
 # The Python package is imported for its docstrings, and needs no library for them.
 with mock.patch.multiple(ctypes, PyDLL=mock.MagicMock(), CDLL=mock.MagicMock()):
     import hcyclient
 
 project = 'hcyclient'
 version = release = hcyclient.__version__
-extensions = ['myst_parser', 'breathe', 'sphinx.ext.autodoc', 'sphinx.ext.napoleon']
+extensions = ['myst_parser', 'breathe', 'sphinx.ext.autodoc', 'sphinx.ext.napoleon',
+              'reference']
 
 # The pages are where the links between them expect each other: in the source directory.
 root_doc = 'README'
@@ -61,39 +58,5 @@ def add_navigation(app, page, source):
         source[0] += (ROOT / 'docs/site/navigation.txt').read_text()
 
 
-def put_groups_last(app, page):
-    """breathe puts the groups with a name, such as deleted operators, before the other members."""
-    for content in page.findall(addnodes.desc_content):
-        for group in list(content):
-            title = group.next_node(nodes.rubric)
-            if 'breathe-sectiondef' in group.get('classes', ()) and not (
-                    title.astext().startswith(('Public', 'Friends'))):
-                content.remove(group)
-                content.append(group)
-
-
-def documented():
-    """Yield name and label of each class, function, type and constant of the headers."""
-    xml = ROOT / 'build/docs/xml'
-    for compound in ElementTree.parse(xml / 'index.xml').iterfind('compound'):
-        kind, label = compound.get('kind'), compound.get('refid')
-        if kind in ('class', 'struct'):
-            if ElementTree.parse(xml / f'{label}.xml').find('compounddef').get('prot') == 'public':
-                yield compound.findtext('name'), label
-        elif kind in ('file', 'namespace'):
-            for member in compound.iterfind('member'):
-                if member.get('kind') in ('function', 'typedef', 'enumvalue'):
-                    yield member.findtext('name'), member.get('refid')
-
-
-def check_reference(app, env):
-    """The pages of the reference name what they describe; nothing may be forgotten."""
-    labels = env.get_domain('std').anonlabels
-    for name in sorted({name for name, label in documented() if label not in labels}):
-        logging.getLogger(__name__).warning('no page of the reference describes %s', name)
-
-
 def setup(app):
     app.connect('source-read', add_navigation)
-    app.connect('doctree-read', put_groups_last)
-    app.connect('env-check-consistency', check_reference)
