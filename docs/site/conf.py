@@ -26,6 +26,7 @@ exclude_patterns = ['build']
 
 myst_heading_anchors = 4
 default_role = 'literal'
+smartquotes = False  # they would also turn the two hyphens of an option into a dash
 
 # Links that break are errors, but for the names of types in signatures: those of the standard
 # libraries, of templates and of annotations have no page here.
