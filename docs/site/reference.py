@@ -1,27 +1,13 @@
 # SPDX-License-Identifier: Apache-2.0
-"""A part of Sphinx for this website: puts the reference in order, and checks that it is complete."""
+"""A part of Sphinx for this website: checks that the reference is complete."""
 import pathlib
 from xml.etree import ElementTree
 
 import hcyclient.testing
-from docutils import nodes
-from sphinx import addnodes
 from sphinx.util import logging
 
 # breathe does not know members of unions without a name. A page shows the declaration instead.
 SHOWN_AS_CODE = ('hcyErrorInfo',)
-
-
-def put_groups_last(app, page):
-    """breathe puts the groups with a name, such as deleted operators, before the other members."""
-    for content in page.findall(addnodes.desc_content):
-        for group in list(content):
-            if 'breathe-sectiondef' not in group.get('classes', ()):
-                continue
-            title = group.next_node(nodes.rubric).astext()
-            if not title.startswith(('Public', 'Friends')):
-                content.remove(group)
-                content.append(group)
 
 
 def has_comment(member):
@@ -35,8 +21,6 @@ def members_of(definition):
     for member in definition.iterfind('sectiondef/memberdef[@prot="public"]'):
         if has_comment(member) and name not in SHOWN_AS_CODE:
             yield f'{name}::{member.findtext("name")}', member.get('id')
-    for member in definition.iterfind('sectiondef/member'):  # described in a group
-        yield f'{name}::{member.findtext("name")}', member.get('refid')
 
 
 def documented(xml):
@@ -67,6 +51,5 @@ def check(app, env):
 
 
 def setup(app):
-    app.connect('doctree-read', put_groups_last)
     app.connect('env-check-consistency', check)
     return {'parallel_read_safe': True, 'parallel_write_safe': True}
