@@ -181,7 +181,7 @@ static void printLogicals(const hcyArray* array) {
 
 static void printContents(const hcyArray* array);
 
-/* Returns whether the element had arrived. */
+/* Returns whether the element arrived. */
 static bool printElement(hcyArray* element) {
   if (element == NULL) {
     printf(" incomplete");

@@ -24,7 +24,7 @@ static void evaluate(const hcyClientRuntime* runtime, hcyClientContext* context,
     printf("%g\n", hcyGetScalar(output));
   else
     printFailure(runtime, context);
-  hcyDestroyArray(output); /* null after a failure, and ignored */
+  hcyDestroyArray(output); /* after a failure, it is null, which is ignored */
 }
 
 static void evaluateAll(const hcyClientRuntime* runtime, hcyClientContext* context,

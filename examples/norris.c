@@ -132,7 +132,7 @@ static int showFailures(const hcyClientRuntime* runtime, hcyClientContext* conte
   failures += evaluate(runtime, context, server, "demo/fail", 0, NULL, 3, inputs);
   printf("A URL that names no function\n");
   failures += evaluate(runtime, context, server, "no/such/function", 0, NULL, 0, NULL);
-  printf("A port on which nobody listens\n");
+  printf("A port on which nothing listens\n");
   failures += evaluate(runtime, context, unused, "stats/linear_fit", 0, NULL, 0, NULL);
   hcyDestroyArray(identifier);
   hcyDestroyArray(message);

@@ -56,8 +56,8 @@ static hcyArray* multiply(const Server* server, const hcyArray* matrix, const hc
   return NULL;
 }
 
-/* Fills x; returns 0 if it has become the solution. The direction is an array because it is sent in
- * every step: its elements are changed in place. */
+/* Fills x; returns 0 if x is then the solution. The direction is sent in every step, so it is an
+ * array whose elements are changed in place. */
 static int solve(const Server* server, double* x) {
   double residual[POINTS];
   hcyArray* matrix = secondDifference();

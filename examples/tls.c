@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0
  *
- * Calls a server that requires a client certificate: with one, without one, and without knowing the
- * server's authority.
+ * Calls a server that requires a client certificate: with a certificate, without one, and without
+ * trusting the server's authority.
  *
  * Usage: tls SERVER_URL AUTHORITY_FILE CERTIFICATE_FILE KEY_FILE PASS_PHRASE
  */

@@ -29,10 +29,10 @@ std::string checkOfCommand(std::string& text) {
 }
 
 void addCommands(CLI::App& app, CommandOptions& commands) {
-  const char* const group = "Functions of your own";
+  const char* const group = "Your own functions";
   CLI::Option* const function =
       app.add_option("--function", commands.functions,
-                     "Answer this function by a command, in lines of JSON; may be repeated")
+                     "Answer this function with a command, in lines of JSON; may be repeated")
           ->type_name("NAME=COMMAND")
           ->allow_extra_args(false)
           ->check(CLI::Validator(checkOfCommand, ""))
@@ -94,7 +94,7 @@ void addRecording(CLI::App& app, Options& options) {
   const char* const group = "Another server";
   UpstreamOptions& upstream = options.upstream;
   CLI::Option* const url =
-      app.add_option("--upstream", upstream.url, "Pass calls on to the server of this URL")
+      app.add_option("--upstream", upstream.url, "Pass calls on to the server at this URL")
           ->type_name("URL")
           ->check(CLI::Validator(checkOfUrl, ""))
           ->group(group);
@@ -105,15 +105,15 @@ void addRecording(CLI::App& app, Options& options) {
       ->needs(url)
       ->group(group);
   app.add_option("--record", options.recordFolder,
-                 "Record each call that is passed on in this directory")
+                 "Record each call that is passed on in this folder")
       ->type_name("FOLDER")
       ->check(CLI::Validator(checkOfNewFolder, ""))
       ->needs(url)
       ->group(group);
-  CLI::Option* const replay = app.add_option("--replay", options.replayFolder,
-                                             "Answer from the recordings in this directory")
-                                  ->type_name("FOLDER")
-                                  ->group(group);
+  CLI::Option* const replay =
+      app.add_option("--replay", options.replayFolder, "Answer from the recordings in this folder")
+          ->type_name("FOLDER")
+          ->group(group);
   app.add_option_function<std::string>(
          "--order",
          [&options](const std::string& order) { options.givesLastAnswer = order == "last"; },
@@ -124,7 +124,7 @@ void addRecording(CLI::App& app, Options& options) {
       ->needs(replay)
       ->group(group);
   app.add_option("--upstream-timeout", upstream.seconds,
-                 "Seconds that a call of that server may take [120]")
+                 "Seconds that a call to that server may take [120]")
       ->type_name("SECONDS")
       ->check(CLI::Range(kShortestTimeout, kLongestTimeout).description(""))
       ->needs(url)
@@ -147,7 +147,7 @@ void addFaults(CLI::App& app, Options& options) {
                                         options.faults.push_back(faultRuleFrom(rule));
                                       }
                                     },
-                                    "Let calls of these functions fail or be slow; may be repeated")
+                                    "Make these functions fail, or slow them down; may be repeated")
                                  ->type_name("PATTERN=WHAT")
                                  ->allow_extra_args(false)
                                  ->group(group);
@@ -160,7 +160,7 @@ void addFaults(CLI::App& app, Options& options) {
 void addLog(CLI::App& app, LogOptions& log) {
   const char* const group = "Log";
   CLI::Option* const file =
-      app.add_option("--log", log.file, "Write a line for each call [the standard error]")
+      app.add_option("--log", log.file, "Write a line for each call [standard error]")
           ->type_name("FILE")
           ->expected(0, 1)
           ->default_str("-")
@@ -186,7 +186,7 @@ void addLog(CLI::App& app, LogOptions& log) {
 
 CommandLine parseCommandLine(int argc, char** argv) {
   Options options;
-  CLI::App app("A Halcyon compute server on this machine, to develop and test clients with.",
+  CLI::App app("A Halcyon compute server on this machine, for developing and testing clients.",
                "hcy-local-server");
   app.set_version_flag("--version", "hcy-local-server " HCY_LOCAL_SERVER_VERSION);
   app.add_option("--host", options.host, "Address to listen on")->capture_default_str();
@@ -201,7 +201,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
       ->check(CLI::Range(kShortestTimeout, kLongestTimeout))
       ->capture_default_str();
   app.add_option("--reply-timeout", options.replySeconds,
-                 "Seconds that a client may read nothing of a reply")
+                 "Seconds that a client may pause while it reads a reply")
       ->check(CLI::Range(kShortestTimeout, kLongestTimeout))
       ->capture_default_str();
   CLI::Option* certificate =

@@ -64,7 +64,7 @@ ByteBuffer partOf(const fs::path& file, std::uint64_t offset, std::uint64_t size
   const Descriptor opened = openToRead(file);
   ByteBuffer bytes;
   bytes.resizeUninitialized(size);
-  if (readAt(opened, bytes.data(), size, offset) != size) fail(file, "is cut short");
+  if (readAt(opened, bytes.data(), size, offset) != size) fail(file, "is truncated");
   return bytes;
 }
 
@@ -93,7 +93,7 @@ RecordedCall readRecordedCall(const fs::path& file) {
   const off_t size = ::lseek(opened.get(), 0, SEEK_END);
   const auto bodies = static_cast<std::uint64_t>(size) - call.headerSize;
   if (call.requestSize > bodies || bodies - call.requestSize != call.replySize) {
-    fail(file, "is cut short, or its bodies have been changed");
+    fail(file, "is truncated, or its bodies have been changed");
   }
   call.file = file.filename().string();
   return call;

@@ -3,10 +3,10 @@
 """Spreads calls over the workers of a Dask cluster.
 
 Usage: spread.py SERVER_URL CALLS [SCHEDULER]
-  SERVER_URL  the servers, such as http://127.0.0.1:8080; with several of them, their proxy
-  CALLS       how many
+  SERVER_URL  the server, such as http://127.0.0.1:8080; if there are several, their proxy
+  CALLS       number of calls to make
   SCHEDULER   address of the cluster's scheduler; by default, a cluster on this machine is started.
-              The workers need hcyclient too.
+              The workers need hcyclient, too.
 """
 from __future__ import annotations
 
@@ -20,16 +20,16 @@ CALLS_OF_A_TASK = 50
 
 
 def call_part(server: str, numbers: Sequence[float]) -> list[float]:
-    """A task: makes a part of the calls, eight at a time. For that many calls, opening connections
-    takes little time, and nothing is left in the worker."""
+    """A task: makes a part of the calls, eight at a time. Opening connections takes little of the
+    time of so many calls, and no client stays open in the worker."""
     with hcyclient.Client(server, connections=8) as client:
         return [float(found) for found in client.map('math/plus', numbers, numbers)]
 
 
 def start_calls(cluster: distributed.Client, server: str, numbers: Sequence[float]) -> list[Any]:
-    """The tasks, in order. A task is repeated if its worker dies (by Dask itself) or if it raises
-    an exception, as it does if a connection breaks (up to `retries` times). So each call runs at
-    least once, and may run twice."""
+    """The tasks, in order. Dask repeats a task if its worker dies. It also repeats a task, up to
+    `retries` times, if the task raises an exception, for example because a connection broke. So
+    each call runs at least once, and may run twice."""
     parts = [numbers[i:i + CALLS_OF_A_TASK] for i in range(0, len(numbers), CALLS_OF_A_TASK)]
     return list(cluster.map(call_part, [server] * len(parts), parts, pure=False, retries=5))
 

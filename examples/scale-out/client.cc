@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Calls math/plus on several threads for some time, and counts the calls.
+// Calls math/plus on several threads for a given time, and counts the calls.
 //
 // Usage: client SERVER_URL THREADS SECONDS
 

@@ -23,10 +23,12 @@
  *   class or an index is out of range, an array function returns a neutral value (null, 0, false,
  *   -1, the largest size), which its description names. A function throws only the exceptions that
  *   its description lists; they derive from std::exception and are meant for C++ callers. A C
- *   program that asks only for sizes that exist and fit its memory never meets one.
+ *   program that requests only valid sizes, and does not run out of memory, never sees an
+ *   exception.
  * - **Sizes.** A count or dimension that the library must hold in a signed 32-bit size is at
- *   most 2147483647. A larger one is the failure "bad numeric conversion: positive overflow",
- * thrown as a std::bad_cast whose what() returns this string (called *positive overflow* below).
+ *   most 2147483647. A larger one fails with "bad numeric conversion: positive overflow" (called
+ *   *positive overflow* below). Array functions throw it as a std::bad_cast whose what() returns
+ *   this string.
  * - **Order of elements.** Arrays are column-major: the element with zero-based subscripts (i, j)
  *   of an m-by-n array has the linear index i + j * m.
  * - **Since.** Everything here is part of interface version 1.0, except what is marked 1.1.
@@ -198,12 +200,13 @@ typedef struct hcyClientRuntime {
 
   /** Sets the size in bytes of the largest reply body that is accepted. The default is 67108864
    *  (64 MiB). If a reply declares a longer body, the call fails with a generic error as soon as
-   *  the body begins. A reply that declares no length (chunked, or with a Content-Length that is
-   *  spelled differently) is received to its end, but only as many bytes as the limit allows are
-   *  kept and read; the rest is treated as if it had not been sent. A body over 2147483647 bytes
-   *  fails the call, whatever the limit. With 0, every reply that declares a body is refused; the
-   *  limit cannot be switched off. In memory, a reply takes about its size on the wire. Small
-   *  elements of a container take up to 400 bytes for each of their bytes once they are read. */
+   *  the body begins. A reply that declares no length (because it is chunked, or spells the name of
+   *  the field differently, such as content-length) is received to its end, but only as many bytes
+   *  as the limit allows are kept and read; the rest is treated as if it had not been sent. If a
+   *  body is over 2147483647 bytes, the call fails, whatever the limit. With 0, every reply that
+   *  declares a body is refused; the limit cannot be switched off. In memory, a reply takes about
+   *  its size on the wire. Once they are read, small elements of a container take up to 400 bytes
+   *  of memory for each byte on the wire. */
   void (*setResponseSizeLimit)(hcyClientConfig* config, uint32_t bytes);
 
   /** Returns the response size limit in bytes. */
@@ -226,17 +229,19 @@ typedef struct hcyClientRuntime {
    *  strings and status 0. Release it with destroyLastErrorInfo, also before you fill it again. */
   void (*getLastErrorInfo)(const hcyClientContext* context, hcyErrorInfo* info);
 
-  /** Frees the stack frames of a record and sets `stack` to null; the depth and everything else
-   *  stay. A record may be released twice, and after its context has been destroyed. */
+  /** Frees the stack frames of a record and sets `stack` to null; stackDepth and the other members
+   *  keep their values. A record may be released twice, and after its context has been
+   *  destroyed. */
   void (*destroyLastErrorInfo)(hcyErrorInfo* info);
 
   /**
    * Evaluates a function on a server with one HTTP/1.1 POST (RFC 9110, RFC 9112). It blocks until
-   * the reply, the timeout or a failure. If a reply body cannot be parsed to its end, the part that
-   * could be read is the reply; an array with missing elements has no data pointers (see
-   * hcyGetPr()). If the kept connection turns out to be closed before a reply has begun, the
-   * request is sent once more on a new connection, so a function may run twice. A kept connection
-   * on which unexpected bytes have arrived is not used again.
+   * the reply has arrived, the timeout has expired, or the call has failed. If a reply body cannot
+   * be parsed to its end, the part that could be read is treated as the reply; an array with
+   * missing elements has no data pointers (see hcyGetPr()). If the kept connection turns out to be
+   * closed before a reply has begun, the request is sent once more on a new connection, so a
+   * function may run twice. A kept connection on which unexpected bytes have arrived is not used
+   * again.
    *
    * @param context the context; it can be used for further calls after a failure.
    * @param url     full http or https URL of the function. It is passed to libcurl unchanged.
@@ -245,9 +250,9 @@ typedef struct hcyClientRuntime {
    *                scheme from untrusted input. A name and password in the URL are sent as Basic
    *                credentials (RFC 7617). Redirects are not followed.
    * @param nargout number of outputs wanted; a call with a negative number fails. With 0, any reply
-   *                of status 200 that holds no outputs is a success, whatever else it holds.
+   *                with status 200 and no outputs is a success, whatever else it contains.
    * @param outputs room for nargout handles; may be null if nargout is 0.
-   * @param nargin  number of inputs; below 1, none are sent.
+   * @param nargin  number of inputs; if it is less than 1, none are sent.
    * @param inputs  nargin handles, or null for none. An array may occur more than once. The call
    *                neither changes the arrays nor takes ownership of them, whatever the outcome;
    *                other threads may read and send them meanwhile.
@@ -352,7 +357,7 @@ HCY_API const char* hcyGetInitializationErrorMessage(void);
  * the arrays that are stored in it; it does not copy them. The caller still destroys its own
  * handle, and the element lives on in the container. A handle may outlive the container that it
  * came from. A container in a reply keeps its elements in one block of memory until they are read.
- * A container inside it that has been read, and outlives it, keeps that whole block.
+ * If a container inside it has been read and outlives it, the whole block stays allocated.
  * @{
  */
 
@@ -451,8 +456,8 @@ HCY_API hcyArray* hcyCreateStructArray(size_t ndim, const size_t* dims, int nfie
  *  and gets none later. */
 HCY_API hcyArray* hcyCreateSparse(size_t m, size_t n, size_t nzmax, hcyComplexity complexity);
 
-/** Creates an m-by-n sparse logical array with room for nzmax stored elements. It is laid out as by
- *  hcyCreateSparse(), with the values at hcyGetLogicals(), all false. */
+/** Creates an m-by-n sparse logical array with room for nzmax stored elements. Its layout is that
+ *  of hcyCreateSparse(), except that hcyGetLogicals() returns the values, which are all false. */
 HCY_API hcyArray* hcyCreateSparseLogicalMatrix(size_t m, size_t n, size_t nzmax);
 
 /** @} */
@@ -468,20 +473,20 @@ HCY_API hcyArray* hcyCreateSparseLogicalMatrix(size_t m, size_t n, size_t nzmax)
  * are stored in column-major order, without gaps. For a sparse array, the functions return the
  * stored values. They also return null if the array has no elements.
  *
- * If an array in a reply holds fewer elements than its dimensions say (because the response size
- * limit cut it, or the server broke its own rules), the functions return null for it. This also
+ * If an array in a reply holds fewer elements than its dimensions say (because it was truncated at
+ * the response size limit, or the server sent too few), the functions return null for it. This also
  * applies to the elements of a container in a reply. A pointer that is not null therefore points to
  * as many elements as hcyGetNumberOfElements() says. Setting the dimensions (hcySetM(), hcySetN(),
  * hcySetDimensions()) fills the missing elements with zeros; the pointers are then available, and
- * nothing shows any longer which elements arrived. An array that is sent, duplicated or stored
- * holds only the elements that arrived.
+ * you can no longer tell which elements arrived. If such an array is sent, duplicated or stored,
+ * only the elements that arrived are included.
  *
- * A sparse array in a reply returns its indices only if they describe a compressed-column matrix of
- * its dimensions: there are columns + 1 column starts, which begin with 0, never decrease and do
- * not exceed the number of row indices, and all row indices are inside the matrix. Otherwise its
- * indices and values are null, and hcyGetNzmax() returns 0. If only values are missing (there are
- * fewer than the last column start says), only the values are null. This is checked once, when the
- * handle is made; an array that the program makes is never checked.
+ * The indices of a sparse array in a reply are available only if they describe a compressed-column
+ * matrix of its dimensions: there are columns + 1 column starts, which begin with 0, never decrease
+ * and do not exceed the number of row indices, and all row indices are inside the matrix. Otherwise
+ * its indices and values are null, and hcyGetNzmax() returns 0. If only values are missing (there
+ * are fewer than the last column start says), only the values are null. This is checked once, when
+ * the handle is made; an array that the program creates is never checked.
  *
  * A complex array that is resized to no elements and back to some may have lost its imaginary
  * parts: hcyIsComplex() still returns true, but hcyGetPi() and hcyGetImagData() return null.
@@ -511,7 +516,7 @@ HCY_API uint16_t* hcyGetChars(const hcyArray* array);
 
 /** Returns the first real element, converted to double; 0.0 if there is none, and for a struct or
  *  cell. 0.0 may also mean that the element of a reply did not arrive; hcyGetPr() or hcyGetData()
- *  returns null then. A uint8 element is read as a signed byte: 200 gives -56.0. */
+ *  returns null then. A uint8 element is read as a signed byte: 200 is returned as -56.0. */
 HCY_API double hcyGetScalar(const hcyArray* array);
 
 /** Returns the zero-based row indices of the stored elements of a sparse array, hcyGetNzmax() of
@@ -529,10 +534,11 @@ HCY_API size_t* hcyGetJc(const hcyArray* array);
  *  sparse. For an array in a reply whose values are available, it is at most their number. */
 HCY_API size_t hcyGetNzmax(const hcyArray* array);
 
-/** Gives a sparse array room for nzmax stored elements (at least 1); new ones are 0. Contents are
- *  kept up to the new number; the column starts do not change. Ignored if the array is not sparse
- *  or nzmax exceeds the number of elements. Throws positive overflow and std::bad_alloc; the
- *  contents are unchanged then, but get the data pointers again. */
+/** Sets how many stored elements a sparse array has room for; 0 counts as 1. New ones are 0.
+ *  Existing ones are kept, up to the new number; the column starts do not change. Ignored if the
+ *  array is not sparse or nzmax exceeds the number of elements. Throws positive overflow if nzmax
+ *  is over 2147483647, and std::bad_alloc if memory is exhausted; in both cases the contents are
+ *  unchanged, but get the data pointers again. */
 HCY_API void hcySetNzmax(hcyArray* array, size_t nzmax);
 
 /** @} */
@@ -557,14 +563,14 @@ HCY_API size_t hcyGetNumberOfDimensions(const hcyArray* array);
  *  until the shape changes or the array is destroyed. Null if there are none. */
 HCY_API const size_t* hcyGetDimensions(const hcyArray* array);
 
-/** Sets the first dimension and resizes the array to match. Elements keep their linear index, so
- *  in a matrix of several columns they move to other rows; new elements are zero or unset. A sparse
+/** Sets the first dimension and resizes the array to match. Elements keep their linear index, so in
+ *  a matrix of several columns they move to other rows; new elements are zero or unset. A sparse
  *  array keeps its stored elements, and gets as many column starts as its columns need. New column
  *  starts are 0, so the starts are not in order until the program writes them. Throws positive
  *  overflow if the number of elements (for a struct, fields times elements; for a sparse array,
  *  columns plus one) is over 2147483647; the dimension is set then, but the storage is unchanged.
- *  Throws std::bad_alloc; shape and contents are unchanged then, but get the data pointers again.
- *  Ignored if the array has no dimensions. */
+ *  Throws std::bad_alloc if memory is exhausted; shape and contents are unchanged then, but get the
+ *  data pointers again. Ignored if the array has no dimensions. */
 HCY_API void hcySetM(hcyArray* array, size_t m);
 
 /** Sets the second dimension; otherwise the same as hcySetM(). Ignored if the array has fewer than
@@ -595,7 +601,7 @@ HCY_API size_t hcyCalcSingleSubscript(const hcyArray* array, size_t nsubs, const
  * duplicated; the last one written stays. Sending such a handle sends its own contents and changes
  * nothing; a container that comes after it among the inputs of the same call is sent with these
  * contents in the element. The shape of an element, including the names of its fields, is always
- * shared. Once one handle has changed it, destroy the other handles to the element, whose contents
+ * shared. Once one handle has changed it, destroy the other handles to the element: their contents
  * no longer fit. If the shape or the fields of a struct or cell element have been changed in this
  * way, store the element again; until then the container shows and sends the new shape with the old
  * contents.
@@ -605,14 +611,14 @@ HCY_API size_t hcyCalcSingleSubscript(const hcyArray* array, size_t nsubs, const
  * copies nothing. Replies are read to a depth of 49 nested containers.
  *
  * A setter shares the value with the container; the caller still owns and destroys the value's
- * handle. A value may be stored in several places and containers. Storing an array into itself is
- * an error of the caller, at any depth; the direct case is defined: hcySetCell(a, i, a) and
- * hcySetField(a, i, name, a) store a snapshot of the array as it was.
+ * handle. A value may be stored in several places and containers. Do not store an array in itself,
+ * at any depth. Only the direct case is defined: hcySetCell(a, i, a) and hcySetField(a, i, name, a)
+ * store a snapshot of the array as it was.
  *
  * An unset element reads as a 0-by-0 double array, and is sent as one. If an array in a reply holds
- * fewer elements than its dimensions say, getters return null for the missing ones, and setters do
- * not store them. Getters also return null for an element of a class that the library does not
- * support.
+ * fewer elements than its dimensions say, getters return null for the missing ones, and setters
+ * store nothing in their place. Getters also return null for an element of a class that the library
+ * does not support.
  *
  * Getters and setters of elements allocate, and throw std::bad_alloc if memory is exhausted. A
  * setter of an element throws positive overflow if the value is a container that takes more than
@@ -651,11 +657,11 @@ HCY_API hcyArray* hcyGetField(const hcyArray* array, size_t index, const char* n
 HCY_API void hcySetField(hcyArray* array, size_t index, const char* name, hcyArray* value);
 
 /** The same as hcyGetField() with the name of field n (zero-based): if two fields have the same
- *  name, the first one. Null also if there is no field n. */
+ *  name, the first one. Also null if there is no field n. */
 HCY_API hcyArray* hcyGetFieldByNumber(const hcyArray* array, size_t index, int n);
 
 /** The same as hcySetField() with the name of field n (zero-based): if two fields have the same
- *  name, the first one. Ignored also if there is no field n. */
+ *  name, the first one. Also ignored if there is no field n. */
 HCY_API void hcySetFieldByNumber(hcyArray* array, size_t index, int n, hcyArray* value);
 
 /** Adds a field after the others, unset in every element, and returns its number (zero-based). If
@@ -747,12 +753,12 @@ HCY_API size_t hcyGetElementSize(const hcyArray* array);
 HCY_API size_t hcyGetNumberOfElements(const hcyArray* array);
 
 /** Returns the text of a char array, in column-major order, as a new NUL-terminated UTF-8 string;
- *  release it with hcyFree(). Well-formed UTF-16 (RFC 2781) gives well-formed UTF-8 (RFC 3629). A
+ *  release it with hcyFree(). Well-formed UTF-16 (RFC 2781) becomes well-formed UTF-8 (RFC 3629). A
  *  surrogate is combined with the code unit that follows it, whatever that is, by the formula for a
- *  pair, so text that is not well-formed may give bytes that are not well-formed. Null if the array
- *  is not a char array, has no code units, ends in a surrogate without a code unit after it, or
- *  memory is exhausted. A NUL among the code units ends the text for code that reads it as a C
- *  string. */
+ *  pair, so text that is not well-formed may become bytes that are not well-formed. Returns null if
+ *  the array is not a char array, has no code units, or ends in a surrogate without a code unit
+ *  after it, or if memory is exhausted. A NUL among the code units ends the text for code that
+ *  reads it as a C string. */
 HCY_API char* hcyArrayToString(const hcyArray* array);
 
 /** Copies the low byte of each code unit of a char array into `buf`, in column-major order,
@@ -760,9 +766,9 @@ HCY_API char* hcyArrayToString(const hcyArray* array);
  *  arrive in a reply is copied as NUL.
  *  @param array  the array.
  *  @param buf    room for buflen bytes.
- *  @param buflen size of buf; 0 returns 0 and writes nothing.
- *  @return 0 if everything fitted; 1 if the text was cut to buflen - 1 bytes, or if the array is
- *          not a char array (nothing is written then). */
+ *  @param buflen size of buf; if it is 0, the function writes nothing and returns 0.
+ *  @return 0 if the whole text fits; 1 if it was cut to buflen - 1 bytes, or if the array is not a
+ *          char array (nothing is written then). */
 HCY_API int hcyGetString(const hcyArray* array, char* buf, size_t buflen);
 
 /** @} */

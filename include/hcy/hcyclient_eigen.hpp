@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file hcyclient_eigen.hpp
- * @brief Converts Eigen matrices (Eigen 3.4 or newer) to arrays and back. Not in hcyclient.hpp.
+ * @brief Converts Eigen matrices (Eigen 3.4 or newer) to arrays and back. hcyclient.hpp does not
+ *        include this header.
  *
  * @code
  * Eigen::MatrixXd A = ...;
@@ -56,8 +57,8 @@ Eigen::Map<EigenMatrix<T>> mapOf(T* data, const Array& array) {
  * @{
  */
 
-/** An array with the elements of a matrix, vector or expression, of the class of its scalars. An
- *  expression is evaluated into the array. */
+/** An array with the elements of a matrix, vector or expression. Its class is that of their scalar
+ *  type. An expression is evaluated into the array. */
 template <class Derived>
 Array toArray(const Eigen::DenseBase<Derived>& matrix) {
   using T = typename Derived::Scalar;
@@ -105,8 +106,8 @@ Array toArray(const Eigen::SparseMatrixBase<Derived>& matrix) {
 }
 
 /** The elements of a matrix in the array's own storage, for reading and writing; for a complex
- *  array, the real parts. Valid as long as a Span. Throws UsageError unless the array is full, of
- *  the class of T and of two dimensions, IncompleteReply if elements did not arrive. */
+ *  array, the real parts. Valid as long as a Span. Throws UsageError unless the array is full, has
+ *  two dimensions and is of the class of T; IncompleteReply if elements did not arrive. */
 template <class T>
 Eigen::Map<detail::EigenMatrix<T>> asEigen(Array& array) {
   detail::requireMatrix(array);
@@ -126,7 +127,7 @@ void asEigen(const Array&& array) = delete; /**< Keep the array: `Array x = ...;
 
 /** A read-only view of a sparse matrix in the array's own storage; for a complex array, the real
  *  parts. T is double or bool. Valid as long as a Span. Throws UsageError unless the array is
- *  sparse and of the class of T, IncompleteReply if it is incomplete. */
+ *  sparse and of the class of T; IncompleteReply if it is incomplete. */
 template <class T>
 Eigen::Map<const detail::EigenSparse<T>> asSparseEigen(const Array& array) {
   detail::requireMatrix(array);

@@ -2,7 +2,7 @@
 /**
  * @file hcyclient_server.h
  * @brief Serves functions of a program: the C interface of libhcyclient-server, which
- *        hcyclient_server.hpp wraps. Arrays are those of libhcyclient.
+ *        hcyclient_server.hpp wraps. It uses the arrays of libhcyclient.
  */
 #ifndef HCY_HCYCLIENT_SERVER_H
 #define HCY_HCYCLIENT_SERVER_H
@@ -13,23 +13,23 @@
 extern "C" {
 #endif
 
-/** A server that runs. Any thread may call hcyServerUrl() for it; one thread stops it. */
+/** A running server. Any thread may call hcyServerUrl() for it; only one may stop it. */
 typedef struct hcyServer hcyServer;
 
-/** One call of a function. It and its arrays are valid until the function returns, and are for the
- *  thread that called the function. */
+/** One call of a function. The call and its arrays are valid until the function returns. Only the
+ *  thread that called the function may use them. */
 typedef struct hcyServedCall {
   int32_t nargout;   /**< how many outputs are wanted, 0 or more */
   size_t nargin;     /**< how many inputs there are */
-  hcyArray** inputs; /**< the inputs; to take one over, the function sets its place to null */
-  void* internal;    /**< for the server alone */
+  hcyArray** inputs; /**< the inputs; to take ownership of one, set its pointer here to null */
+  void* internal;    /**< for internal use by the server */
 } hcyServedCall;
 
 /** A function that is served. */
 typedef struct hcyServedFunction {
-  const char* name; /**< path of its URL, without a slash before it */
-  /** Answers a call by hcyServedOutput() or hcyServedError(). Threads of the server call it,
-   * several at a time if the server has several. It must not throw. */
+  const char* name; /**< path of its URL, without a leading slash */
+  /** Answers a call with hcyServedOutput() or hcyServedError(). The threads of the server call this
+   * function, several at a time if there are several. It must not throw. */
   void (*call)(void* context, hcyServedCall* call);
   void* context; /**< passed to each call; must be valid until hcyServerStop() returns */
 } hcyServedFunction;
@@ -42,8 +42,8 @@ typedef struct hcyServedFunction {
  * @param threads    how many calls of functions may run at a time; 1 or more.
  * @param noptions   how many options there are; 0 or more.
  * @param options    options of the program hcy-local-server, such as "--port", "0"; not kept.
- * @param message    receives null, or why there is no server (null as well if memory runs out): to
- * be released by hcyFree().
+ * @param message    receives null, or the reason if the server could not start (null if there is
+ *                   no memory for it). Release it with hcyFree().
  * @return the server, or null if an option is wrong (the standard error says which), the server
  *         cannot listen, a thread cannot be started, or libhcyclient is of another version.
  */
@@ -54,29 +54,29 @@ HCY_API hcyServer* hcyServerStart(const hcyServedFunction* functions, size_t cou
 /** Returns the URL of the server, without a slash at its end; valid until hcyServerStop(). */
 HCY_API const char* hcyServerUrl(const hcyServer* server);
 
-/** Stops and destroys a server, and returns when no function runs any more. Calls that are being
- *  answered fail. Null is ignored. A function that is served must not call it. */
+/** Stops and destroys a server, and returns when no function is running any more. Calls in progress
+ *  fail. Null is ignored. A served function must not call it. */
 HCY_API void hcyServerStop(hcyServer* server);
 
 /**
- * Adds an output to a call. Extra outputs are dropped; too few fail the call.
+ * Adds an output to a call. Extra outputs are dropped. If there are too few, the call fails.
  *
  * @param call    the call.
- * @param output  the array, which the call takes over in any case. Null, which functions of
- * hcyclient.h return if memory runs out, counts as that.
- * @return 0, or 1 if memory runs out; the call then fails for that reason.
+ * @param output  the array. The call takes ownership of it, even on failure. Null means that memory
+ *                has run out.
+ * @return 0 on success; 1 if memory runs out, and then the call fails for that reason.
  */
 HCY_API int hcyServedOutput(hcyServedCall* call, hcyArray* output);
 
 /**
- * Makes a call fail with an error, whatever outputs it has; of several errors, the last one counts.
+ * Makes a call fail with an error, whatever outputs it has. The last of several errors counts.
  *
  * @param call        the call.
  * @param identifier  identifies the error, such as "my:error". Any bytes; copied, like all strings.
  * @param message     says what is wrong. Any bytes.
  * @param depth       number of stack frames; 0 stands for one frame with the name of the function.
  * @param stack       the frames, innermost first; may be null if there are none.
- * @return 0, or 1 if memory runs out; the call fails for that reason then.
+ * @return 0 on success; 1 if memory runs out, and then the call fails for that reason.
  */
 HCY_API int hcyServedError(hcyServedCall* call, const char* identifier, const char* message,
                            size_t depth, const hcyErrorStackFrame* stack);

@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /**
  * @file hcyclient_server.hpp
- * @brief Serves functions of a C++ program, for tests and prototypes. Not in hcyclient.hpp.
+ * @brief Serves functions of a C++ program, for tests and prototypes. hcyclient.hpp does not
+ *        include this header.
  *
  * @code
  * hcyclient::Server server(library);
@@ -12,9 +13,9 @@
  * const auto product = context.feval(server.url("my/scale"), {2.0, 3.0});
  * @endcode
  *
- * C++17, based on hcyclient.hpp and libhcyclient-server: link hcyclient::server. The server is the
- * one of the program hcy-local-server, on threads of this process. Its limits and timeouts apply,
- * and setOptions() enables its TLS, its log and its faults on demand.
+ * Needs C++17 and libhcyclient-server: link hcyclient::server. The server is that of the program
+ * hcy-local-server, but runs on threads of this process. The limits and timeouts of that program
+ * apply, and setOptions() enables its TLS, its log and its faults on demand.
  */
 #ifndef HCY_HCYCLIENT_SERVER_HPP
 #define HCY_HCYCLIENT_SERVER_HPP
@@ -73,17 +74,17 @@ class Server {
   ~Server() = default;
 
   /**
-   * Adds a function; of two with the same name, the later one counts.
+   * Adds a function, or replaces the one with the same name.
    *
    * @param name     path of its URL, without a leading slash.
    * @param function is called with Inputs, or with Inputs and the number of outputs that the caller
    *                 wants (an int). It returns Outputs, a std::vector<Array>, one value that
-   *                 becomes an array, or nothing. Extra outputs are dropped; too few fail the call.
-   *                 An exception that it throws is raised in the caller: a FunctionError unchanged;
-   *                 any other std::exception as an error with its what(), the identifier
-   *                 `cpp:exception` and one stack frame, which names the function.
-   * @throws UsageError if the server listens already, or the name is empty, begins with a slash or
-   *         contains an equals sign or a NUL.
+   *                 becomes an array, or nothing. Extra outputs are dropped. If there are too few,
+   *                 the call fails. An exception that it throws is raised in the caller: a
+   *                 FunctionError unchanged; any other std::exception as an error with its what(),
+   *                 the identifier `cpp:exception` and one stack frame, which names the function.
+   * @throws UsageError if the server is already listening, or if the name is empty, begins with a
+   *         slash, or contains an equals sign or a NUL.
    */
   template <class F>
   Server& add(const std::string& name, F function) {
@@ -102,8 +103,8 @@ class Server {
     return *this;
   }
 
-  /** How many functions may run at a time; 1 unless this is called. Throws UsageError for 0, or if
-   *  the server listens already. */
+  /** Sets how many functions may run at a time. The default is 1. Throws UsageError for 0, or if
+   *  the server is already listening. */
   Server& setThreads(unsigned count) {
     requireNotListening();
     if (count == 0) throw UsageError("a Server needs at least one thread");
@@ -112,7 +113,7 @@ class Server {
   }
 
   /** Sets further options of hcy-local-server, such as {"--fault", "my/scale=503@2"}. Throws
-   *  UsageError if the server listens already. */
+   *  UsageError if the server is already listening. */
   Server& setOptions(std::vector<std::string> options) {
     requireNotListening();
     options_ = std::move(options);
@@ -123,10 +124,10 @@ class Server {
    * Listens on 127.0.0.1, unless options say otherwise, and answers calls from then on.
    *
    * @param port the port; 0 picks a free one.
-   * @throws InitializationError if the server cannot listen, a thread cannot be started, an
-   *         option is wrong (the standard error says which) or libhcyclient is of another version
-   *         than libhcyclient-server; UsageError if the server listens already. It does not
-   *         listen then.
+   * @throws InitializationError if the server cannot listen, a thread cannot be started, an option
+   *         is wrong (the standard error says which) or libhcyclient is of another version than
+   *         libhcyclient-server; UsageError if the server is already listening. If it throws an
+   *         InitializationError, the server does not listen.
    */
   void listen(std::uint16_t port = 0) {
     requireNotListening();
@@ -141,13 +142,13 @@ class Server {
     server_.reset(hcyServerStart(served.data(), served.size(), threadCount_,
                                  static_cast<int>(options.size()), options.data(), &message));
     if (server_) return;
-    const std::string reason = message != nullptr ? message : "there is no memory for a server";
+    const std::string reason = message != nullptr ? message : "not enough memory for a server";
     hcyFree(message);
     throw InitializationError(reason);
   }
 
-  /** The URL of a function, or of the server if no name is given; empty unless the server listens.
-   */
+  /** The URL of a function, or of the server if no name is given; empty unless the server is
+   *  listening. */
   std::string url(const std::string& function = {}) const {
     if (!server_) return {};
     const std::string own = hcyServerUrl(server_.get());
@@ -155,7 +156,8 @@ class Server {
   }
 
   /** Stops the server, and returns when no function is running any more. Calls in progress fail.
-   *  Does nothing unless the server listens. A served function that calls it waits forever. */
+   *  Does nothing unless the server is listening. A served function must not call it: it would wait
+   *  forever. */
   void close() noexcept { server_.reset(); }
 
  private:
@@ -177,7 +179,7 @@ class Server {
   }
 
   void requireNotListening() const {
-    if (server_) throw UsageError("the Server listens already");
+    if (server_) throw UsageError("the Server is already listening");
   }
 
   static void answer(void* context, hcyServedCall* call) noexcept {
@@ -197,7 +199,8 @@ class Server {
     } catch (const std::exception& error) {
       hcyServedError(call, "cpp:exception", error.what(), 0, nullptr);
     } catch (...) {
-      hcyServedError(call, "cpp:exception", "something that is not a std::exception", 0, nullptr);
+      hcyServedError(call, "cpp:exception",
+                     "the function threw something that is not a std::exception", 0, nullptr);
     }
   }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Blocks of the heap. Those of arrays of about a MiB are kept for the next array of the same size. The C
-// library would return them to the system when an array and an output of its size are destroyed, and
-// fetch cleared memory again in every call, which can take longer than the call. At most 8 MiB are
-// kept for all threads together.
+// Blocks of the heap. Those of arrays of about a MiB are kept for the next array of the same size.
+// The C library would return them to the system when an array and an output of its size are
+// destroyed, and fetch cleared memory again in every call, which can take longer than the call. At
+// most 8 MiB are kept for all threads together.
 
 #pragma once
 

@@ -14,8 +14,8 @@ from ._settings import Results
 class AsyncClient(BaseClient):
     """Calls functions on a server from coroutines. The parameters are the same as for Client.
 
-    Calls run on threads of the client, so the event loop is never blocked. Cancelling a call, with
-    `asyncio.timeout` for instance, ends it at once for the coroutine that awaits it; the server may
+    Calls run on threads of the client, so the event loop is never blocked. Cancelling a call, for
+    example with `asyncio.timeout`, ends it at once for the coroutine that awaits it; the server may
     still run the function to its end.
     """
 
@@ -67,7 +67,7 @@ class AsyncClient(BaseClient):
     def map(self, url: Union[str, AsyncFunction], *iterables: Iterable[Any],
             workers: Optional[int] = None, nargout: int = 1, results: Optional[Results] = None,
             progress: Optional[Progress] = None) -> AsyncIterator[Any]:
-        """Call a function with the elements of iterables, several at a time.
+        """Call a function with the elements of iterables, several calls at a time.
 
         Parameters
         ----------

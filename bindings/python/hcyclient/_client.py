@@ -39,8 +39,8 @@ class Client(BaseClient):
     revocation_list_file : path, optional
         Certificate revocation lists (PEM), one for each authority in the chain.
     verify_hostname, verify_peer : bool
-        Whether the server's certificate must name the host of the URL, and whether it is verified
-        at all.
+        Whether the server's certificate must name the host of the URL, and whether its chain is
+        verified.
     results : {'natural', 'exact'}
         ``'natural'`` returns numbers, vectors, strings, dicts and lists, as described in the
         guide; ``'exact'`` keeps the shape of every array.
@@ -106,7 +106,7 @@ class Client(BaseClient):
             If the call fails. TimeoutError, ConnectionError, CertificateError, ReplyTooLarge and
             IncompleteReply are subclasses of TransportError.
         RuntimeError
-            If the client is closed, even during the call.
+            If the client is closed before or during the call.
         """
         return self._evaluate(self._url(url), arguments, nargout, results)
 
@@ -162,7 +162,7 @@ class Client(BaseClient):
     def map(self, url: Union[str, Function], *iterables: Iterable[Any],
             workers: Optional[int] = None, nargout: int = 1, results: Optional[Results] = None,
             progress: Optional[Progress] = None) -> Iterator[Any]:
-        """Call a function with the elements of iterables, several at a time.
+        """Call a function with the elements of iterables, several calls at a time.
 
         Parameters
         ----------

@@ -33,7 +33,7 @@ class Connection:
             for name, setting in settings.items():
                 getattr(runtime, 'set_' + name)(config, setting)
             if runtime.create_context(byref(self.context), config):
-                raise Error('not enough memory for a connection, or no handle from libcurl')
+                raise Error('not enough memory for a connection, or libcurl returned no handle')
         except BaseException:
             if self.context:
                 runtime.destroy_context(self.context)

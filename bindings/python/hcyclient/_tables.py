@@ -48,8 +48,8 @@ def to_pandas(table: Any) -> DataFrame:
     ----------
     table : dict, list of dicts, or structured array
         A struct whose fields are the columns (vectors, cells, or scalars for a table of one row),
-        or a struct array whose elements are the rows. The first form is by far the faster one for
-        large tables.
+        or a struct array whose elements are the rows. For large tables, the first form is much
+        faster.
 
     Returns
     -------
@@ -79,8 +79,8 @@ def to_structured(table: Any) -> NDArray:
     Returns
     -------
     numpy.ndarray
-        Each field has the dtype of its column: that of its numbers, booleans or strings, otherwise
-        object.
+        Each field has the dtype of its column if all its values are numbers, booleans or strings of
+        one type; otherwise it has the dtype object.
 
     Raises
     ------

@@ -32,7 +32,7 @@ _KINDS: dict[str, type[TransportError]] = {
 }
 _LIMIT = 'response size limit'
 _ADVICE = 'You can increase response size limit using setResponseSizeLimit method.'
-_OUR_ADVICE = "The client's argument response_size_limit increases it."
+_OUR_ADVICE = 'To raise the limit, pass a larger response_size_limit to the client.'
 
 
 def transport_error(text: str, url: str) -> TransportError:

@@ -10,8 +10,8 @@ Element = TypeVar('Element')
 
 
 class Cell(List[Element]):
-    """A list that is sent as a cell array of one row, whatever it holds. A plain list of numbers is
-    sent as a numeric array, and a plain list of dictionaries with the same keys as a struct array.
+    """A list that is always sent as a cell array of one row. A plain list of numbers is sent as a
+    numeric array, and a plain list of dictionaries with the same keys as a struct array.
 
     Examples
     --------
@@ -40,7 +40,7 @@ def complex_dtype(integer: Any) -> np.dtype[Any]:
     Parameters
     ----------
     integer : dtype, or anything that `numpy.dtype` takes
-        The dtype of the two parts, an integer type with or without a sign.
+        The dtype of the two parts: a signed or unsigned integer type.
 
     Returns
     -------

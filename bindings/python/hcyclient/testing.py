@@ -198,7 +198,7 @@ class Server:
         try:
             outputs = self._functions[name](*arguments)
         except BaseException as error:  # pylint: disable=broad-except
-            # pytest.fail() and sys.exit() raise others than Exception: the caller waits all the same.
+            # pytest.fail() and sys.exit() do not raise an Exception. The caller waits nevertheless.
             return _error(error)
         if isinstance(outputs, tuple):
             return ['outputs', *outputs[:nargout]]

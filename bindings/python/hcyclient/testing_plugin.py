@@ -10,8 +10,9 @@ hcy_server      a hcyclient.testing.Server with these functions, which is closed
     def test_prices(hcy_server, hcy_client):
         hcy_client.feval(hcy_server.url('shop/prices'), 'EUR')
 
-makes hcy_server replay the calls in the folder recordings/prices next to the test file. With
-`pytest --hcy-upstream URL`, other calls are passed on to that server and recorded.
+This mark makes hcy_server replay the calls in the folder recordings/prices next to the test file.
+With `pytest --hcy-upstream URL`, calls that are not recorded yet are passed on to that server and
+recorded.
 """
 from __future__ import annotations
 
@@ -30,8 +31,8 @@ _MARKER = 'hcy_replay'
 def pytest_addoption(parser: pytest.Parser) -> None:
     parser.getgroup('hcyclient').addoption(
         '--hcy-upstream', metavar='URL', default=None,
-        help='URL of a server; calls that a test marked hcy_replay has not recorded are passed on '
-             'to it and recorded')
+        help='URL of a server; if a test with the mark hcy_replay makes a call that is not '
+             'recorded yet, the call is passed on to this server and recorded')
 
 
 def pytest_configure(config: pytest.Config) -> None:

@@ -90,7 +90,7 @@ def test_response_size_limit(server):
             client.feval(server + '/echo', np.ones(200))
     assert 'larger than the response size limit' in raised.value.text
     assert raised.value.text.endswith(
-        'The client\'s argument response_size_limit increases it.')
+        'To raise the limit, pass a larger response_size_limit to the client.')
 
 
 def test_certificates(tls_server, files):

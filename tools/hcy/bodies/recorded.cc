@@ -30,7 +30,7 @@ RecordedBodies bodiesIn(const std::string& bytes) {
   const std::size_t requestSize = bodies.call.requestSize;
   const std::size_t size = bytes.size() - begin;
   if (requestSize > size || size - requestSize != bodies.call.replySize) {
-    throw BadInput("this file is cut short, or its bodies have been changed");
+    throw BadInput("this file is truncated, or its bodies have been changed");
   }
   bodies.request = bytes.substr(begin, requestSize);
   bodies.reply = bytes.substr(begin + requestSize);

@@ -126,7 +126,7 @@ CLI::App* addCalling(CLI::App& app, const std::string& name, const std::string& 
 void addOutput(CLI::App& app, OutputSettings& output) {
   const char* const group = "Output";
   const std::vector<std::tuple<const char*, Form, const char*>> forms = {
-      {"--json", Form::kJson, "Print each output as one line of JSON, which can be an ARG again"},
+      {"--json", Form::kJson, "Print each output as one line of JSON, which can be used as an ARG"},
       {"-r,--raw", Form::kRaw, "Print text and single numbers without quotes or class"},
       {"--csv", Form::kCsv, "Print tables as comma-separated values"},
       {"--tsv", Form::kTsv, "Print tables as tab-separated values"}};
@@ -140,7 +140,7 @@ void addOutput(CLI::App& app, OutputSettings& output) {
   }
   app.add_option(
          "-o,--output", output.files,
-         "Write to a file in the format of its ending (.json .csv .tsv .npy .txt); repeat the "
+         "Write to a file, in the format of its extension (.json .csv .tsv .npy .txt); repeat the "
          "option to write each output to its own file")
       ->type_name("FILE")
       ->expected(1)
@@ -184,7 +184,7 @@ void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& d
                const bool isNamed = !file.empty() && !file.front().empty() && file.front() != "{}";
                options.each = isNamed ? file.front() : "-";
              },
-             "Make a call for each line of a file or the standard input: a JSON list of arguments")
+             "Make a call for each line of a file or of standard input: a JSON list of arguments")
           ->type_name("[FILE]")
           ->expected(0, 1)
           ->group(group);
@@ -214,11 +214,12 @@ void addBenchSettings(CLI::App& app, Options& options) {
       ->check(between<std::uint64_t>(0, 1000000000));
   app.add_option(
          "--rate", options.rate,
-         "Calls to start per second, 0.001 to 1000000; a latency counts from when its call was due")
+         "Calls to start per second, 0.001 to 1000000; the latency of a call is measured from the "
+         "time at which it was due")
       ->type_name("R")
       ->check(between(1e-3, 1e6));
   app.add_option("--against", options.against,
-                 "Another URL to compare with; the two are called in turns")
+                 "Another URL to compare with; calls alternate between the two")
       ->type_name("URL");
   app.add_flag("--histogram", options.showsHistogram, "Show the distribution of the latencies");
   app.add_flag_callback(
@@ -227,7 +228,7 @@ void addBenchSettings(CLI::App& app, Options& options) {
 
 void addBench(CLI::App& app, Options& options) {
   CLI::App* const bench =
-      addCalling(app, "bench", "Call a function repeatedly and measure it", options);
+      addCalling(app, "bench", "Call a function repeatedly and measure latency and rate", options);
   bench
       ->add_option("--calls", options.calls,
                    "Number of calls in all [1000, or as many as fit into --duration]")
@@ -267,7 +268,7 @@ void addEncode(CLI::App& app, Options& options) {
 
 void addShow(CLI::App& app, Options& options) {
   CLI::App* const show = app.add_subcommand("show", "Show the body of a request or reply");
-  show->add_option("FILE", options.file, "The body; - for the standard input")
+  show->add_option("FILE", options.file, "The body; - for standard input")
       ->required()
       ->type_name("");
   CLI::Option* const request = show->add_flag_callback(

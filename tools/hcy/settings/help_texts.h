@@ -12,8 +12,8 @@ inline constexpr const char* kArgumentHelp = R"(An ARG is one of:
   int16:[1,2]  float32:0.5                             JSON with a class
   text:hello  text:@notes.txt  text:-                  text
   @data.json  @table.csv  @table.tsv  @a.npy           a file
-  -  csv:-  tsv:-                                      the standard input
-  '@table.csv[x,y]'  '@table.csv[x;y]'                 columns: as one ARG; as two
+  -  csv:-  tsv:-                                      standard input
+  '@table.csv[x,y]'  '@table.csv[x;y]'                 columns, as one ARG or as two
 See hcy(1) for more.
 )";
 
