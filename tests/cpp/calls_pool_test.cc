@@ -76,6 +76,20 @@ TEST_F(CppPool, takesInputsInBraces) {
             (std::vector<double>{2, 4}));
 }
 
+// The container shares its element, and changes while the call waits.
+TEST_F(CppPool, copiesElementsOfContainers) {
+  Pool pool(config, 1);
+  Array cell = Array::cellOf({1.0});
+  static_cast<void>(pool.call(sleep, 0.2));
+  std::future<Array> one = pool.call(echo, cell[0]);
+  std::future<std::vector<Array>> same = pool.feval(echo, {cell[0]});
+  Array element = cell[0];
+  element.span<double>()[0] = 2;
+  EXPECT_EQ(cell[0].scalar(), 2);
+  EXPECT_EQ(one.get().scalar(), 1);
+  EXPECT_EQ(same.get()[0].scalar(), 1);
+}
+
 TEST_F(CppPool, givesAFixedNumberOfOutputs) {
   Pool pool(config, 2);
   auto decomposed = pool.feval<3>(server.url("/linalg/svd"), Array({3.0, 0.0}, {2, 1}));

@@ -12,6 +12,7 @@
 #include <hcy/cpp/context.hpp>
 #include <hcy/cpp/error.hpp>
 #include <hcy/cpp/input.hpp>
+#include <hcy/cpp/slot.hpp>
 #include <initializer_list>
 #include <type_traits>
 #include <utility>
@@ -67,12 +68,15 @@ class JobOf : public Job {
   std::promise<Result> promise_;
 };
 
-// An array for the queue: an lvalue is copied, since the caller keeps it.
+// An array for the queue: an lvalue is copied, since the caller keeps it, and so is an element of a
+// container, which the container shares.
 template <class T>
 Array kept(T&& value) {
   requireInputs<T>();
   if constexpr (std::is_same_v<T, Array&> || std::is_same_v<T, const Array&>) {
     return value.copy();
+  } else if constexpr (std::is_same_v<std::decay_t<T>, Slot>) {
+    return std::forward<T>(value).copy();
   } else {
     return Array(std::forward<T>(value));
   }

@@ -167,9 +167,9 @@ class Pool {
     return submitFeval<N>(url, detail::queued(inputs));
   }
 
-  /** Makes a call for one output. Inputs are the same as for Context::call(); an Array, or a
-   *  std::vector<Array> alone, is moved in if it is an rvalue, and copied otherwise. Otherwise the
-   *  same as feval(). */
+  /** Makes a call for one output. Inputs are the same as for Context::call(). An Array, or a
+   *  std::vector<Array> alone, is moved in if it is an rvalue, and copied otherwise; an element of
+   * a container (`cell[0]`) is copied. Otherwise the same as feval(). */
   template <class... Values>
   std::future<Array> call(std::string_view url, Values&&... values) {
     return submitCall(url, detail::queuedValues(std::forward<Values>(values)...));
