@@ -2,16 +2,14 @@
 
 #include "http/kept_connections.h"
 
-#include <sys/socket.h>
-#include <sys/stat.h>
-
 #include <algorithm>
+
+#include "http/sockets.h"
 
 namespace hcy {
 
 bool KeptConnections::Connection::isOpen() const {
-  struct stat status {};
-  return ::fstat(socket, &status) == 0 && S_ISSOCK(status.st_mode) && status.st_ino == inode;
+  return identity != 0 && socketIdentity(socket) == identity;
 }
 
 void KeptConnections::note(CURL* handle) {
@@ -28,9 +26,9 @@ void KeptConnections::note(CURL* handle) {
   std::ranges::replace_if(
       connections_, [](const Connection& connection) { return !connection.isOpen(); },
       Connection{});
-  struct stat status {};
-  if (last.socket == CURL_SOCKET_BAD || ::fstat(last.socket, &status) != 0) return;
-  last.inode = status.st_ino;
+  if (last.socket == CURL_SOCKET_BAD) return;
+  last.identity = socketIdentity(last.socket);
+  if (last.identity == 0) return;
   const auto isFree = [&last](const Connection& connection) {
     return connection.socket == last.socket || connection.socket == CURL_SOCKET_BAD;
   };
@@ -39,10 +37,8 @@ void KeptConnections::note(CURL* handle) {
 
 void KeptConnections::dropUnread() const {
   for (const Connection& connection : connections_) {
-    char byte = 0;
-    if (connection.socket != CURL_SOCKET_BAD &&
-        ::recv(connection.socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0) {
-      ::shutdown(connection.socket, SHUT_RDWR);
+    if (connection.socket != CURL_SOCKET_BAD && hasUnread(connection.socket)) {
+      shutDown(connection.socket);
     }
   }
 }

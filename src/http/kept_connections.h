@@ -3,9 +3,9 @@
 #pragma once
 
 #include <curl/curl.h>
-#include <sys/types.h>
 
 #include <array>
+#include <cstdint>
 
 namespace hcy {
 
@@ -21,11 +21,10 @@ class KeptConnections {
   void dropUnread() const;
 
  private:
-  // The number of a socket that libcurl has closed may be that of another file by now: only the
-  // inode tells.
+  // The number of a socket that libcurl has closed may be that of another file by now.
   struct Connection {
     curl_socket_t socket = CURL_SOCKET_BAD;
-    ino_t inode = 0;
+    std::uint64_t identity = 0;
     bool isOpen() const;
   };
 

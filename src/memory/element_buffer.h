@@ -74,7 +74,7 @@ class ElementBuffer {
   void truncate(std::size_t size) { size_ = size & kLargest; }
 
  private:
-  enum class Place : std::uint8_t { Inline, Heap, Mapped, Inside };
+  enum class Place : std::uint64_t { Inline, Heap, Mapped, Inside };
   struct Block {
     std::byte* data;
     union {

@@ -22,7 +22,17 @@ constexpr std::size_t kMiB = std::size_t{1} << 20;
 // Sizes on either side of whole pages.
 constexpr std::size_t sizes[] = {8 * kMiB, 8 * kMiB + 1, 9 * kMiB - 1, 9 * kMiB};
 
-TEST(LargeBlock, BeginsWhereAHugePageCan) {
+// A block is memory mapped for it alone, and not of the heap.
+class MappedBlock : public testing::Test {
+ protected:
+  void SetUp() override {
+#ifdef HCY_PORTABLE
+    GTEST_SKIP() << "blocks are of the heap";
+#endif
+  }
+};
+
+TEST_F(MappedBlock, BeginsWhereAHugePageCan) {
   for (const std::size_t size : sizes) {
     char* const block = mapLargeBlock(size);
     ASSERT_NE(block, nullptr);
@@ -32,7 +42,7 @@ TEST(LargeBlock, BeginsWhereAHugePageCan) {
   }
 }
 
-TEST(LargeBlock, TakesNoMoreThanItsPages) {
+TEST_F(MappedBlock, TakesNoMoreThanItsPages) {
   const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
   for (const std::size_t size : sizes) {
     const std::size_t before = test::mappedBytes();
@@ -44,7 +54,6 @@ TEST(LargeBlock, TakesNoMoreThanItsPages) {
 }
 
 TEST(LargeBlock, KeepsWhatItHoldsWhenItIsResized) {
-  const std::size_t before = test::mappedBytes();
   std::size_t size = 8 * kMiB + 1;
   char* block = mapLargeBlock(size);
   ASSERT_NE(block, nullptr);
@@ -58,6 +67,15 @@ TEST(LargeBlock, KeepsWhatItHoldsWhenItIsResized) {
     EXPECT_EQ(std::memcmp(block, block + 1, 8 * kMiB), 0);
   }
   unmapLargeBlock(block, size);
+}
+
+TEST_F(MappedBlock, IsReleasedAfterItWasResized) {
+  const std::size_t before = test::mappedBytes();
+  char* const block = mapLargeBlock(8 * kMiB + 1);
+  ASSERT_NE(block, nullptr);
+  char* const resized = resizeLargeBlock(block, 8 * kMiB + 1, 64 * kMiB + 1);
+  ASSERT_NE(resized, nullptr);
+  unmapLargeBlock(resized, 64 * kMiB + 1);
   EXPECT_EQ(test::mappedBytes(), before);
 }
 
@@ -87,7 +105,7 @@ std::string flagsOf(const char* address) {
   return "";
 }
 
-TEST(LargeBlock, AsksForHugePages) {
+TEST_F(MappedBlock, AsksForHugePages) {
   if (!std::filesystem::exists("/sys/kernel/mm/transparent_hugepage")) {
     GTEST_SKIP() << "this kernel has none";
   }
