@@ -91,7 +91,7 @@ void requireReplayFolder(const Options& options) {
 }
 
 void addRecording(CLI::App& app, Options& options) {
-  const char* const group = "Another server";
+  const char* const group = "Recording and replaying";
   UpstreamOptions& upstream = options.upstream;
   CLI::Option* const url =
       app.add_option("--upstream", upstream.url, "Pass calls on to the server at this URL")

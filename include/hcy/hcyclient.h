@@ -475,11 +475,11 @@ HCY_API hcyArray* hcyCreateSparseLogicalMatrix(size_t m, size_t n, size_t nzmax)
  *
  * If an array in a reply holds fewer elements than its dimensions say (because it was truncated at
  * the response size limit, or the server sent too few), the functions return null for it. This also
- * applies to the elements of a container in a reply. A pointer that is not null therefore points to
- * as many elements as hcyGetNumberOfElements() says. Setting the dimensions (hcySetM(), hcySetN(),
- * hcySetDimensions()) fills the missing elements with zeros; the pointers are then available, and
- * you can no longer tell which elements arrived. If such an array is sent, duplicated or stored,
- * only the elements that arrived are included.
+ * applies to the elements of a container in a reply. So if a pointer to the data of an array that
+ * is not sparse is not null, it points to as many elements as hcyGetNumberOfElements() says.
+ * Setting the dimensions (hcySetM(), hcySetN(), hcySetDimensions()) fills the missing elements with
+ * zeros; the pointers are then available, and you can no longer tell which elements arrived. If
+ * such an array is sent, duplicated or stored, only the elements that arrived are included.
  *
  * The indices of a sparse array in a reply are available only if they describe a compressed-column
  * matrix of its dimensions: there are columns + 1 column starts, which begin with 0, never decrease

@@ -42,8 +42,8 @@ typedef struct hcyServedFunction {
  * @param threads    how many calls of functions may run at a time; 1 or more.
  * @param noptions   how many options there are; 0 or more.
  * @param options    options of the program hcy-local-server, such as "--port", "0"; not kept.
- * @param message    receives null, or the reason if the server could not start (null if there is
- *                   no memory for it). Release it with hcyFree().
+ * @param message    must not be null. Receives null on success, and the reason on failure (null if
+ *                   memory runs out). Release it with hcyFree().
  * @return the server, or null if an option is wrong (the standard error says which), the server
  *         cannot listen, a thread cannot be started, or libhcyclient is of another version.
  */

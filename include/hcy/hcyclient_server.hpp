@@ -48,7 +48,7 @@ class Server {
   /** The inputs of a function, as Context::feval() would return them. */
   using Inputs = std::vector<Array>;
 
-  /** The outputs of a function: arrays, or values that become arrays,
+  /** The outputs of a function: arrays, or values that become arrays, as in
    *  `Outputs{std::move(a), 2.0, "text"}`. Arrays are moved; `a.copy()` makes a copy. */
   class Outputs : public std::vector<Array> {
    public:

@@ -23,8 +23,8 @@ class _Descriptor(ctypes.c_int):
 
 
 class Bell:
-    """Counts rings: each ends one wait. A ring only says that it is time to look: it may be a late
-    one, for an earlier event."""
+    """Counts rings: each ends one wait. After a wait, check whether the event has happened, because
+    the ring may be a late one, for an earlier event."""
 
     def __init__(self) -> None:
         self._number = os.eventfd(0, os.EFD_SEMAPHORE | os.EFD_CLOEXEC)

@@ -93,8 +93,8 @@ class Call:
             del failure
 
     def run(self, connection: Connection) -> bool:
-        """Run on a thread of the pool. Raises nothing, and returns whether the call was wanted to
-        its end."""
+        """Run on a thread of the pool. Raises nothing. Returns whether somebody still wanted the
+        call when it ended."""
         raise NotImplementedError
 
     def fail(self, error: BaseException) -> None:

@@ -31,7 +31,7 @@ def _is_vector(shape: Shape) -> bool:
 
 
 def _are_scalars(elements: list[Handle], number: int) -> bool:
-    """Whether each element is a single real number of this class, and not of more dimensions."""
+    """Whether each element is a single real number of this class, with at most two dimensions."""
     return (set(map(get_class, elements)) == {number}
             and set(map(get_element_count, elements)) == {1}
             and not any(map(is_complex, elements)) and not any(map(is_sparse, elements))
@@ -39,7 +39,7 @@ def _are_scalars(elements: list[Handle], number: int) -> bool:
 
 
 def _are_strings(elements: list[Handle]) -> bool:
-    """Whether each element is a row of characters, or empty, and not of more dimensions."""
+    """Whether each element is a row of characters, or empty, with at most two dimensions."""
     return (set(map(get_class, elements)) == {CHAR}
             and set(map(get_row_count, elements)) <= {0, 1}
             and max(map(get_dimension_count, elements)) <= 2)

@@ -202,7 +202,7 @@ def _complex_numbers(number: int, real: NDArray, imaginary: NDArray) -> NDArray:
 
 
 def code_units(handle: Handle, count: int) -> Any:
-    """The address of this many code units."""
+    """The address of the code units of an array. Raises an error unless all `count` arrived."""
     address = library.get_chars(handle)
     if not address:
         raise missing_elements(count)

@@ -70,7 +70,7 @@ def _start() -> Runtime:
 
 
 def acquire() -> Runtime:
-    """The runtime for one more user, who must call release() in the end."""
+    """The runtime for one more user, which must call release() when it no longer needs it."""
     global _users, _runtime
     with _lock:
         _users += 1  # first, so that nobody shuts it down from here on

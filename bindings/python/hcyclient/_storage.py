@@ -35,8 +35,8 @@ _TYPE_NAMES = {dtype: dtype.str for dtype in [*DTYPES, CHAR_UNIT, SIZE]}
 
 
 def view(owner: Any, address: int, shape: Shape, dtype: np.dtype[Any]) -> NDArray:
-    """A view, in column-major order, of the elements at the address, which belong to the owner. All
-    of them must be there, and at least one."""
+    """A view, in column-major order, of the elements at the address, which belong to the owner.
+    There must be at least one, and storage for all of them."""
     step = dtype.itemsize
     strides = []
     for dimension in shape:

@@ -219,7 +219,8 @@ def _error(error: BaseException) -> list[Any]:
 
 
 def _unusable_output(error: Exception, function: str) -> list[Any]:
-    """The answer that sends the refusal of an output, which is an argument of the worker's call."""
+    """The answer that reports an output that cannot be converted. The message calls it an argument,
+    because outputs are arguments of the worker's call."""
     message = re.sub(r'^argument (\d+)',
                      lambda match: f'output {int(match[1]) - _BEFORE_OUTPUTS} of {function}',
                      str(error))

@@ -425,7 +425,8 @@ class Array : public ArrayElements {
   bool equalValues(const Array& other) const;
 
   void addValue(const char* name, hcyArray* value);
-  // The same where elements of a container move: those that did not arrive are the last ones.
+  // Like requireWhole(), for changes that move the elements of a container: it is enough to check
+  // the last one, because elements that did not arrive are always the last ones.
   void requireElements() const;
 
   template <class Iterator>

@@ -87,9 +87,9 @@ class ArrayElements : public ArrayHandle {
   T scalar() const;
   /** The text of a char array, in column-major order, as UTF-8; empty if there are no elements.
    *  Throws UsageError if the array is of another class or ends in a surrogate without a code unit
-   *  after it, IncompleteReply if code units did not arrive. Other unpaired surrogates give bytes
-   *  that are not valid UTF-8, as with hcyArrayToString(). Unlike there, NUL is a character like
-   *  any other. */
+   *  after it, IncompleteReply if code units did not arrive. Other unpaired surrogates become
+   *  bytes that are not valid UTF-8, as with hcyArrayToString(). Unlike there, a NUL does not end
+   *  the string. */
   std::string toString() const {
     const Span<const char16_t> units = span<char16_t>();
     return detail::utf8Of(units.data(), units.size());

@@ -79,9 +79,9 @@ class Config {
     return std::chrono::seconds(runtime_->getTimeOut(settings()));
   }
   /** Sets the size in bytes of the largest reply body that is accepted. If a reply declares a
-   *  longer body, the call fails. If a longer body declares no length, it is cut at the limit, and
-   *  arrays that are then incomplete throw IncompleteReply. Throws UsageError unless the size is
-   *  between 0 and 4294967295; 0 refuses every body of a declared length. */
+   *  longer body, the call fails. A longer body whose length is not declared is cut at the limit;
+   *  if that makes an array incomplete, IncompleteReply is thrown. Throws UsageError unless the
+   *  size is between 0 and 4294967295; 0 refuses every body whose length is declared. */
   Config& setResponseSizeLimit(std::uint64_t bytes) {
     if (bytes > UINT32_MAX) throw UsageError("the response size limit is out of range");
     runtime_->setResponseSizeLimit(settings(), static_cast<std::uint32_t>(bytes));

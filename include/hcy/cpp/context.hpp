@@ -46,7 +46,7 @@ class Handles {
   std::vector<Handle> many_;
 };
 
-// Whether somebody is at work. Whoever moves an object moves it while nobody is.
+// Whether a call is in progress. An object is moved only while there is none.
 class BusyFlag {
  public:
   BusyFlag() = default;
@@ -63,7 +63,8 @@ class BusyFlag {
   std::atomic<bool> isRaised_ = false;
 };
 
-// libcurl would also read files and speak other protocols, and guess where the URL names none.
+// libcurl would also read files and speak other protocols, and guess the protocol if the URL does
+// not name one.
 inline void requireHttp(std::string_view url) {
   for (const std::string_view scheme : {"http://", "https://"}) {
     const auto isSame = [](char lower, char c) {
@@ -110,8 +111,9 @@ class Context {
    * @throws CallError if the call fails: HttpError, FunctionError or TransportError.
    * @throws IncompleteReply if an output is incomplete (elements of cells and structs are checked
    *         when they are read).
-   * @throws UsageError if the call cannot be made: the URL has no scheme or another one, an Array
-   *         is empty, the Context has been moved from, or another thread is making a call on it.
+   * @throws UsageError if the call cannot be made: the URL does not begin with http:// or https://,
+   *         an Array is empty, the Context has been moved from, or another thread is making a call
+   *         on it.
    */
   template <class... Values>
   Array call(const CString& url, Values&&... inputs) {

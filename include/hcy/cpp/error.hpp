@@ -147,7 +147,7 @@ class FunctionError : public CallError {
 
   /** The identifier of the error, such as `halcyon:argument:size`. */
   const std::string& identifier() const noexcept { return details_->identifier; }
-  /** The stack in the server's order, the innermost function first. */
+  /** The stack, in the server's order. */
   const std::vector<StackFrame>& stack() const noexcept { return details_->stack; }
 
  private:

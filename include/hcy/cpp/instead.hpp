@@ -35,7 +35,7 @@ using IfEnum = std::enable_if_t<std::is_enum_v<T>, int>;
 // Rows whose numbers could also be the dimensions of a shape.
 template <class T>
 using IfSize = std::enable_if_t<isInteger<T>, int>;
-// Two rows that are not values and their shape, or more rows than that.
+// Two rows, of which the second cannot be a shape, or more than two rows.
 template <class Second, class... More>
 using IfRowLists = std::enable_if_t<(!isInteger<Second> || sizeof...(More) > 0), int>;
 

@@ -68,8 +68,8 @@ class JobOf : public Job {
   std::promise<Result> promise_;
 };
 
-// An array for the queue: an lvalue is copied, since the caller keeps it, and so is an element of a
-// container, which the container shares.
+// An array for the queue: an lvalue is copied, since the caller keeps it, and so is a Slot, whose
+// array the container shares.
 template <class T>
 Array kept(T&& value) {
   requireInputs<T>();
@@ -82,8 +82,8 @@ Array kept(T&& value) {
   }
 }
 
-// An element of a list of inputs in braces. Its Array is mutable, as the elements of such a list
-// are const, and the Pool moves the Array to its queue.
+// An element of a list of inputs in braces. Its Array is mutable because the elements of such a
+// list are const, but the Pool must move the Array to its queue.
 class QueuedInput {
  public:
   template <class T, IfInput<T> = 0>

@@ -60,7 +60,7 @@ struct PoolOptions {
  * SIGPIPE. The Library must outlive the Pool.
  */
 class Pool {
-  // Waits for all, as they use what the caller owns.
+  // Waits for all calls, because they use objects that the caller owns.
   struct Results {
     Results() = default;
     Results(const Results&) = delete;
@@ -168,8 +168,9 @@ class Pool {
   }
 
   /** Makes a call for one output. Inputs are the same as for Context::call(). An Array, or a
-   *  std::vector<Array> alone, is moved in if it is an rvalue, and copied otherwise; an element of
-   * a container (`cell[0]`) is copied. Otherwise the same as feval(). */
+   *  std::vector<Array> alone, is moved in if it is an rvalue. An lvalue is copied, and so is an
+   *  element of a container that is not const (`cell[0]`). In other respects, the call is the same
+   * as feval(). */
   template <class... Values>
   std::future<Array> call(std::string_view url, Values&&... values) {
     return submitCall(url, detail::queuedValues(std::forward<Values>(values)...));

@@ -37,8 +37,8 @@ struct PrintLimits {
 
 /** The array as text without a final line end: class and shape, then the value of a single number
  *  or string, or the elements on separate lines. What the limits leave out is counted
- *  ("… 5 more rows"). An empty Array gives "(no array)". Throws IncompleteReply if elements did not
- *  arrive. */
+ *  ("… 5 more rows"). For an empty Array, the text is "(no array)". Throws IncompleteReply if
+ *  elements did not arrive. */
 inline std::string format(const Array& array, const PrintLimits& limits = {});
 
 /** @} */

@@ -90,7 +90,7 @@ struct RowsOf<Rows, std::void_t<RangeValue<RangeValue<Rows>>>> {
 template <class Rows>
 using IfRows = std::enable_if_t<RowsOf<Rows>::exist, int>;
 
-// A range of anything except an Array, whose elements could become several things.
+// A range of any values, but not an Array: it is not clear what its elements should become.
 template <class R>
 using IfRange =
     std::enable_if_t<!std::is_base_of_v<Array, R> && !std::is_same_v<RangeValue<R>, void>, int>;

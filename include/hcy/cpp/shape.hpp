@@ -42,8 +42,8 @@ class Size {
   std::size_t value_;
 };
 
-/** Dimensions: rows, columns, and so on. One dimension alone means n-by-1. They may be of any
- *  integer type: `{rows, 3}`. */
+/** Dimensions: rows, columns, and so on. One dimension alone means n-by-1. The dimensions may be of
+ *  any integer type: `{rows, 3}`. */
 class Shape : public std::vector<std::size_t> {
  public:
   Shape() = default;

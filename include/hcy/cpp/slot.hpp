@@ -193,11 +193,12 @@ class Slot {
   template <class T, class U, detail::IfIntegers<T, U> = 0>
   void operator()(T, U) const = delete; /**< An element is cell[0].at<double>(i, j). */
 
-  /** Element i of the element, which is a cell array. */
+  /** Element i of the cell array that this Slot refers to. */
   Slot operator[](Size i) && { return {fetch(), this, i, nullptr}; }
-  /** A field of the element, which is a struct array. */
+  /** A field of the struct array that this Slot refers to; of its first element if it has several.
+   */
   Slot operator()(const CString& field) && { return {fetch(), this, 0, field.c_str()}; }
-  /** A field of element i of the element, which is a struct array. */
+  /** A field of element i of the struct array that this Slot refers to. */
   Slot operator()(Size i, const CString& field) && { return {fetch(), this, i, field.c_str()}; }
 
  private:
@@ -313,7 +314,7 @@ inline void Array::requireElements() const {
 
 inline void Array::resize(const Shape& shape) {
   if (shape.empty()) throw UsageError("the shape has no dimensions");
-  // Checked first: the library would write dimensions, and not undo that.
+  // Checked first, because the library would write the dimensions before it fails.
   const int fields = std::max(hcyGetNumberOfFields(handle()), 1);
   detail::requireSizes(shape.data(), shape.size(), false, static_cast<std::uint64_t>(fields));
   if (isSparse()) detail::requireSizes(shape.data(), shape.size(), true);

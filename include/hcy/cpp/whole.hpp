@@ -21,8 +21,8 @@ struct Destroyer {
   void operator()(hcyArray* handle) const noexcept { hcyDestroyArray(handle); }
 };
 
-// Whether no imaginary parts are missing. A complex array that the program resized to no elements
-// and back has none, but none are missing: a copy of it is real.
+// Whether the imaginary parts are complete. A complex array that the program resized to no elements
+// and back has lost them, but is not an incomplete reply: a copy of it is real.
 inline bool hasImaginaryParts(const hcyArray* array) {
   if (hcyGetImagData(array) != nullptr) return true;
   const std::unique_ptr<hcyArray, Destroyer> copy(hcyDuplicateArray(array));

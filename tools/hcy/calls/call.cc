@@ -50,7 +50,7 @@ void showRetry(const hcyclient::CallError& problem, double seconds) {
   if (!message.starts_with("Number of outputs received from VORTEN, 0,")) throw;
   throw hcyclient::TransportError(message +
                                   " The reply may be an HTML page of a gateway or of another "
-                                  "server; hcy call -v tells.");
+                                  "server; use hcy call -v to see.");
 }
 
 std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
