@@ -10,9 +10,11 @@ import ctypes
 import os
 import select
 import threading
-from typing import List
+from typing import Any, List
 
 from ._library import uninterrupted_method
+
+_system: Any = os  # older type stubs lack eventfd
 
 
 class _Descriptor(ctypes.c_int):
@@ -27,21 +29,21 @@ class Bell:
     the ring may be a late one, for an earlier event."""
 
     def __init__(self) -> None:
-        self._number = os.eventfd(0, os.EFD_SEMAPHORE | os.EFD_CLOEXEC)
+        self._number = _system.eventfd(0, _system.EFD_SEMAPHORE | _system.EFD_CLOEXEC)
         self._owner = _Descriptor(self._number)
         self._poll = select.poll()
         self._poll.register(self._number, select.POLLIN)
 
     def ring(self) -> None:
-        os.eventfd_write(self._number, 1)
+        _system.eventfd_write(self._number, 1)
 
     def wait(self) -> None:
-        os.eventfd_read(self._number)
+        _system.eventfd_read(self._number)
 
     def wait_at_most(self, milliseconds: int) -> None:
         """Only one thread at a time may call this."""
         if self._poll.poll(milliseconds):
-            os.eventfd_read(self._number)
+            _system.eventfd_read(self._number)
 
 
 class _OfThread(threading.local):

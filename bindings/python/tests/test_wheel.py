@@ -44,7 +44,7 @@ def test_it_holds_what_it_should(wheel):
         licences + name for name in ('LICENSE', 'LICENSE.other')}
     assert 'Root-Is-Purelib: false' in description
     assert f'Tag: py3-none-linux_{platform.machine()}' in description
-    for line in ('Name: hcyclient', 'Version: 1.1.0', 'Requires-Python: >=3.9',
+    for line in ('Name: hcyclient', 'Version: 1.1.0', 'Requires-Python: >=3.10',
                  'Requires-Dist: numpy', 'License: Apache-2.0'):
         assert line in metadata
     assert 'hcyclient = hcyclient.testing_plugin' in plugin
