@@ -212,7 +212,7 @@ TEST(CppConfig, refusesWhatTheLibraryCannotHold) {
   EXPECT_THROW(config.setTimeout(std::chrono::seconds(-1)), UsageError);
   EXPECT_THROW(config.setTimeout(std::chrono::seconds(std::int64_t{1} << 32)), UsageError);
   EXPECT_THROW(config.setResponseSizeLimit(std::uint64_t{1} << 32), UsageError);
-  EXPECT_THROW(config.setResponseSizeLimit(-1), UsageError);
+  EXPECT_THROW(config.setResponseSizeLimit(UINT64_MAX), UsageError);
   EXPECT_THROW(config.setAuthorityFile(std::string("a\0b", 3)), UsageError);
   EXPECT_EQ(library.runtime()->getTimeOut(config.get()), 120U);
   EXPECT_STREQ(library.runtime()->getCAFile(config.get()), "");
