@@ -2,11 +2,23 @@
 
 #include "memory/kept_blocks.h"
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#include <sanitizer/asan_interface.h>
+#endif
+#endif
+
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+
+// So that AddressSanitizer reports who uses a block that is kept.
+#ifndef ASAN_POISON_MEMORY_REGION
+#define ASAN_POISON_MEMORY_REGION(begin, size)
+#define ASAN_UNPOISON_MEMORY_REGION(begin, size)
+#endif
 
 namespace hcy {
 namespace {
@@ -18,7 +30,10 @@ class KeptBlocks {
     for (Place& place : places_) {
       std::byte* const block = place.exchange(nullptr);
       if (block == nullptr) continue;
-      if (sizeOf(block) == size) return block;
+      if (sizeOf(block) == size) {
+        ASAN_UNPOISON_MEMORY_REGION(block, size);
+        return block;
+      }
       if (!put(block, place)) std::free(block);
     }
     return nullptr;
@@ -26,6 +41,7 @@ class KeptBlocks {
 
   void keep(std::byte* block, std::size_t size) {
     std::memcpy(block, &size, sizeof size);
+    ASAN_POISON_MEMORY_REGION(block + sizeof size, size - sizeof size);
     const auto takesIt = [&](Place& place) { return put(block, place); };
     if (std::any_of(places_.begin(), places_.end(), takesIt)) return;
     std::free(places_[next_++ % places_.size()].exchange(block));

@@ -11,22 +11,9 @@
 
 namespace hcy {
 
-// AddressSanitizer holds back released memory itself, and reports uses of it.
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define HCY_NO_KEPT_BLOCKS
-#endif
-#endif
-
-#ifdef HCY_NO_KEPT_BLOCKS
-inline constexpr bool kKeepsBlocks = false;
-#else
-inline constexpr bool kKeepsBlocks = true;
-#endif
-
 // Smaller blocks stay on the heap anyway.
 constexpr bool isKept(std::size_t size) {
-  return kKeepsBlocks && size >= std::size_t{128} << 10 && size <= std::size_t{2} << 20;
+  return size >= std::size_t{128} << 10 && size <= std::size_t{2} << 20;
 }
 
 // Whatever the block holds, or zeros. Null if memory runs out. std::realloc() may resize it.

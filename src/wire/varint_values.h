@@ -59,6 +59,7 @@ inline std::uint32_t firstThree(const std::uint8_t* varint, std::size_t length) 
 }
 
 template <class Element>
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): only what was added is read
 class VarintValues {
  public:
   static constexpr std::size_t kRoom = 128;

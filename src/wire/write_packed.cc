@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
-#include <array>
 #include <type_traits>
 
 #include "wire/ascii_runs.h"
@@ -69,8 +68,8 @@ std::uint8_t* writeUnit(char16_t unit, std::uint8_t* out) {
 template <class Element, std::size_t size>
 requires(sizeof(Element) == 8) std::uint8_t* writeEach(std::span<const Element, size> elements,
                                                        std::uint8_t* out) {
-  std::array<std::uint64_t, size> first;
-  std::array<std::uint64_t, size> last;
+  std::uint64_t first[size];
+  std::uint64_t last[size];
   for (std::size_t i = 0; i < size; ++i) {
     const auto value = static_cast<std::uint64_t>(elements[i]);
     first[i] = spread(value);
@@ -89,8 +88,8 @@ requires(sizeof(Element) == 8) std::uint8_t* writeEach(std::span<const Element, 
 template <class Element, std::size_t size>
 requires(sizeof(Element) == 2) std::uint8_t* writeEach(std::span<const Element, size> elements,
                                                        std::uint8_t* out) {
-  std::array<std::uint32_t, size> first;
-  std::array<std::uint32_t, size> lengths;
+  std::uint32_t first[size];
+  std::uint32_t lengths[size];
   for (std::size_t i = 0; i < size; ++i) {
     // Sign-extended to 64 bits: of a negative number, seven bytes and the rest of the third are
     // constant.

@@ -28,10 +28,7 @@ std::size_t allocatedBytes() {
 
 class KeptBlocks : public testing::Test {
  protected:
-  void SetUp() override {
-    if (!kKeepsBlocks) GTEST_SKIP();
-    releaseKeptBlocks();
-  }
+  void SetUp() override { releaseKeptBlocks(); }
   void TearDown() override { releaseKeptBlocks(); }
 };
 
@@ -73,6 +70,7 @@ TEST_F(KeptBlocks, TakeNoMoreThanEightMebibytes) {
   std::vector<std::byte*> blocks(100);
   for (std::size_t i = 0; i < blocks.size(); ++i) blocks[i] = allocateBlock(2 * kMebi - i);
   for (std::size_t i = 0; i < blocks.size(); ++i) releaseBlock(blocks[i], 2 * kMebi - i);
+  if (before == 0) GTEST_SKIP() << "AddressSanitizer has a heap of its own";
   EXPECT_GE(allocatedBytes() - before, 7 * kMebi);
   EXPECT_LE(allocatedBytes() - before, 8 * kMebi + kRoundedUp);
   releaseKeptBlocks();
@@ -83,6 +81,7 @@ TEST_F(KeptBlocks, OfSizesThatAreNotAskedForMakeRoom) {
   const std::size_t before = allocatedBytes();
   for (std::size_t i = 0; i < 4; ++i) releaseBlock(allocateBlock(kMebi + i), kMebi + i);
   releaseBlock(allocateBlock(kMebi / 2), kMebi / 2);
+  if (before == 0) GTEST_SKIP() << "AddressSanitizer has a heap of its own";
   EXPECT_NEAR(static_cast<double>(allocatedBytes() - before), 3.5 * kMebi, kRoundedUp);
 }
 
@@ -110,6 +109,7 @@ TEST_F(KeptBlocks, AreReleasedWithTheLibrary) {
   hcyDestroyArray(hcyCreateDoubleMatrix(kMebi / 8, 1, hcyREAL));
   const std::size_t before = allocatedBytes();
   hcyTerminate();
+  if (before == 0) GTEST_SKIP() << "AddressSanitizer has a heap of its own";
   EXPECT_LE(allocatedBytes() + kMebi, before);
 }
 
