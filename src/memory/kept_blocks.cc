@@ -71,10 +71,9 @@ class KeptBlocks {
 
 constinit KeptBlocks kept;
 
-// Arrays may still be destroyed afterwards, by static objects of the program.
-const struct AtUnload {
-  ~AtUnload() { kept.release(); }
-} atUnload;
+// When the library is unloaded, or the program ends. Static objects of the program may destroy
+// arrays afterwards.
+[[maybe_unused]] const int isReleasedAtUnload = std::atexit(releaseKeptBlocks);
 
 }  // namespace
 
