@@ -41,7 +41,7 @@ std::string_view valueOf(const HeaderFields& fields, std::string_view name);
 std::string headerLineOf(const RecordedCall& call);
 
 // What the line at the beginning of these bytes says of the call. Throws std::runtime_error if
-// there is no such line.
+// they do not begin with one.
 RecordedCall recordedCallFrom(std::string_view beginning);
 
 }  // namespace hcy::server

@@ -657,11 +657,11 @@ HCY_API hcyArray* hcyGetField(const hcyArray* array, size_t index, const char* n
 HCY_API void hcySetField(hcyArray* array, size_t index, const char* name, hcyArray* value);
 
 /** The same as hcyGetField() with the name of field n (zero-based): if two fields have the same
- *  name, the first one. Also null if there is no field n. */
+ *  name, the first one. Also null if n is not the number of a field. */
 HCY_API hcyArray* hcyGetFieldByNumber(const hcyArray* array, size_t index, int n);
 
 /** The same as hcySetField() with the name of field n (zero-based): if two fields have the same
- *  name, the first one. Also ignored if there is no field n. */
+ *  name, the first one. Also ignored if n is not the number of a field. */
 HCY_API void hcySetFieldByNumber(hcyArray* array, size_t index, int n, hcyArray* value);
 
 /** Adds a field after the others, unset in every element, and returns its number (zero-based). If

@@ -11,7 +11,8 @@
 
 namespace hcy {
 
-// Tells a socket from others that get its number once it is closed; 0 if there is no such socket.
+// A number that another socket does not have, even if it gets the descriptor of this one after it
+// was closed. 0 if the descriptor is not an open socket.
 std::uint64_t socketIdentity(curl_socket_t socket);
 
 // Whether bytes lie unread on one of libcurl's sockets, which never wait.

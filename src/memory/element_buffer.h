@@ -74,6 +74,7 @@ class ElementBuffer {
   void truncate(std::size_t size) { size_ = size & kLargest; }
 
  private:
+  // As wide as the size beside it, or compilers for Windows would not pack the two.
   enum class Place : std::uint64_t { Inline, Heap, Mapped, Inside };
   struct Block {
     std::byte* data;

@@ -71,10 +71,6 @@ class KeptBlocks {
 
 constinit KeptBlocks kept;
 
-// When the library is unloaded, or the program ends. Static objects of the program may destroy
-// arrays afterwards.
-[[maybe_unused]] const int isReleasedAtUnload = std::atexit(releaseKeptBlocks);
-
 }  // namespace
 
 std::byte* allocateBlock(std::size_t size) {

@@ -11,18 +11,10 @@
 #include <utility>
 #include <vector>
 
+#include "refusal.h"
+
 namespace hcyclient {
 namespace {
-
-template <class Use>
-std::string refusalOf(Use use) {
-  try {
-    use();
-  } catch (const UsageError& error) {
-    return error.what();
-  }
-  return "";
-}
 
 class CppArrayMessages : public ::testing::Test {
  protected:
@@ -69,8 +61,7 @@ TEST_F(CppArrayMessages, nameTheElement) {
             "the 1-by-1 cell array has no element 3; the last one is 0");
   EXPECT_EQ(refusalOf([&] { structure.fields(1); }),
             "the 1-by-1 struct array has no element 1; the last one is 0");
-  EXPECT_EQ(refusalOf([&] { matrix.span<double>().at(6); }),
-            "there is no element 6: the Span has 6");
+  EXPECT_EQ(refusalOf([&] { matrix.span<double>().at(6); }), "the Span of 6 has no element 6");
 }
 
 TEST_F(CppArrayMessages, nameTheField) {

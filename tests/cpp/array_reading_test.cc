@@ -14,18 +14,10 @@
 #include <utility>
 #include <vector>
 
+#include "refusal.h"
+
 namespace hcyclient {
 namespace {
-
-template <class Use>
-std::string refusalOf(Use use) {
-  try {
-    use();
-  } catch (const UsageError& error) {
-    return error.what();
-  }
-  return "";
-}
 
 TEST(CppArrayReading, findsAnElementByItsSubscripts) {
   const Array matrix = Array::fromRows<double>({{1, 2, 3}, {4, 5, 6}});

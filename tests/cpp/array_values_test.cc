@@ -13,6 +13,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "refusal.h"
+
 namespace hcyclient {
 namespace {
 
@@ -208,16 +210,6 @@ TEST(CppArrayShape, staysWhenTheNewOneCannotBe) {
 }
 
 constexpr std::size_t kTooMany = std::size_t{1} << 31;
-
-template <class Make>
-std::string refusalOf(Make make) {
-  try {
-    make();
-  } catch (const UsageError& error) {
-    return error.what();
-  }
-  return "";
-}
 
 // The library would throw an exception of its own.
 TEST(CppArrayShape, isRefusedWhereItIsTooLarge) {

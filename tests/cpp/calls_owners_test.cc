@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "library_user.h"
+#include "refusal.h"
 #include "support/local_server.h"
 #include "support/loopback.h"
 
@@ -22,16 +23,6 @@ namespace {
 
 using hcy::test::LocalServer;
 using hcy::test::UnlistenedPort;
-
-template <class Use>
-std::string refusalOf(Use use) {
-  try {
-    use();
-  } catch (const UsageError& error) {
-    return error.what();
-  }
-  return "";
-}
 
 // The library tells: only one that has been ended starts again for an older version.
 bool isStarted() {

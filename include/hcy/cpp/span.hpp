@@ -78,8 +78,8 @@ class Span {
 
  private:
   UsageError noElement(std::size_t i) const {
-    return UsageError("there is no element " + std::to_string(i) + ": the Span has " +
-                      std::to_string(size_));
+    return UsageError("the Span of " + std::to_string(size_) + " has no element " +
+                      std::to_string(i));
   }
 
   T* data_ = nullptr;
