@@ -54,11 +54,15 @@ class BlockReader {
 
   void writeValues() { elements_ = values_.writeTo(elements_); }
 
-  // Whether most varints are of one byte, and eight elements can be written wherever one is due,
-  // behind the values that are still to be written.
+  // Whether a run of eight varints of one byte is in the block, and eight elements can be written
+  // wherever one is due, behind the values that are still to be written.
   bool hasRuns(std::uint64_t ends) const {
+    static_assert(kRun == 8);
+    ends &= ends >> 1;
+    ends &= ends >> 2;
+    ends &= ends >> 4;
     constexpr std::size_t least = kBlock + kRun + VarintValues<Element>::kRoom;
-    return sizeof(Element) == 2 && std::popcount(ends) > 52 &&
+    return sizeof(Element) == 2 && ends != 0 &&
            elementsEnd_ - elements_ >= static_cast<std::ptrdiff_t>(least);
   }
 

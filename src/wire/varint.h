@@ -13,7 +13,9 @@ namespace hcy {
 inline constexpr std::size_t kLongestVarint = 10;
 
 constexpr std::size_t varintSize(std::uint64_t value) {
-  return (static_cast<std::size_t>(std::bit_width(value | 1)) * 9 + 64) / 64;
+  // The place of the highest bit, as one instruction finds it.
+  const auto highest = static_cast<std::size_t>(std::countl_zero(value | 1)) ^ 63U;
+  return (highest * 9 + 73) / 64;
 }
 
 // Writes the shortest form and returns its end.

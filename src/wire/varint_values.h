@@ -84,7 +84,7 @@ class VarintValues {
       if constexpr (isNarrow) {
         elements[i] = static_cast<Element>(joinedThree(firstBytes_[i]));
       } else {
-        elements[i] = elementOf<Element>(joined(firstBytes_[i]) | (lastBytes_[i] & 0x7F) << 56 |
+        elements[i] = elementOf<Element>(joined(firstBytes_[i]) | lastBytes_[i] << 56 |
                                          lastBytes_[i] >> 8 << 63);
       }
     }
