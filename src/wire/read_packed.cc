@@ -70,7 +70,7 @@ class BlockReader {
   bool readRuns(const std::uint8_t* block, std::uint64_t ends) {
     writeValues();
     while (ends != 0) {
-      const std::uint8_t* const next = block + std::countr_zero(ends) + 1;
+      const std::uint8_t* const next = block + 1 + static_cast<std::size_t>(std::countr_zero(ends));
       const auto length = static_cast<std::size_t>(next - position_);
       if (length > kLongestVarint) return false;
       *elements_++ = static_cast<Element>(joinedThree(firstThree(position_, length)));
@@ -91,7 +91,7 @@ class BlockReader {
   bool readEach(const std::uint8_t* block, std::uint64_t ends) {
     if (values_.room() < kBlock) writeValues();
     for (; ends != 0; ends &= ends - 1) {
-      const std::uint8_t* const next = block + std::countr_zero(ends) + 1;
+      const std::uint8_t* const next = block + 1 + static_cast<std::size_t>(std::countr_zero(ends));
       const auto length = static_cast<std::size_t>(next - position_);
       if (length > kLongestVarint) return false;
       values_.add(position_, length);

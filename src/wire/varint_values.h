@@ -36,26 +36,20 @@ constexpr std::uint32_t joinedThree(std::uint32_t bytes) {
   return (bytes & 0x7F) | (bytes >> 1 & 0x3F80) | (bytes >> 2 & 0xC000);
 }
 
-// The bits of a varint that belong to its value: of its first eight bytes, and of the next two.
+// The bits of a varint of each length that belong to its value: of its first eight bytes, and of
+// the next two.
 struct ValueBits {
-  std::uint64_t first;
-  std::uint64_t last;
+  std::uint64_t first[kLongestVarint + 1];
+  std::uint64_t last[kLongestVarint + 1];
 };
-inline constexpr ValueBits kValueBits[kLongestVarint + 1] = {{0, 0},
-                                                             {0x7F, 0},
-                                                             {0x7F7F, 0},
-                                                             {0x7F7F7F, 0},
-                                                             {0x7F7F7F7F, 0},
-                                                             {0x7F7F7F7F7F, 0},
-                                                             {0x7F7F7F7F7F7F, 0},
-                                                             {0x7F7F7F7F7F7F7F, 0},
-                                                             {0x7F7F7F7F7F7F7F7F, 0},
-                                                             {0x7F7F7F7F7F7F7F7F, 0x7F},
-                                                             {0x7F7F7F7F7F7F7F7F, 0x17F}};
+inline constexpr ValueBits kValueBits = {
+    {0, 0x7F, 0x7F7F, 0x7F7F7F, 0x7F7F7F7F, 0x7F7F7F7F7F, 0x7F7F7F7F7F7F, 0x7F7F7F7F7F7F7F,
+     0x7F7F7F7F7F7F7F7F, 0x7F7F7F7F7F7F7F7F, 0x7F7F7F7F7F7F7F7F},
+    {0, 0, 0, 0, 0, 0, 0, 0, 0, 0x7F, 0x17F}};
 
 // Of a varint of which eight bytes can be read.
 inline std::uint32_t firstThree(const std::uint8_t* varint, std::size_t length) {
-  return static_cast<std::uint32_t>(loadLittleEndian(varint) & kValueBits[length].first);
+  return static_cast<std::uint32_t>(loadLittleEndian(varint) & kValueBits.first[length]);
 }
 
 template <class Element>
@@ -71,9 +65,9 @@ class VarintValues {
     if constexpr (isNarrow) {
       firstBytes_[size_] = firstThree(varint, length);
     } else {
-      firstBytes_[size_] = loadLittleEndian(varint) & kValueBits[length].first;
+      firstBytes_[size_] = loadLittleEndian(varint) & kValueBits.first[length];
       const auto last = static_cast<std::uint64_t>(varint[8] | varint[9] << 8);
-      lastBytes_[size_] = last & kValueBits[length].last;
+      lastBytes_[size_] = last & kValueBits.last[length];
     }
     ++size_;
   }
