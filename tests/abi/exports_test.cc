@@ -77,18 +77,25 @@ TEST(ListOfExports, HasEightyNamesInOrder) {
 }
 
 TEST(ListOfExports, IsWhatTheLibraryDefines) {
-  EXPECT_THAT(withoutVersions(definedSymbols()), testing::ElementsAreArray(listedNames()));
+  Names names = withoutVersions(definedSymbols());
+#ifdef HCY_PORTABLE
+  // Those of C++'s own library are visible, too.
+  std::erase_if(names, [](const std::string& name) { return !name.starts_with("hcy"); });
+#endif
+  EXPECT_THAT(names, testing::ElementsAreArray(listedNames()));
 }
 
 TEST(ListOfExports, IsWhatTheHeaderDeclares) {
   EXPECT_THAT(declaredNames(), testing::ElementsAreArray(listedNames()));
 }
 
+#ifndef HCY_PORTABLE
 TEST(ListOfExports, HasOneVersion) {
   for (const std::string& symbol : definedSymbols()) {
     EXPECT_THAT(symbol, testing::EndsWith("@@HCYCLIENT_1.0"));
   }
 }
+#endif
 
 }  // namespace
 }  // namespace hcy::abi
