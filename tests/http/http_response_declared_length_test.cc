@@ -149,14 +149,17 @@ class GlobalLocale {
 // Other characters are white space.
 class OtherSpaces : public std::ctype<char> {
  public:
-  explicit OtherSpaces(std::string_view spaces) : std::ctype<char>(table_) {
-    std::copy_n(classic_table(), table_size, table_);
-    for (const char c : spaces) table_[static_cast<unsigned char>(c)] = ctype_base::space;
-    for (const char c : {'\t', '\v', '\f', '\n'}) table_[static_cast<unsigned char>(c)] = {};
-  }
+  // The base class deletes the table.
+  explicit OtherSpaces(std::string_view spaces) : std::ctype<char>(tableWith(spaces), true) {}
 
  private:
-  mask table_[table_size];
+  static const mask* tableWith(std::string_view spaces) {
+    auto* const table = new mask[table_size];
+    std::copy_n(classic_table(), table_size, table);
+    for (const char c : spaces) table[static_cast<unsigned char>(c)] = ctype_base::space;
+    for (const char c : {'\t', '\v', '\f', '\n'}) table[static_cast<unsigned char>(c)] = {};
+    return table;
+  }
 };
 
 TEST(HttpResponseDeclaredLength, isDigitsAloneWhateverTheLocale) {
