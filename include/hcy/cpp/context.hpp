@@ -231,7 +231,7 @@ class Context {
     if constexpr (detail::areArrays<Values...>) {
       evaluate(url, values.data()..., (values.size(), ...), received);
     } else {
-      detail::requireInputs<Values...>();
+      detail::RequireInputs<Values...>();
       const std::initializer_list<Input> inputs = {Input(std::forward<Values>(values))...};
       evaluate(url, inputs.begin(), inputs.size(), received);
     }

@@ -50,16 +50,17 @@ namespace detail {
 template <class T>
 using IfInput = std::enable_if_t<std::is_constructible_v<Input, T&&>, int>;
 
-// Refuses what cannot be an input of a call.
+// Refuses what cannot be an input of a call. A class, because gcc does not look into a function
+// once it has seen an error.
 template <class... Values>
-constexpr void requireInputs() {
+struct RequireInputs {
   static_assert((std::is_constructible_v<Input, Values&&> && ...),
                 "an input is an Array, or a value that an Array can be made from: write "
                 "Array::structOf(map), Array::cellOf(list), Array::fromRows(rows), "
                 "Array::sparse<T>(rows, columns, entries), toArray(matrix) of "
                 "hcyclient_eigen.hpp for an Eigen matrix, static_cast<int>(value) for an enum, "
                 "static_cast<double>(value) for a long double");
-}
+};
 
 }  // namespace detail
 

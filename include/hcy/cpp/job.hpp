@@ -72,7 +72,7 @@ class JobOf : public Job {
 // array the container shares.
 template <class T>
 Array kept(T&& value) {
-  requireInputs<T>();
+  RequireInputs<T>();
   if constexpr (std::is_same_v<T, Array&> || std::is_same_v<T, const Array&>) {
     return value.copy();
   } else if constexpr (std::is_same_v<std::decay_t<T>, Slot>) {

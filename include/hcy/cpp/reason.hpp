@@ -70,6 +70,7 @@ inline constexpr ReasonText reasonTexts[] = {
     {"Could not use specified SSL cipher", Reason::tls},
     {"Failed to load CRL file", Reason::tls},
     {"Failed to initialise SSL crypto engine", Reason::tls},
+    {"Failed to initialize SSL crypto engine", Reason::tls},
     {"Issuer check against peer certificate failed", Reason::tls},
     {"Failed writing received data to disk/application", Reason::replyTooLarge},
     {"Transferred a partial file", Reason::incompleteReply},
