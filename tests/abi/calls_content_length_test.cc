@@ -3,6 +3,7 @@
 // Odd Content-Length fields, where libcurl lets them pass. It reads the field of that name itself,
 // in whatever case, and ends the transfer on a value that is no number.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -41,6 +42,18 @@ class CallsContentLength : public CallTest {
     const Failure failure = failureOf(server.url());
     EXPECT_EQ(resultOf(server.url()), kAnswer);
     return failure;
+  }
+
+  // Versions of libcurl differ; either way the next call succeeds.
+  void expectAnswerOrWeirdReply(const std::string& headerLines) {
+    const ScriptServer server({answeringWith(headerLines), answering()});
+    Outputs outputs(1);
+    if (context().feval(server.url(), 1, outputs.data()) == 0) {
+      EXPECT_EQ(hcyGetScalar(outputs[0]), kAnswer);
+    } else {
+      EXPECT_EQ(context().lastFailure(), kWeirdReply);
+    }
+    EXPECT_EQ(resultOf(server.url()), kAnswer);
   }
 
   const std::string size = std::to_string(answer().size());
@@ -148,16 +161,9 @@ TEST_F(CallsContentLength, isNotHeededByLibcurlWhereTheReplyIsChunked) {
   EXPECT_EQ(resultOf(server.url()), kAnswer);
 }
 
-// libcurl 7.88 takes it, 8.14 refuses it; either way the next call succeeds.
+// libcurl 7.88 takes it, 8.14 refuses it.
 TEST_F(CallsContentLength, withAPlusSign) {
-  const ScriptServer server({answeringWith("Content-Length: +" + size + "\r\n"), answering()});
-  Outputs outputs(1);
-  if (context().feval(server.url(), 1, outputs.data()) == 0) {
-    EXPECT_EQ(hcyGetScalar(outputs[0]), kAnswer);
-  } else {
-    EXPECT_EQ(context().lastFailure(), kWeirdReply);
-  }
-  EXPECT_EQ(resultOf(server.url()), kAnswer);
+  expectAnswerOrWeirdReply("Content-Length: +" + size + "\r\n");
 }
 
 TEST_F(CallsContentLength, thatIsAListOfEqualNumbers) {
@@ -168,8 +174,9 @@ TEST_F(CallsContentLength, withoutAValue) {
   EXPECT_EQ(failureWith("Content-Length:\r\n"), kWeirdReply);
 }
 
+// libcurl 8.14 leaves it to the library, 8.23 refuses it.
 TEST_F(CallsContentLength, thatIsNoNumber) {
-  EXPECT_EQ(failureWith("Content-Length: 4x\r\n"), kNoNumber);
+  EXPECT_THAT(failureWith("Content-Length: 4x\r\n"), testing::AnyOf(kNoNumber, kWeirdReply));
 }
 
 TEST_F(CallsContentLength, thatIsNegative) {
@@ -180,8 +187,9 @@ TEST_F(CallsContentLength, of64BitsAndMore) {
   EXPECT_EQ(failureWith("Content-Length: 18446744073709551616\r\n"), kNoNumber);
 }
 
-TEST_F(CallsContentLength, ofTwoThatDifferTheLastCounts) {
-  EXPECT_EQ(resultWith("Content-Length: 3\r\nContent-Length: " + size + "\r\n"), kAnswer);
+// libcurl 8.14 takes the last, 8.23 refuses both.
+TEST_F(CallsContentLength, ofTwoThatDiffer) {
+  expectAnswerOrWeirdReply("Content-Length: 3\r\nContent-Length: " + size + "\r\n");
 }
 
 }  // namespace

@@ -49,6 +49,7 @@ TEST(CppFailures, haveAReasonByTheTextsOfTheLibcurlInUse) {
       {CURLE_SSL_CONNECT_ERROR, Reason::tls},
       {CURLE_PEER_FAILED_VERIFICATION, Reason::tls},
       {CURLE_SSL_CERTPROBLEM, Reason::tls},
+      {CURLE_BAD_FUNCTION_ARGUMENT, Reason::tls},
       {CURLE_SSL_CIPHER, Reason::tls},
       {CURLE_SSL_CACERT_BADFILE, Reason::tls},
       {CURLE_SSL_CRL_BADFILE, Reason::tls},

@@ -209,7 +209,7 @@ TEST_F(ExhaustedMemoryInACall, whoseReplyIsCut) {
 
 TEST_F(ExhaustedMemoryInACall, whoseReplyHasNoLength) {
   failEachAllocationOfCallTo(
-      {test::readRequest(), test::send("HTTP/1.1 200 OK\r\nContent-Length: 4x\r\n\r\n"),
+      {test::readRequest(), test::send("HTTP/1.1 200 OK\r\nX-Content-Length: 4x\r\n\r\nx"),
        test::close()},
       {{},
        number,

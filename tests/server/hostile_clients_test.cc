@@ -22,7 +22,7 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using testing::StartsWith;
+using testing::ContainsRegex;
 
 using RawConnections = std::vector<std::unique_ptr<RawConnection>>;
 
@@ -122,14 +122,16 @@ TEST(HostileClients, SendExtensionsAndTrailersWithoutEnd) {
     for (int i = 0; i < count; ++i) all += text;
     return all;
   };
+  // Some versions of Boost call the line itself malformed.
+  const std::string kTooLong = "(431|400)";
   const std::string extended = "2;" + std::string(100, 'x') + "\r\n\x08\x01\r\n";
   for (const auto& [bytes, status] : std::vector<std::pair<std::string, std::string>>{
            {chunked + extended + "0;x=y\r\nTrailer: x\r\n\r\n", "200"},
            {chunked + repeated("00000002\r\n\x08\x01\r\n", 10'000) + "0\r\n\r\n", "200"},
            {chunked + repeated(extended, 1000), "431"},
-           {chunked + "2;" + std::string(20'000, 'x') + "\r\n", "431"},
-           {chunked + "2;" + std::string(1'000'000, 'x'), "431"},
-           {chunked + repeated("0", 100'000), "431"},
+           {chunked + "2;" + std::string(20'000, 'x') + "\r\n", kTooLong},
+           {chunked + "2;" + std::string(1'000'000, 'x'), kTooLong},
+           {chunked + repeated("0", 100'000), kTooLong},
            {chunked + "0\r\n" + repeated("Trailer: x\r\n", 2000) + "\r\n", "431"},
            {chunked + "0\r\n" + repeated("Trailer: x\r\n", 20'000), "431"},
            {headerOf("/" + std::string(12'000, 'x'), "X: " + std::string(12'000, 'x') + "\r\n"),
@@ -137,7 +139,7 @@ TEST(HostileClients, SendExtensionsAndTrailersWithoutEnd) {
     RawConnection connection(server.port());
     connection.send(bytes);
     connection.endSending();
-    EXPECT_THAT(connection.receiveAll(), StartsWith("HTTP/1.1 " + status + " "))
+    EXPECT_THAT(connection.receiveAll(), ContainsRegex("^HTTP/1.1 " + status + " "))
         << bytes.substr(0, 200);
   }
 }

@@ -13,6 +13,7 @@
 namespace hcy::test {
 namespace {
 
+using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -245,14 +246,15 @@ TEST(Http, AnswersMalformedRequests) {
            {"POST /echo HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: "
             "chunked\r\n\r\nfffffffffffffffff\r\n",
             "400"},
-           {"POST /echo HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: gzip\r\n\r\n", "501"},
+           // Some versions of Boost refuse it themselves.
+           {"POST /echo HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: gzip\r\n\r\n", "(501|400)"},
            {"POST /echo HTTP/1.1\r\nHost: a\r\nContent-Length: 10\r\n\r\nshort", "400"},
            {"POST /echo HTTP/1.1\r\nHost", "400"},
            {longHeader, "431"}}) {
     RawConnection connection(server.port());
     connection.send(bytes);
     connection.endSending();
-    EXPECT_THAT(connection.receiveAll(), StartsWith("HTTP/1.1 " + status + " ")) << bytes;
+    EXPECT_THAT(connection.receiveAll(), ContainsRegex("^HTTP/1.1 " + status + " ")) << bytes;
   }
   EXPECT_EQ(sendRequest(server.url("/echo"), "").status, 200);
 }

@@ -352,6 +352,16 @@ TEST_F(Recording, BeginsSoonWithManyCalls) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, limit);
 }
 
+// libcurl 8.14 takes it, 8.23 does not.
+TEST_F(Recording, RecordsACarriageReturnInAReasonIfLibcurlTakesIt) {
+  const ScriptServer upstream(
+      {Connection({readRequest(), send("HTTP/1.1 200 Two\rX: y\r\nContent-Length: 0\r\n\r\n")})});
+  const LocalServer recorder(recording(upstream.url()));
+  const long status = sendRequest(recorder.url("/f"), "").status;
+  EXPECT_THAT(status, testing::AnyOf(200, 502));
+  EXPECT_EQ(recorded(), status == 200 ? 1U : 0U);
+}
+
 // What an upstream server does, and the status that a client sees of it.
 TEST_F(Recording, SurvivesAnyUpstreamServer) {
   const std::string chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
@@ -371,7 +381,6 @@ TEST_F(Recording, SurvivesAnyUpstreamServer) {
        502},
       {{readRequest(), stall()}, 504},
       {{readRequest(), send("HTTP/1.1 100 Continue\r\n\r\n" + httpReply(200, "OK", "fine"))}, 200},
-      {{readRequest(), send("HTTP/1.1 200 Two\rX: y\r\nContent-Length: 0\r\n\r\n")}, 200},
   };
   for (const auto& [steps, status] : cases) {
     Connection connection({});
@@ -388,7 +397,7 @@ TEST_F(Recording, SurvivesAnyUpstreamServer) {
     }
   }
   // Only whole replies are recorded.
-  EXPECT_EQ(recorded(), 2U);
+  EXPECT_EQ(recorded(), 1U);
   const LocalServer alone({"--upstream", "http://127.0.0.1:1"});
   EXPECT_EQ(sendRequest(alone.url("/f"), "").status, 502);
 }

@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -22,6 +23,9 @@ using test::ScriptServer;
 inline const std::string kUnverified = "SSL peer certificate or SSH remote key was not OK";
 inline const std::string kNoHandshake = "SSL connect error";
 inline const std::string kBadClientCertificate = "Problem with the local SSL certificate";
+// Some versions of libcurl say the other of a key.
+inline const testing::Matcher<const std::string&> kUnusableKey =
+    testing::AnyOf(kBadClientCertificate, "A libcurl function was given a bad argument");
 inline const std::string kBadAuthorityFile = "Problem with the SSL CA cert (path? access rights?)";
 inline const std::string kBadRevocationList =
     "Failed to load CRL file (path? access rights?, format?)";
@@ -67,9 +71,11 @@ class TlsTest : public CallTest {
   }
 
   // The call fails with these details before anything of it is sent.
-  void expectRefused(const std::string& url, const std::string& details) {
+  void expectRefused(const std::string& url, const testing::Matcher<const std::string&>& details) {
     const std::size_t before = upstream.requests().size();
-    EXPECT_EQ(failureOf(url), genericFailure(details));
+    const Failure failure = failureOf(url);
+    EXPECT_THAT(failure.text, details);
+    EXPECT_EQ(failure, genericFailure(failure.text));
     EXPECT_EQ(upstream.requests().size(), before);
   }
 

@@ -23,6 +23,8 @@ _KINDS: dict[str, type[TransportError]] = {
     **dict.fromkeys([
         'SSL peer certificate or SSH remote key was not OK',
         'Problem with the local SSL certificate',
+        # Which libcurl 8.23 says of a key that it cannot use.
+        'A libcurl function was given a bad argument',
         'Problem with the SSL CA cert (path? access rights?)',
         'Failed to load CRL file (path? access rights?, format?)',
         'Issuer check against peer certificate failed',

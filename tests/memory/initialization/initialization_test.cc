@@ -4,6 +4,7 @@
 // its TLS library included. These set themselves up once in a process, so that each attempt has a
 // process of its own: this program's own is never initialised.
 
+#include <curl/curl.h>
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <gtest/gtest.h>
@@ -28,8 +29,9 @@ using test::FailingAllocation;
 enum Outcome { Succeeded, Failed, Broken };
 
 // If an allocation fails while OpenSSL 3.5 initialises, it waits for itself, since it reports that
-// by a function that initialises it, or ends the process. Nobody outside can prevent either; they
-// are told from a fault of ours by who is on the stack. No memory can be allocated here.
+// by a function that initialises it, or ends the process; OpenSSL 3.6 may report it by a function
+// that allocates, until the stack is full. Nobody outside can prevent any of these; they are told
+// from a fault of ours by who is on the stack. No memory can be allocated here.
 extern "C" void judgeEnd(int /*signal*/) {
   std::array<void*, 64> frames{};
   const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
@@ -39,9 +41,21 @@ extern "C" void judgeEnd(int /*signal*/) {
     Dl_info function{};
     if (::dladdr(call, &function) == 0 || function.dli_sname == nullptr) continue;
     const std::string_view name(function.dli_sname);
-    if (name == "OPENSSL_init_crypto" || name == "OPENSSL_die") ::_exit(Failed);
+    for (const char* const culprit : {"OPENSSL_init_crypto", "OPENSSL_die", "ERR_new"}) {
+      if (name == culprit) ::_exit(Failed);
+    }
   }
   ::_exit(Broken);
+}
+
+void judgeEnds() {
+  static std::array<char, 0x10000> stack;
+  const stack_t other = {.ss_sp = stack.data(), .ss_flags = 0, .ss_size = stack.size()};
+  ::sigaltstack(&other, nullptr);
+  struct sigaction action = {};
+  action.sa_handler = judgeEnd;
+  action.sa_flags = SA_ONSTACK;
+  for (const int signal : {SIGALRM, SIGABRT, SIGSEGV}) ::sigaction(signal, &action, nullptr);
 }
 
 // What an attempt comes to in a process of its own. An expectation that fails there is printed.
@@ -50,8 +64,7 @@ Outcome inOwnProcess(Attempt attempt) {
   std::fflush(nullptr);
   const pid_t child = ::fork();
   if (child == 0) {
-    std::signal(SIGALRM, judgeEnd);
-    std::signal(SIGABRT, judgeEnd);
+    judgeEnds();
     const bool failed = attempt();
     std::fflush(nullptr);
     ::_exit(testing::Test::HasFailure() ? Broken : failed ? Failed : Succeeded);
@@ -91,6 +104,8 @@ bool initialize(const Shortage& shortage) {
     EXPECT_STRNE(hcyGetInitializationErrorMessage(), "");
   }
   if (runtime == nullptr) runtime = Start();
+  // Some failures OpenSSL 3.6 keeps for the life of the process.
+  if (runtime == nullptr && ::curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) return failed;
   expectReady(runtime);
   const FailingAllocation failing(0, Exhaustion::FromThenOn);
   hcyTerminate();
