@@ -80,9 +80,20 @@ std::vector<std::string> headersIn(std::string_view head) {
 
 }  // namespace
 
+TemporaryVariable::TemporaryVariable(const char* name, const char* value) : name_(name) {
+  if (const char* const before = std::getenv(name)) before_ = before;
+  ::setenv(name, value, 1);
+}
+
+TemporaryVariable::~TemporaryVariable() {
+  if (before_) {
+    ::setenv(name_, before_->c_str(), 1);
+  } else {
+    ::unsetenv(name_);
+  }
+}
+
 Loopback::Loopback(std::string reply) : reply_(std::move(reply)), path_(randomPath()) {
-  ::setenv("no_proxy", "127.0.0.1", 1);
-  ::setenv("NO_PROXY", "127.0.0.1", 1);
   listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (listener_ < 0) fail("socket");
   sockaddr_in address{};

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -13,8 +14,23 @@
 
 namespace hcy::tools {
 
+// Sets an environment variable until it is destroyed. No other thread may use the environment when
+// it begins or ends.
+class TemporaryVariable {
+ public:
+  TemporaryVariable(const char* name, const char* value);
+  TemporaryVariable(const TemporaryVariable&) = delete;
+  TemporaryVariable& operator=(const TemporaryVariable&) = delete;
+  ~TemporaryVariable();
+
+ private:
+  const char* name_;
+  std::optional<std::string> before_;
+};
+
 // Answers one POST on 127.0.0.1 with a body, and keeps the body of the request. Only a client that
-// knows the URL gets an answer. Disables the proxy of the environment for the rest of the process.
+// knows the URL gets an answer. While it exists, no request of the process to 127.0.0.1 goes
+// through a proxy.
 class Loopback {
  public:
   // Throws std::system_error.
@@ -33,6 +49,7 @@ class Loopback {
   bool serve(int connection);
   void end();
 
+  TemporaryVariable lowerCase_{"no_proxy", "127.0.0.1"}, upperCase_{"NO_PROXY", "127.0.0.1"};
   std::string reply_;
   std::string path_;
   EncodedRequest request_;
