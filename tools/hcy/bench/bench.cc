@@ -12,9 +12,9 @@
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -22,6 +22,7 @@
 #include "bench/bench_caller.h"
 #include "bench/measurements.h"
 #include "calls/failure.h"
+#include "calls/threads.h"
 #include "output/progress_bar.h"
 #include "output/terminal.h"
 #include "settings/settings.h"
@@ -42,21 +43,18 @@ class Callers {
           const std::vector<hcyclient::Array>& inputs)
       : work_(std::make_shared<Work>(options)) {
     for (unsigned i = 0; i < options.threads; ++i) {
-      callers_.push_back(std::make_shared<Caller>(work_, configs.front(), inputs));
+      callers_.push_back(std::make_unique<Caller>(work_, configs.front(), inputs));
       if (configs.size() > 1) callers_.back()->add(configs.back());
     }
   }
   Callers(const Callers&) = delete;
   Callers& operator=(const Callers&) = delete;
-  ~Callers() {
-    stop();
-    for (std::thread& thread : threads_) thread.join();
-  }
+  ~Callers() { stop(); }
 
+  // Throws BadInput if there cannot be so many threads.
   void start() {
-    for (const auto& caller : callers_) {
-      threads_.emplace_back([caller] { caller->run(); });
-    }
+    threads_.emplace(static_cast<unsigned>(callers_.size()),
+                     [this](unsigned i) { callers_[i]->run(); });
   }
   void stop() { work_->isStopped = true; }
   std::uint64_t done() const { return work_->done; }
@@ -81,8 +79,8 @@ class Callers {
 
  private:
   std::shared_ptr<Work> work_;
-  std::vector<std::shared_ptr<Caller>> callers_;
-  std::vector<std::thread> threads_;
+  std::vector<std::unique_ptr<Caller>> callers_;
+  std::optional<Threads> threads_;
 };
 
 // Waits for this time, or until the interrupt key is pressed; returns whether it was.

@@ -8,7 +8,6 @@
 #include <iostream>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -18,6 +17,7 @@
 #include "calls/failure.h"
 #include "calls/incomplete_output.h"
 #include "calls/retry.h"
+#include "calls/threads.h"
 #include "notations/array_json.h"
 #include "notations/json_array.h"
 #include "notations/json_value.h"
@@ -134,9 +134,7 @@ int callEach(const Options& options) {
     callers.push_back(std::make_unique<Caller>(shared, config));
   }
   {
-    std::vector<std::jthread> threads;
-    threads.reserve(callers.size());
-    for (const auto& caller : callers) threads.emplace_back([&caller] { caller->run(); });
+    const Threads threads(options.jobs, [&callers](unsigned i) { callers[i]->run(); });
   }
   const AnswerCounts counts = answers.finish();
   if (counts.failed > 0 && !options.isJson()) {
