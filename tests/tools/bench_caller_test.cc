@@ -100,6 +100,44 @@ TEST_F(CallerTest, theDurationEndsTheCalls) {
   EXPECT_THAT(measured(shared, {"0.05"}).latencies, SizeIs(AllOf(Ge(1U), Lt(6U))));
 }
 
+TEST_F(CallerTest, theDurationEndsTheCallsThatAreDueTo) {
+  tools::Options options;
+  options.url = server_.url("/demo/sleep");
+  options.duration = 0.3;
+  options.rate = 200;
+  const auto shared = std::make_shared<tools::Work>(options);
+  const auto found = measured(shared, {"0.1"});
+  EXPECT_THAT(found.latencies, SizeIs(AllOf(Ge(1U), Lt(4U))));
+  EXPECT_GE(found.busy, 0.1 * static_cast<double>(found.calls()));
+  EXPECT_EQ(shared->missed(0, 10), 60 - found.calls());
+  EXPECT_EQ(shared->missed(0, 0.1), 20 - found.calls());  // if it had been interrupted then
+}
+
+TEST_F(CallerTest, noCallIsMissedThatIsNotDue) {
+  tools::Options options;
+  options.url = server_.url("/echo");
+  options.against = options.url;
+  options.rate = 10;
+  options.duration = 1.1;
+  const tools::Work work(options);
+  EXPECT_EQ(work.missed(0, 1.1), 6U);
+  EXPECT_EQ(work.missed(1, 1.1), 5U);
+  options.calls = 2;
+  EXPECT_EQ(tools::Work(options).missed(1, 1.1), 2U);
+  options.rate = 0;
+  EXPECT_EQ(tools::Work(options).missed(0, 1.1), 0U);
+}
+
+TEST_F(CallerTest, allThatIsDueIsCalled) {
+  tools::Options options;
+  options.url = server_.url("/echo");
+  options.duration = 0.2;
+  options.rate = 50;
+  const auto shared = std::make_shared<tools::Work>(options);
+  EXPECT_THAT(measured(shared, {"1"}).latencies, SizeIs(10));
+  EXPECT_EQ(shared->missed(0, 1), 0U);
+}
+
 TEST_F(CallerTest, atARateLatenciesCountFromTheIntendedStart) {
   tools::Options options;
   options.url = server_.url("/demo/sleep");

@@ -36,12 +36,14 @@ TEST(Summary, tellsWhatWasMeasured) {
   other.fail("HTTP status 404 Not Found", 2);
   other.fail("Timeout was reached", 3);
   other.fail("HTTP status 404 Not Found", 2);
+  other.missed = 1;
   measured.add(other);
   EXPECT_EQ(measured.calls(), 13U);
   EXPECT_EQ(measured.firstFailure, 2);
   EXPECT_EQ("\n" + tools::Summary(measured, 2, 2.0).text(), R"(
 calls     13 on 2 threads in 2.000 s
 rate      6.50 calls/s
+missed    1 call was due but not started
 data      1.50 MB/s sent, 250 B/s received
 latency   min 1.00  p50 5.00  p90 9.00  max 10.0  ms
 failures  3
@@ -58,6 +60,11 @@ TEST(Summary, showsPercentilesThatThereAreEnoughCallsFor) {
   EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99 1.00  max"));
   measured.latencies.assign(1000, 0.001);
   EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99.9 1.00  max"));
+  measured.latencies.assign(9998, 0.001);
+  measured.latencies.resize(9999, 0.003);
+  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99.9 1.00  max 3.00"));
+  measured.latencies.resize(10000, 0.003);
+  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99.99 3.00  max 3.00"));
 }
 
 TEST(Summary, isJsonForPrograms) {
@@ -65,9 +72,11 @@ TEST(Summary, isJsonForPrograms) {
   measured.latencies = {0.004, 0.0015, 0.25};
   measured.bytesSent = 8;
   measured.fail("odd \xFF\"", 3);
+  measured.missed = 3;
   EXPECT_EQ(
       tools::Summary(measured, 2, 2).json(),
-      "{\"calls\":4,\"failed\":1,\"threads\":2,\"seconds\":2,\"rate\":2,\"bytesSent\":8,"
+      "{\"calls\":4,\"failed\":1,\"threads\":2,\"seconds\":2,\"rate\":2,\"missed\":3,"
+      "\"bytesSent\":8,"
       "\"bytesReceived\":0,\"latency\":{\"min\":0.0015,\"p50\":0.004,\"max\":0.25},"
       "\"histogram\":[[0.002,1],[0.005,1],[0.01,0],[0.02,0],[0.05,0],[0.1,0],[0.2,0],[0.5,1]],"
       "\"failures\":{\"odd \uFFFD\\\"\":1}}");

@@ -71,9 +71,11 @@ class Callers {
     return std::chrono::duration<double>(end - work_->start.load()).count();
   }
 
-  Measurements measured(std::size_t side) const {
+  // Of one of the URLs, in the first seconds.
+  Measurements measured(std::size_t side, double seconds) const {
     Measurements all;
     for (const auto& caller : callers_) all.add(caller->measured(side));
+    all.missed = work_->missed(side, seconds);
     return all;
   }
 
@@ -118,15 +120,22 @@ std::string comparison(const Summary& a, const Summary& b, const Options& option
   return text + ratio.data();
 }
 
+// Calls to two URLs share the threads: the time of each URL is that of its calls.
+Summary summaryOfSide(Measurements measured, unsigned threads) {
+  const double seconds = measured.busy / threads;
+  return {std::move(measured), threads, seconds};
+}
+
 // Shows the summary; returns the exit status.
 int report(const Callers& callers, const Options& options, double seconds) {
   try {
-    const Summary a(callers.measured(0), options.threads, seconds);
     if (options.against.empty()) {
-      print(textOf(a, options));
-      return a.measured.firstFailure;
+      const Summary all(callers.measured(0, seconds), options.threads, seconds);
+      print(textOf(all, options));
+      return all.measured.firstFailure;
     }
-    const Summary b(callers.measured(1), options.threads, seconds);
+    const Summary a = summaryOfSide(callers.measured(0, seconds), options.threads);
+    const Summary b = summaryOfSide(callers.measured(1, seconds), options.threads);
     print(comparison(a, b, options));
     return a.measured.firstFailure != 0 ? a.measured.firstFailure : b.measured.firstFailure;
   } catch (const std::system_error&) {

@@ -2,6 +2,8 @@
 
 #include "bench/bench_caller.h"
 
+#include <algorithm>
+#include <cmath>
 #include <exception>
 #include <limits>
 #include <thread>
@@ -44,6 +46,15 @@ bool Work::isOver(Clock::time_point time) const {
   return duration > 0 && std::chrono::duration<double>(time - start.load()).count() >= duration;
 }
 
+std::uint64_t Work::missed(std::size_t side, double seconds) const {
+  const double time = duration > 0 ? std::min(duration, seconds) : seconds;
+  // The product may be a little larger than the whole number that it stands for.
+  const double due = std::ceil(rate * time * (1 - 1e-12));
+  const auto all = static_cast<std::uint64_t>(std::min(due, static_cast<double>(calls)));
+  const std::uint64_t ofSide = (all + urls.size() - 1 - side) / urls.size();
+  return ofSide - std::min<std::uint64_t>(ofSide, started[side]);
+}
+
 Caller::Caller(std::shared_ptr<Work> work, const hcyclient::Config& config,
                const std::vector<hcyclient::Array>& inputs)
     : work_(std::move(work)), runtime_(*config.runtime()), measured_(work_->urls.size()) {
@@ -69,28 +80,42 @@ void Caller::warmUp() {
   work_->warm.arrive_and_wait();
 }
 
+bool Caller::awaitStart(Clock::time_point start) const {
+  if (work_->isOver(std::max(start, Clock::now()))) return false;
+  std::this_thread::sleep_until(start);
+  return !work_->isStopped;
+}
+
 void Caller::run() {
   warmUp();
   for (std::uint64_t i = 0; !work_->isStopped && (i = work_->begun++) < work_->calls;) {
     const Clock::time_point start = work_->intended(i);
-    if (work_->isOver(start)) break;
-    std::this_thread::sleep_until(start);
-    if (work_->isStopped) break;
+    if (!awaitStart(start)) break;
     const std::size_t side = i % contexts_.size();
-    try {
-      callOnce(i, start);
-    } catch (const hcyclient::HttpError& error) {
-      fail(side, error.what(), kHttpError);
-    } catch (const hcyclient::FunctionError& error) {
-      const std::string& identifier = error.identifier();
-      fail(side, "function error" + (identifier.empty() ? "" : " " + identifier), kFunctionError);
-    } catch (const std::exception& error) {
-      fail(side, error.what(), kTransportError);
-    }
+    ++work_->started[side];
+    const Clock::time_point began = Clock::now();
+    callOrFail(i, start);
+    const std::chrono::duration<double> taken = Clock::now() - began;
     ++work_->done;
+    const std::lock_guard lock(mutex_);
+    measured_[side].busy += taken.count();
   }
   work_->ended = Clock::now();
   ++work_->finished;
+}
+
+void Caller::callOrFail(std::uint64_t index, Clock::time_point start) {
+  const std::size_t side = index % contexts_.size();
+  try {
+    callOnce(index, start);
+  } catch (const hcyclient::HttpError& error) {
+    fail(side, error.what(), kHttpError);
+  } catch (const hcyclient::FunctionError& error) {
+    const std::string& identifier = error.identifier();
+    fail(side, "function error" + (identifier.empty() ? "" : " " + identifier), kFunctionError);
+  } catch (const std::exception& error) {
+    fail(side, error.what(), kTransportError);
+  }
 }
 
 void Caller::callOnce(std::uint64_t index, Clock::time_point start) {

@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <barrier>
 #include <chrono>
@@ -36,12 +37,16 @@ struct Work {
   Clock::time_point intended(std::uint64_t index) const;
   // Whether the time is over for a call that begins then.
   bool isOver(Clock::time_point time) const;
+  // How many calls of this URL were due in the first seconds but were not started; 0 without a
+  // rate.
+  std::uint64_t missed(std::size_t side, double seconds) const;
 
   std::vector<std::string> urls;  // called in turns
   const int nargout;
   const std::uint64_t calls, warmUps;
   const double duration, rate;  // seconds and calls per second; 0 for no limit
   std::atomic<std::uint64_t> begun = 0, done = 0, warmed = 0;
+  std::array<std::atomic<std::uint64_t>, 2> started = {};  // of each URL
   std::atomic<unsigned> finished = 0;
   std::atomic<bool> isStopped = false;
   std::atomic<Clock::time_point> start = {}, ended = {};  // ended: the thread that finished last
@@ -68,7 +73,11 @@ class Caller {
   // Calls the URL whose turn it is; the latency counts from `start`.
   void callOnce(std::uint64_t index, Clock::time_point start);
   void warmUp();
+  // The same, and counts a failure.
+  void callOrFail(std::uint64_t index, Clock::time_point start);
   void fail(std::size_t side, const std::string& kind, int status);
+  // Waits until then, unless the time is over or the work is stopped; returns whether to call.
+  bool awaitStart(Clock::time_point start) const;
 
   std::shared_ptr<Work> work_;
   const hcyClientRuntime& runtime_;

@@ -114,6 +114,8 @@ void Measurements::add(const Measurements& other) {
   bytesSent += other.bytesSent;
   bytesReceived += other.bytesReceived;
   if (firstFailure == 0) firstFailure = other.firstFailure;
+  missed += other.missed;
+  busy += other.busy;
   for (const auto& [kind, count] : other.failures) failures[kind] += count;
 }
 
@@ -151,6 +153,11 @@ std::string Summary::text(bool withHistogram) const {
       "calls", std::to_string(measured.calls()) + " on " + std::to_string(threads) +
                    (threads == 1 ? " thread" : " threads") + " in " + fixed(seconds, 3) + " s");
   text += line("rate", rounded(seconds > 0 ? calls / seconds : 0) + " calls/s");
+  if (measured.missed > 0) {
+    text += line("missed", std::to_string(measured.missed) +
+                               (measured.missed == 1 ? " call was" : " calls were") +
+                               " due but not started");
+  }
   text +=
       line("data", rate(static_cast<double>(measured.bytesSent), seconds) + " sent, " +
                        rate(static_cast<double>(measured.bytesReceived), seconds) + " received");
@@ -170,6 +177,7 @@ std::string Summary::json() const {
                      ",\"failed\":" + std::to_string(measured.failed()) +
                      ",\"threads\":" + std::to_string(threads) + ",\"seconds\":" + number(seconds) +
                      ",\"rate\":" + number(seconds > 0 ? calls / seconds : 0) +
+                     ",\"missed\":" + std::to_string(measured.missed) +
                      ",\"bytesSent\":" + std::to_string(measured.bytesSent) +
                      ",\"bytesReceived\":" + std::to_string(measured.bytesReceived) +
                      ",\"latency\":{";

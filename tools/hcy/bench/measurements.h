@@ -16,6 +16,8 @@ struct Measurements {
   std::uint64_t bytesSent = 0, bytesReceived = 0;  // elements of arrays, of the same calls
   std::map<std::string, std::uint64_t> failures;   // by kind
   int firstFailure = 0;                            // its exit status
+  std::uint64_t missed = 0;                        // calls that were due but not started
+  double busy = 0;                                 // seconds in calls, those of all threads added
 
   std::uint64_t failed() const;
   std::uint64_t calls() const { return latencies.size() + failed(); }

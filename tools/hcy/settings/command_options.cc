@@ -231,7 +231,7 @@ void addBench(CLI::App& app, Options& options) {
       addCalling(app, "bench", "Call a function repeatedly and measure latency and rate", options);
   bench
       ->add_option("--calls", options.calls,
-                   "Number of calls in all [1000, or as many as fit into --duration]")
+                   "Number of calls to each URL [1000, or as many as fit into --duration]")
       ->type_name("N")
       ->check(between<std::uint64_t>(1, 1000000000));
   bench
