@@ -69,6 +69,10 @@ class List(unittest.TestCase):
                 self.assertEqual(listed(server.url), (
                     '', 'hcy: the server did not send an index of its functions as JSON: '
                     f'{problem}\n', 3))
+        with LocalServer() as server:
+            self.assertEqual(listed(server.url, '--max-reply', '100'), (
+                '', 'hcy: the index is larger than --max-reply allows, 100 bytes\n', 3))
+            self.assertEqual(listed(server.url, '--max-reply', '100000')[2], 0)
         _, error, status = listed('http://127.0.0.2:1')
         self.assertRegex(error, "^hcy: (Couldn't|Could not) connect to server\n$")
         self.assertEqual(status, 3)

@@ -4,11 +4,14 @@
 
 #include "replies.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "calls/exit_status.h"
+#include "support/libcurl_text.h"
+#include "support/pki.h"
 
 namespace hcy::test {
 namespace {
@@ -63,6 +66,23 @@ TEST(BrokenReply, aReasonReachesTheTerminalAsText) {
   const Outcome outcome = run(HCY_PROGRAM " call " + server.url("/f"));
   EXPECT_EQ(outcome.status, tools::kHttpError);
   EXPECT_EQ(outcome.output, "hcy: HTTP status 500 No\\u001b[2J\n");
+}
+
+TEST(BrokenReply, whatCameOfItIsSaved) {
+  const std::string body = resultOf({doubleScalar(7)});
+  const std::string cut = body.substr(0, body.size() - 3);
+  const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size());
+  const ScriptServer server({{readRequest(), send(head + "\r\n\r\n" + cut), close()}});
+  const std::string file = testing::TempDir() + "cut.bin";
+  const Outcome outcome = run(HCY_PROGRAM " call " + server.url("/f") + " --save-reply " + file);
+  EXPECT_EQ(outcome.status, tools::kTransportError);
+  EXPECT_EQ(outcome.output, "hcy: " + libcurlText(CURLE_PARTIAL_FILE) + "\n     Only the first " +
+                                std::to_string(cut.size()) +
+                                " bytes of the reply arrived and were saved in " + file + ".\n");
+  EXPECT_EQ(contentsOf(file), cut);
+  const Outcome shown = run(HCY_PROGRAM " call " + server.url("/f") + " -v");
+  EXPECT_THAT(shown.output, testing::HasSubstr("< HTTP 200 OK, " + std::to_string(cut.size()) +
+                                               " bytes before it breaks off\n"));
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <chrono>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -22,13 +21,13 @@
 #include "bench/bench_caller.h"
 #include "bench/measurements.h"
 #include "calls/failure.h"
+#include "calls/shown_url.h"
 #include "calls/threads.h"
 #include "output/progress_bar.h"
 #include "output/terminal.h"
 #include "settings/settings.h"
 #include "settings/url.h"
 #include "text/source_text.h"
-#include "text/text.h"
 
 namespace hcy::tools {
 namespace {
@@ -110,8 +109,8 @@ std::string textOf(const Summary& summary, const Options& options) {
 // The summaries of both URLs, and the ratio of their median latencies.
 std::string comparison(const Summary& a, const Summary& b, const Options& options) {
   if (options.isJson()) return "{\"a\":" + a.json() + ",\"b\":" + b.json() + "}\n";
-  std::string text = "A         " + printable(options.url) + "\n" + textOf(a, options) +
-                     "B         " + printable(options.against) + "\n" + textOf(b, options);
+  std::string text = "A         " + shownUrl(options.url) + "\n" + textOf(a, options) +
+                     "B         " + shownUrl(options.against) + "\n" + textOf(b, options);
   if (a.measured.latencies.empty() || b.measured.latencies.empty()) return text;
   std::array<char, 64> ratio{};
   static_cast<void>(
@@ -149,10 +148,6 @@ int report(const Callers& callers, const Options& options, double seconds) {
 
 int bench(const Options& options) {
   requireHttp(options.url);
-  const double timeout = options.settings.timeout.value_or(0);
-  if (timeout != std::trunc(timeout)) {
-    throw BadInput("for hcy bench, the timeout must be a whole number of seconds");
-  }
   const std::vector<hcyclient::Array> inputs =
       arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;

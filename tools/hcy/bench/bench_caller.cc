@@ -27,13 +27,16 @@ std::uint64_t callsOf(const Options& options) {
 
 Work::Work(const Options& options)
     : urls{options.url},
+      limits{fractionalLimit(options.settings.timeout)},
       nargout(options.nargout),
       calls(callsOf(options)),
       warmUps(options.warmUps),
       duration(options.duration),
       rate(options.rate),
       warm(options.threads, StartClock{&start}) {
-  if (!options.against.empty()) urls.push_back(options.against);
+  if (options.against.empty()) return;
+  urls.push_back(options.against);
+  limits.push_back(fractionalLimit(options.againstSettings.timeout));
 }
 
 Clock::time_point Work::intended(std::uint64_t index) const {
@@ -120,8 +123,8 @@ void Caller::callOrFail(std::uint64_t index, Clock::time_point start) {
 
 void Caller::callOnce(std::uint64_t index, Clock::time_point start) {
   const std::size_t side = index % contexts_.size();
-  const auto outputs =
-      evaluate(runtime_, contexts_[side], work_->urls[side], handles_, work_->nargout);
+  const auto outputs = evaluateWithin(work_->limits[side], runtime_, contexts_[side],
+                                      work_->urls[side], handles_, work_->nargout);
   const std::chrono::duration<double> taken = Clock::now() - start;
   requireWhole(outputs);
   std::uint64_t bytes = 0;

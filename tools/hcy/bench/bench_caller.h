@@ -42,6 +42,7 @@ struct Work {
   std::uint64_t missed(std::size_t side, double seconds) const;
 
   std::vector<std::string> urls;  // called in turns
+  std::vector<double> limits;     // of each URL, for evaluateWithin()
   const int nargout;
   const std::uint64_t calls, warmUps;
   const double duration, rate;  // seconds and calls per second; 0 for no limit

@@ -57,7 +57,8 @@ void applySettings(CURL* handle, const hcyclient::Config& config, double seconds
   const hcyClientConfig* const of = config.get();
   // The URL is the user's: nothing but HTTP, and no redirection.
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-  curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, std::lround(seconds * 1000));
+  // Rounded up: 0 would be no limit.
+  curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(std::ceil(seconds * 1000)));
   setText(handle, CURLOPT_SSLCERT, settings.getClientCertFile(of));
   setText(handle, CURLOPT_SSLKEY, settings.getClientPrivateKeyFile(of));
   setText(handle, CURLOPT_KEYPASSWD, settings.getPrivateKeyPasswd(of));
@@ -108,11 +109,17 @@ Exchange exchange(const hcyclient::Config& config, const std::string& url,
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBody);
   curl_easy_setopt(handle, CURLOPT_WRITEDATA, &reception);
   const CURLcode code = curl_easy_perform(handle);
-  const bool isCut = code == CURLE_WRITE_ERROR && exchange.reply.size() == reception.limit;
-  if (code != CURLE_OK && !isCut) throw hcyclient::TransportError(curl_easy_strerror(code));
+  exchange.isTooLong = exchange.reply.size() == reception.limit;
   long status = 0;
   curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
   exchange.status = static_cast<std::uint32_t>(status);
+  if (code != CURLE_OK && !(code == CURLE_WRITE_ERROR && exchange.isTooLong)) {
+    exchange.problem = curl_easy_strerror(code);
+    if (exchange.status == 0) throw hcyclient::TransportError(exchange.problem);
+  }
+  curl_off_t retryAfter = 0;
+  curl_easy_getinfo(handle, CURLINFO_RETRY_AFTER, &retryAfter);
+  exchange.retryAfter = static_cast<double>(retryAfter);
   const double connected = secondsOf(handle, CURLINFO_CONNECT_TIME_T);
   exchange.connected = std::max(connected, secondsOf(handle, CURLINFO_APPCONNECT_TIME_T));
   exchange.firstByte = secondsOf(handle, CURLINFO_STARTTRANSFER_TIME_T);
@@ -129,7 +136,9 @@ Exchange post(const hcyclient::Config& config, const std::string& url,
 
 Exchange get(const hcyclient::Config& config, const std::string& url,
              const std::vector<std::string>& headers, double seconds) {
-  return exchange(config, url, headers, nullptr, seconds);
+  Exchange got = exchange(config, url, headers, nullptr, seconds);
+  if (!got.problem.empty()) throw hcyclient::TransportError(got.problem);
+  return got;
 }
 
 }  // namespace hcy::tools

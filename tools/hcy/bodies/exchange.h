@@ -14,20 +14,24 @@ namespace hcy::tools {
 
 struct Exchange {
   std::uint32_t status = 0;
-  std::string reason;    // after the status
-  std::string reply;     // its body
-  double connected = 0;  // seconds from the start, TLS included; 0 on a connection that was open
-  double firstByte = 0;  // seconds from the start to that of the reply
-  double total = 0;      // seconds
+  std::string reason;      // after the status
+  std::string reply;       // its body
+  double connected = 0;    // seconds from the start, TLS included; 0 on a connection that was open
+  double firstByte = 0;    // seconds from the start to that of the reply
+  double total = 0;        // seconds
+  double retryAfter = 0;   // seconds that the server asks to wait, by a Retry-After header
+  bool isTooLong = false;  // whether the reply is longer than the limit, and cut one byte above it
+  std::string problem;     // why the reply breaks off, in the words of libcurl, or empty
 };
 
 // Posts the body with these header lines as the library does, with all settings of the
 // configuration, and `seconds` in place of its timeout (0 for no limit). Throws
-// hcyclient::TransportError.
+// hcyclient::TransportError if no reply begins; one that breaks off has a problem.
 Exchange post(const hcyclient::Config& config, const std::string& url,
               const std::vector<std::string>& headers, std::string_view body, double seconds);
 
-// Gets a document with these header lines, otherwise as above.
+// Gets a document with these header lines, otherwise as above. Throws hcyclient::TransportError
+// also if the reply breaks off.
 Exchange get(const hcyclient::Config& config, const std::string& url,
              const std::vector<std::string>& headers, double seconds);
 

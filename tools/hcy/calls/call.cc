@@ -2,16 +2,11 @@
 
 #include "calls/call.h"
 
-#include <unistd.h>
-
-#include <cmath>
 #include <cstddef>
 #include <iostream>
-#include <optional>
 #include <vector>
 
 #include "arguments/argument.h"
-#include "calls/deadline.h"
 #include "calls/each.h"
 #include "calls/evaluation.h"
 #include "calls/exit_status.h"
@@ -19,6 +14,7 @@
 #include "calls/incomplete_output.h"
 #include "calls/outputs.h"
 #include "calls/retry.h"
+#include "calls/shown_url.h"
 #include "calls/similar_function.h"
 #include "calls/traced_call.h"
 #include "settings/settings.h"
@@ -28,20 +24,11 @@
 namespace hcy::tools {
 namespace {
 
-// Ends the program after a fraction of a second, with the message of the library.
-void limit(std::optional<Deadline>& deadline, const Options& options) {
-  const double seconds = options.settings.timeout.value_or(0);
-  if (seconds == std::trunc(seconds)) return;
-  deadline.emplace(seconds, [&options] {
-    const Failure failure{"transport", "Timeout was reached", kTransportError};
-    std::cerr << failureAs(options.isJson(), failure) << std::flush;
-    ::_exit(failure.exitStatus);
-  });
-}
-
 // With -v, shows a line before each retry.
 void showRetry(const hcyclient::CallError& problem, double seconds) {
-  std::cerr << "* " << printable(problem.what()) << "; retrying in " << seconds << " s\n";
+  const std::string message = problem.what();
+  std::cerr << "* " << printable(message.substr(0, message.find('\n'))) << "; retrying in "
+            << seconds << " s\n";
 }
 
 // The library takes a page for a reply without outputs, and only -v sees the reply itself.
@@ -57,7 +44,9 @@ std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
                                             const hcyclient::Config& config,
                                             const std::vector<hcyclient::Array>& inputs,
                                             const Options& options) {
-  if (options.isOpen()) {
+  // The library itself has no timeout in fractions of a second, and does not tell how long to wait
+  // before a retry.
+  if (options.isOpen() || options.retries > 0 || fractionalLimit(options.settings.timeout) > 0) {
     return callWithRetries(
         options.retries, [&] { return tracedCall(library, config, inputs, options); },
         [&](const hcyclient::CallError& problem, double seconds) {
@@ -65,11 +54,8 @@ std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
         });
   }
   const hcyclient::Context context(config);
-  std::optional<Deadline> deadline;
-  limit(deadline, options);
   try {
-    return evaluateWithRetries(*library.runtime(), context, options.url, handlesOf(inputs),
-                               options.nargout, options.retries);
+    return evaluate(*library.runtime(), context, options.url, handlesOf(inputs), options.nargout);
   } catch (const hcyclient::TransportError& error) {
     throwWithHint(error);
   }
@@ -78,7 +64,7 @@ std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
 // Shows the 404 that is being handled, and which function the user may have meant.
 int showUnknownFunction(hcyclient::Config& config, const Options& options) {
   Failure failure = currentFailure();
-  if (options.isVerbose) std::cerr << "* GET " << printable(rootOf(options.url)) << "\n";
+  if (options.isVerbose) std::cerr << "* GET " << shownUrl(rootOf(options.url)) << "\n";
   failure.message += functionSuggestion(config, options.url, options.settings.timeout.value_or(0));
   std::cerr << failureText(failure);
   return failure.exitStatus;

@@ -2,7 +2,7 @@
 
 #include "calls/each.h"
 
-#include <cmath>
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <iostream>
@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "arguments/argument.h"
+#include "arguments/argument_words.h"
 #include "calls/each_lines.h"
+#include "calls/evaluation.h"
 #include "calls/exit_status.h"
 #include "calls/failure.h"
 #include "calls/incomplete_output.h"
@@ -89,8 +91,9 @@ class Caller {
       for (const auto* const arrays : {&shared_.inputs, &own}) {
         for (const Array& array : *arrays) sent.push_back(array.get());
       }
-      const auto outputs = evaluateWithRetries(runtime_, context_, options.url, sent,
-                                               options.nargout, options.retries);
+      const auto outputs =
+          evaluateWithRetries(runtime_, context_, options.url, sent, options.nargout,
+                              fractionalLimit(options.settings.timeout), options.retries);
       requireWhole(outputs);
       return {printed(outputs, options.output.form.value_or(Form::kJson)), {}, kSuccess};
     } catch (...) {
@@ -105,14 +108,26 @@ class Caller {
   hcyclient::Context context_;
 };
 
+bool readsInput(const std::string& argument) {
+  try {
+    return argumentWords(argument).file == "-";
+  } catch (const BadText&) {
+    return false;  // arraysFrom() says what is wrong
+  }
+}
+
+void requireOneReader(const Options& options) {
+  const auto& arguments = options.arguments;
+  const auto found = std::find_if(arguments.begin(), arguments.end(), readsInput);
+  if (*options.each != "-" || found == arguments.end()) return;
+  throw BadInput("argument " + std::to_string(found - arguments.begin() + 1) +
+                 ": the standard input can be read only once, and --each reads it");
+}
+
 void requireForm(const Options& options) {
   const Form form = options.output.form.value_or(Form::kJson);
   if ((form != Form::kJson && form != Form::kRaw) || !options.output.files.empty()) {
     throw BadInput("--each prints JSON, or text with --raw; write it to a file with > FILE");
-  }
-  const double timeout = options.settings.timeout.value_or(0);
-  if (timeout != std::trunc(timeout)) {
-    throw BadInput("with --each, the timeout must be a whole number of seconds");
   }
 }
 
@@ -121,6 +136,7 @@ void requireForm(const Options& options) {
 int callEach(const Options& options) {
   requireHttp(options.url);
   requireForm(options);
+  requireOneReader(options);
   const std::vector<Array> inputs = arraysFrom(options.arguments, options.argumentSettings);
   LineSource lines(*options.each);
   const hcyclient::Library library;

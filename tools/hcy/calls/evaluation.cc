@@ -2,6 +2,10 @@
 
 #include "calls/evaluation.h"
 
+#include <curl/curl.h>
+
+#include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -56,6 +60,22 @@ std::vector<Array> evaluate(const hcyClientRuntime& runtime, const hcyclient::Co
   for (std::size_t i = 0; i < handles.size(); ++i) outputs[i] = Array::adopt(handles[i]);
   if (failed != 0) Failure(runtime, context).raise();
   return outputs;
+}
+
+std::vector<Array> evaluateWithin(double seconds, const hcyClientRuntime& runtime,
+                                  const hcyclient::Context& context, const std::string& url,
+                                  const std::vector<const hcyArray*>& inputs, int nargout) {
+  const auto start = std::chrono::steady_clock::now();
+  std::vector<Array> outputs = evaluate(runtime, context, url, inputs, nargout);
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+  if (seconds > 0 && taken.count() > seconds) {
+    throw hcyclient::TransportError(curl_easy_strerror(CURLE_OPERATION_TIMEDOUT));
+  }
+  return outputs;
+}
+
+double fractionalLimit(std::optional<double> timeout) {
+  return timeout && *timeout != std::trunc(*timeout) ? *timeout : 0;
 }
 
 std::vector<const hcyArray*> handlesOf(const std::vector<Array>& arrays) {

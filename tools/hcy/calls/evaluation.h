@@ -5,6 +5,7 @@
 #pragma once
 
 #include <hcy/hcyclient.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,17 @@ namespace hcy::tools {
 std::vector<hcyclient::Array> evaluate(const hcyClientRuntime& runtime,
                                        const hcyclient::Context& context, const std::string& url,
                                        const std::vector<const hcyArray*>& inputs, int nargout);
+
+// The same, but a call that takes longer than `seconds` fails with a timeout; 0 is no limit. The
+// library itself limits a call only to whole seconds, and such a call ends with its limit.
+std::vector<hcyclient::Array> evaluateWithin(double seconds, const hcyClientRuntime& runtime,
+                                             const hcyclient::Context& context,
+                                             const std::string& url,
+                                             const std::vector<const hcyArray*>& inputs,
+                                             int nargout);
+
+// The limit for evaluateWithin() under this timeout in seconds: 0 if the library can keep it.
+double fractionalLimit(std::optional<double> timeout);
 
 std::vector<const hcyArray*> handlesOf(const std::vector<hcyclient::Array>& arrays);
 

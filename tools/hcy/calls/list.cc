@@ -73,6 +73,10 @@ std::string indexOf(const Options& options) {
       options.settings.timeout.value_or(library.runtime()->getTimeOut(config.get()));
   const Exchange exchange = get(config, options.url, {"Accept: application/json"}, seconds);
   if (exchange.status != 200) throw hcyclient::HttpError(exchange.status, exchange.reason);
+  if (exchange.isTooLong) {
+    throw hcyclient::TransportError("the index is larger than --max-reply allows, " +
+                                    std::to_string(exchange.reply.size() - 1) + " bytes");
+  }
   return exchange.reply;
 }
 

@@ -2,9 +2,12 @@
 
 #include "calls/retry.h"
 
+#include <curl/curl.h>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <string_view>
 #include <thread>
 
 #include "calls/evaluation.h"
@@ -12,30 +15,57 @@
 namespace hcy::tools {
 namespace {
 
-using namespace std::chrono_literals;
+using Seconds = std::chrono::duration<double>;
+
+constexpr double kFirstPause = 0.1;
+constexpr double kLongestPause = 10;
+constexpr double kLongestPostponement = 6 * 3600;
+
+// By the first line of the message, which is that of libcurl: the library does not tell its code.
+bool mayPass(const hcyclient::TransportError& error) {
+  constexpr std::array passing = {CURLE_OPERATION_TIMEDOUT,   CURLE_COULDNT_RESOLVE_PROXY,
+                                  CURLE_COULDNT_RESOLVE_HOST, CURLE_COULDNT_CONNECT,
+                                  CURLE_GOT_NOTHING,          CURLE_SEND_ERROR,
+                                  CURLE_RECV_ERROR,           CURLE_PARTIAL_FILE};
+  const std::string_view message = error.what();
+  const std::string_view line = message.substr(0, message.find('\n'));
+  return std::any_of(passing.begin(), passing.end(),
+                     [line](CURLcode code) { return line == curl_easy_strerror(code); });
+}
 
 bool mayPass(const hcyclient::CallError& error) {
-  if (dynamic_cast<const hcyclient::TransportError*>(&error) != nullptr) return true;
+  if (const auto* const failed = dynamic_cast<const hcyclient::TransportError*>(&error)) {
+    return mayPass(*failed);
+  }
   const auto* const answered = dynamic_cast<const hcyclient::HttpError*>(&error);
   if (answered == nullptr) return false;
   constexpr std::array<std::uint32_t, 6> passing = {408, 429, 500, 502, 503, 504};
   return std::find(passing.begin(), passing.end(), answered->status()) != passing.end();
 }
 
+// As long as the server asks for, or else the usual pause.
+double pauseAfter(const hcyclient::CallError& error, double usual) {
+  const auto* const postponed = dynamic_cast<const Postponed*>(&error);
+  if (postponed == nullptr || postponed->seconds() <= 0) return usual;
+  return std::min(postponed->seconds(), kLongestPostponement);
+}
+
 }  // namespace
 
 std::vector<hcyclient::Array> callWithRetries(unsigned retries, const Call& call,
                                               const OnRetry& onRetry) {
-  std::chrono::milliseconds pause = 100ms;
+  double usual = kFirstPause;
+  double pause = 0;
   for (;; --retries) {
     try {
       return call();
     } catch (const hcyclient::CallError& error) {
       if (retries == 0 || !mayPass(error)) throw;
-      onRetry(error, std::chrono::duration<double>(pause).count());
+      pause = pauseAfter(error, usual);
+      onRetry(error, pause);
     }
-    std::this_thread::sleep_for(pause);
-    pause = std::min<std::chrono::milliseconds>(pause * 2, 10s);
+    std::this_thread::sleep_for(Seconds(pause));
+    usual = std::min(usual * 2, kLongestPause);
   }
 }
 
@@ -43,9 +73,9 @@ std::vector<hcyclient::Array> evaluateWithRetries(const hcyClientRuntime& runtim
                                                   const hcyclient::Context& context,
                                                   const std::string& url,
                                                   const std::vector<const hcyArray*>& inputs,
-                                                  int nargout, unsigned retries) {
+                                                  int nargout, double seconds, unsigned retries) {
   return callWithRetries(
-      retries, [&] { return evaluate(runtime, context, url, inputs, nargout); },
+      retries, [&] { return evaluateWithin(seconds, runtime, context, url, inputs, nargout); },
       [](const hcyclient::CallError&, double) {});
 }
 

@@ -13,6 +13,8 @@
 
 #include "bodies/codec.h"
 #include "bodies/exchange.h"
+#include "calls/retry.h"
+#include "calls/shown_url.h"
 #include "output/display.h"
 #include "output/terminal.h"
 #include "text/source_text.h"
@@ -35,7 +37,7 @@ std::string milliseconds(double seconds) {
 
 void showRequest(const std::vector<hcyclient::Array>& inputs, const EncodedRequest& request,
                  const Options& options) {
-  std::string text = "> POST " + printable(options.url) + "\n";
+  std::string text = "> POST " + shownUrl(options.url) + "\n";
   for (const std::string& header : request.headers) text += "> " + printable(header) + "\n";
   text += "> " + bytesText(request.body.size()) + ", " + std::to_string(options.nargout) +
           (options.nargout == 1 ? " output" : " outputs") + " requested\n";
@@ -50,10 +52,23 @@ void showRequest(const std::vector<hcyclient::Array>& inputs, const EncodedReque
 
 void showReply(const Exchange& exchange) {
   std::cerr << "< HTTP " << exchange.status << (exchange.reason.empty() ? "" : " ")
-            << printable(exchange.reason) << ", " << bytesText(exchange.reply.size()) << '\n'
+            << printable(exchange.reason) << ", " << bytesText(exchange.reply.size())
+            << (exchange.problem.empty() ? "" : " before it breaks off") << '\n'
             << "< connected after " << milliseconds(exchange.connected) << ", first byte after "
             << milliseconds(exchange.firstByte) << ", all after " << milliseconds(exchange.total)
             << '\n';
+}
+
+// Saves what came of the reply; throws if it breaks off.
+void saveReply(const Exchange& exchange, const std::string& file) {
+  const bool isWhole = exchange.problem.empty();
+  const bool isSaved = !file.empty() && (isWhole || !exchange.reply.empty());
+  if (isSaved) writeFile(file, exchange.reply);
+  if (isWhole) return;
+  throw hcyclient::TransportError(
+      exchange.problem + (isSaved ? "\nOnly the first " + bytesText(exchange.reply.size()) +
+                                        " of the reply arrived and were saved in " + file + "."
+                                  : ""));
 }
 
 // Whether a page came, as gateways and web servers send it. No message begins like that: its first
@@ -78,8 +93,10 @@ std::vector<hcyclient::Array> tracedCall(const hcyclient::Library& library,
       options.settings.timeout.value_or(library.runtime()->getTimeOut(config.get()));
   const Exchange exchange = post(config, options.url, request.headers, request.body, seconds);
   if (options.isVerbose) showReply(exchange);
-  if (!options.replyFile.empty()) writeFile(options.replyFile, exchange.reply);
-  if (exchange.status != 200) throw hcyclient::HttpError(exchange.status, exchange.reason);
+  saveReply(exchange, options.replyFile);
+  if (exchange.status != 200) {
+    throw Postponed(exchange.status, exchange.reason, exchange.retryAfter);
+  }
   if (isHtml(exchange.reply)) {
     throw hcyclient::TransportError(
         "an HTML page came instead of a reply; check the URL, and what is between here and the "
