@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """What bash, zsh and fish offer for a word that is being written."""
+import json
 import os
 import pathlib
 import re
@@ -20,6 +21,9 @@ WORDS = ('double', 'single', 'int8', 'int16', 'int32', 'int64', 'uint8', 'uint16
          'uint64', 'logical', 'char', 'struct', 'cell', 'complex', 'sparse', 'float64', 'float32',
          'bool', 'complex64', 'complex128', 'json', 'text', 'csv', 'tsv', 'npy')
 FUNCTIONS = ('math/plus', 'text/upper', 'echo')
+SERVERS = ('@lab/', '@odd/', '@secret/')
+# What a shell would run if it expanded the word.
+ODD_NAME = '$(touch pwned)`touch pwned`'
 
 # What is typed, and what then stands there, in every shell.
 SHOWN = {
@@ -30,6 +34,8 @@ SHOWN = {
     'hcy call ma\t': 'hcy call math/plus ',
     'hcy call @la\t': 'hcy call @lab/',
     'hcy call @lab/te\t': 'hcy call @lab/text/upper ',
+    'hcy call @odd/\t': r'hcy call @odd/\$\(touch\ pwned\)\`touch\ pwned\` ',
+    'hcy call @secret/ma\t': 'hcy call @secret/ma',
     'hcy call u @da\t': 'hcy call u @data.json ',
     'hcy call u int8:@da\t': 'hcy call u int8:@data.json ',
     'hcy call u @tw\t': r'hcy call u @two\ words.json ',
@@ -51,12 +57,16 @@ class Completion(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.server = IndexServer()
+        cls.odd_server = IndexServer(json.dumps({'functions': [{'name': ODD_NAME}]}))
         cls.directory = tempfile.TemporaryDirectory()
         cls.folder = pathlib.Path(cls.directory.name)
         for name in ('data.json', 'two words.json'):
             (cls.folder / name).touch()
         (cls.folder / 'folder').mkdir()
-        (cls.folder / 'config.toml').write_text(f'[servers.lab]\nurl = "{cls.server.url}"\n')
+        (cls.folder / 'config.toml').write_text(
+            f'[servers.lab]\nurl = "{cls.server.url}"\n'
+            f'[servers.odd]\nurl = "{cls.odd_server.url}"\n'
+            f'[servers.secret]\nurl = "{cls.server.url}"\nask-key-pass = true\n')
         cls.environment = dict(
             os.environ, PATH=f'{pathlib.Path(HCY).parent}:{os.environ["PATH"]}', TERM='dumb',
             HOME=cls.directory.name, HCY_CONFIG=str(cls.folder / 'config.toml'), PS1='> ',
@@ -65,6 +75,7 @@ class Completion(unittest.TestCase):
     @classmethod
     def tearDownClass(cls):
         cls.server.__exit__()
+        cls.odd_server.__exit__()
         cls.directory.cleanup()
 
     def output_of(self, *arguments):
@@ -77,8 +88,11 @@ class Completion(unittest.TestCase):
             self.assertEqual(completed('hcy', command, 'x', '--'), options_of(command))
         self.assertEqual(completed('hcy', 'help', ''), set(COMMANDS))
         self.assertEqual(completed('hcy', 'call', ''), set(FUNCTIONS))
-        self.assertEqual(completed('hcy', 'call', '@'), {'@lab/'})
+        self.assertEqual(completed('hcy', 'call', '@'), set(SERVERS))
         self.assertEqual(completed('hcy', 'list', '@lab/m'), {'@lab/math/plus'})
+        self.assertEqual({name.replace('\\', '') for name in completed('hcy', 'list', '@odd/')},
+                         {'@odd/' + ODD_NAME})
+        self.assertFalse((self.folder / 'pwned').exists())
         offered = set().union(*(completed('hcy', 'call', 'x', letter)
                                 for letter in string.ascii_lowercase))
         self.assertEqual(offered, {name + ':' for name in WORDS})
@@ -118,6 +132,7 @@ class Completion(unittest.TestCase):
                 self.assertEqual(self.line(terminal.output), shown + '#')
                 terminal.type('\x15echo ne""xt\n')  # in place of the line
                 terminal.read_until('next\r\n[^\n]*> ')
+        self.assertFalse((self.folder / 'pwned').exists())
 
     def test_lines_in_bash(self):
         self.require_shown(['bash', '--norc', '--noprofile', '-i'], f'source {FOLDER}/hcy.bash')

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -176,6 +177,24 @@ TEST(PassPhrase, isTheFirstLineOfAFile) {
   EXPECT_THROW(tools::passPhraseOfFile(files.write("e", std::string(2000, 'x'))), tools::BadInput);
   EXPECT_THROW(tools::passPhraseOfFile(files.file("none")), tools::BadInput);
   EXPECT_THROW(tools::passPhraseOfFile(files.path()), tools::BadInput);
+}
+
+TEST(PassPhrase, isNotAskedForIfPromptsAreForbidden) {
+  ASSERT_EQ(::setenv("HCY_NO_PROMPT", "1", 1), 0);
+  const hcyclient::Library library;
+  tools::Settings settings;
+  EXPECT_EQ(tools::configFrom(library, settings).privateKeyPassPhrase(), "");
+  // With a pass phrase, OpenSSL does not ask for one.
+  settings.certificateFile = "client.pem";
+  EXPECT_NE(tools::configFrom(library, settings).privateKeyPassPhrase(), "");
+  settings.asksPassPhrase = true;
+  try {
+    static_cast<void>(tools::configFrom(library, settings));
+    ADD_FAILURE();
+  } catch (const tools::BadInput& problem) {
+    EXPECT_STREQ(problem.what(), "cannot ask for the pass phrase: HCY_NO_PROMPT is set");
+  }
+  ::unsetenv("HCY_NO_PROMPT");
 }
 
 }  // namespace

@@ -25,9 +25,13 @@ _hcy_functions() {
       return
       ;;
   esac
-  mapfile -t COMPREPLY < <(compgen -W "$(
-    "$1" list ${server:+"$server"} --raw --timeout 1 2>/dev/null |
-      sed "s|^|${server:+$server/}|")" -- "$2")
+  # The names come from a server: compgen -W would expand them, and run commands that they contain.
+  local name quoted
+  while IFS= read -r name; do
+    name=${server:+$server/}$name
+    quoted=$(printf %q "$name")
+    [[ $name != "$2"* && $quoted != "$2"* ]] || COMPREPLY+=("$quoted")
+  done < <(HCY_NO_PROMPT=1 "$1" list ${server:+"$server"} --raw --timeout 1 2>/dev/null)
 }
 
 # $1: hcy, $2: its command.

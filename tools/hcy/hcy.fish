@@ -19,11 +19,11 @@ function __hcy_functions
     set -q HCY_CONFIG; and set config $HCY_CONFIG
     if string match -q '@*/*' -- $word
         set -l server (string split -m 1 / -- $word)[1]
-        hcy list $server --raw --timeout 1 2>/dev/null | string replace -r '^' $server/
+        env HCY_NO_PROMPT=1 hcy list $server --raw --timeout 1 2>/dev/null | string replace -r '^' $server/
     else if string match -q '@*' -- $word
         sed -n 's/^ *\[servers\.\([A-Za-z0-9_-]*\)\].*/@\1\//p' $config 2>/dev/null
     else
-        hcy list --raw --timeout 1 2>/dev/null
+        env HCY_NO_PROMPT=1 hcy list --raw --timeout 1 2>/dev/null
     end
 end
 

@@ -13,7 +13,7 @@ _hcy_functions() {
     return
   fi
   [[ $PREFIX == @* ]] && server=${PREFIX%%/*}
-  found=(${(f)"$(hcy list $server --raw --timeout 1 2>/dev/null)"})
+  found=(${(f)"$(HCY_NO_PROMPT=1 hcy list $server --raw --timeout 1 2>/dev/null)"})
   [[ -n $server ]] && found=($server/$^found)
   compadd -a found
 }

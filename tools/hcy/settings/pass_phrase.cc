@@ -8,7 +8,7 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
+#include <cstdlib>
 #include <string_view>
 #include <system_error>
 
@@ -116,7 +116,13 @@ Secret passPhraseOfFile(const std::string& file) {
   return secret;
 }
 
+bool mayPrompt() {
+  const char* const forbidden = std::getenv("HCY_NO_PROMPT");
+  return forbidden == nullptr || *forbidden == '\0';
+}
+
 Secret passPhraseOfTerminal() {
+  if (!mayPrompt()) throw BadInput("cannot ask for the pass phrase: HCY_NO_PROMPT is set");
   const Descriptor terminal("/dev/tty", O_RDWR | O_NOCTTY);
   if (!terminal.isOpen()) throw BadInput("cannot ask for the pass phrase: there is no terminal");
   Secret secret;

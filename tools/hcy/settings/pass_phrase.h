@@ -14,8 +14,12 @@ namespace hcy::tools {
 // The first line of a file. Throws BadInput.
 Secret passPhraseOfFile(const std::string& file);
 
-// Asks on the terminal of the process, without echo. Throws BadInput if there is no terminal, or if
-// nothing was typed.
+// Whether the user may be asked for anything: the environment variable HCY_NO_PROMPT is not set, or
+// is empty.
+bool mayPrompt();
+
+// Asks on the terminal of the process, without echo. Throws BadInput if there is no terminal, if
+// nothing was typed, or if mayPrompt() is false.
 Secret passPhraseOfTerminal();
 
 }  // namespace hcy::tools

@@ -27,6 +27,10 @@ hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& 
     config.setPrivateKeyPassPhrase(passPhraseOfFile(settings.passPhraseFile).text());
   } else if (settings.asksPassPhrase) {
     config.setPrivateKeyPassPhrase(passPhraseOfTerminal().text());
+  } else if (!mayPrompt() && !(settings.keyFile + settings.certificateFile).empty()) {
+    // Without a pass phrase, OpenSSL would ask for that of an encrypted key. It ignores this one if
+    // the key is not encrypted.
+    config.setPrivateKeyPassPhrase("-");
   }
   return config;
 }
