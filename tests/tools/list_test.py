@@ -83,6 +83,12 @@ class List(unittest.TestCase):
         with IndexServer('{"functions":[{"name":"a\\u001b[2J","summary":"b\\nc"}]}') as server:
             self.assertEqual(listed(server.url)[0], 'a\\u001b[2J  b\\nc\n')
             self.assertEqual(listed(server.url, '-r')[0], 'a\\u001b[2J\n')
+        index = '{"functions":[{"name":"a\u009b\u202e"}]}'
+        with IndexServer(index) as server:
+            with PseudoTerminal([HCY, 'list', server.url, '--json']) as terminal:
+                self.assertEqual(terminal.finish()[0],
+                                 '{"functions":[{"name":"a\\u009b\\u202e"}]}\n')
+            self.assertEqual(listed(server.url, '--json')[0], index + '\n')
 
 
 class Suggestion(unittest.TestCase):

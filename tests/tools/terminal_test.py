@@ -63,9 +63,23 @@ class OnATerminal(unittest.TestCase):
         piped = subprocess.run([HCY, *call, column], capture_output=True, text=True, check=True)
         self.assertEqual(piped.stdout.count('\n'), 101)
 
-    def test_raw_text_cannot_command_the_terminal(self):
+    def test_text_cannot_command_the_terminal(self):
         shown, _ = self.shown('call', self.url + '/echo', r'"a\u001b[31m\nb"', '--raw')
         self.assertEqual(shown, 'a\\u001b[31m\nb\n')
+        table = ['call', self.url + '/echo', r'[{"a\u009b":"\u001b[2J\u202e"},{"a\u009b":"b"}]']
+        self.assertEqual(self.shown(*table, '--csv')[0],
+                         'a\\u009b\n\\u001b[2J\\u202e\nb\n')
+        self.assertEqual(self.shown('call', self.url + '/echo', '["a\\u001b","b"]', '--tsv')[0],
+                         'a\\u001b\tb\n')
+        with tempfile.NamedTemporaryFile('w', suffix='.jsonl') as file:
+            file.write(r'["a\u001b\tb"]')
+            file.flush()
+            each = ['call', self.url + '/echo', '--each', file.name, '--raw']
+            self.assertEqual(self.shown(*each)[0], 'a\\u001b\tb\n')
+            piped = subprocess.run([HCY, *each], capture_output=True, text=True, check=True)
+            self.assertEqual(piped.stdout, 'a\x1b\tb\n')
+        piped = subprocess.run([HCY, *table, '--csv'], capture_output=True, text=True, check=True)
+        self.assertEqual(piped.stdout, 'a\x9b\n\x1b[2J\u202e\nb\n')
 
     def test_json_and_what_is_no_terminal_are_not_cut(self):
         numbers = list(range(100))

@@ -107,7 +107,7 @@ void AnswerSink::printReady() {
     ++counts_.failed;
     if (counts_.firstFailure == 0) counts_.firstFailure = next->second.failure;
   }
-  print(text);
+  printText(text);
   if (!complaints.empty()) {
     progress_.clear();
     std::cerr << complaints;

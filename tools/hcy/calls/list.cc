@@ -109,7 +109,7 @@ int list(const Options& options) {
   }
   const Form form = options.output.form.value_or(Form::kDisplay);
   if (form == Form::kJson) {
-    print(index.ends_with('\n') ? index : index + "\n");
+    printText(index.ends_with('\n') ? index : index + "\n");
   } else if (form == Form::kRaw) {
     std::string names;
     for (const Function& function : functions) names += printable(function.name) + "\n";

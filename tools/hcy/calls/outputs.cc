@@ -115,10 +115,7 @@ void requireOutputs(const OutputSettings& settings, std::size_t count) {
 void showOutputs(const std::vector<hcyclient::Array>& outputs, const OutputSettings& settings) {
   if (settings.files.empty()) {
     const Form form = settings.form.value_or(Form::kDisplay);
-    std::string text = formedAll(outputs, form, settings);
-    // Only raw text can contain commands for the terminal.
-    if (form == Form::kRaw && isTerminal(STDOUT_FILENO)) text = printableLines(text, 0);
-    return print(text);
+    return printText(formedAll(outputs, form, settings));
   }
   std::vector<std::string> contents;
   for (std::size_t i = 0; i < settings.files.size(); ++i) {

@@ -7,7 +7,10 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <string>
 #include <system_error>
+
+#include "text/text.h"
 
 namespace hcy::tools {
 
@@ -31,6 +34,11 @@ void print(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
     throw std::system_error(errno, std::generic_category(), "standard output");
   }
+}
+
+void printText(std::string_view text) {
+  if (!isTerminal(STDOUT_FILENO)) return print(text);
+  print(printableText(text));
 }
 
 }  // namespace hcy::tools

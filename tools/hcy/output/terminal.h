@@ -20,4 +20,8 @@ std::size_t heightOf(int descriptor);
 // Writes to the standard output; throws std::system_error if that fails.
 void print(std::string_view text);
 
+// The same for text that contains what a server sent. A terminal gets it with control characters
+// escaped, except line ends and tabs; anything else gets its bytes.
+void printText(std::string_view text);
+
 }  // namespace hcy::tools

@@ -165,6 +165,16 @@ std::string printableLines(std::string_view text, std::size_t indent) {
   return out + printable(text);
 }
 
+std::string printableText(std::string_view text) {
+  std::string out;
+  while (!text.empty()) {
+    const char32_t codePoint = takeCodePoint(text).value_or(kReplacement);
+    const bool isLayout = codePoint == '\n' || codePoint == '\t';
+    isControl(codePoint) && !isLayout ? appendEscape(out, codePoint) : appendUtf8(out, codePoint);
+  }
+  return out;
+}
+
 std::size_t displayWidth(std::string_view text) {
   std::size_t columns = 0;
   while (!text.empty()) columns += columnsOf(takeCodePoint(text).value_or(kReplacement));

@@ -41,6 +41,9 @@ std::string printable(std::string_view text);
 // The same for several lines, all but the first one indented.
 std::string printableLines(std::string_view text, std::size_t indent);
 
+// The same for whole text, whose line ends and tabs stay.
+std::string printableText(std::string_view text);
+
 // The width of the text in columns of a terminal.
 std::size_t displayWidth(std::string_view text);
 
