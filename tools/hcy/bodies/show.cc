@@ -18,6 +18,7 @@
 #include "calls/incomplete_output.h"
 #include "notations/array_json.h"
 #include "output/terminal.h"
+#include "text/file_replacement.h"
 #include "text/source_text.h"
 #include "text/text.h"
 

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "notations/array_json.h"
@@ -17,6 +19,7 @@
 #include "output/display.h"
 #include "output/places.h"
 #include "output/terminal.h"
+#include "text/file_replacement.h"
 #include "text/source_text.h"
 #include "text/text.h"
 
@@ -24,6 +27,7 @@ namespace hcy::tools {
 namespace {
 
 using hcyclient::Array;
+namespace fs = std::filesystem;
 
 constexpr std::array<std::pair<std::string_view, Form>, 5> kEndings = {{{".json", Form::kJson},
                                                                         {".csv", Form::kCsv},
@@ -36,6 +40,20 @@ std::optional<Form> formOf(const std::string& file) {
     if (file.ends_with(ending)) return form;
   }
   return std::nullopt;
+}
+
+// Refuses two names of one file. A pipe or a device can take several outputs.
+void requireDifferent(const std::vector<std::string>& files) {
+  std::vector<fs::path> seen;
+  for (const std::string& file : files) {
+    std::error_code unknown;
+    const fs::path path = fs::weakly_canonical(fs::absolute(file, unknown), unknown);
+    const bool isOther = fs::exists(path, unknown) && !fs::is_regular_file(path, unknown);
+    if (!isOther && std::find(seen.begin(), seen.end(), path) != seen.end()) {
+      throw BadInput("--output: " + printable(file) + " is given for two outputs");
+    }
+    seen.push_back(path);
+  }
 }
 
 // Lines that stay free for the command, the name of the output and the next prompt.
@@ -100,6 +118,7 @@ void requireOutputs(const OutputSettings& settings, std::size_t count) {
     throw BadInput("--output is given " + std::to_string(files) + " times for " +
                    std::to_string(count) + (count == 1 ? " output" : " outputs"));
   }
+  requireDifferent(settings.files);
   for (const std::string& file : settings.files) {
     const std::optional<Form> form = settings.form ? settings.form : formOf(file);
     if (!form) {
@@ -123,7 +142,12 @@ void showOutputs(const std::vector<hcyclient::Array>& outputs, const OutputSetti
     contents.push_back(settings.files.size() == 1 ? formedAll(outputs, form, settings)
                                                   : formed(outputs, i, form, settings));
   }
-  for (std::size_t i = 0; i < contents.size(); ++i) writeFile(settings.files[i], contents[i]);
+  // All are written before the first one is replaced.
+  std::vector<FileReplacement> written;
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    written.emplace_back(settings.files[i], contents[i]);
+  }
+  for (FileReplacement& file : written) file.commit();
 }
 
 }  // namespace hcy::tools

@@ -17,7 +17,7 @@
 #include "calls/shown_url.h"
 #include "output/display.h"
 #include "output/terminal.h"
-#include "text/source_text.h"
+#include "text/file_replacement.h"
 #include "text/text.h"
 
 namespace hcy::tools {

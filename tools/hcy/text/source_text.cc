@@ -100,12 +100,4 @@ std::string contentsOf(const std::string& file) {
   return contents;
 }
 
-void writeFile(const std::string& file, std::string_view contents) {
-  std::unique_ptr<std::FILE, FileCloser> stream(std::fopen(file.c_str(), "wb"));
-  const bool isWritten =
-      stream && std::fwrite(contents.data(), 1, contents.size(), stream.get()) == contents.size() &&
-      std::fflush(stream.get()) == 0;
-  if (!isWritten) throw std::system_error(errno, std::generic_category(), printable(file));
-}
-
 }  // namespace hcy::tools

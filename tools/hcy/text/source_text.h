@@ -37,7 +37,4 @@ std::string expandedHome(std::string_view file);
 // The contents of a file, or of the standard input for "-"; throws BadInput.
 std::string contentsOf(const std::string& file);
 
-// Creates the file or overwrites it; throws std::system_error with its name.
-void writeFile(const std::string& file, std::string_view contents);
-
 }  // namespace hcy::tools
