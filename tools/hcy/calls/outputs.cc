@@ -48,7 +48,7 @@ void requireDifferent(const std::vector<std::string>& files) {
   for (const std::string& file : files) {
     std::error_code unknown;
     const fs::path path = fs::weakly_canonical(fs::absolute(file, unknown), unknown);
-    const bool isOther = fs::exists(path, unknown) && !fs::is_regular_file(path, unknown);
+    const bool isOther = fs::exists(file, unknown) && !fs::is_regular_file(file, unknown);
     if (!isOther && std::find(seen.begin(), seen.end(), path) != seen.end()) {
       throw BadInput("--output: " + printable(file) + " is given for two outputs");
     }
