@@ -12,16 +12,17 @@ import time
 
 
 class PseudoTerminal:
-    """Runs the program as the leader of a session whose terminal this is."""
+    """Runs the program as the leader of a session whose terminal this is, with 24 lines. Further
+    arguments are those of subprocess.Popen."""
 
-    def __init__(self, arguments, columns=80, stdout=None, stderr=None):
+    def __init__(self, arguments, columns=80, stdout=None, stderr=None, **more):
         self.output = ''
         self.terminal, child = pty.openpty()
         fcntl.ioctl(child, termios.TIOCSWINSZ, struct.pack('HHHH', 24, columns, 0, 0))
-        environment = dict(os.environ, no_proxy='*', LC_ALL='C.UTF-8')
+        more.setdefault('env', dict(os.environ, no_proxy='*', LC_ALL='C.UTF-8'))
         self.process = subprocess.Popen(
             arguments, stdin=child, stdout=stdout or child, stderr=stderr or child,
-            start_new_session=True, env=environment,
+            start_new_session=True, **more,
             preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
         os.close(child)
 

@@ -89,7 +89,10 @@ std::string contentsOf(const std::string& file) {
   std::string contents;
   std::array<char, 65536> piece{};
   errno = 0;
-  while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), stream.get())) {
+  // Another read after the end would wait on a terminal for a second one.
+  while (std::feof(stream.get()) == 0) {
+    const std::size_t count = std::fread(piece.data(), 1, piece.size(), stream.get());
+    if (count == 0) break;
     contents.append(piece.data(), count);
     if (contents.size() > kLongestFile) {
       throw BadInput(printable(name) + ": the file is larger than " + std::to_string(kLongestFile) +
