@@ -8,13 +8,24 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <string_view>
 #include <system_error>
 
+#include "settings/help_formatter.h"
 #include "settings/tls_options.h"
 
 namespace hcy::server {
 namespace {
+
+// A test runs each of them.
+constexpr const char* kExamples = R"(Examples:
+  hcy-local-server --port 0
+  hcy-local-server --fault 'math/*=503@10%' --log
+  hcy-local-server --function 'my/scale=python3 scale.py'
+  hcy-local-server --upstream https://lab.example --record calls
+  hcy-local-server --replay calls
+)";
 
 constexpr double kShortestTimeout = 0.001;
 constexpr double kLongestTimeout = 86'400;
@@ -161,7 +172,7 @@ void addLog(CLI::App& app, LogOptions& log) {
   const char* const group = "Log";
   CLI::Option* const file =
       app.add_option("--log", log.file, "Write a line for each call [standard error]")
-          ->type_name("FILE")
+          ->type_name("[FILE]")
           ->expected(0, 1)
           ->default_str("-")
           ->group(group);
@@ -182,40 +193,52 @@ void addLog(CLI::App& app, LogOptions& log) {
       ->group(group);
 }
 
+void addListening(CLI::App& app, Options& options) {
+  app.add_option("--host", options.host, "Address to listen on [127.0.0.1]")->type_name("ADDRESS");
+  app.add_option("--port", options.port, "Port to listen on; 0 picks a free one [8080]")
+      ->take_last()
+      ->type_name("PORT");
+  app.add_option("--max-body", options.maxBody,
+                 "Longest request body, at most 2147483647 [2147483647]")
+      ->type_name("BYTES")
+      ->check(CLI::Range(std::uint64_t{0}, kLargestBody).description(""));
+  app.add_option("--request-timeout", options.requestSeconds,
+                 "Seconds that a client may take to send a request [30]")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(kShortestTimeout, kLongestTimeout).description(""));
+  app.add_option("--reply-timeout", options.replySeconds,
+                 "Seconds that a client may pause while it reads a reply [60]")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(kShortestTimeout, kLongestTimeout).description(""));
+  CLI::Option* const certificate =
+      app.add_option("--cert", options.certificateFile,
+                     "Serve https with this certificate (PEM); needs --key")
+          ->type_name("FILE")
+          ->check(CLI::Validator(CLI::ExistingFile).description(""));
+  CLI::Option* const key =
+      app.add_option("--key", options.keyFile, "The certificate's private key (PEM)")
+          ->type_name("FILE")
+          ->check(CLI::Validator(CLI::ExistingFile).description(""))
+          ->needs(certificate);
+  certificate->needs(key);
+  app.add_option("--client-ca", options.clientCaFile,
+                 "Require client certificates signed by this authority (PEM)")
+      ->type_name("FILE")
+      ->check(CLI::Validator(CLI::ExistingFile).description(""))
+      ->needs(certificate);
+  app.add_flag("--stop-on-eof", options.stopOnEof, "Stop when the standard input ends");
+}
+
 }  // namespace
 
 CommandLine parseCommandLine(int argc, char** argv) {
   Options options;
   CLI::App app("A Halcyon compute server on this machine, for developing and testing clients.",
                "hcy-local-server");
+  app.formatter(std::make_shared<tools::HelpFormatter>());
+  app.footer(kExamples);
   app.set_version_flag("--version", "hcy-local-server " HCY_LOCAL_SERVER_VERSION);
-  app.add_option("--host", options.host, "Address to listen on")->capture_default_str();
-  app.add_option("--port", options.port, "Port to listen on; 0 picks a free one")
-      ->take_last()
-      ->capture_default_str();
-  app.add_option("--max-body", options.maxBody, "Longest request body, in bytes")
-      ->check(CLI::Range(std::uint64_t{0}, kLargestBody))
-      ->capture_default_str();
-  app.add_option("--request-timeout", options.requestSeconds,
-                 "Seconds that a client may take to send a request")
-      ->check(CLI::Range(kShortestTimeout, kLongestTimeout))
-      ->capture_default_str();
-  app.add_option("--reply-timeout", options.replySeconds,
-                 "Seconds that a client may pause while it reads a reply")
-      ->check(CLI::Range(kShortestTimeout, kLongestTimeout))
-      ->capture_default_str();
-  CLI::Option* certificate =
-      app.add_option("--cert", options.certificateFile, "Serve https with this certificate (PEM)")
-          ->check(CLI::ExistingFile);
-  CLI::Option* key = app.add_option("--key", options.keyFile, "The certificate's private key (PEM)")
-                         ->check(CLI::ExistingFile)
-                         ->needs(certificate);
-  certificate->needs(key);
-  app.add_option("--client-ca", options.clientCaFile,
-                 "Require client certificates signed by this authority (PEM)")
-      ->check(CLI::ExistingFile)
-      ->needs(certificate);
-  app.add_flag("--stop-on-eof", options.stopOnEof, "Stop when the standard input ends");
+  addListening(app, options);
   addCommands(app, options.commands);
   addRecording(app, options);
   addFaults(app, options);

@@ -147,10 +147,9 @@ TEST_F(ConfigurationFile, theCommandLineTakesPrecedence) {
 }
 
 TEST_F(ConfigurationFile, eachSettingHasItsType) {
-  for (const std::string line :
-       {"timeout = '7'", "max-reply = 8.5", "max-reply = -1", "ca = 1", "crl = 1", "cert = 1",
-        "key = 1", "key-pass-file = 1", "ask-key-pass = 1", "verify-host = 'no'",
-        "verify-peer = 'no'"}) {
+  for (const std::string line : {"timeout = '7'", "max-reply = 8.5", "max-reply = -1", "ca = 1",
+                                 "crl = 1", "cert = 1", "key = 1", "key-pass-file = 1",
+                                 "ask-key-pass = 1", "verify-host = 'no'", "verify-peer = 'no'"}) {
     EXPECT_THROW(valuesWith(line), tools::BadInput) << line;
   }
 }

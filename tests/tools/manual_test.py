@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""The manual page of hcy knows the options that the program has, and every example runs."""
+"""The manual page of hcy knows the options that the program has, and every example in it, in that
+of hcy-local-server, and in their help runs."""
 import os
 import pathlib
 import re
 import subprocess
 import tempfile
 import unittest
+import urllib.request
 
 from index_server import IndexServer
 from local_server import LocalServer
@@ -63,7 +65,7 @@ class Examples(unittest.TestCase):
     """Every example in a help and in the manual page does something."""
 
     def run_examples(self, text):
-        lines = re.findall(r'^ *((?:HCY_\w+=\S+ )?hcy (?:call|bench|list|show|encode) .*)', text, re.M)
+        lines = re.findall(r'^ *((?:HCY_\w+=\S+ |printf .* \| )?hcy (?:call|bench|list|show|encode) .*)', text, re.M)
         root = FOLDER.parents[1]
         path = ':'.join([str(pathlib.Path(HCY).parent), os.environ['PATH']])
         with LocalServer() as server, IndexServer() as index, \
@@ -89,6 +91,59 @@ class Examples(unittest.TestCase):
     def test_of_the_manual(self):
         page = output_of('groff', '-t', '-man', '-Tascii', '-P-cbou', '-rLL=200n', FOLDER / 'hcy.1')
         self.assertGreater(self.run_examples(page.split('EXAMPLES')[1]), 3)
+
+
+class ServerExamples(unittest.TestCase):
+    """Every example in the help and in the manual page of hcy-local-server serves."""
+
+    SCALE = """import json, sys
+for line in sys.stdin:
+    a, k = json.loads(line)['inputs']
+    print(json.dumps({'outputs': [[x * k for x in a]]}), flush=True)
+"""
+    # What is called on the server of an example, by the option that it is about.
+    CALLS = {'--port': ('math/plus', '2', '3'), '--fault': ('text/upper', '"a"'),
+             '--function': ('my/scale', '[1,2]', '10'), '--record': ('math/plus', '[1,2]', '3'),
+             '--replay': ('math/plus', '[1,2]', '3')}
+    ANSWERS = {'--port': '5', '--fault': '"A"', '--function': '[10,20]', '--record': '[4,5]',
+               '--replay': '[4,5]'}
+
+    def run_examples(self, text):
+        lines = re.findall(r'^ *(?:\$ )?(hcy-local-server .*)', text, re.M)
+        shown = [next(option for option in self.CALLS if f'{option} ' in line) for line in lines]
+        self.assertEqual(set(shown), set(self.CALLS))
+        with LocalServer() as upstream, tempfile.TemporaryDirectory() as directory:
+            pathlib.Path(directory, 'scale.py').write_text(self.SCALE)
+            for option, line in zip(shown, lines):
+                self.assertEqual(self.called(option, line, upstream, directory),
+                                 self.ANSWERS[option], line)
+            self.assertEqual(len(list(pathlib.Path(directory, 'calls').glob('*math-plus*'))), 1)
+
+    def called(self, option, line, upstream, directory):
+        command = line.replace('https://lab.example', upstream.url).replace(
+            'hcy-local-server', os.environ['HCY_LOCAL_SERVER'])
+        with subprocess.Popen(['bash', '-c', f'exec {command} --port 0 --stop-on-eof'], text=True,
+                              cwd=directory, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL) as server:
+            url = re.fullmatch(r'listening on (http://\S+)\n', server.stdout.readline())[1]
+            with urllib.request.urlopen(url + '/healthz') as health:
+                self.assertEqual(health.read().strip(), b'ok')
+            function, *arguments = self.CALLS[option]
+            answer = output_of(HCY, 'call', f'{url}/{function}', *arguments, '--json')
+            server.stdin.close()
+            self.assertEqual(server.wait(30), 0)
+        return answer.strip()
+
+    def test_of_the_help(self):
+        shown = output_of(os.environ['HCY_LOCAL_SERVER'], '--help')
+        self.run_examples(shown.split('Examples:')[1])
+        # Without what the parser of the options calls their types.
+        self.assertNotRegex(shown, r'TEXT|U?INT|FLOAT|\{.*\}|Needs:')
+
+    def test_of_the_manual(self):
+        page = output_of('groff', '-t', '-man', '-Tascii', '-P-cbou', '-rLL=200n',
+                         FOLDER.parents[1] / 'server/hcy-local-server.1')
+        self.run_examples(page.split('EXAMPLES')[1].split('SEE ALSO')[0])
 
 
 if __name__ == '__main__':

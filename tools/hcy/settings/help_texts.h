@@ -12,6 +12,7 @@ inline constexpr const char* kArgumentHelp = R"(An ARG is one of:
   int16:[1,2]  float32:0.5                             JSON with a class
   text:hello  text:@notes.txt  text:-                  text
   @data.json  @table.csv  @table.tsv  @a.npy           a file
+  @~/data.json                                         a file in the home directory
   -  csv:-  tsv:-                                      standard input
   '@table.csv[x,y]'  '@table.csv[x;y]'                 columns, as one ARG or as two
 See hcy(1) for more.
@@ -30,11 +31,14 @@ Examples:
   hcy call http://127.0.0.1:8080/linalg/solve '[[2,0],[1,4]]' '[[1],[2]]'
   hcy call http://127.0.0.1:8080/stats/describe @examples/data/norris.csv --csv
   hcy call http://127.0.0.1:8080/text/upper text:hello --raw
+  printf '[1,2]\n[3,4]\n' | hcy call http://127.0.0.1:8080/math/plus --each --jobs 2
 )";
 
 inline constexpr const char* kBenchExamples = R"(
 Examples:
   hcy bench http://127.0.0.1:8080/echo '[1,2,3]' --calls 1000 --threads 2
+  hcy bench http://127.0.0.1:8080/echo 1 --rate 200 --duration 1 --threads 4 --histogram
+  hcy bench http://127.0.0.1:8080/linalg/svd '[[3,0],[0,4]]' --against http://127.0.0.1:8080/echo
 )";
 
 inline constexpr const char* kListExamples = R"(
