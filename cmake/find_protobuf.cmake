@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Finds Protocol Buffers: protobuf::libprotobuf and protobuf::protoc. With HCY_STATIC_PROTOBUF the
-# library is a static one, which has to be position-independent; Protobuf_LIBRARY names another
-# than the system's.
+# library is a static one, which has to be position-independent; CMAKE_PREFIX_PATH names the directory of
+# another than the system's, or Protobuf_LIBRARY its archive.
 
 set(Protobuf_USE_STATIC_LIBS ${HCY_STATIC_PROTOBUF})
 # The package's own configuration knows what it needs; older versions come without one.
@@ -11,6 +11,12 @@ if(NOT Protobuf_FOUND)
   hcy_need_package(Protobuf 3.21 libprotobuf-dev "The library and the programs" MODULE)
 elseif(Protobuf_VERSION VERSION_LESS 3.21)
   hcy_refuse(Protobuf 3.21 ${Protobuf_VERSION} libprotobuf-dev "The library and the programs")
+endif()
+# One that was built without its compiler goes with the system's, of the same version.
+find_program(Protobuf_PROTOC_EXECUTABLE protoc)
+if(NOT TARGET protobuf::protoc AND Protobuf_PROTOC_EXECUTABLE)
+  add_executable(protobuf::protoc IMPORTED)
+  set_target_properties(protobuf::protoc PROPERTIES IMPORTED_LOCATION ${Protobuf_PROTOC_EXECUTABLE})
 endif()
 if(NOT TARGET protobuf::protoc)
   hcy_refuse(protoc "" "" protobuf-compiler "The library and the programs")
@@ -26,12 +32,12 @@ if(HCY_STATIC_PROTOBUF)
     OUTPUT_VARIABLE output)
   if(NOT static_protobuf_links)
     message(FATAL_ERROR "No shared library can hold this static Protocol Buffers; "
-      "Protobuf_LIBRARY may name one that was built with -fPIC:\n${output}")
+      "CMAKE_PREFIX_PATH or Protobuf_LIBRARY may name one that was built with -fPIC:\n${output}")
   endif()
   # One that an earlier configuration found stays in the cache.
   execute_process(COMMAND ${CMAKE_READELF} -d ${trial} OUTPUT_VARIABLE output)
   if(output MATCHES "NEEDED[^\n]*protobuf")
     message(FATAL_ERROR "Protocol Buffers is a shared library, and HCY_STATIC_PROTOBUF wants an "
-      "archive: name it by Protobuf_LIBRARY")
+      "archive: name its directory by CMAKE_PREFIX_PATH, or the archive by Protobuf_LIBRARY")
   endif()
 endif()
