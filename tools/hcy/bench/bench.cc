@@ -20,6 +20,7 @@
 #include "arguments/argument.h"
 #include "bench/bench_caller.h"
 #include "bench/measurements.h"
+#include "calls/broken_pipe.h"
 #include "calls/failure.h"
 #include "calls/shown_url.h"
 #include "calls/threads.h"
@@ -126,7 +127,8 @@ Summary summaryOfSide(Measurements measured, unsigned threads) {
 }
 
 // Shows the summary; returns the exit status.
-int report(const Callers& callers, const Options& options, double seconds) {
+int report(const Callers& callers, const Options& options, double seconds,
+           const IgnoredBrokenPipes& pipes) {
   try {
     if (options.against.empty()) {
       const Summary all(callers.measured(0, seconds), options.threads, seconds);
@@ -137,7 +139,8 @@ int report(const Callers& callers, const Options& options, double seconds) {
     const Summary b = summaryOfSide(callers.measured(1, seconds), options.threads);
     print(comparison(a, b, options));
     return a.measured.firstFailure != 0 ? a.measured.firstFailure : b.measured.firstFailure;
-  } catch (const std::system_error&) {
+  } catch (const std::system_error& problem) {
+    pipes.endIfBroken(problem);
     const Failure failure = currentFailure();
     std::cerr << failureAs(options.isJson(), failure);
     return failure.exitStatus;
@@ -157,8 +160,7 @@ int bench(const Options& options) {
     requireHttp(options.against);
     configs.push_back(configFrom(library, options.againstSettings));
   }
-  // With several transfers at a time, libcurl does not set this reliably.
-  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  const IgnoredBrokenPipes pipes;
   // Threads inherit the mask: the signal waits for this one.
   sigset_t interrupt{};
   sigemptyset(&interrupt);
@@ -169,7 +171,7 @@ int bench(const Options& options) {
   callers.start();
   const double seconds = awaitEnd(callers, interrupt);
   callers.stop();
-  const int status = report(callers, options, seconds);
+  const int status = report(callers, options, seconds, pipes);
   // A call in progress may take long; do not wait for its end.
   if (!callers.areFinished()) ::_exit(status);
   return status;

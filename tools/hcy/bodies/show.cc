@@ -16,6 +16,7 @@
 #include "calls/exit_status.h"
 #include "calls/failure.h"
 #include "calls/incomplete_output.h"
+#include "calls/json_list.h"
 #include "notations/array_json.h"
 #include "output/terminal.h"
 #include "text/file_replacement.h"
@@ -99,14 +100,6 @@ std::vector<hcyclient::Array> arraysOf(const std::string& reply, int count) {
   return arrays;
 }
 
-// As --each reads it.
-std::string listed(const std::vector<hcyclient::Array>& arrays) {
-  std::string list = "[";
-  for (const hcyclient::Array& array : arrays)
-    list += (list.size() == 1 ? "" : ",") + toJson(array);
-  return list + "]\n";
-}
-
 }  // namespace
 
 std::string jsonOfBody(const std::string& bytes, Body body) {
@@ -122,7 +115,7 @@ std::string arraysOfBody(const std::string& bytes, Body body) {
   const bool isRequest = &likely == &bodies.request;
   const int count =
       message.GetReflection()->FieldSize(message, &fieldOf(message, isRequest ? "rhs" : "lhs"));
-  if (isRequest) return listed(arraysOf(replyWith(bodies.schema, message), count));
+  if (isRequest) return jsonList(arraysOf(replyWith(bodies.schema, message), count));
   std::string lines;
   for (const hcyclient::Array& output : arraysOf(bytes, count)) lines += toJson(output) + "\n";
   return lines;

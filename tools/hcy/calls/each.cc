@@ -3,21 +3,23 @@
 #include "calls/each.h"
 
 #include <algorithm>
-#include <csignal>
 #include <exception>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "arguments/argument.h"
 #include "arguments/argument_words.h"
+#include "calls/broken_pipe.h"
 #include "calls/each_lines.h"
 #include "calls/evaluation.h"
 #include "calls/exit_status.h"
 #include "calls/failure.h"
 #include "calls/incomplete_output.h"
+#include "calls/json_list.h"
 #include "calls/retry.h"
 #include "calls/threads.h"
 #include "notations/array_json.h"
@@ -36,6 +38,9 @@ using hcyclient::Array;
 // How many answers of a thread can wait for an earlier one.
 constexpr std::uint64_t kAheadPerJob = 256;
 
+// How large all of them together can be before threads wait.
+constexpr std::size_t kBytesAhead = std::size_t{64} << 20;
+
 std::vector<Array> argumentsOf(const Line& line) {
   try {
     const JsonValue value = parseJson(line.text);
@@ -51,11 +56,8 @@ std::vector<Array> argumentsOf(const Line& line) {
 }
 
 std::string printed(const std::vector<Array>& outputs, Form form) {
-  if (outputs.size() == 1)
-    return form == Form::kRaw ? rawText(outputs[0]) : toJson(outputs[0]) + "\n";
-  std::string list = "[";
-  for (const Array& output : outputs) list += (list.size() == 1 ? "" : ",") + toJson(output);
-  return list + "]\n";
+  if (outputs.size() != 1) return jsonList(outputs);
+  return form == Form::kRaw ? rawText(outputs[0]) : toJson(outputs[0]) + "\n";
 }
 
 // What the threads share.
@@ -131,6 +133,13 @@ void requireForm(const Options& options) {
   }
 }
 
+AnswerCounts countsOf(AnswerSink& answers, const IgnoredBrokenPipes& pipes) try {
+  return answers.finish();
+} catch (const std::system_error& problem) {
+  pipes.endIfBroken(problem);
+  throw;
+}
+
 }  // namespace
 
 int callEach(const Options& options) {
@@ -141,9 +150,8 @@ int callEach(const Options& options) {
   LineSource lines(*options.each);
   const hcyclient::Library library;
   const hcyclient::Config config = configFrom(library, options.settings);
-  // With several transfers at a time, libcurl does not set this reliably.
-  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-  AnswerSink answers(lines.count(), kAheadPerJob * options.jobs);
+  const IgnoredBrokenPipes pipes;
+  AnswerSink answers(lines.count(), {kAheadPerJob * options.jobs, kBytesAhead});
   const Shared shared{options, inputs, lines, answers};
   std::vector<std::unique_ptr<Caller>> callers;
   for (unsigned i = 0; i < options.jobs; ++i) {
@@ -152,7 +160,7 @@ int callEach(const Options& options) {
   {
     const Threads threads(options.jobs, [&callers](unsigned i) { callers[i]->run(); });
   }
-  const AnswerCounts counts = answers.finish();
+  const AnswerCounts counts = countsOf(answers, pipes);
   if (counts.failed > 0 && !options.isJson()) {
     std::cerr << "hcy: " << counts.failed << " of " << counts.calls
               << (counts.calls == 1 ? " call" : " calls") << " failed\n";

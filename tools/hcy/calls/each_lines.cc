@@ -44,6 +44,8 @@ std::uint64_t linesOf(std::FILE* stream) {
   return count + (hasLine ? 1U : 0U);
 }
 
+std::size_t sizeOf(const Answer& answer) { return answer.printed.size() + answer.complaint.size(); }
+
 }  // namespace
 
 LineSource::LineSource(const std::string& file)
@@ -75,17 +77,20 @@ std::optional<Line> LineSource::next() {
   }
 }
 
-AnswerSink::AnswerSink(std::uint64_t count, std::uint64_t ahead)
-    : ahead_(ahead), progress_(count) {}
+AnswerSink::AnswerSink(std::uint64_t count, Lead most) : most_(most), progress_(count) {}
 
 bool AnswerSink::awaitRoom(std::uint64_t index) {
   std::unique_lock lock(mutex_);
-  moved_.wait(lock, [&] { return reason_ || index - counts_.calls < ahead_; });
+  moved_.wait(lock, [&] {
+    const std::uint64_t lead = index - counts_.calls;
+    return reason_ || lead == 0 || (lead < most_.answers && waitingBytes_ <= most_.bytes);
+  });
   return !reason_;
 }
 
 void AnswerSink::put(std::uint64_t index, Answer answer) {
   const std::lock_guard lock(mutex_);
+  waitingBytes_ += sizeOf(answer);
   waiting_.emplace(index, std::move(answer));
   if (index != counts_.calls || reason_) return;
   try {
@@ -103,6 +108,7 @@ void AnswerSink::printReady() {
        next = waiting_.erase(next), ++counts_.calls) {
     text += next->second.printed;
     complaints += next->second.complaint;
+    waitingBytes_ -= sizeOf(next->second);
     if (next->second.failure == 0) continue;
     ++counts_.failed;
     if (counts_.firstFailure == 0) counts_.firstFailure = next->second.failure;

@@ -61,11 +61,16 @@ struct AnswerCounts {
   int firstFailure = 0;  // its exit status
 };
 
+// How far answers may be ahead of the next one to be printed.
+struct Lead {
+  std::uint64_t answers;  // their number
+  std::size_t bytes;      // if they are larger in all, no call is begun but that for the next one
+};
+
 // All functions can be called by any thread.
 class AnswerSink {
  public:
-  // Keeps at most `ahead` answers that wait for earlier ones.
-  AnswerSink(std::uint64_t count, std::uint64_t ahead);
+  AnswerSink(std::uint64_t count, Lead most);
 
   // Waits until there is room for the answer to this line; false if the program is to stop.
   bool awaitRoom(std::uint64_t index);
@@ -82,10 +87,11 @@ class AnswerSink {
  private:
   void printReady();
 
-  const std::uint64_t ahead_;
+  const Lead most_;
   std::mutex mutex_;  // guards what is below
   std::condition_variable moved_;
   std::map<std::uint64_t, Answer> waiting_;
+  std::size_t waitingBytes_ = 0;
   AnswerCounts counts_;
   std::exception_ptr reason_;
   CallProgress progress_;
