@@ -222,6 +222,15 @@ class PassPhrase(unittest.TestCase):
         self.assertEqual(status, -signal.SIGINT)
         self.assertTrue(echoes)
 
+    def test_signals_leave_the_terminal_as_it_was(self):
+        for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGINT, signal.SIGQUIT):
+            with PseudoTerminal([*self.command, '--ask-key-pass']) as terminal:
+                terminal.read_until('Pass phrase of the private key: ')
+                self.assertFalse(terminal.echoes())
+                terminal.process.send_signal(number)
+                self.assertEqual(terminal.process.wait(30), -number)
+                self.assertTrue(terminal.echoes())
+
     def test_it_comes_from_a_file(self):
         with open(self.file('pass'), 'w', encoding='utf-8') as file:
             file.write('four words\n')

@@ -4,22 +4,29 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstddef>
 #include <cstdlib>
+#include <iterator>
 #include <random>
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace hcy::tools {
 namespace {
 
 constexpr std::size_t kLongestHead = 65536;
+
+// With more, the first is closed. Ours writes at once.
+constexpr int kMostClients = 64;
 
 [[noreturn]] void fail(const char* what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -78,7 +85,29 @@ std::vector<std::string> headersIn(std::string_view head) {
   return headers;
 }
 
+class Connection {
+ public:
+  explicit Connection(int descriptor) : descriptor_(descriptor) {}
+  Connection(Connection&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+  Connection& operator=(Connection&& other) noexcept {
+    std::swap(descriptor_, other.descriptor_);
+    return *this;
+  }
+  ~Connection() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  int get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
 }  // namespace
+
+struct Loopback::Client {
+  Connection connection;
+  std::string bytes;  // what has come
+};
 
 TemporaryVariable::TemporaryVariable(const char* name, const char* value) : name_(name) {
   if (const char* const before = std::getenv(name)) before_ = before;
@@ -101,7 +130,7 @@ Loopback::Loopback(std::string reply) : reply_(std::move(reply)), path_(randomPa
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t size = sizeof address;
   auto* const generic = reinterpret_cast<sockaddr*>(&address);
-  if (::bind(listener_, generic, size) != 0 || ::listen(listener_, 8) != 0 ||
+  if (::bind(listener_, generic, size) != 0 || ::listen(listener_, kMostClients) != 0 ||
       ::getsockname(listener_, generic, &size) != 0) {
     const int problem = errno;
     ::close(listener_);
@@ -119,26 +148,42 @@ EncodedRequest Loopback::takeRequest() {
   return std::move(request_);
 }
 
+// Reads what has come from the clients, side by side, so that none can keep ours waiting.
 void Loopback::run() {
+  std::vector<Client> clients;
   for (;;) {
-    const int connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    if (connection < 0 && errno == EINTR) continue;
-    if (connection < 0) return;
-    const bool isServed = serve(connection);
-    ::close(connection);
-    if (isServed) return;
+    std::vector<pollfd> watched = {{listener_, POLLIN, 0}};
+    for (const Client& client : clients) watched.push_back({client.connection.get(), POLLIN, 0});
+    if (::poll(watched.data(), watched.size(), -1) < 0) {
+      if (errno == EINTR) continue;
+      return;
+    }
+    for (std::size_t i = clients.size(); i-- > 0;) {
+      if (watched[i + 1].revents == 0) continue;
+      const bool isUnfinished = receive(clients[i].connection.get(), clients[i].bytes) &&
+                                clients[i].bytes.find("\r\n\r\n") == std::string::npos &&
+                                clients[i].bytes.size() <= kLongestHead;
+      if (isUnfinished) continue;
+      if (serve(clients[i])) return;
+      clients.erase(clients.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+    if (watched[0].revents == 0) continue;
+    clients.push_back({Connection(::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)), {}});
+    if (clients.back().connection.get() < 0) {
+      if (errno != EINTR && errno != ECONNABORTED) return;
+      clients.pop_back();
+    }
+    if (std::ssize(clients) > kMostClients) clients.erase(clients.begin());
   }
 }
 
 // Returns whether it was the expected request.
-bool Loopback::serve(int connection) {
-  std::string bytes;
-  std::size_t end = std::string::npos;
-  while ((end = bytes.find("\r\n\r\n")) == std::string::npos) {
-    if (bytes.size() > kLongestHead || !receive(connection, bytes)) return false;
-  }
+bool Loopback::serve(Client& client) {
+  const int connection = client.connection.get();
+  std::string& bytes = client.bytes;
+  const std::size_t end = bytes.find("\r\n\r\n");
+  if (end == std::string::npos || !bytes.starts_with("POST " + path_ + " ")) return false;
   const std::string head = bytes.substr(0, end + 2);
-  if (!head.starts_with("POST " + path_ + " ")) return false;
   if (head.find("\r\nExpect: 100-continue\r\n") != std::string::npos) {
     sendAll(connection, "HTTP/1.1 100 Continue\r\n\r\n");
   }

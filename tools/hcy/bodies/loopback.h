@@ -45,8 +45,10 @@ class Loopback {
   EncodedRequest takeRequest();
 
  private:
+  struct Client;
+
   void run();
-  bool serve(int connection);
+  bool serve(Client& client);
   void end();
 
   TemporaryVariable lowerCase_{"no_proxy", "127.0.0.1"}, upperCase_{"NO_PROXY", "127.0.0.1"};

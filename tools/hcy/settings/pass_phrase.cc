@@ -3,9 +3,12 @@
 #include "settings/pass_phrase.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/signalfd.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -78,6 +81,42 @@ class SilentTerminal {
   bool isSet_ = false;
 };
 
+// Holds back the signals that end the program, which would leave the terminal without echo. Those
+// that came take effect when it is destroyed.
+class HeldSignals {
+ public:
+  HeldSignals() {
+    sigset_t held{};
+    sigemptyset(&held);
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+      struct sigaction action {};
+      const bool isKnown = ::sigaction(number, nullptr, &action) == 0;
+      if (isKnown && action.sa_handler != SIG_IGN) sigaddset(&held, number);
+    }
+    pthread_sigmask(SIG_BLOCK, &held, &before_);
+    descriptor_ = ::signalfd(-1, &held, SFD_CLOEXEC);
+  }
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+  ~HeldSignals() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  }
+
+  // Waits until one has come or the terminal can be read; returns whether it can.
+  bool awaitTerminal(const Descriptor& terminal) const {
+    std::array<pollfd, 2> watched = {{{terminal.get(), POLLIN, 0}, {descriptor_, POLLIN, 0}}};
+    while (::poll(watched.data(), watched.size(), -1) < 0) {
+      if (errno != EINTR) return false;
+    }
+    return watched[1].revents == 0;
+  }
+
+ private:
+  sigset_t before_{};
+  int descriptor_ = -1;
+};
+
 void write(const Descriptor& terminal, std::string_view text) {
   // If the question cannot be shown, the answer cannot be read either.
   static_cast<void>(!::write(terminal.get(), text.data(), text.size()));
@@ -85,8 +124,9 @@ void write(const Descriptor& terminal, std::string_view text) {
 
 enum class Ended { kByLine, kByInterrupt, kByNothing };
 
-Ended readLine(const Descriptor& terminal, const SilentTerminal& silent, Secret& secret) {
-  for (char byte = 0; readByte(terminal, byte);) {
+Ended readLine(const Descriptor& terminal, const HeldSignals& signals, const SilentTerminal& silent,
+               Secret& secret) {
+  for (char byte = 0; signals.awaitTerminal(terminal) && readByte(terminal, byte);) {
     if (byte == '\n' || byte == '\r') return Ended::kByLine;
     if (byte == silent.interruptKey()) return Ended::kByInterrupt;
     if (byte == silent.endKey()) break;
@@ -128,9 +168,10 @@ Secret passPhraseOfTerminal() {
   Secret secret;
   Ended ended{};
   {
+    const HeldSignals signals;
     const SilentTerminal silent(terminal);
     write(terminal, "Pass phrase of the private key: ");
-    ended = readLine(terminal, silent, secret);
+    ended = readLine(terminal, signals, silent, secret);
     write(terminal, "\n");
   }
   if (ended == Ended::kByInterrupt) static_cast<void>(std::raise(SIGINT));
