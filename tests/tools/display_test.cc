@@ -146,6 +146,7 @@ TEST(ProgressBar, fitsTheWidth) {
   EXPECT_EQ(tools::progressLine(50, 100, 2.0, 0), "…");
   EXPECT_EQ(tools::progressLine(0, 100, 0.0, 80),
             "[........................................] 0/100  0 calls/s");
+  EXPECT_EQ(tools::progressLine(101, 100, 2.0, 80), "101  50 calls/s");
 }
 
 }  // namespace

@@ -157,6 +157,21 @@ class OnATerminal(unittest.TestCase):
         shown, _ = PseudoTerminal(['sh', '-c', command.replace('\n', '\\n')], 40).finish()
         self.assertRegex(shown, r'^(\r\d  \d+ calls/s\x1b\[K)+\r\x1b\[K$')
 
+    def test_ctrl_c_ends_many_calls_with_their_number(self):
+        with tempfile.NamedTemporaryFile('w', suffix='.jsonl') as file:
+            file.write('[0.05]\n[]\n' + '[0.05]\n' * 10000)
+            file.flush()
+            with PseudoTerminal([HCY, 'call', self.url + '/demo/sleep', '--each', file.name,
+                                 '--jobs', '2'], stdout=subprocess.DEVNULL) as terminal:
+                terminal.read_until(r'\] ([4-9]|\d\d+)/10002 ')
+                terminal.type('\x03')
+                shown, status = terminal.finish()
+        self.assertEqual(status, -signal.SIGINT)
+        ended = re.search(r'\r\x1b\[K(?:\^C)?hcy: interrupted after (\d+) calls, 1 of which failed\n$',
+                          shown)
+        self.assertTrue(ended, shown[-200:])
+        self.assertGreaterEqual(int(ended[1]), 4)
+
     def test_threads_call_at_once(self):
         shown, status = self.shown('bench', self.url + '/demo/sleep', '1', '--calls', '4',
                                    '--threads', '4')

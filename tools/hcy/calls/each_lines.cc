@@ -5,10 +5,12 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <string_view>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "output/terminal.h"
@@ -119,6 +121,22 @@ void AnswerSink::printReady() {
     std::cerr << complaints;
   }
   progress_.show(counts_.calls);
+}
+
+void AnswerSink::showInterrupted() {
+  // A thread can hold the lock for long if nobody reads what it prints.
+  std::unique_lock lock(mutex_, std::defer_lock);
+  for (int i = 0; i < 100 && !lock.try_lock(); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  if (!lock.owns_lock()) return;
+  progress_.clear();
+  std::cerr << "hcy: interrupted after " << counts_.calls
+            << (counts_.calls == 1 ? " call" : " calls");
+  if (counts_.failed > 0) std::cerr << ", " << counts_.failed << " of which failed";
+  std::cerr << std::endl;
+  // Nothing else is printed before the end.
+  static_cast<void>(lock.release());
 }
 
 void AnswerSink::fail(std::exception_ptr reason) {

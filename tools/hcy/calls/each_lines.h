@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 
+#include "calls/interrupt_watch.h"
 #include "output/progress_bar.h"
 
 namespace hcy::tools {
@@ -67,9 +68,11 @@ struct Lead {
   std::size_t bytes;      // if they are larger in all, no call is begun but that for the next one
 };
 
-// All functions can be called by any thread.
+// All functions can be called by any thread. If the interrupt key ends the process, the number of
+// calls is shown in place of the progress bar.
 class AnswerSink {
  public:
+  // Must be created before the threads.
   AnswerSink(std::uint64_t count, Lead most);
 
   // Waits until there is room for the answer to this line; false if the program is to stop.
@@ -86,6 +89,7 @@ class AnswerSink {
 
  private:
   void printReady();
+  void showInterrupted();
 
   const Lead most_;
   std::mutex mutex_;  // guards what is below
@@ -95,6 +99,7 @@ class AnswerSink {
   AnswerCounts counts_;
   std::exception_ptr reason_;
   CallProgress progress_;
+  InterruptWatch watch_{[this] { showInterrupted(); }};
 };
 
 }  // namespace hcy::tools

@@ -13,6 +13,8 @@
 namespace hcy::tools {
 
 std::string progressLine(std::uint64_t done, std::uint64_t all, double seconds, std::size_t width) {
+  // A file that grows while it is read has more lines than were counted.
+  if (done > all) all = 0;
   const auto perSecond =
       static_cast<std::uint64_t>(seconds > 0 ? static_cast<double>(done) / seconds : 0);
   const std::string numbers = " " + std::to_string(done) +
