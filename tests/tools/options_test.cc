@@ -5,6 +5,8 @@
 #include "settings/options.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <string>
@@ -88,6 +90,8 @@ TEST(Options, allNineSettingsReachTheConfiguration) {
     words.push_back("--" + name);
     words.push_back(files.write(name, ""));
   }
+  for (const std::string& file : {pass, files.file("key")})
+    ASSERT_EQ(::chmod(file.c_str(), 0600), 0);
   const auto parsed = parse(words);
   ASSERT_TRUE(parsed.options);
   EXPECT_EQ(parsed.options->command, tools::Command::kBench);
@@ -121,6 +125,7 @@ TEST(Options, whatIsNotSaidStaysAsTheLibraryHasIt) {
 TEST(Options, settingsHaveTheNamesOfCurlToo) {
   const TestDirectory files;
   const std::string file = files.write("a.pem", "");
+  ASSERT_EQ(::chmod(file.c_str(), 0600), 0);
   const auto parsed = parse({"call", "url", "-m", "0.25", "--cacert", file, "--crlfile", file, "-E",
                              file, "--key", file, "-k"});
   ASSERT_TRUE(parsed.options);
@@ -181,6 +186,23 @@ TEST(PassPhrase, isTheFirstLineOfAFile) {
   EXPECT_THROW(tools::passPhraseOfFile(files.write("e", std::string(2000, 'x'))), tools::BadInput);
   EXPECT_THROW(tools::passPhraseOfFile(files.file("none")), tools::BadInput);
   EXPECT_THROW(tools::passPhraseOfFile(files.path()), tools::BadInput);
+}
+
+TEST(FileAccess, filesOfOtherUsersAreRefused) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give a file away";
+  const TestDirectory files;
+  tools::Settings settings;
+  settings.keyFile = files.write("key", "");
+  ASSERT_EQ(::chmod(settings.keyFile.c_str(), 0600), 0);
+  const hcyclient::Library library;
+  EXPECT_NO_THROW(static_cast<void>(tools::configFrom(library, settings)));
+  ASSERT_EQ(::chown(settings.keyFile.c_str(), 65534, 65534), 0);
+  try {
+    static_cast<void>(tools::configFrom(library, settings));
+    ADD_FAILURE();
+  } catch (const tools::BadInput& problem) {
+    EXPECT_EQ(problem.what(), settings.keyFile + " belongs to another user");
+  }
 }
 
 TEST(PassPhrase, isNotAskedForIfPromptsAreForbidden) {

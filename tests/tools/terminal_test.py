@@ -249,6 +249,7 @@ class PassPhrase(unittest.TestCase):
     def test_it_comes_from_a_file(self):
         with open(self.file('pass'), 'w', encoding='utf-8') as file:
             file.write('four words\n')
+            os.fchmod(file.fileno(), 0o600)
         done = subprocess.run([*self.command, '--key-pass-file', self.file('pass')],
                               capture_output=True, text=True, check=False)
         self.assertEqual((done.stdout, done.stderr, done.returncode),
@@ -262,6 +263,7 @@ class PassPhrase(unittest.TestCase):
     def test_a_function_is_suggested_with_the_same_settings(self):
         with open(self.file('pass'), 'w', encoding='utf-8') as file:
             file.write('four words\n')
+            os.fchmod(file.fileno(), 0o600)
         command = [word.replace('math/plus', 'math/pluss') for word in self.command]
         done = subprocess.run([*command, '--key-pass-file', self.file('pass')],
                               capture_output=True, text=True, check=False)

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <iostream>
 #include <string_view>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -19,10 +18,6 @@
 
 namespace hcy::tools {
 namespace {
-
-[[noreturn]] void refuse(const std::string& name) {
-  throw BadInput(printable(name) + ": " + std::generic_category().message(errno));
-}
 
 bool isBlank(std::string_view line) {
   return line.find_first_not_of(" \t\r\n") == std::string_view::npos;
@@ -53,7 +48,7 @@ std::size_t sizeOf(const Answer& answer) { return answer.printed.size() + answer
 LineSource::LineSource(const std::string& file)
     : name_(file == "-" ? "standard input" : file),
       stream_(file == "-" ? stdin : std::fopen(expandedHome(file).c_str(), "rb")) {
-  if (stream_ == nullptr) refuse(name_);
+  if (stream_ == nullptr) refuseFile(name_);
   if (stream_ != stdin) count_ = linesOf(stream_);
 }
 
@@ -68,7 +63,7 @@ std::optional<Line> LineSource::next() {
     errno = 0;
     const ssize_t length = ::getline(&buffer_, &room_, stream_);
     if (length < 0) {
-      if (std::ferror(stream_) != 0) refuse(name_);
+      if (std::ferror(stream_) != 0) refuseFile(name_);
       return std::nullopt;
     }
     ++number_;

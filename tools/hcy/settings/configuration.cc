@@ -2,11 +2,9 @@
 
 #include "settings/configuration.h"
 
-#include <sys/stat.h>
 #include <toml++/toml.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -16,6 +14,7 @@
 #include <system_error>
 #include <vector>
 
+#include "settings/file_access.h"
 #include "text/source_text.h"
 #include "text/suggestion.h"
 #include "text/text.h"
@@ -95,16 +94,6 @@ class Reader {
     const fs::path file = expandedHome(stringFrom(node));
     return file.is_absolute() ? file.string() : (fs::path(file_).parent_path() / file).string();
   }
-  // A problem is kept until this server is used, so that calls to other servers work.
-  std::string secretFrom(const toml::node& node, Server& server) const {
-    std::string file = fileFrom(node);
-    try {
-      requirePrivate(file);
-    } catch (const BadInput& problem) {
-      server.problem = located(node.source(), problem.what());
-    }
-    return file;
-  }
   double secondsFrom(const toml::node& node) const {
     const auto seconds = node.value<double>();
     if (!seconds || !(*seconds >= 0 && *seconds <= std::numeric_limits<std::uint32_t>::max())) {
@@ -143,9 +132,9 @@ class Reader {
     } else if (key == "cert") {
       settings.certificateFile = fileFrom(value);
     } else if (key == "key") {
-      settings.keyFile = secretFrom(value, server);
+      settings.keyFile = fileFrom(value);
     } else if (key == "key-pass-file") {
-      settings.passPhraseFile = secretFrom(value, server);
+      settings.passPhraseFile = fileFrom(value);
     } else if (key == "ask-key-pass") {
       settings.asksPassPhrase = valueFrom<bool>(value, "true or false");
     } else if (key == "verify-host") {
@@ -167,18 +156,7 @@ Configuration readConfiguration() {
   const std::string file = configurationFile();
   std::error_code ignored;
   if (environment("HCY_CONFIG").empty() && !fs::exists(file, ignored)) return {file, {}, {}};
-  return Reader(file).read(contentsOf(file));
-}
-
-void requirePrivate(const std::string& file) {
-  struct stat state {};
-  if (::stat(file.c_str(), &state) != 0) {
-    throw BadInput(printable(file) + ": " + std::generic_category().message(errno));
-  }
-  if ((state.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-    throw BadInput(printable(file) + " is accessible to other users; run chmod 600 " +
-                   printable(file));
-  }
+  return Reader(file).read(contentsOf(file, requireUnalterable));
 }
 
 }  // namespace hcy::tools

@@ -14,7 +14,6 @@ namespace hcy::tools {
 struct Server {
   std::string url;
   Settings settings;
-  std::string problem;  // why its secrets cannot be used, with the place; empty if they can
 };
 
 struct Configuration {
@@ -24,10 +23,8 @@ struct Configuration {
 };
 
 // Reads $HCY_CONFIG, or hcy/config.toml in $XDG_CONFIG_HOME or ~/.config, which need not exist.
-// Names of files in it are relative to its directory. Throws BadInput with the place.
+// Names of files in it are relative to its directory. Throws BadInput with the place, or
+// if other users can change the file: they could turn off the verification of servers.
 Configuration readConfiguration();
-
-// Throws BadInput if the file is accessible to other users, or if there is no such file.
-void requirePrivate(const std::string& file);
 
 }  // namespace hcy::tools

@@ -13,9 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <string_view>
-#include <system_error>
 
-#include "text/source_text.h"
 #include "text/text.h"
 
 namespace hcy::tools {
@@ -143,13 +141,15 @@ Ended readLine(const Descriptor& terminal, const HeldSignals& signals, const Sil
 
 }  // namespace
 
-Secret passPhraseOfFile(const std::string& file) {
+Secret passPhraseOfFile(const std::string& file, const FileCheck& check) {
   const Descriptor from(file.c_str(), O_RDONLY);
+  if (!from.isOpen()) refuseFile(file);
+  if (check) check(from.get(), file);
   Secret secret;
   char byte = 0;
-  errno = from.isOpen() ? 0 : errno;
-  while (from.isOpen() && readByte(from, byte) && byte != '\n') append(secret, byte);
-  if (errno != 0) throw BadInput(printable(file) + ": " + std::generic_category().message(errno));
+  errno = 0;
+  while (readByte(from, byte) && byte != '\n') append(secret, byte);
+  if (errno != 0) refuseFile(file);
   if (secret.text().ends_with('\r')) secret.removeLast();
   if (secret.text().empty())
     throw BadInput(printable(file) + ": the first line, which must be the pass phrase, is empty");

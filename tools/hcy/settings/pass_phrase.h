@@ -8,11 +8,12 @@
 #include <string>
 
 #include "settings/secret.h"
+#include "text/source_text.h"
 
 namespace hcy::tools {
 
-// The first line of a file. Throws BadInput.
-Secret passPhraseOfFile(const std::string& file);
+// The first line of a file, if it passes the check. Throws BadInput.
+Secret passPhraseOfFile(const std::string& file, const FileCheck& check = {});
 
 // Whether the user may be asked for anything: the environment variable HCY_NO_PROMPT is not set, or
 // is empty.

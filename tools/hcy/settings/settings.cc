@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
+#include "settings/file_access.h"
 #include "settings/pass_phrase.h"
 
 namespace hcy::tools {
@@ -23,8 +24,10 @@ hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& 
       .setRevocationListFile(settings.revocationListFile)
       .setHostnameVerification(settings.verifiesHost)
       .setPeerVerification(settings.verifiesPeer);
+  if (!settings.keyFile.empty()) requirePrivateFile(settings.keyFile);
   if (!settings.passPhraseFile.empty()) {
-    config.setPrivateKeyPassPhrase(passPhraseOfFile(settings.passPhraseFile).text());
+    config.setPrivateKeyPassPhrase(
+        passPhraseOfFile(settings.passPhraseFile, requirePrivate).text());
   } else if (settings.asksPassPhrase) {
     config.setPrivateKeyPassPhrase(passPhraseOfTerminal().text());
   } else if (!mayPrompt() && !(settings.keyFile + settings.certificateFile).empty()) {

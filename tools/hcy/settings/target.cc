@@ -59,7 +59,6 @@ const Server& serverNamed(const Configuration& configuration, const std::string&
 }
 
 void use(const Server& server, std::string_view path, Options& options) {
-  if (!server.problem.empty()) throw BadInput(server.problem);
   options.url = joined(server.url, path);
   fillIn(options.settings, server.settings);
 }

@@ -45,11 +45,11 @@ struct FileCloser {
   }
 };
 
-[[noreturn]] void refuseFile(const std::string& name) {
+}  // namespace
+
+void refuseFile(const std::string& name) {
   throw BadInput(printable(name) + ": " + std::generic_category().message(errno));
 }
-
-}  // namespace
 
 std::string located(const std::string& name, std::string_view text, const BadText& problem) {
   const std::string_view before = text.substr(0, std::min(problem.offset, text.size()));
@@ -80,12 +80,13 @@ std::string expandedHome(std::string_view file) {
   return home + std::string(file.substr(1));
 }
 
-std::string contentsOf(const std::string& file) {
+std::string contentsOf(const std::string& file, const FileCheck& check) {
   const bool isStandardInput = file == "-";
   const std::string name = isStandardInput ? "standard input" : file;
   const std::unique_ptr<std::FILE, FileCloser> stream(
       isStandardInput ? stdin : std::fopen(file.c_str(), "rb"));
   if (!stream) refuseFile(name);
+  if (check) check(::fileno(stream.get()), name);
   std::string contents;
   std::array<char, 65536> piece{};
   errno = 0;

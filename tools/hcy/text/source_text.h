@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -34,7 +35,14 @@ std::string locatedInLine(std::string_view text, const BadText& problem);
 // Replaces "~/" at the start of a file name by the home directory.
 std::string expandedHome(std::string_view file);
 
-// The contents of a file, or of the standard input for "-"; throws BadInput.
-std::string contentsOf(const std::string& file);
+// Throws BadInput with the name of the file and the meaning of errno.
+[[noreturn]] void refuseFile(const std::string& name);
+
+// Refuses an opened file by BadInput with its name.
+using FileCheck = std::function<void(int descriptor, const std::string& name)>;
+
+// The contents of a file, or of the standard input for "-", if it passes the check. Throws
+// BadInput.
+std::string contentsOf(const std::string& file, const FileCheck& check = {});
 
 }  // namespace hcy::tools

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Who else can read or change the files that hcy relies on. The files of root are as good as those
+// of the user; devices, such as a terminal, are not checked.
+
+#pragma once
+
+#include <string>
+
+namespace hcy::tools {
+
+// Throws BadInput if the opened file belongs to another user, or if others can read or change it.
+void requirePrivate(int descriptor, const std::string& name);
+
+// The same for a file that libcurl will open, and if there is no such file. It may have been
+// replaced by then; a descriptor is safer.
+void requirePrivateFile(const std::string& name);
+
+// Throws BadInput if the opened file belongs to another user, or if others can change it.
+void requireUnalterable(int descriptor, const std::string& name);
+
+}  // namespace hcy::tools
