@@ -142,6 +142,23 @@ class Completion(unittest.TestCase):
                            'unsetopt zle_bracketed_paste; autoload -U compinit; compinit -D -u; '
                            f'source {FOLDER}/hcy.zsh')
 
+    def test_brackets_in_zsh(self):
+        """The alias that hcy.zsh recommends passes them on, and completion still works."""
+        alias = re.search(r"^# +(alias hcy=.*)$", (FOLDER / 'hcy.zsh').read_text(), re.M)[1]
+        with unittest.mock.patch.dict(os.environ, self.environment, clear=True), \
+                PseudoTerminal(['zsh', '-f', '-i', '-o', 'no_prompt_sp'], 200) as terminal:
+            def require_shown(typed, shown):
+                terminal.output = ''
+                terminal.type(typed)
+                terminal.read_until(shown)
+
+            require_shown('unsetopt zle_bracketed_paste; autoload -U compinit; compinit -D -u; '
+                          f'source {FOLDER}/hcy.zsh; echo re""ady\n', 'ready\r\n[^\n]*> ')
+            require_shown('hcy encode [1,2]\n', r'no matches found: \[1,2\]\r\n[^\n]*> ')
+            require_shown(f'{alias}; echo do""ne\n', 'done\r\n[^\n]*> ')
+            require_shown('hcy encode [1,2] | hcy show -\n', r'\n\[\[1,2\]\]\r\n[^\n]*> ')
+            require_shown('hcy call ma\t#', r'math/plus [^\n]*#')
+
     def test_options_in_zsh(self):
         """What zsh would offer, by a compadd and a _describe of our own."""
         script = f"""function compdef() {{ }}; function compadd() {{ }}

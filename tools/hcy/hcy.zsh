@@ -2,6 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Completion of hcy for zsh: as _hcy in a directory of $fpath, or sourced after compinit. Options are
 # those that `hcy help COMMAND` names.
+#
+# zsh reads unquoted brackets as patterns. To pass them on to hcy, put this in ~/.zshrc:
+#   alias hcy='noglob hcy'
 
 # Servers of the configuration file, and functions of one, or of HCY_SERVER.
 _hcy_functions() {

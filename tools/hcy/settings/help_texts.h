@@ -15,7 +15,8 @@ inline constexpr const char* kArgumentHelp = R"(An ARG is one of:
   @~/data.json                                         a file in the home directory
   -  csv:-  tsv:-                                      standard input
   '@table.csv[x,y]'  '@table.csv[x;y]'                 columns, as one ARG or as two
-See hcy(1) for more.
+The shell removes double quotes, and zsh reads brackets as patterns: put such an ARG in single
+quotes. In zsh, alias hcy='noglob hcy' passes brackets on unquoted. See hcy(1) for more.
 )";
 
 inline constexpr const char* kGeneralFooter =
