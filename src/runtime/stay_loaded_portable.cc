@@ -13,8 +13,7 @@ namespace {
 
 bool stayLoaded() {
 #ifdef _WIN32
-  constexpr DWORD flags =
-      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
+  constexpr DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
   HMODULE library = nullptr;
   return GetModuleHandleExA(flags, reinterpret_cast<LPCSTR>(&stayLoaded), &library) != 0;
 #else

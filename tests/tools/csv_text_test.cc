@@ -40,6 +40,14 @@ TEST(CsvText, matricesOfNumbersAndText) {
   EXPECT_EQ(csvOf("[]"), "");
 }
 
+TEST(CsvText, onlyVeryLargeAndVerySmallNumbersHaveAnExponent) {
+  EXPECT_EQ(csvOf("[100000,300000,1e15,9999999999999998.0,1e16]"),
+            "100000,300000,1000000000000000,9999999999999998,1e+16\n");
+  EXPECT_EQ(csvOf("[0.0001,0.00009,-0.00012]"), "0.0001,9e-05,-0.00012\n");
+  EXPECT_EQ(csvOf("single:[1e15,1e17,0.0001,0.1]"), "999999986991104,1e+17,0.0001,0.1\n");
+  EXPECT_EQ(rawOf("100000"), "100000\n");
+}
+
 TEST(CsvText, textThatWouldBeReadAsSomethingElseIsInQuotes) {
   EXPECT_EQ(csvOf(R"(["1","NA","","#a"," b","c\"d","e\nf","g"])"),
             "\"1\",\"NA\",\"\",\"#a\",\" b\",\"c\"\"d\",\"e\nf\",g\n");

@@ -93,6 +93,12 @@ ans: struct 1-by-1
             "\nans: struct 0-by-0 with fields a, b\n");
 }
 
+TEST(Display, aCellOfOneRowAtMostEndsWithWhatIsLeftOut) {
+  const auto arrays = tools::arraysFrom({R"([1,"x"])"});
+  EXPECT_EQ(tools::display("ans", arrays[0], {80, 1}),
+            "ans: cell 1-by-2\n  (0, 0): double 1-by-1 = 1\n  … 1 more element\n");
+}
+
 TEST(Display, linesAreCutToTheWidth) {
   EXPECT_EQ(shown("[[10,20,30,40],[50,60,70,80]]", 14), R"(
 ans: double 2…

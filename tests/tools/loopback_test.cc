@@ -6,10 +6,13 @@
 #include <sys/socket.h>
 
 #include <chrono>
+#include <cstdio>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "calls/evaluation.h"
+#include "examples/outcome.h"
 #include "support/loopback.h"
 #include "support/wire_bytes.h"
 
@@ -43,6 +46,25 @@ TEST(ToolLoopback, endsWithoutARequest) {
   const FileDescriptor silent = connectTo(portOf(loopback.url()));
   EXPECT_TRUE(loopback.takeRequest().headers.empty());
 }
+
+#ifndef HCY_SANITIZED  // the sanitizers need more addresses than that
+
+// Some of these limits are reached in the thread of the server, which reads the request.
+TEST(ToolLoopback, isEndedByAShortageOfMemory) {
+  const std::string file = testing::TempDir() + "eight_megabytes.npy";
+  std::string header = "{'descr': '<f8', 'fortran_order': False, 'shape': (1000000,), }";
+  header.resize(117, ' ');
+  std::ofstream(file, std::ios::binary) << "\x93NUMPY\x01" << '\0' << 'v' << '\0' << header << '\n'
+                                        << std::string(8000000, '\0');
+  for (int kilobytes = 30000; kilobytes < 90000; kilobytes += 3000) {
+    const Outcome outcome = run("bash -c 'ulimit -v " + std::to_string(kilobytes) +
+                                "; " HCY_PROGRAM " encode \"@$1\" > /dev/null' hcy '" + file + "'");
+    EXPECT_LT(outcome.status, 128) << kilobytes << ": " << outcome.output;
+  }
+  std::remove(file.c_str());
+}
+
+#endif
 
 }  // namespace
 }  // namespace hcy::test

@@ -138,13 +138,20 @@ Loopback::Loopback(std::string reply) : reply_(std::move(reply)), path_(randomPa
     fail("127.0.0.1");
   }
   port_ = ntohs(address.sin_port);
-  thread_ = std::thread([this] { run(); });
+  thread_ = std::thread([this] {
+    try {
+      run();
+    } catch (...) {
+      problem_ = std::current_exception();
+    }
+  });
 }
 
 std::string Loopback::url() const { return "http://127.0.0.1:" + std::to_string(port_) + path_; }
 
 EncodedRequest Loopback::takeRequest() {
   end();
+  if (problem_) std::rethrow_exception(problem_);
   return std::move(request_);
 }
 

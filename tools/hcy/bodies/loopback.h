@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 #include <thread>
@@ -41,7 +42,8 @@ class Loopback {
 
   std::string url() const;
 
-  // Ends the server. The request has no headers if it did not arrive completely.
+  // Ends the server, and throws what its thread threw, for example std::bad_alloc. The request has
+  // no headers if it did not arrive completely.
   EncodedRequest takeRequest();
 
  private:
@@ -55,6 +57,7 @@ class Loopback {
   std::string reply_;
   std::string path_;
   EncodedRequest request_;
+  std::exception_ptr problem_;  // of the thread
   std::uint16_t port_ = 0;
   int listener_ = -1;
   std::thread thread_;

@@ -10,6 +10,25 @@
 
 namespace hcy::tools {
 
+namespace {
+
+// The fewest digits that are read as the same number, without an exponent from 0.0001 to below
+// 1e16, as Python writes it: shells calculate with whole numbers.
+template <class T>
+char* writeNumber(char* begin, char* end, T number) {
+  if constexpr (std::is_floating_point_v<T>) {
+    const T size = std::abs(number);
+    const bool isFixed = size == 0 || (size >= static_cast<T>(1e-4) && size < static_cast<T>(1e16));
+    return std::to_chars(begin, end, number,
+                         isFixed ? std::chars_format::fixed : std::chars_format::scientific)
+        .ptr;
+  } else {
+    return std::to_chars(begin, end, number).ptr;
+  }
+}
+
+}  // namespace
+
 template <class T>
 void appendElement(std::string& out, T element) {
   if constexpr (std::is_same_v<T, bool>) {
@@ -24,8 +43,7 @@ void appendElement(std::string& out, T element) {
       if (element == 0 && std::signbit(element)) return void(out += "-0.0");
     }
     std::array<char, 32> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), element).ptr;
-    out.append(digits.data(), end);
+    out.append(digits.data(), writeNumber(digits.data(), digits.data() + digits.size(), element));
   }
 }
 

@@ -58,6 +58,7 @@ class Display {
       if (i == fold.gap) {
         line(std::string(indent + 2, ' ') + foldText(fold.left, what));
         i += fold.left;
+        if (i == count) break;
       }
       use(i);
     }
