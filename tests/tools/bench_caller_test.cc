@@ -18,7 +18,6 @@ namespace hcy::test {
 namespace {
 
 using testing::AllOf;
-using testing::Each;
 using testing::Ge;
 using testing::Lt;
 using testing::SizeIs;
@@ -48,7 +47,9 @@ class CallerTest : public testing::Test {
 
 TEST_F(CallerTest, latenciesAreSecondsOfOneCall) {
   const auto found = measured(work("/demo/sleep", 3), {"0.05"});
-  EXPECT_THAT(found.latencies, AllOf(SizeIs(3), Each(AllOf(Ge(0.05), Lt(10.0)))));
+  EXPECT_EQ(found.latencies.size(), 3U);
+  EXPECT_GE(found.latencies.sorted().front().seconds, 0.05);
+  EXPECT_LT(found.latencies.sorted().back().seconds, 10);
   EXPECT_EQ(found.failed(), 0U);
 }
 
@@ -144,11 +145,12 @@ TEST_F(CallerTest, atARateLatenciesCountFromTheIntendedStart) {
   options.calls = 4;
   options.rate = 1000;
   const auto shared = std::make_shared<tools::Work>(options);
-  const auto found = measured(shared, {"0.05"}).latencies;
+  const auto found = measured(shared, {"0.05"}).latencies.sorted();
   ASSERT_THAT(found, SizeIs(4));
   // Each has waited for those before it.
   for (std::size_t i = 0; i < 4; ++i) {
-    EXPECT_GE(found[i], 0.05 * static_cast<double>(i + 1) - 0.001 * static_cast<double>(i)) << i;
+    EXPECT_GE(found[i].seconds, 0.05 * static_cast<double>(i + 1) - 0.001 * static_cast<double>(i))
+        << i;
   }
 }
 

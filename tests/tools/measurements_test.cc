@@ -5,6 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -17,19 +20,63 @@ namespace {
 using testing::HasSubstr;
 
 TEST(Percentile, isTheSmallestThatSoManyDoNotExceed) {
-  std::vector<double> sorted;
-  for (int i = 1; i <= 200; ++i) sorted.push_back(i);
+  std::vector<tools::Latency> sorted;
+  for (int i = 1; i <= 200; ++i) sorted.push_back({static_cast<double>(i), 1});
   EXPECT_EQ(tools::percentile(sorted, 0.5), 100);
   EXPECT_EQ(tools::percentile(sorted, 0.9), 180);
   EXPECT_EQ(tools::percentile(sorted, 0.99), 198);
   EXPECT_EQ(tools::percentile(sorted, 0.999), 200);
-  EXPECT_EQ(tools::percentile({7}, 0.5), 7);
-  EXPECT_EQ(tools::percentile({1, 2, 3}, 0.5), 2);
+  EXPECT_EQ(tools::percentile({{7, 1}}, 0.5), 7);
+  EXPECT_EQ(tools::percentile({{1, 1}, {2, 1}, {3, 1}}, 0.5), 2);
+  EXPECT_EQ(tools::percentile({{1, 5}, {2, 5}}, 0.5), 1);
+  EXPECT_EQ(tools::percentile({{1, 5}, {2, 6}}, 0.5), 2);
+}
+
+// So many latencies of 1 ms and of 3 ms.
+tools::Measurements measurementsOf(int most, int longest) {
+  tools::Measurements measured;
+  for (int i = 0; i < most; ++i) measured.latencies.add(0.001);
+  for (int i = 0; i < longest; ++i) measured.latencies.add(0.003);
+  return measured;
+}
+
+TEST(Latencies, areRoundedWhenThereAreMany) {
+  tools::Latencies all;
+  std::vector<double> exact;
+  std::mt19937 random(3);
+  for (int i = 0; i < 50000; ++i) {
+    exact.push_back(std::pow(10, -7 + 9 * static_cast<double>(random()) / std::mt19937::max()));
+    all.add(exact.back());
+  }
+  tools::Latencies twice = all;
+  twice.add(all);
+  EXPECT_EQ(twice.size(), 100000U);
+  std::sort(exact.begin(), exact.end());
+  for (const tools::Latencies& one : {all, twice}) {
+    const std::vector<tools::Latency> sorted = one.sorted();
+    EXPECT_LT(sorted.size(), 30000U);
+    EXPECT_EQ(sorted.front().seconds, exact.front());
+    EXPECT_EQ(sorted.back().seconds, exact.back());
+    for (const double fraction : {0.01, 0.5, 0.9, 0.999, 0.9999}) {
+      const double expected = exact[static_cast<std::size_t>(fraction * 50000) - 1];
+      EXPECT_NEAR(tools::percentile(sorted, fraction), expected, expected * 0.001) << fraction;
+    }
+  }
+}
+
+TEST(Latencies, oddOnesAreCounted) {
+  tools::Latencies all;
+  for (std::size_t i = 0; i < tools::Latencies::kMostExact; ++i) all.add(1);
+  for (const double seconds : {0.0, 1e-300, 1e300, 0.5, 0.99999999}) all.add(seconds);
+  std::uint64_t count = 0;
+  for (const tools::Latency& latency : all.sorted()) count += latency.count;
+  EXPECT_EQ(count, all.size());
+  EXPECT_EQ(all.sorted().back().seconds, 1e300);
 }
 
 TEST(Summary, tellsWhatWasMeasured) {
   tools::Measurements measured;
-  for (int i = 1; i <= 10; ++i) measured.latencies.push_back(0.001 * (11 - i));
+  for (int i = 1; i <= 10; ++i) measured.latencies.add(0.001 * (11 - i));
   measured.bytesSent = 3000000;
   measured.bytesReceived = 500;
   tools::Measurements other;
@@ -53,23 +100,19 @@ failures  3
 }
 
 TEST(Summary, showsPercentilesThatThereAreEnoughCallsFor) {
-  tools::Measurements measured;
-  measured.latencies.assign(9, 0.001);
-  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("min 1.00  p50 1.00  max 1.00"));
-  measured.latencies.assign(999, 0.001);
-  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99 1.00  max"));
-  measured.latencies.assign(1000, 0.001);
-  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99.9 1.00  max"));
-  measured.latencies.assign(9998, 0.001);
-  measured.latencies.resize(9999, 0.003);
-  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99.9 1.00  max 3.00"));
-  measured.latencies.resize(10000, 0.003);
-  EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(), HasSubstr("p99.99 3.00  max 3.00"));
+  const auto shown = [](int most, int longest = 0) {
+    return tools::Summary(measurementsOf(most, longest), 1, 1.0).text();
+  };
+  EXPECT_THAT(shown(9), HasSubstr("min 1.00  p50 1.00  max 1.00"));
+  EXPECT_THAT(shown(999), HasSubstr("p99 1.00  max"));
+  EXPECT_THAT(shown(1000), HasSubstr("p99.9 1.00  max"));
+  EXPECT_THAT(shown(9998, 1), HasSubstr("p99.9 1.00  max 3.00"));
+  EXPECT_THAT(shown(9998, 2), HasSubstr("p99.9 1.00  p99.99 3.00  max 3.00"));
 }
 
 TEST(Summary, isJsonForPrograms) {
   tools::Measurements measured;
-  measured.latencies = {0.004, 0.0015, 0.25};
+  for (const double seconds : {0.004, 0.0015, 0.25}) measured.latencies.add(seconds);
   measured.bytesSent = 8;
   measured.fail("odd \xFF\"", 3);
   measured.missed = 3;
@@ -84,7 +127,7 @@ TEST(Summary, isJsonForPrograms) {
 }
 
 TEST(Histogram, countsEachLatencyOnce) {
-  const auto buckets = tools::histogram({1e-6, 1.5e-6, 2e-6, 40.0, 60.0});
+  const auto buckets = tools::histogram({{1e-6, 1}, {1.5e-6, 1}, {2e-6, 1}, {40.0, 1}, {60.0, 1}});
   EXPECT_EQ(buckets.front().bound, 1e-6);
   EXPECT_EQ(buckets.front().count, 1U);
   EXPECT_EQ(buckets[1].count, 2U);
@@ -96,7 +139,7 @@ TEST(Histogram, countsEachLatencyOnce) {
 
 TEST(Histogram, isShownIfItIsAskedFor) {
   tools::Measurements measured;
-  measured.latencies = {0.001, 0.0015, 0.002, 0.004};
+  for (const double seconds : {0.001, 0.0015, 0.002, 0.004}) measured.latencies.add(seconds);
   EXPECT_THAT(tools::Summary(measured, 1, 1.0).text(true),
               HasSubstr("\nhistogram <=       1 ms          1  ####################\n"
                         "          <=       2 ms          2  "

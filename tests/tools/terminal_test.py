@@ -141,6 +141,12 @@ class OnATerminal(unittest.TestCase):
         self.assertIn('hcy: standard output: No space left on device\n', shown)
         self.assertLess(time.monotonic() - start, 30)
 
+    def test_no_body_is_written_to_it(self):
+        shown, status = self.shown('encode', '2')
+        self.assertEqual(shown, 'hcy: the body is binary; write it to a file with --output FILE or '
+                         '> FILE\n')
+        self.assertEqual(status, 64)
+
     def test_many_calls_show_how_far_they_are(self):
         lines = '[0.15]\n' * 4
         with tempfile.NamedTemporaryFile('w', suffix='.jsonl') as file:

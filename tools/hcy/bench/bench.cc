@@ -112,11 +112,10 @@ std::string comparison(const Summary& a, const Summary& b, const Options& option
   if (options.isJson()) return "{\"a\":" + a.json() + ",\"b\":" + b.json() + "}\n";
   std::string text = "A         " + shownUrl(options.url) + "\n" + textOf(a, options) +
                      "B         " + shownUrl(options.against) + "\n" + textOf(b, options);
-  if (a.measured.latencies.empty() || b.measured.latencies.empty()) return text;
+  if (a.latencies.empty() || b.latencies.empty()) return text;
   std::array<char, 64> ratio{};
-  static_cast<void>(
-      std::snprintf(ratio.data(), ratio.size(), "B to A    p50 %.3f\n",
-                    percentile(b.measured.latencies, 0.5) / percentile(a.measured.latencies, 0.5)));
+  static_cast<void>(std::snprintf(ratio.data(), ratio.size(), "B to A    p50 %.3f\n",
+                                  percentile(b.latencies, 0.5) / percentile(a.latencies, 0.5)));
   return text + ratio.data();
 }
 

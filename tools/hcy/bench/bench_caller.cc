@@ -131,7 +131,7 @@ void Caller::callOnce(std::uint64_t index, Clock::time_point start) {
   for (const hcyclient::Array& output : outputs) bytes += elementBytes(output);
   const std::lock_guard lock(mutex_);
   Measurements& measured = measured_[side];
-  measured.latencies.push_back(taken.count());
+  measured.latencies.add(taken.count());
   measured.bytesSent += inputBytes_;
   measured.bytesReceived += bytes;
 }

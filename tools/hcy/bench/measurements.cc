@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
 #include <utility>
 
@@ -52,26 +51,27 @@ constexpr std::array<Percentile, 5> kPercentiles = {{{"p50", 0.5, 1},
                                                      {"p99.99", 0.9999, 10000}}};
 
 // The percentiles for which there are enough latencies, in seconds.
-std::vector<std::pair<std::string, double>> latencyNumbers(const std::vector<double>& sorted) {
-  std::vector<std::pair<std::string, double>> numbers = {{"min", sorted.front()}};
+std::vector<std::pair<std::string, double>> latencyNumbers(const Summary& summary) {
+  const std::vector<Latency>& sorted = summary.latencies;
+  std::vector<std::pair<std::string, double>> numbers = {{"min", sorted.front().seconds}};
   for (const Percentile& one : kPercentiles) {
-    if (sorted.size() >= one.fewest)
+    if (summary.measured.latencies.size() >= one.fewest)
       numbers.emplace_back(one.name, percentile(sorted, one.fraction));
   }
-  numbers.emplace_back("max", sorted.back());
+  numbers.emplace_back("max", sorted.back().seconds);
   return numbers;
 }
 
-std::string latencyLine(const std::vector<double>& sorted) {
-  if (sorted.empty()) return line("latency", "no call succeeded");
+std::string latencyLine(const Summary& summary) {
+  if (summary.latencies.empty()) return line("latency", "no call succeeded");
   std::string text;
-  for (const auto& [name, seconds] : latencyNumbers(sorted)) {
+  for (const auto& [name, seconds] : latencyNumbers(summary)) {
     text += (text.empty() ? "" : "  ") + name + " " + rounded(seconds * 1e3);
   }
   return line("latency", text + "  ms");
 }
 
-std::string histogramLines(const std::vector<double>& sorted) {
+std::string histogramLines(const std::vector<Latency>& sorted) {
   constexpr std::uint64_t longest = 40;
   const std::vector<Bucket> buckets = histogram(sorted);
   std::uint64_t most = 1;
@@ -110,7 +110,7 @@ void Measurements::fail(const std::string& kind, int status) {
 }
 
 void Measurements::add(const Measurements& other) {
-  latencies.insert(latencies.end(), other.latencies.begin(), other.latencies.end());
+  latencies.add(other.latencies);
   bytesSent += other.bytesSent;
   bytesReceived += other.bytesReceived;
   if (firstFailure == 0) firstFailure = other.firstFailure;
@@ -119,33 +119,11 @@ void Measurements::add(const Measurements& other) {
   for (const auto& [kind, count] : other.failures) failures[kind] += count;
 }
 
-double percentile(const std::vector<double>& sorted, double fraction) {
-  const auto rank =
-      static_cast<std::size_t>(std::ceil(fraction * static_cast<double>(sorted.size()) - 1e-9));
-  return sorted[std::min(std::max<std::size_t>(rank, 1), sorted.size()) - 1];
-}
-
-std::vector<Bucket> histogram(const std::vector<double>& sorted) {
-  std::vector<Bucket> buckets;
-  auto next = sorted.begin();
-  for (int exponent = -6; next != sorted.end(); ++exponent) {
-    const double power = std::pow(10, exponent);
-    for (const double factor : {1.0, 2.0, 5.0}) {
-      const auto end = std::upper_bound(next, sorted.end(), power * factor);
-      const auto count = static_cast<std::uint64_t>(end - next);
-      // Without those before the first latency.
-      if (count > 0 || !buckets.empty()) buckets.push_back({power * factor, count});
-      next = end;
-      if (next == sorted.end()) break;
-    }
-  }
-  return buckets;
-}
-
 Summary::Summary(Measurements measurements, unsigned threadCount, double time)
-    : measured(std::move(measurements)), threads(threadCount), seconds(time) {
-  std::sort(measured.latencies.begin(), measured.latencies.end());
-}
+    : measured(std::move(measurements)),
+      latencies(measured.latencies.sorted()),
+      threads(threadCount),
+      seconds(time) {}
 
 std::string Summary::text(bool withHistogram) const {
   const auto calls = static_cast<double>(measured.calls());
@@ -161,8 +139,8 @@ std::string Summary::text(bool withHistogram) const {
   text +=
       line("data", rate(static_cast<double>(measured.bytesSent), seconds) + " sent, " +
                        rate(static_cast<double>(measured.bytesReceived), seconds) + " received");
-  text += latencyLine(measured.latencies);
-  if (withHistogram) text += histogramLines(measured.latencies);
+  text += latencyLine(*this);
+  if (withHistogram) text += histogramLines(latencies);
   text += line("failures", measured.failures.empty() ? "none" : std::to_string(measured.failed()));
   for (const auto& [kind, count] : measured.failures) {
     const std::string start = "  " + std::to_string(count) + "  ";
@@ -181,13 +159,13 @@ std::string Summary::json() const {
                      ",\"bytesSent\":" + std::to_string(measured.bytesSent) +
                      ",\"bytesReceived\":" + std::to_string(measured.bytesReceived) +
                      ",\"latency\":{";
-  if (!measured.latencies.empty()) {
-    for (const auto& [name, value] : latencyNumbers(measured.latencies)) {
+  if (!latencies.empty()) {
+    for (const auto& [name, value] : latencyNumbers(*this)) {
       json += (json.back() == '{' ? "\"" : ",\"") + name + "\":" + number(value);
     }
   }
   json += "},\"histogram\":[";
-  for (const Bucket& bucket : histogram(measured.latencies)) {
+  for (const Bucket& bucket : histogram(latencies)) {
     json += (json.back() == '[' ? "[" : ",[") + number(bucket.bound) + "," +
             std::to_string(bucket.count) + "]";
   }

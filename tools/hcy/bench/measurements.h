@@ -9,10 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "bench/latencies.h"
+
 namespace hcy::tools {
 
 struct Measurements {
-  std::vector<double> latencies;                   // seconds, of the calls that succeeded
+  Latencies latencies;                             // of the calls that succeeded
   std::uint64_t bytesSent = 0, bytesReceived = 0;  // elements of arrays, of the same calls
   std::map<std::string, std::uint64_t> failures;   // by kind
   int firstFailure = 0;                            // its exit status
@@ -29,17 +31,6 @@ struct Measurements {
   void add(const Measurements& other);
 };
 
-// The smallest latency that `fraction` of the sorted latencies do not exceed. There must be one.
-double percentile(const std::vector<double>& sorted, double fraction);
-
-// Counts the latencies up to a bound and above the one before. Bounds are 1, 2 or 5 times a power
-// of ten seconds.
-struct Bucket {
-  double bound;
-  std::uint64_t count;
-};
-std::vector<Bucket> histogram(const std::vector<double>& sorted);
-
 // The summary of a benchmark. `seconds` is the time that it took.
 struct Summary {
   Summary(Measurements measurements, unsigned threadCount, double time);
@@ -49,7 +40,8 @@ struct Summary {
   // One object; latencies in seconds.
   std::string json() const;
 
-  Measurements measured;  // its latencies sorted
+  Measurements measured;
+  std::vector<Latency> latencies;  // the same, sorted
   unsigned threads;
   double seconds;
 };
