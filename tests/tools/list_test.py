@@ -73,6 +73,9 @@ class List(unittest.TestCase):
             self.assertEqual(listed(server.url, '--max-reply', '100'), (
                 '', 'hcy: the index is larger than --max-reply allows, 100 bytes\n', 3))
             self.assertEqual(listed(server.url, '--max-reply', '100000')[2], 0)
+        with IndexServer(delay=0.5) as server:
+            self.assertEqual(listed(server.url, '--timeout', '0.0000001'),
+                             ('', 'hcy: Timeout was reached\n', 3))
         _, error, status = listed('http://127.0.0.2:1')
         self.assertRegex(error, "^hcy: (Couldn't|Could not) connect to server\n$")
         self.assertEqual(status, 3)
