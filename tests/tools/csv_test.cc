@@ -17,9 +17,10 @@ namespace {
 std::string meaningOf(const tools::CsvTable& table) {
   if (!table.isOfNumbers) return tools::toJson(tools::cellOf(table));
   std::string text;
-  for (const auto& line : table.lines) {
-    for (const auto& field : line) {
-      text += (field.number.empty() ? "NaN" : std::string(field.number)) + " ";
+  for (std::size_t i = 0; i < table.rows(); ++i) {
+    for (std::size_t j = 0; j < table.columns; ++j) {
+      const std::string digits(table.number(i, j).value_or("none"));
+      text += (digits.empty() ? "NaN" : digits) + " ";
     }
     text += "| ";
   }
@@ -80,6 +81,23 @@ TEST(Csv, columnsAreChosenByNameOrNumber) {
   EXPECT_EQ(choiceOf("", {{{"x"}}}), "0 the table is empty: there are no columns to choose from");
 }
 
+TEST(Csv, allChoicesAgreeAboutTheHeader) {
+  const std::string csv = "name,x,2025\na,1,2\nb,3,\n";
+  const std::string names = R"({"$cell":["a","b"],"$shape":[2,1]}; )";
+  EXPECT_EQ(choiceOf(csv, {{{"", 0}}, {{"x"}}}), names + "1 | 3 | ; ");
+  EXPECT_EQ(choiceOf(csv, {{{"", 0}}, {{"", 1}}}), names + "1 | 3 | ; ");
+  EXPECT_EQ(choiceOf(csv, {{{"", 2}}}), "2 | NaN | ; ");
+  EXPECT_EQ(choiceOf(csv, {{{"", 0}}}), names);
+  // No text stands above numbers.
+  EXPECT_EQ(choiceOf("a,1\nb,2\n", {{{"", 1}}}), "1 | 2 | ; ");
+  EXPECT_EQ(choiceOf("a,b\nc,\n", {{{"", 0}}}), R"({"$cell":["a","c"],"$shape":[2,1]}; )");
+}
+
+TEST(Csv, aSimilarNameIsSuggested) {
+  EXPECT_EQ(choiceOf("id,weight\na,1\n", {{{"wieght"}}}),
+            "0 there is no column named wieght; did you mean weight?");
+}
+
 TEST(Csv, aHeaderAndCommentsAreLeftOut) {
   EXPECT_EQ(meaningOf("\xEF\xBB\xBFx,y\n1,2\n"), "1 2 | ");
   EXPECT_EQ(meaningOf("# note, with a comma\n\"x\",\"1\"\n\n1,2\n \t\r\n"), "1 2 | ");
@@ -104,6 +122,9 @@ TEST(Csv, badTablesAreRefused) {
   EXPECT_EQ(refusalOf("1,\"2\n3\n"), "2 the closing quote is missing");
   EXPECT_EQ(refusalOf("\"1\"2\n"),
             "3 expected a comma or the end of the line after the closing quote");
+  EXPECT_EQ(refusalOf("a\rb\n"),
+            "1 this carriage return is not followed by a line feed; put a field that contains one "
+            "in double quotes");
   EXPECT_EQ(refusalOf("a,\xFF\n"), "2 the field is not valid UTF-8");
 }
 

@@ -5,13 +5,14 @@
 #include <cstddef>
 #include <iterator>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "arguments/argument_words.h"
 #include "notations/csv.h"
-#include "notations/exact_integers.h"
 #include "notations/json_array.h"
+#include "notations/json_typed_value.h"
 #include "notations/json_value.h"
 #include "notations/npy.h"
 #include "text/source_text.h"
@@ -49,10 +50,10 @@ Array arrayOfTable(const CsvTable& table, const Classes& classes) {
     }
     return cellOf(table);
   }
-  const JsonValue numbers = numbersOf(table);
-  if (!classes.empty()) return arrayFrom(typed(numbers, classes));
-  requireExactIntegers(numbers);
-  return arrayFrom(typed(numbers, {"double"}));
+  if (classes.empty()) return matrixOf(table);
+  const std::optional<hcyClassID> type =
+      classes.size() == 1 ? elementClass(classes[0]) : std::nullopt;
+  return type ? matrixOf(table, type) : arrayFrom(typed(numbersOf(table), classes));
 }
 
 std::vector<Array> arraysOfTables(const ArgumentWords& words, std::string_view text,

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "notations/json_array.h"
+#include "text/quoted_text.h"
 #include "text/suggestion.h"
 
 namespace hcy::tools {
@@ -126,17 +127,12 @@ class ColumnReader {
   }
 
   std::string quoted() {
-    std::string name;
     const std::size_t start = position_;
-    do {
-      const std::size_t end = text_.find('"', position_ + 1);
-      if (end == std::string_view::npos)
-        throw BadText(offset_ + start, "the closing quote is missing");
-      if (position_ != start) name += '"';  // two quotes stand for one
-      name += text_.substr(position_ + 1, end - position_ - 1);
-      position_ = end + 1;
-    } while (text_.substr(position_).starts_with('"'));
-    return name;
+    position_ = endOfQuoted(text_, start);
+    if (position_ == std::string_view::npos) {
+      throw BadText(offset_ + start, "the closing quote is missing");
+    }
+    return unquoted(text_.substr(start, position_ - start));
   }
 
   std::string_view text_;

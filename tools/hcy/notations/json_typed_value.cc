@@ -89,6 +89,12 @@ const std::vector<std::string_view>& typeNames() {
   return names;
 }
 
+std::optional<hcyClassID> elementClass(std::string_view name) {
+  const auto found = std::find(kClasses.begin(), kClasses.end(), name);
+  const auto number = found - kClasses.begin();
+  return number < hcyCHAR_CLASS ? std::optional(static_cast<hcyClassID>(number)) : std::nullopt;
+}
+
 bool isTyped(const JsonObject& object) {
   return std::any_of(object.begin(), object.end(),
                      [](const JsonMember& member) { return member.name.starts_with('$'); });

@@ -23,6 +23,9 @@ struct TypedValue {
 // without its class cannot.
 bool isTyped(const JsonObject& object);
 
+// The class of this name if it has numbers or logical elements.
+std::optional<hcyClassID> elementClass(std::string_view name);
+
 // Throws BadText if the object is not of this kind.
 TypedValue typedValueFrom(const JsonObject& object, std::size_t offset);
 
