@@ -49,9 +49,9 @@ TEST(HostileArgument, nestedDeeperThanTheStackWouldBear) {
 }
 
 TEST(HostileArgument, sizesThatNothingCouldHold) {
-  // As an array it would take 16 GiB.
-  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":2147483646,"entries":[]})"),
-              HasSubstr("must be between 0 and 268435455"));
+  // Columns take memory even if nothing is written for them.
+  EXPECT_THAT(refusalOf(R"(sparse:{"rows":1,"cols":16777217,"entries":[]})"),
+              HasSubstr("a sparse array can have at most 16777216 columns here"));
   EXPECT_THAT(refusalOf(R"(sparse:{"rows":99999999999999999999,"cols":1,"entries":[]})"),
               HasSubstr("must be between 0 and 2147483647"));
   EXPECT_THAT(refusalOf(R"({"$cell":[],"$shape":[2147483647,2147483647,2147483647]})"),

@@ -68,6 +68,11 @@ TEST(Npy, everyTypeThatHasAClass) {
   EXPECT_EQ(meaningOf(fileOf("<u8", "()", bytes)), R"({"$uint64":9801809732607083009})");
   EXPECT_EQ(meaningOf(fileOf(">i8", "()", bytes)), R"({"$int64":72623859790382984})");
   EXPECT_EQ(meaningOf(fileOf(">f4", "()", std::string("\x3f\x80\0\0", 4))), R"({"$single":1})");
+  // 1.5, -2, the smallest number above 0, and the infinities.
+  EXPECT_EQ(meaningOf(fileOf("<f2", "(1, 4)", std::string("\0\x3e\0\xc0\1\0\0\x7c", 8))),
+            R"({"$single":[1.5,-2,5.9604645e-08,"Infinity"]})");
+  EXPECT_EQ(meaningOf(fileOf(">f2", "(1, 3)", std::string("\x3e\0\x7e\0\x80\0", 6))),
+            R"({"$single":[1.5,"NaN",-0.0]})");
   EXPECT_EQ(meaningOf(fileOf("|b1", "(2,)", std::string("\0\2", 2))), "[[false],[true]]");
   EXPECT_EQ(meaningOf(fileOf("<c8", "()", bytesOf<float>({1, 2}))),
             R"({"$single":{"$complex":{"re":1,"im":2}}})");
@@ -88,6 +93,40 @@ TEST(Npy, textsAreChar) {
             "an array of strings in a .npy file cannot contain characters above U+FFFF");
 }
 
+TEST(Npy, byteStringsAreChar) {
+  EXPECT_EQ(meaningOf(fileOf("|S3", "()", std::string("ab\0", 3))), R"("ab")");
+  EXPECT_EQ(meaningOf(fileOf("|S2", "(2,)", std::string("abc\0", 4))),
+            R"({"$char":["ab","c\u0000"]})");
+  EXPECT_EQ(meaningOf(fileOf("|S1", "(1, 2)", "ab")), R"("ab")");
+  EXPECT_EQ(meaningOf(fileOf("|S1", "()", "\xe9")),
+            "a byte string in the .npy file is not ASCII; save it as type U");
+}
+
+TEST(Npy, laterVersionsHaveALongerLengthOfTheHeader) {
+  for (const char version : {'\2', '\3'}) {
+    const std::string first = fileOf("<f8", "(1,)", bytesOf<double>({1}));
+    std::string later = first.substr(0, 10) + std::string(2, '\0') + first.substr(10);
+    later[6] = version;
+    EXPECT_EQ(meaningOf(later), "1");
+    EXPECT_EQ(meaningOf(later.substr(0, 11)), "the header of this .npy file is damaged");
+  }
+}
+
+TEST(Npy, thereAreAtMost64Dimensions) {
+  std::string shape = "(";
+  for (int i = 0; i < 64; ++i) shape += "1,";
+  const std::string data = bytesOf<std::uint8_t>({7});
+  const auto fileOfShape = [&](const std::string& dimensions) {
+    const std::string dictionary =
+        "{'descr': '|u1', 'fortran_order': False, 'shape': " + dimensions + ")}";
+    return fileOf(dictionary, data);
+  };
+  EXPECT_EQ(tools::arrayOfNpy(fileOfShape(shape)).shape().size(), 64U);
+  EXPECT_EQ(meaningOf(fileOfShape(shape + "1,")), "the header of this .npy file is damaged");
+  const Array array = Array::zeros<double>(hcyclient::Shape(64, 1));
+  EXPECT_EQ(differenceOf(array, tools::arrayOfNpy(tools::npyOf(array))), "");
+}
+
 TEST(Npy, whatIsDamagedOrHasNoClassIsRefused) {
   const std::string damaged = "the header of this .npy file is damaged";
   const std::string whole = fileOf("<f8", "(1,)", bytesOf<double>({1}));
@@ -102,7 +141,11 @@ TEST(Npy, whatIsDamagedOrHasNoClassIsRefused) {
   EXPECT_EQ(meaningOf(whole + "x"),
             "the .npy file is damaged: its header calls for 1 element of 8 bytes, but it has 9 "
             "bytes of data");
-  EXPECT_EQ(meaningOf(fileOf("<f2", "()", "xx")), "the NumPy type <f2 is not supported");
+  EXPECT_EQ(meaningOf(fileOf("<f3", "()", "xxx")), "the NumPy type <f3 is not supported");
+  EXPECT_EQ(meaningOf(fileOf("<f16", "()", "")),
+            "the NumPy type <f16 (longdouble) is not supported");
+  EXPECT_EQ(meaningOf(fileOf("<c32", "()", "")),
+            "the NumPy type <c32 (clongdouble) is not supported");
   EXPECT_EQ(meaningOf(fileOf("|O", "()", "")), "the NumPy type |O is not supported");
   EXPECT_EQ(meaningOf(fileOf("{'descr': [('a', '<f8')], 'fortran_order': False, 'shape': ()}", "")),
             "structured NumPy types are not supported");
@@ -142,7 +185,7 @@ TEST(Npy, whatNumpyHasNoTypeForIsRefused) {
   EXPECT_THROW(tools::npyOf(Array::structs({1, 1}, {"a"})), tools::NoNotation);
   EXPECT_THROW(tools::npyOf(Array::sparse<double>(1, 1, 1)), tools::NoNotation);
   EXPECT_THROW(tools::npyOf(Array::zeros<std::complex<std::int8_t>>(1, 1)), tools::NoNotation);
-  EXPECT_THROW(tools::npyOf(Array::zeros<double>(hcyclient::Shape(33, 1))), tools::NoNotation);
+  EXPECT_THROW(tools::npyOf(Array::zeros<double>(hcyclient::Shape(65, 1))), tools::NoNotation);
 }
 
 }  // namespace

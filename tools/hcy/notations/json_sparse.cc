@@ -12,13 +12,19 @@
 namespace hcy::tools {
 namespace {
 
-// A column takes 8 bytes even if it is empty: more columns would not fit into a request.
-constexpr std::uint64_t kMostColumns = 268435455;
+// A column takes 8 bytes even if it is empty and nothing is written for it: 128 MiB in all.
+constexpr std::uint64_t kMostColumns = 16777216;
 
 struct SparseData {
   std::size_t rows = 0, columns = 0;
   const JsonValue* entries = nullptr;
 };
+
+void requireRoom(std::size_t columns, std::size_t offset) {
+  if (columns <= kMostColumns) return;
+  throw BadText(offset, "a sparse array can have at most " + std::to_string(kMostColumns) +
+                            " columns here, because each takes memory even if it is empty");
+}
 
 SparseData partsOf(const JsonValue& data) {
   SparseData parts;
@@ -30,7 +36,8 @@ SparseData partsOf(const JsonValue& data) {
       if (member.name == "rows") {
         parts.rows = sizeFrom(member.value);
       } else if (member.name == "cols") {
-        parts.columns = sizeFrom(member.value, kMostColumns);
+        parts.columns = sizeFrom(member.value);
+        requireRoom(parts.columns, member.value.offset);
       } else if (member.name == "entries" && member.value.as<JsonList>() != nullptr) {
         parts.entries = &member.value;
       } else {

@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <complex>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 #include "notations/json_elements.h"
 #include "notations/no_notation.h"
@@ -81,6 +83,31 @@ Array numbers(const NpyHeader& header, std::string_view data, std::size_t count)
   return array;
 }
 
+// The number that a float16 holds: a sign, 5 bits of exponent and 10 of the fraction.
+float valueOfHalf(std::uint16_t bits) {
+  const int exponent = bits >> 10 & 0x1F;
+  const int fraction = bits & 0x3FF;
+  float value = 0;
+  if (exponent == 0x1F) {
+    value = fraction == 0 ? std::numeric_limits<float>::infinity()
+                          : std::numeric_limits<float>::quiet_NaN();
+  } else if (exponent == 0) {
+    value = std::ldexp(static_cast<float>(fraction), -24);
+  } else {
+    value = std::ldexp(static_cast<float>(fraction + 0x400), exponent - 25);
+  }
+  return std::copysign(value, (bits & 0x8000) != 0 ? -1.0F : 1.0F);
+}
+
+Array halfNumbers(const NpyHeader& header, std::string_view data, std::size_t count) {
+  Array array = Array::zeros<float>(arrayShape(header.shape));
+  const auto span = array.span<float>();
+  forEachElement(header, count, [&](std::size_t i, std::size_t j) {
+    span[i] = valueOfHalf(valueAt<std::uint16_t>(data.data() + 2 * j, header.isBigEndian));
+  });
+  return array;
+}
+
 template <class T>
 Array complexNumbers(const NpyHeader& header, std::string_view data, std::size_t count) {
   Array array = Array::zeros<std::complex<T>>(arrayShape(header.shape));
@@ -114,6 +141,11 @@ Array integers(const NpyHeader& header, std::string_view data, std::size_t count
 
 // The character at `index` of the file.
 char32_t characterAt(const NpyHeader& header, std::string_view data, std::size_t index) {
+  if (header.kind == 'S') {
+    const auto byte = static_cast<unsigned char>(data[index]);
+    if (byte < 0x80) return byte;
+    throw BadInput("a byte string in the .npy file is not ASCII; save it as type U");
+  }
   const auto character = valueAt<std::uint32_t>(data.data() + 4 * index, header.isBigEndian);
   if (character > 0x10FFFF)
     throw BadInput("a string in the .npy file contains an invalid character");
@@ -169,6 +201,7 @@ Array strings(const NpyHeader& header, std::string_view data, std::size_t count)
 Array elementsOf(const NpyHeader& header, std::string_view data, std::size_t count) {
   switch (header.kind) {
     case 'f':
+      if (header.itemSize == 2) return halfNumbers(header, data, count);
       return header.itemSize == 4 ? numbers<float, float>(header, data, count)
                                   : numbers<double, double>(header, data, count);
     case 'c':
@@ -176,6 +209,7 @@ Array elementsOf(const NpyHeader& header, std::string_view data, std::size_t cou
                                   : complexNumbers<double>(header, data, count);
     case 'b':
       return numbers<std::uint8_t, bool>(header, data, count);
+    case 'S':
     case 'U':
       return strings(header, data, count);
     default:

@@ -102,15 +102,22 @@ class Reader {
     const char* const end = rest.data() + rest.size();
     const auto read = std::from_chars(rest.data(), end, header.itemSize);
     if (read.ec != std::errc() || read.ptr != end || !isSupported(header)) {
-      throw BadInput("the NumPy type " + printable(type) + " is not supported");
+      throw BadInput("the NumPy type " + printable(type) + nameOf(header) + " is not supported");
     }
+  }
+
+  // The extended type of the machine, whose bytes mean something else on another one.
+  static std::string nameOf(const NpyHeader& header) {
+    const std::size_t size = header.itemSize;
+    if (header.kind == 'f' && size > 8) return " (longdouble)";
+    return header.kind == 'c' && size > 16 ? " (clongdouble)" : "";
   }
 
   static bool isSupported(const NpyHeader& header) {
     const std::size_t size = header.itemSize;
     switch (header.kind) {
       case 'f':
-        return size == 4 || size == 8;
+        return size == 2 || size == 4 || size == 8;
       case 'c':
         return size == 8 || size == 16;
       case 'i':
@@ -118,6 +125,7 @@ class Reader {
         return size == 1 || size == 2 || size == 4 || size == 8;
       case 'b':
         return size == 1;
+      case 'S':
       case 'U':
         return size <= kLargestSize;
       default:

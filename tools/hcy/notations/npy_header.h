@@ -12,12 +12,12 @@
 
 namespace hcy::tools {
 
-// The limit of NumPy itself.
-inline constexpr std::size_t kMostNpyDimensions = 32;
+// The limit of NumPy 2; that of NumPy 1 is 32.
+inline constexpr std::size_t kMostNpyDimensions = 64;
 
 struct NpyHeader {
   bool isBigEndian = false;
-  char kind = 0;             // as in the type: 'f', 'i', 'u', 'b', 'c', 'U'
+  char kind = 0;             // as in the type: 'f', 'i', 'u', 'b', 'c', 'S', 'U'
   std::size_t itemSize = 0;  // in bytes; of 'U' in characters
   bool isByColumns = false;
   Shape shape;             // as in the file: of no dimension for a single value
