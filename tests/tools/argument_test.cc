@@ -230,7 +230,7 @@ TEST(Argument, integersThatNoDoubleIsEqualToAreRefusedWithWhatToWrite) {
 TEST(Argument, integersThatADoubleIsEqualToAreTaken) {
   EXPECT_EQ(meaningOf("9007199254740992"), "double 9007199254740992");
   EXPECT_EQ(meaningOf("-9007199254740994"), "double -9007199254740994");
-  EXPECT_EQ(meaningOf("9223372036854775808"), "double 9223372036854775808");
+  EXPECT_EQ(meaningOf("9223372036854775808"), "double 9.223372036854776e+18");
   EXPECT_EQ(meaningOf("100000000000000000000"), "double 1e+20");
   EXPECT_EQ(meaningOf("9007199254740993.0"), "double 9007199254740992");
   EXPECT_EQ(meaningOf("9.007199254740993e15"), "double 9007199254740992");
