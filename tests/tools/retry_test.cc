@@ -85,7 +85,7 @@ TEST(Retry, eachAttemptHasItsOwnTimeout) {
   const ScriptServer server(
       {{readRequest(), stall()}, {replyToEach(httpReply(200, "OK", resultOf({doubleScalar(7)})))}});
   const Outcome outcome =
-      run("echo '[]' | " HCY_PROGRAM " call " + server.url("/f") + " --retry 1 --timeout 0.4");
+      run("echo '[]' | " HCY_PROGRAM " call " + server.url("/f") + " --retry 1 --timeout 0.9");
   EXPECT_EQ(outcome.output, "ans: double 1-by-1 = 7\n");
   EXPECT_EQ(server.requests().size(), 2U);
 }

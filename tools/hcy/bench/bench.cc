@@ -28,7 +28,6 @@
 #include "output/terminal.h"
 #include "settings/settings.h"
 #include "settings/url.h"
-#include "text/source_text.h"
 
 namespace hcy::tools {
 namespace {
