@@ -14,6 +14,7 @@
 #include "calls/exit_status.h"
 #include "calls/failure.h"
 #include "calls/list.h"
+#include "calls/transport_hint.h"
 #include "settings/options.h"
 #include "settings/target.h"
 
@@ -69,14 +70,18 @@ int main(int argc, char** argv) {
   occupyStandardDescriptors();
   // The options are those of the server.
   if (argc > 1 && std::string_view(argv[1]) == "serve") return serve(argv);
-  bool isJson = false;
+  CommandLine commandLine;
   try {
-    CommandLine commandLine = parseCommandLine(argc, argv);
+    commandLine = parseCommandLine(argc, argv);
     if (!commandLine.options) return commandLine.exitStatus;
-    isJson = commandLine.options->isJson();
     return run(*commandLine.options);
   } catch (...) {
-    const Failure failure = currentFailure();
+    Failure failure = currentFailure();
+    const bool isJson = commandLine.options && commandLine.options->isJson();
+    // Programs get the message as it is.
+    if (commandLine.options && !isJson && failure.kind == "transport") {
+      failure.message += transportHint(failure.message, *commandLine.options);
+    }
     std::cerr << failureAs(isJson, failure);
     return failure.exitStatus;
   }

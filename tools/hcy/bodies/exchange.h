@@ -8,6 +8,7 @@
 #include <hcy/hcyclient.hpp>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace hcy::tools {
@@ -24,9 +25,20 @@ struct Exchange {
   std::string problem;     // why the reply breaks off, in the words of libcurl, or empty
 };
 
+// No reply begins. The reason is what libcurl knows of a failure of TLS, or empty.
+class NoReply : public hcyclient::TransportError {
+ public:
+  NoReply(const std::string& problem, std::string reason)
+      : TransportError(problem), reason_(std::move(reason)) {}
+  const std::string& reason() const { return reason_; }
+
+ private:
+  std::string reason_;
+};
+
 // Posts the body with these header lines as the library does, with all settings of the
 // configuration, and `seconds` in place of its timeout (0 for no limit). Throws
-// hcyclient::TransportError if no reply begins; one that breaks off has a problem.
+// NoReply if no reply begins; one that breaks off has a problem.
 Exchange post(const hcyclient::Config& config, const std::string& url,
               const std::vector<std::string>& headers, std::string_view body, double seconds);
 

@@ -80,6 +80,19 @@ bool isHtml(std::string_view body) {
          ::strncasecmp(beginning.c_str(), "<html", 5) == 0;
 }
 
+// With -v, shows why TLS failed.
+Exchange postShown(const hcyclient::Config& config, const EncodedRequest& request,
+                   const Options& options, double seconds) {
+  try {
+    return post(config, options.url, request.headers, request.body, seconds);
+  } catch (const NoReply& failure) {
+    if (options.isVerbose && !failure.reason().empty()) {
+      std::cerr << "* " << printable(failure.reason()) << '\n';
+    }
+    throw;
+  }
+}
+
 }  // namespace
 
 std::vector<hcyclient::Array> tracedCall(const hcyclient::Library& library,
@@ -91,7 +104,7 @@ std::vector<hcyclient::Array> tracedCall(const hcyclient::Library& library,
   if (!options.requestFile.empty()) writeFile(options.requestFile, request.body);
   const double seconds =
       options.settings.timeout.value_or(library.runtime()->getTimeOut(config.get()));
-  const Exchange exchange = post(config, options.url, request.headers, request.body, seconds);
+  const Exchange exchange = postShown(config, request, options, seconds);
   if (options.isVerbose) showReply(exchange);
   saveReply(exchange, options.replyFile);
   if (exchange.status != 200) {

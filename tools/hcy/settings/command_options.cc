@@ -69,6 +69,27 @@ std::string secondsProblem(const std::string& text) {
   return isNumber && isInRange ? "" : "must be between 0 and 4294967295 seconds, but is " + text;
 }
 
+// Replaces "64k" by "65536".
+std::string sizeProblem(std::string& text) {
+  constexpr std::string_view suffixes = "kmg";
+  constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
+  std::uint64_t size = 0;
+  const char* const end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, size);
+  const std::string_view suffix(read.ptr, static_cast<std::size_t>(end - read.ptr));
+  const std::size_t power =
+      suffix.size() == 1
+          ? suffixes.find(static_cast<char>(std::tolower(static_cast<unsigned char>(suffix[0]))))
+          : std::string_view::npos;
+  const bool isSize = read.ec == std::errc() && (suffix.empty() || power != std::string_view::npos);
+  const std::size_t shift = suffix.empty() ? 0 : 10 * (power + 1);
+  if (!isSize || size > largest >> shift) {
+    return "must be between 0 and 4294967295 bytes, such as 500000, 64k, 10M or 1G, but is " + text;
+  }
+  text = decimal(size << shift);
+  return "";
+}
+
 template <class Validator>
 CLI::Validator unnamed(Validator validator) {
   return validator.description("");
@@ -81,8 +102,10 @@ void addSettings(CLI::App& app, Settings& settings) {
       ->type_name("SECONDS")
       ->check(unnamed(CLI::Validator(secondsProblem, "", "")))
       ->group(group);
-  app.add_option("--max-reply", settings.largestReply, "Largest reply to accept [67108864]")
+  app.add_option("--max-reply", settings.largestReply,
+                 "Largest reply to accept; k, M or G after the number for KiB, MiB or GiB [64M]")
       ->type_name("BYTES")
+      ->transform(unnamed(CLI::Validator(sizeProblem, "", "")))
       ->group(group);
   const TlsOptionNames names{"", group};
   addTlsFiles(app, settings, names);

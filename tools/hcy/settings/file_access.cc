@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "text/source_text.h"
 #include "text/text.h"
 
@@ -43,6 +45,14 @@ void requirePrivateFile(const std::string& name) {
   struct stat state {};
   if (::stat(name.c_str(), &state) != 0) refuseFile(name);
   require(state, name, kAnyAccess);
+}
+
+void requireReadable(const std::string& name) {
+  struct stat state {};
+  if (::stat(name.c_str(), &state) != 0 || ::access(name.c_str(), R_OK) != 0) refuseFile(name);
+  if (!S_ISDIR(state.st_mode)) return;
+  errno = EISDIR;
+  refuseFile(name);
 }
 
 void requireUnalterable(int descriptor, const std::string& name) {

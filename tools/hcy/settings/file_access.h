@@ -16,6 +16,10 @@ void requirePrivate(int descriptor, const std::string& name);
 // replaced by then; a descriptor is safer.
 void requirePrivateFile(const std::string& name);
 
+// Throws BadInput with the name if there is no such file, if it is a directory, or if the user
+// cannot read it. libcurl would not say which file it is.
+void requireReadable(const std::string& name);
+
 // Throws BadInput if the opened file belongs to another user, or if others can change it.
 void requireUnalterable(int descriptor, const std::string& name);
 

@@ -24,7 +24,14 @@ hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& 
       .setRevocationListFile(settings.revocationListFile)
       .setHostnameVerification(settings.verifiesHost)
       .setPeerVerification(settings.verifiesPeer);
-  if (!settings.keyFile.empty()) requirePrivateFile(settings.keyFile);
+  for (const std::string& file :
+       {settings.certificateFile, settings.authorityFile, settings.revocationListFile}) {
+    if (!file.empty()) requireReadable(file);
+  }
+  if (!settings.keyFile.empty()) {
+    requireReadable(settings.keyFile);
+    requirePrivateFile(settings.keyFile);
+  }
   if (!settings.passPhraseFile.empty()) {
     config.setPrivateKeyPassPhrase(
         passPhraseOfFile(settings.passPhraseFile, requirePrivate).text());
