@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "arguments/argument.h"
 #include "output/progress_bar.h"
@@ -114,6 +116,48 @@ ans: double 2…
   EXPECT_EQ(shown(R"("ééééééééé")", 26), "\nans: char 1-by-9 = \"ééééé…\n");
   EXPECT_EQ(shown(R"("中中中中")", 26), "\nans: char 1-by-4 = \"中中…\n");
   EXPECT_EQ(shown("[1,2]", 1), "\n…\n…\n…\n");
+}
+
+std::size_t linesOf(const std::string& text) {
+  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+TEST(Display, allOutputsTogetherFitTheLines) {
+  using hcyclient::Array;
+  std::vector<Array> outputs;
+  outputs.push_back(Array::zeros<double>({20, 20, 20}));
+  const std::string pages = tools::displayAll(outputs, 80, 22);
+  EXPECT_LE(linesOf(pages), 22U);
+  EXPECT_NE(pages.find("  … 17 more pages\n"), pages.npos) << pages;
+  EXPECT_EQ(linesOf(tools::displayAll(outputs, 80, 0)), 421U);
+  outputs.push_back(Array::zeros<double>({100, 1}));
+  EXPECT_LE(linesOf(tools::displayAll(outputs, 80, 22)), 22U);
+  EXPECT_NE(tools::displayAll(outputs, 80, 22).find("\nout 2: double 100-by-1\n"), pages.npos);
+}
+
+TEST(Display, fieldsAreFoldedToo) {
+  std::string members;
+  for (int i = 0; i < 100; ++i) {
+    members += (i == 0 ? "\"f" : ",\"f") + std::to_string(i) + "\":[[1],[2],[3]]";
+  }
+  const auto outputs = tools::arraysFrom({"{" + members + "}"});
+  const std::string text = tools::displayAll(outputs, 80, 22);
+  EXPECT_LE(linesOf(text), 22U);
+  EXPECT_NE(text.find("  f0: double 3-by-1\n"), text.npos) << text;
+  EXPECT_NE(text.find(" more fields\n  f9"), text.npos) << text;
+}
+
+TEST(Display, whatCannotBeFoldedIsCutInTheMiddle) {
+  const std::string nested = std::string(40, '[') + "\"a\"" + std::string(40, ']');
+  const auto outputs = tools::arraysFrom({nested});
+  const std::string all = tools::displayAll(outputs, 0, 0);
+  const std::string text = tools::displayAll(outputs, 0, 11);
+  ASSERT_GT(linesOf(all), 11U);
+  EXPECT_EQ(linesOf(text), 11U);
+  EXPECT_NE(text.find("\n… " + std::to_string(linesOf(all) - 10) + " more lines\n"), text.npos)
+      << text;
+  EXPECT_TRUE(text.starts_with(all.substr(0, all.find('\n') + 1)));
+  EXPECT_TRUE(text.ends_with(all.substr(all.rfind(' '))));
 }
 
 TEST(Display, nothingReachesTheTerminalAsACommand) {

@@ -57,10 +57,10 @@ class OnATerminal(unittest.TestCase):
         shown, _ = self.shown(*call, str(['a'] * 22).replace("'", '"'))
         self.assertIn('  (0, 9): char 1-by-1 = "a"\n  … 2 more elements\n  (0, 12): char', shown)
         shown, _ = self.shown(*call, '[' + ','.join(['{"a":1}'] * 21) + ']')
-        self.assertIn('  (0, 9):\n    a: double 1-by-1 = 1\n  … 1 more element\n  (0, 11):', shown)
+        self.assertIn('  (0, 4):\n    a: double 1-by-1 = 1\n  … 11 more elements\n  (0, 16):', shown)
         pages = '{"$double":[' + ','.join(['1'] * 22) + '],"$shape":[1,1,22]}'
         shown, _ = self.shown(*call, pages)
-        self.assertIn('  (:, :, 9)\n  1\n  … 2 more pages\n  (:, :, 12)\n', shown)
+        self.assertIn('  (:, :, 4)\n  1\n  … 12 more pages\n  (:, :, 17)\n', shown)
         piped = subprocess.run([HCY, *call, column], capture_output=True, text=True, check=True)
         self.assertEqual(piped.stdout.count('\n'), 101)
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <stdexcept>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -56,19 +57,19 @@ void requireDifferent(const std::vector<std::string>& files) {
   }
 }
 
-// Lines that stay free for the command, the name of the output and the next prompt.
-constexpr std::size_t kOtherLines = 4;
-constexpr std::size_t kFewestRows = 6;
+// Lines that stay free for the command and the next prompt.
+constexpr std::size_t kOtherLines = 2;
+constexpr std::size_t kFewestLines = 8;
 
-DisplaySize sizeOf(const OutputSettings& settings) {
+// All outputs for a person to read; on a terminal, as much as it can show at once.
+std::string displayed(const std::vector<Array>& outputs, const OutputSettings& settings) {
   const std::size_t height = settings.isFolded ? heightOf(STDOUT_FILENO) : 0;
-  const std::size_t rows =
-      height == 0 ? 0 : std::max(height, kFewestRows + kOtherLines) - kOtherLines;
-  return {settings.width.value_or(widthOf(STDOUT_FILENO)), rows};
+  const std::size_t lines =
+      height == 0 ? 0 : std::max(height, kFewestLines + kOtherLines) - kOtherLines;
+  return displayAll(outputs, settings.width.value_or(widthOf(STDOUT_FILENO)), lines);
 }
 
-std::string textOf(const Array& output, const std::string& name, Form form,
-                   const OutputSettings& settings) {
+std::string textOf(const Array& output, Form form) {
   switch (form) {
     case Form::kJson:
       return toJson(output) + "\n";
@@ -83,15 +84,14 @@ std::string textOf(const Array& output, const std::string& name, Form form,
     case Form::kDisplay:
       break;
   }
-  return display(name, output, settings.files.empty() ? sizeOf(settings) : DisplaySize());
+  throw std::logic_error("outputs are displayed together");
 }
 
 // The same; NoNotation names the output.
-std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form,
-                   const OutputSettings& settings) {
+std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form) {
   const std::string name = outputName(i, outputs.size());
   try {
-    return textOf(outputs[i], name, form, settings);
+    return textOf(outputs[i], form);
   } catch (const NoNotation& problem) {
     throw NoNotation(name + ": " + problem.what() + "; use --json instead");
   }
@@ -100,11 +100,12 @@ std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form,
 // Tables are separated by an empty line.
 std::string formedAll(const std::vector<Array>& outputs, Form form,
                       const OutputSettings& settings) {
+  if (form == Form::kDisplay) return displayed(outputs, settings);
   const bool isTable = form == Form::kCsv || form == Form::kTsv;
   std::string all;
   for (std::size_t i = 0; i < outputs.size(); ++i) {
     if (isTable && i > 0) all += '\n';
-    all += formed(outputs, i, form, settings);
+    all += formed(outputs, i, form);
   }
   return all;
 }
@@ -140,7 +141,7 @@ void showOutputs(const std::vector<hcyclient::Array>& outputs, const OutputSetti
   for (std::size_t i = 0; i < settings.files.size(); ++i) {
     const Form form = settings.form ? *settings.form : *formOf(settings.files[i]);
     contents.push_back(settings.files.size() == 1 ? formedAll(outputs, form, settings)
-                                                  : formed(outputs, i, form, settings));
+                                                  : formed(outputs, i, form));
   }
   // All are written before the first one is replaced.
   std::vector<FileReplacement> written;

@@ -2,7 +2,9 @@
 
 #include "output/display.h"
 
+#include <algorithm>
 #include <complex>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -20,9 +22,11 @@ using hcyclient::Span;
 
 class Display {
  public:
-  explicit Display(const DisplaySize& size) : size_(size) {}
+  // Stops when there are more than `most` lines; 0 for no limit.
+  explicit Display(const DisplaySize& size, std::size_t most = 0) : size_(size), most_(most) {}
 
   std::string take() { return std::move(out_); }
+  bool isTooLong() const { return most_ != 0 && lines_ > most_; }
 
   void show(std::string_view name, const Array& array, std::size_t indent) {
     const Shape shape = shapeOf(array);
@@ -48,17 +52,22 @@ class Display {
   }
 
  private:
-  void line(const std::string& text) { out_ += cutToWidth(text, size_.width) + "\n"; }
+  void line(const std::string& text) { append(cutToWidth(text, size_.width) + "\n"); }
+
+  void append(const std::string& lines) {
+    out_ += lines;
+    lines_ += static_cast<std::size_t>(std::count(lines.begin(), lines.end(), '\n'));
+  }
 
   // Calls use(i) for the elements that are shown, and adds a line for those that are left out.
   template <class Use>
   void forEachShown(std::size_t count, std::string_view what, std::size_t indent, Use use) {
     const Fold fold(count, size_.rows);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count && !isTooLong(); ++i) {
       if (i == fold.gap) {
         line(std::string(indent + 2, ' ') + foldText(fold.left, what));
         i += fold.left;
-        if (i == count) break;
+        if (i == count) return;
       }
       use(i);
     }
@@ -75,7 +84,8 @@ class Display {
     forEachShown(array.size(), "element", indent, [&](std::size_t i) {
       const std::size_t inner = array.size() == 1 ? indent + 2 : indent + 4;
       if (array.size() != 1) line(std::string(indent + 2, ' ') + placeText(i, shape) + ":");
-      for (const std::string& name : names) show(printable(name), array(i, name), inner);
+      forEachShown(names.size(), "field", inner - 2,
+                   [&](std::size_t j) { show(printable(names[j]), array(i, names[j]), inner); });
     });
   }
 
@@ -109,10 +119,10 @@ class Display {
     line(header);
     if (real.size() == 0) return;
     forEachPage(real.size(), shape, indent, [&](std::size_t page) {
-      out_ += alignedColumns(
+      append(alignedColumns(
           shape[0], shape[1],
           [&](std::size_t i, std::size_t j) { return text(page + i + j * shape[0]); }, indent + 2,
-          size_);
+          size_));
     });
   }
 
@@ -151,12 +161,45 @@ class Display {
         return textOf<T>(entry.value);
       }
     };
-    out_ += alignedColumns(entries.size(), 2, cell, indent + 2, size_);
+    append(alignedColumns(entries.size(), 2, cell, indent + 2, size_));
   }
 
   DisplaySize size_;
+  std::size_t most_;
+  std::size_t lines_ = 0;
   std::string out_;
 };
+
+// Nothing if there are more than `most` lines; 0 for no limit.
+std::optional<std::string> shownWithin(const std::vector<Array>& outputs, const DisplaySize& size,
+                                       std::size_t most) {
+  Display display(size, most);
+  for (std::size_t i = 0; i < outputs.size() && !display.isTooLong(); ++i) {
+    display.show(outputName(i, outputs.size()), outputs[i], 0);
+  }
+  return display.isTooLong() ? std::nullopt : std::optional(display.take());
+}
+
+// The first and the last lines, `most` in all with the one that counts the others.
+std::string cutToLines(const std::string& text, std::size_t most) {
+  std::vector<std::string_view> lines;
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::size_t end = rest.find('\n') + 1;
+    lines.push_back(rest.substr(0, end));
+    rest.remove_prefix(end);
+  }
+  const Fold fold(lines.size(), most - 1);
+  std::string out;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (i == fold.gap) {
+      out += foldText(fold.left, "line") + "\n";
+      i += fold.left;
+      if (i == lines.size()) break;
+    }
+    out += lines[i];
+  }
+  return out;
+}
 
 }  // namespace
 
@@ -164,6 +207,15 @@ std::string display(std::string_view name, const hcyclient::Array& array, const 
   Display display(size);
   display.show(name, array, 0);
   return display.take();
+}
+
+std::string displayAll(const std::vector<hcyclient::Array>& outputs, std::size_t width,
+                       std::size_t lines) {
+  if (lines == 0) return *shownWithin(outputs, {width, 0}, 0);
+  for (std::size_t rows = lines; rows > 0; --rows) {
+    if (auto shown = shownWithin(outputs, {width, rows}, lines)) return *std::move(shown);
+  }
+  return cutToLines(*shownWithin(outputs, {width, 1}, 0), std::max<std::size_t>(lines, 2));
 }
 
 }  // namespace hcy::tools

@@ -11,8 +11,8 @@
 
 namespace hcy::tools {
 
-// How much is shown: lines are cut to `width` columns, and of many rows or elements only the first
-// and the last are shown, `rows` in all. 0 for no limit.
+// How much is shown: lines are cut to `width` columns, and of many rows, elements or fields only
+// the first and the last are shown, `rows` in all. 0 for no limit.
 struct DisplaySize {
   std::size_t width = 0;
   std::size_t rows = 0;
