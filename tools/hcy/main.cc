@@ -3,10 +3,14 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <string>
+#include <string_view>
 
 #include "bench/bench.h"
 #include "bodies/show.h"
@@ -17,6 +21,7 @@
 #include "calls/transport_hint.h"
 #include "settings/options.h"
 #include "settings/target.h"
+#include "text/text.h"
 
 namespace {
 
@@ -51,6 +56,17 @@ int run(Options& options) {
   return kUsage;
 }
 
+std::string hintFor(const Failure& failure, const Options& options) {
+  if (failure.kind == "transport") return transportHint(failure.message, options);
+  const bool hasNone = options.command == Command::kCall && options.arguments.empty();
+  const char* const shell = std::getenv("SHELL");
+  if (failure.kind != "function" || !hasNone || shell == nullptr) return {};
+  // With the option nullglob, zsh removes a word in brackets that is the name of no file.
+  return std::string_view(shell).ends_with("zsh")
+             ? "\nThere were no arguments; in zsh, put one with brackets in quotes: '[1,2]'"
+             : "";
+}
+
 // Becomes the local server, which is installed beside this program or found on the PATH. Returns
 // only if there is none.
 int serve(char** argv) {
@@ -60,7 +76,12 @@ int serve(char** argv) {
   const auto self = std::filesystem::read_symlink("/proc/self/exe", unknown);
   if (!unknown) ::execv((self.parent_path() / name).c_str(), argv + 1);
   ::execvp(name, argv + 1);
+  const bool isMissing = errno == ENOENT;
   std::cerr << "hcy: cannot start " << name << ": " << std::strerror(errno) << '\n';
+  if (isMissing) {
+    std::cerr << "     it is neither in " << printable(self.parent_path().string())
+              << ", beside hcy, nor on the PATH\n";
+  }
   return kTransportError;
 }
 
@@ -70,6 +91,11 @@ int main(int argc, char** argv) {
   occupyStandardDescriptors();
   // The options are those of the server.
   if (argc > 1 && std::string_view(argv[1]) == "serve") return serve(argv);
+  if (argc > 2 && std::string_view(argv[1]) == "help" && std::string_view(argv[2]) == "serve") {
+    char help[] = "--help";
+    std::array<char*, 4> words = {argv[0], argv[2], help, nullptr};
+    return serve(words.data());
+  }
   CommandLine commandLine;
   try {
     commandLine = parseCommandLine(argc, argv);
@@ -79,9 +105,7 @@ int main(int argc, char** argv) {
     Failure failure = currentFailure();
     const bool isJson = commandLine.options && commandLine.options->isJson();
     // Programs get the message as it is.
-    if (commandLine.options && !isJson && failure.kind == "transport") {
-      failure.message += transportHint(failure.message, *commandLine.options);
-    }
+    if (commandLine.options && !isJson) failure.message += hintFor(failure, *commandLine.options);
     std::cerr << failureAs(isJson, failure);
     return failure.exitStatus;
   }

@@ -61,9 +61,17 @@ std::vector<hcyclient::Array> outputsOfCall(const hcyclient::Library& library,
   }
 }
 
-// Shows the 404 that is being handled, and which function the user may have meant.
+bool namesNoFunction(const std::string& url) { return rootOf(url).size() >= url.size(); }
+
+// Shows the 404 or 405 that is being handled, and which function the user may have meant.
 int showUnknownFunction(hcyclient::Config& config, const Options& options) {
   Failure failure = currentFailure();
+  if (namesNoFunction(options.url)) {
+    failure.message +=
+        "; the URL names no function, but only the server: hcy list shows its functions";
+    std::cerr << failureText(failure);
+    return failure.exitStatus;
+  }
   if (options.isVerbose) std::cerr << "* GET " << shownUrl(rootOf(options.url)) << "\n";
   failure.message += functionSuggestion(config, options.url, options.settings.timeout.value_or(0));
   std::cerr << failureText(failure);
@@ -85,7 +93,10 @@ int call(const Options& options) {
     requireWhole(outputs);
     showOutputs(outputs, options.output);
   } catch (const hcyclient::HttpError& error) {
-    if (error.status() != 404 || options.isJson()) throw;
+    if (options.isJson()) throw;
+    // A server may answer so at its root, where only its index is.
+    const bool isAtRoot = error.status() == 405 && namesNoFunction(options.url);
+    if (error.status() != 404 && !isAtRoot) throw;
     return showUnknownFunction(config, options);
   }
   return kSuccess;

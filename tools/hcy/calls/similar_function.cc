@@ -32,6 +32,31 @@ std::string_view pathOf(std::string_view url) {
   return path;
 }
 
+// How many functions below a path are named.
+constexpr std::size_t kMostNames = 8;
+
+std::string lowered(std::string_view text) {
+  std::string lower(text);
+  const auto toLower = [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+  };
+  std::transform(lower.begin(), lower.end(), lower.begin(), toLower);
+  return lower;
+}
+
+// "; below 'math' are 'math/plus', 'math/minus'", or nothing if no function is below the path.
+std::string functionsBelow(std::string_view path, const std::vector<std::string_view>& names) {
+  std::string list;
+  std::size_t count = 0;
+  for (const std::string_view name : names) {
+    if (!name.starts_with(path) || name.substr(path.size(), 1) != "/") continue;
+    if (++count <= kMostNames) list += (count == 1 ? "'" : ", '") + printable(name) + "'";
+  }
+  if (path.empty() || count == 0) return {};
+  return "; below '" + printable(path) + (count == 1 ? "' is " : "' are ") + list +
+         (count > kMostNames ? ", …" : "");
+}
+
 std::string_view lastPart(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
 }  // namespace
@@ -43,10 +68,24 @@ std::string rootOf(std::string_view url) {
 std::string_view similarFunction(std::string_view url, const std::vector<std::string_view>& names) {
   const std::string_view path = pathOf(url);
   if (path.empty() || std::find(names.begin(), names.end(), path) != names.end()) return {};
-  const std::string_view nearest = nearestWord(path, names);
-  if (!nearest.empty()) return nearest;
-  const auto hasSamePart = [part = lastPart(path)](std::string_view name) {
-    return lastPart(name) == part;
+  // Capitals make no difference.
+  std::vector<std::string> lower;
+  lower.reserve(names.size());
+  for (const std::string_view name : names) lower.push_back(lowered(name));
+  const std::vector<std::string_view> known(lower.begin(), lower.end());
+  const std::string wanted = lowered(path);
+  const std::string_view nearest = nearestWord(wanted, known);
+  if (!nearest.empty()) {
+    return names[static_cast<std::size_t>(std::find(known.begin(), known.end(), nearest) -
+                                          known.begin())];
+  }
+  std::vector<std::string_view> parts;
+  parts.reserve(known.size());
+  for (const std::string_view name : known) parts.push_back(lastPart(name));
+  const std::string part(nearestWord(lastPart(wanted), parts));
+  if (part.empty()) return {};
+  const auto hasSamePart = [&part](std::string_view name) {
+    return lowered(lastPart(name)) == part;
   };
   const auto first = std::find_if(names.begin(), names.end(), hasSamePart);
   const bool isOnly =
@@ -65,6 +104,8 @@ std::string functionSuggestion(hcyclient::Config& config, const std::string& url
     std::vector<std::string_view> names;
     names.reserve(functions.size());
     for (const Function& function : functions) names.push_back(function.name);
+    const std::string below = functionsBelow(pathOf(url), names);
+    if (!below.empty()) return below;
     const std::string_view similar = similarFunction(url, names);
     return similar.empty() ? "" : "; did you mean '" + printable(similar) + "'?";
   } catch (const std::exception&) {

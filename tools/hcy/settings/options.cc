@@ -68,9 +68,43 @@ std::string suggestedOption(const CLI::App& app, const std::vector<std::string>&
     if (!name.starts_with("--") || std::find(names.begin(), names.end(), name) != names.end()) {
       continue;
     }
+    const auto isLonger = [&name](const std::string& option) { return option.starts_with(name); };
+    if (std::count_if(names.begin(), names.end(), isLonger) == 1) {
+      return "; did you mean " + *std::find_if(names.begin(), names.end(), isLonger) + "?";
+    }
     return suggestionFor(name, known);
   }
   return {};
+}
+
+// The words that a command does not take, in the order in which they were given.
+std::string unexpectedWords(const CLI::App& app, const CLI::ExtrasError& problem) {
+  const auto commands = app.get_subcommands();
+  if (!commands.empty() && !commands.front()->get_allow_extras()) {
+    std::string words;
+    for (const std::string& word : commands.front()->remaining()) words += " " + word;
+    if (!words.empty()) return words;
+  }
+  const std::string text = problem.what();  // a single word after a colon
+  return text.substr(std::min(text.find(':') + 1, text.size()));
+}
+
+// "--ca: problem" with the name of the option that the user wrote, "--cacert: problem".
+std::string asWritten(const CLI::App& app, const std::string& problem,
+                      const std::vector<std::string>& words) {
+  const std::string name = problem.substr(0, problem.find(':'));
+  const auto commands = app.get_subcommands();
+  const CLI::Option* const option =
+      commands.empty() ? nullptr : commands.front()->get_option_no_throw(name);
+  if (option == nullptr || name.size() == problem.size()) return problem;
+  std::vector<std::string> names;
+  for (const std::string& longName : option->get_lnames()) names.push_back("--" + longName);
+  for (const std::string& shortName : option->get_snames()) names.push_back("-" + shortName);
+  for (const std::string& word : words) {
+    const auto written = std::find(names.begin(), names.end(), word.substr(0, word.find('=')));
+    if (written != names.end()) return *written + problem.substr(name.size());
+  }
+  return problem;
 }
 
 // Ignores `--`: no argument here can be mistaken for an option. `help call` is `call --help`.
@@ -80,6 +114,7 @@ std::vector<std::string> wordsOf(int argc, char** argv) {
   if (!words.empty() && words.front() == "help") {
     words.erase(words.begin());
     words.resize(std::min<std::size_t>(words.size(), 1));
+    std::erase(words, "help");
     words.emplace_back("--help");
   }
   return words;
@@ -100,6 +135,8 @@ CommandLine parseCommandLine(int argc, char** argv) {
   app.set_version_flag("--version", "hcy " HCY_VERSION, "Print the version and exit");
   app.formatter(std::make_shared<HelpFormatter>());
   app.require_subcommand(1);
+  // Of an option that is repeated, the last counts, so that an alias can be overridden.
+  app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   app.footer(kGeneralFooter);
   addCommands(app, options);
   const std::vector<std::string> words = wordsOf(argc, argv);
@@ -118,10 +155,9 @@ CommandLine parseCommandLine(int argc, char** argv) {
     options.arguments = parsed->remaining();
     requireNoOptions(options.arguments);
   } catch (const CLI::ExtrasError& problem) {
-    const std::string text = problem.what();  // the words are after a colon
-    return refused("unexpected argument" + text.substr(std::min(text.find(':'), text.size())) +
-                       suggestedOption(app, words),
-                   isJson, command);
+    return refused(
+        "unexpected argument:" + unexpectedWords(app, problem) + suggestedOption(app, words),
+        isJson, command);
   } catch (const CLI::ExcludesError& problem) {
     constexpr std::string_view excludes = " excludes ";
     std::string text = problem.what();  // "--csv excludes --tsv"
@@ -130,7 +166,7 @@ CommandLine parseCommandLine(int argc, char** argv) {
     return refused(text, isJson, command);
   } catch (const CLI::ParseError& outcome) {
     if (outcome.get_exit_code() == 0) return {std::nullopt, app.exit(outcome)};
-    return refused(outcome.what(), isJson, command);
+    return refused(asWritten(app, outcome.what(), words), isJson, command);
   }
   return {options, kSuccess};
 }

@@ -67,6 +67,9 @@ void use(const Server& server, std::string_view path, Options& options) {
 void resolveName(Options& options) {
   const std::size_t slash = options.url.find('/');
   const std::string name = options.url.substr(1, slash - 1);
+  if (name.empty()) {
+    throw BadInput("the name of a server must follow the @ of " + printable(options.url));
+  }
   std::string path;
   if (slash != std::string::npos) {
     path = options.url.substr(slash);
@@ -115,6 +118,7 @@ void resolveTarget(Options& options) {
   if (isRoot && options.url.starts_with('@') && options.url.find('/') == std::string::npos) {
     options.url += '/';
   }
+  if (!isRoot && options.url.empty()) throw BadInput("the URL is empty");
   if (options.url.starts_with('@')) return resolveName(options);
   if (!hasScheme(options.url) && isPath(options.url)) resolvePath(options);
 }

@@ -2,7 +2,11 @@
 
 #include "settings/url.h"
 
+#include <curl/curl.h>
+
 #include <algorithm>
+#include <memory>
+#include <new>
 #include <string>
 
 #include "text/source_text.h"
@@ -16,6 +20,26 @@ bool isSame(char a, char b) {
   return lower(a) == lower(b);
 }
 
+struct UrlDeleter {
+  void operator()(CURLU* url) const noexcept { curl_url_cleanup(url); }
+};
+
+void requireWellFormed(const std::string& url) {
+  const auto isForbidden = [](char c) { return (c >= '\0' && c <= ' ') || c == '\x7f'; };
+  if (std::any_of(url.begin(), url.end(), isForbidden)) {
+    throw BadInput("the URL contains a space or a control character: " + printable(url) +
+                   "; write %20 for a space");
+  }
+  const std::unique_ptr<CURLU, UrlDeleter> parser(curl_url());
+  if (!parser) throw std::bad_alloc();
+  const CURLUcode code = curl_url_set(parser.get(), CURLUPART_URL, url.c_str(), 0);
+  if (code == CURLUE_OUT_OF_MEMORY) throw std::bad_alloc();
+  if (code == CURLUE_BAD_PORT_NUMBER) {
+    throw BadInput("the port in the URL must be a number from 0 to 65535");
+  }
+  if (code != CURLUE_OK) throw BadInput("the URL is malformed; check its host and port");
+}
+
 }  // namespace
 
 // libcurl also supports files and other protocols, and guesses a missing scheme.
@@ -26,7 +50,9 @@ void requireHttp(std::string_view url) {
   }
   const std::string_view scheme = url.substr(0, end);
   for (const std::string_view called : {"http", "https"}) {
-    if (std::equal(scheme.begin(), scheme.end(), called.begin(), called.end(), isSame)) return;
+    if (std::equal(scheme.begin(), scheme.end(), called.begin(), called.end(), isSame)) {
+      return requireWellFormed(std::string(url));
+    }
   }
   throw BadInput("the URL must begin with http:// or https://, not " + printable(scheme) + "://");
 }

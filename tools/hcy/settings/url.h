@@ -6,7 +6,8 @@
 
 namespace hcy::tools {
 
-// Throws BadInput unless the URL begins with http:// or https://, in letters of either case.
+// Throws BadInput unless the URL begins with http:// or https://, in letters of either case, and is
+// well-formed: no spaces, and a port that can exist.
 void requireHttp(std::string_view url);
 
 }  // namespace hcy::tools
