@@ -36,11 +36,12 @@ class ConfigurationFile : public testing::Test {
     // Both secrets must be private.
     EXPECT_EQ(::chmod(directory_.write("me.key", "").c_str(), 0600), 0);
     EXPECT_EQ(::chmod(directory_.write("me.pass", "four words\n").c_str(), 0600), 0);
+    for (const char* const name : {"a.pem", "r.pem", "other.pem"}) directory_.write(name, "");
     settings_ = {{"timeout = 7", {{"timeout", "7"}}},
                  {"max-reply = 8", {{"max-reply", "8"}}},
                  {"ca = 'a.pem'", {{"ca", directory_.file("a.pem")}}},
                  {"crl = 'r.pem'", {{"crl", directory_.file("r.pem")}}},
-                 {"cert = '/etc/c.pem'", {{"cert", "/etc/c.pem"}}},
+                 {"cert = '/dev/null'", {{"cert", "/dev/null"}}},
                  {"key = 'me.key'", {{"key", directory_.file("me.key")}}},
                  {"key-pass-file = 'me.pass'", {{"pass phrase", "four words"}}},
                  {"verify-host = false", {{"verify-host", "false"}}},
@@ -120,6 +121,7 @@ TEST_F(ConfigurationFile, theCommandLineTakesPrecedence) {
   for (const Setting& setting : settings_) lines += setting.line + "\n";
   const Values inTheFile = valuesWith(lines);
 
+  const std::string other = directory_.file("other.pem");
   tools::Settings given;
   given.timeout = 9;
   EXPECT_EQ(valuesWith(lines, given), with(inTheFile, {{"timeout", "9"}}));
@@ -127,17 +129,17 @@ TEST_F(ConfigurationFile, theCommandLineTakesPrecedence) {
   given.largestReply = 10;
   EXPECT_EQ(valuesWith(lines, given), with(inTheFile, {{"max-reply", "10"}}));
   given = {};
-  given.authorityFile = "/a";
-  EXPECT_EQ(valuesWith(lines, given), with(inTheFile, {{"ca", "/a"}}));
+  given.authorityFile = other;
+  EXPECT_EQ(valuesWith(lines, given), with(inTheFile, {{"ca", other}}));
   given = {};
-  given.revocationListFile = "/r";
-  EXPECT_EQ(valuesWith(lines, given), with(inTheFile, {{"crl", "/r"}}));
+  given.revocationListFile = other;
+  EXPECT_EQ(valuesWith(lines, given), with(inTheFile, {{"crl", other}}));
 
   // A certificate is used without the key and the pass phrase of another.
   given = {};
-  given.certificateFile = "/c";
+  given.certificateFile = other;
   EXPECT_EQ(valuesWith(lines, given),
-            with(inTheFile, {{"cert", "/c"}, {"key", ""}, {"pass phrase", ""}}));
+            with(inTheFile, {{"cert", other}, {"key", ""}, {"pass phrase", ""}}));
 
   // The command line can only turn checks off.
   given = {};

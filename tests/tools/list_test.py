@@ -74,10 +74,11 @@ class List(unittest.TestCase):
                 '', 'hcy: the index is larger than --max-reply allows, 100 bytes\n', 3))
             self.assertEqual(listed(server.url, '--max-reply', '100000')[2], 0)
         with IndexServer(delay=0.5) as server:
-            self.assertEqual(listed(server.url, '--timeout', '0.0000001'),
-                             ('', 'hcy: Timeout was reached\n', 3))
+            output, error, status = listed(server.url, '--timeout', '0.0000001')
+            self.assertEqual((output, error.splitlines()[0], status),
+                             ('', 'hcy: Timeout was reached', 3))
         _, error, status = listed('http://127.0.0.2:1')
-        self.assertRegex(error, "^hcy: (Couldn't|Could not) connect to server\n$")
+        self.assertRegex(error, "^hcy: (Couldn't|Could not) connect to server\n")
         self.assertEqual(status, 3)
         self.assertEqual(listed('ftp://127.0.0.1')[2], 64)
         self.assertIn('neither HCY_SERVER nor /dev/null names a server', listed()[1])
@@ -114,12 +115,19 @@ class Suggestion(unittest.TestCase):
 
     def test_of_no_name(self):
         unchanged = ('hcy: HTTP status 404 Not Found\n', 2)
-        for index, name in ((None, 'no/such/function'), (None, 'math/plus'), (None, ''),
+        for index, name in ((None, 'no/such/function'), (None, 'math/plus'),
                             (self.index_of('a/twice', 'b/twice'), 'twice'), ('<html>', 'pluss'),
                             (self.index_of(*['plus'] * 80000), 'pluss'),
                             (self.index_of('long' * 100), 'long' * 99), ('', 'pluss')):
             with IndexServer(index) as server:
                 self.assertEqual(self.called(server, name), unchanged, name)
+
+    def test_of_an_address_without_a_function(self):
+        with IndexServer() as server:
+            error, status = self.called(server, '')
+        self.assertEqual((error, status), (
+            'hcy: HTTP status 404 Not Found; the URL names no function, but only the server: hcy list shows '
+            'its functions\n', 2))
 
     def test_only_a_person_is_asked(self):
         with IndexServer() as server:

@@ -211,7 +211,7 @@ TEST(PassPhrase, isNotAskedForIfPromptsAreForbidden) {
   tools::Settings settings;
   EXPECT_EQ(tools::configFrom(library, settings).privateKeyPassPhrase(), "");
   // With a pass phrase, OpenSSL does not ask for one.
-  settings.certificateFile = "client.pem";
+  settings.certificateFile = "/dev/null";
   EXPECT_NE(tools::configFrom(library, settings).privateKeyPassPhrase(), "");
   settings.asksPassPhrase = true;
   try {
