@@ -124,8 +124,6 @@ std::string listed(const std::vector<std::string_view>& words) {
   return list;
 }
 
-bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
-
 std::string hintForText(std::string_view word) {
   const std::string text =
       word.find_first_of("'\"\\\n") == std::string_view::npos ? printable(word) : "text";

@@ -10,6 +10,7 @@
 #include "notations/json_array.h"
 #include "text/quoted_text.h"
 #include "text/suggestion.h"
+#include "text/text.h"
 
 namespace hcy::tools {
 namespace {
@@ -51,11 +52,26 @@ std::vector<std::string_view> classesNamed(std::string_view word) {
   throw UnknownClass(offset, "there is no class " + std::string(word) + suggestionFor(word, words));
 }
 
+// Double:1 is not JSON: the name of a class is in lower case.
+void requireLowerCase(std::string_view rest, std::size_t offset) {
+  const std::size_t colon = rest.find(':');
+  if (colon == std::string_view::npos || !isLetter(rest[0])) return;
+  std::string lower(rest.substr(0, colon));
+  for (char& c : lower) c = isLetter(c) ? static_cast<char>(c | 0x20) : c;
+  const bool isNotation = std::any_of(kNotations.begin(), kNotations.end(),
+                                      [&](const auto& known) { return known.first == lower; });
+  if (lower == rest.substr(0, colon) || (!isNotation && classesNamed(lower).empty())) return;
+  throw UnknownClass(offset, "there is no class " + std::string(rest.substr(0, colon)) +
+                                 "; did you mean " + lower + "?");
+}
+
 void takePrefix(std::string_view argument, ArgumentWords& words) {
   while (!words.hasNotation) {
     const std::string_view rest = argument.substr(words.length);
     const std::size_t colon = rest.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789");
-    if (colon == 0 || colon == std::string_view::npos || rest[colon] != ':') return;
+    if (colon == 0 || colon == std::string_view::npos || rest[colon] != ':') {
+      return requireLowerCase(rest, words.length);
+    }
     const std::string_view word = rest.substr(0, colon);
     const auto notation = std::find_if(kNotations.begin(), kNotations.end(),
                                        [word](const auto& known) { return known.first == word; });
@@ -75,17 +91,9 @@ void takePrefix(std::string_view argument, ArgumentWords& words) {
   }
 }
 
-bool endsIn(std::string_view file, std::string_view ending) {
-  const auto isSame = [](char a, char b) {
-    return a == b || (b >= 'A' && b <= 'Z' && b - 'A' + 'a' == a);
-  };
-  return file.size() > ending.size() && file[file.size() - ending.size() - 1] == '.' &&
-         std::equal(ending.begin(), ending.end(), file.end() - ending.size(), isSame);
-}
-
 Notation notationOf(std::string_view file) {
   for (const auto& [ending, notation] : kNotations) {
-    if (ending != "text" && endsIn(file, ending)) return notation;
+    if (ending != "text" && hasEnding(file, ending)) return notation;
   }
   return Notation::kJson;
 }

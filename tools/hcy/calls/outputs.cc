@@ -30,15 +30,15 @@ namespace {
 using hcyclient::Array;
 namespace fs = std::filesystem;
 
-constexpr std::array<std::pair<std::string_view, Form>, 5> kEndings = {{{".json", Form::kJson},
-                                                                        {".csv", Form::kCsv},
-                                                                        {".tsv", Form::kTsv},
-                                                                        {".npy", Form::kNpy},
-                                                                        {".txt", Form::kRaw}}};
+constexpr std::array<std::pair<std::string_view, Form>, 5> kEndings = {{{"json", Form::kJson},
+                                                                        {"csv", Form::kCsv},
+                                                                        {"tsv", Form::kTsv},
+                                                                        {"npy", Form::kNpy},
+                                                                        {"txt", Form::kRaw}}};
 
 std::optional<Form> formOf(const std::string& file) {
   for (const auto& [ending, form] : kEndings) {
-    if (file.ends_with(ending)) return form;
+    if (hasEnding(file, ending)) return form;
   }
   return std::nullopt;
 }

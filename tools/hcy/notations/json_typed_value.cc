@@ -72,6 +72,16 @@ Array fullArray(const TypedValue& value, hcyClassID classId) {
   });
 }
 
+// What to write in place of a word that is not a class.
+std::string classesInstead(std::string_view word) {
+  if (word == "float64") return "; inside JSON, write double";
+  if (word == "float32") return "; inside JSON, write single";
+  if (word == "bool") return "; inside JSON, write logical";
+  std::string all = "; the classes are";
+  for (const std::string_view name : typeNames()) all.append(" ").append(name);
+  return all;
+}
+
 const JsonValue* memberOf(const JsonObject& object, std::string_view name) {
   const auto found = std::find_if(object.begin(), object.end(),
                                   [name](const JsonMember& member) { return member.name == name; });
@@ -111,7 +121,8 @@ TypedValue typedValueFrom(const JsonObject& object, std::size_t offset) {
     } else if (name == "$fields") {
       value.fields = &member.value;
     } else if (type == typeNames().end() && name.starts_with('$')) {
-      throw BadText(member.offset, "there is no class " + printable(name.substr(1)));
+      throw BadText(member.offset, "there is no class " + printable(name.substr(1)) +
+                                       classesInstead(name.substr(1)));
     } else if (type == typeNames().end()) {
       throw BadText(member.offset, "an object with a class cannot have other members");
     } else if (value.data != nullptr) {

@@ -76,8 +76,6 @@ std::string problemOf(const std::string& what) {
   return "bad JSON: " + problem;
 }
 
-bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
-
 bool isSameWord(std::string_view word, std::string_view lower) {
   return std::equal(word.begin(), word.end(), lower.begin(), lower.end(),
                     [](char a, char b) { return (a | 0x20) == b; });

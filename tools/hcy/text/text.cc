@@ -175,6 +175,13 @@ std::string printableText(std::string_view text) {
   return out;
 }
 
+bool hasEnding(std::string_view file, std::string_view ending) {
+  const auto isSame = [](char a, char b) { return a == b || (isLetter(b) && (b | 0x20) == a); };
+  return file.size() > ending.size() && file[file.size() - ending.size() - 1] == '.' &&
+         std::equal(ending.begin(), ending.end(),
+                    file.end() - static_cast<std::ptrdiff_t>(ending.size()), isSame);
+}
+
 std::size_t displayWidth(std::string_view text) {
   std::size_t columns = 0;
   while (!text.empty()) columns += columnsOf(takeCodePoint(text).value_or(kReplacement));

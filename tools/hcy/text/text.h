@@ -47,6 +47,13 @@ std::string printableText(std::string_view text);
 // The width of the text in columns of a terminal.
 std::size_t displayWidth(std::string_view text);
 
+// A to Z and a to z.
+constexpr bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
+
+// Whether the name of a file ends in a dot and this ending, in letters of either case. The ending
+// is in lower case.
+bool hasEnding(std::string_view file, std::string_view ending);
+
 // The text cut to a number of columns, with "…" in the last one if something is missing. 0 means no
 // limit.
 std::string cutToWidth(std::string_view text, std::size_t columns);
