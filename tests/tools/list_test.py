@@ -78,7 +78,7 @@ class List(unittest.TestCase):
             self.assertEqual((output, error.splitlines()[0], status),
                              ('', 'hcy: Timeout was reached', 3))
         _, error, status = listed('http://127.0.0.2:1')
-        self.assertRegex(error, "^hcy: (Couldn't|Could not) connect to server\n")
+        self.assertRegex(error, "^hcy: (Couldn't|Could not) connect to server\n     no connection to http")
         self.assertEqual(status, 3)
         self.assertEqual(listed('ftp://127.0.0.1')[2], 64)
         self.assertIn('neither HCY_SERVER nor /dev/null names a server', listed()[1])

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Every item that hcy call -v prints."""
+import http.server
 import os
 import pathlib
 import re
@@ -53,6 +54,34 @@ class SlowServer:
             connection.sendall(b'later')
 
 
+class AnsweringServer(http.server.HTTPServer):
+    """Answers each POST with a status and a body."""
+
+    def __init__(self, status, body):
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_POST(self):
+                self.rfile.read(int(self.headers['Content-Length']))
+                self.send_response(status)
+                self.send_header('Content-Length', str(len(body)))
+                self.end_headers()
+                self.wfile.write(body)
+
+            def log_message(self, *_):
+                pass
+
+        super().__init__(('127.0.0.1', 0), Handler)
+        self.thread = threading.Thread(target=self.serve_forever, args=(0.01,))
+
+    def __enter__(self):
+        self.thread.start()
+        return f'http://127.0.0.1:{self.server_port}/f'
+
+    def __exit__(self, *_):
+        self.shutdown()
+        self.thread.join()
+        self.server_close()
+
+
 # The argument of the call below, which is last in its request.
 BODY_END = b'end'
 
@@ -86,9 +115,10 @@ class Verbose(unittest.TestCase):
             server = SlowServer(directory)
             details = details_of(server.url, 'text:' + BODY_END.decode(), '-k')
             server.thread.join()
-        self.assertEqual(details[-3], '< HTTP 503 Busy now, 5 bytes')
+        self.assertEqual(details[-4], '< HTTP 503 Busy now, 5 bytes')
+        self.assertEqual(details[-2], '<   later')
         times = re.fullmatch(r'< connected after (\d+\.\d) ms, first byte after (\d+\.\d) ms, '
-                             r'all after (\d+\.\d) ms', details[-2])
+                             r'all after (\d+\.\d) ms', details[-3])
         self.assertTrue(times, details)
         connected, first, last = (float(time) / 1000 for time in times.groups())
         self.assertGreaterEqual(connected, 0.99 * SlowServer.PAUSE)
@@ -96,6 +126,29 @@ class Verbose(unittest.TestCase):
         # The client may see the first byte late, but the others not early.
         self.assertGreaterEqual(last - first, 0.3 * SlowServer.PAUSE)
         self.assertGreaterEqual(last, 2.99 * SlowServer.PAUSE)
+
+    def shown_body(self, status, body):
+        """The lines of the body, between the line of the times and the failure."""
+        with AnsweringServer(status, body) as url:
+            details = details_of(url, '1')
+        first = 1 + next(i for i, line in enumerate(details) if line.startswith('< connected'))
+        last = next(i for i, line in enumerate(details) if line.startswith('hcy: '))
+        return details[first:last]
+
+    def test_the_text_of_a_failure(self):
+        self.assertEqual(self.shown_body(500, b'Internal trouble:\r\n\x1b[31mdatabase is down'),
+                         ['<   Internal trouble:', '<   \\u001b[31mdatabase is down'])
+        self.assertEqual(self.shown_body(500, b'line\n' * 12), ['<   line'] * 10 + ['<   …'])
+        long_line = self.shown_body(500, 'é'.encode() * 5000)
+        self.assertEqual(long_line, ['<   ' + 'é' * 71 + '…'])
+        self.assertEqual(self.shown_body(500, b'\0binary'), [])
+        self.assertEqual(self.shown_body(500, b'\xff\xfe\xfd\xfc\xfb'), [])
+        self.assertEqual(self.shown_body(500, b''), [])
+
+    def test_a_reply_that_is_no_result(self):
+        self.assertEqual(self.shown_body(200, b'<html>sign in</html>'),
+                         ['<   <html>sign in</html>'])
+        self.assertEqual(self.shown_body(200, b'please sign in'), ['<   please sign in'])
 
 
 if __name__ == '__main__':

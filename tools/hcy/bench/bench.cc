@@ -23,11 +23,14 @@
 #include "calls/broken_pipe.h"
 #include "calls/failure.h"
 #include "calls/shown_url.h"
+#include "calls/similar_function.h"
 #include "calls/threads.h"
 #include "output/progress_bar.h"
 #include "output/terminal.h"
 #include "settings/settings.h"
 #include "settings/url.h"
+#include "text/source_text.h"
+#include "text/text.h"
 
 namespace hcy::tools {
 namespace {
@@ -145,6 +148,17 @@ int report(const Callers& callers, const Options& options, double seconds,
   }
 }
 
+// Shows which function the user may have meant if the server does not know the URL's.
+void suggestFunction(const Callers& callers, const Options& options, hcyclient::Config& config) {
+  if (options.isJson()) return;
+  for (const auto& [kind, count] : callers.measured(0, 0).failures) {
+    if (!kind.starts_with("HTTP status 404")) continue;
+    const double limit = options.settings.timeout.value_or(0);
+    const std::string suggestion = functionSuggestion(config, options.url, limit);
+    if (!suggestion.empty()) std::cerr << "hcy: " << printable(kind) << suggestion << '\n';
+  }
+}
+
 }  // namespace
 
 int bench(const Options& options) {
@@ -170,6 +184,7 @@ int bench(const Options& options) {
   const double seconds = awaitEnd(callers, interrupt);
   callers.stop();
   const int status = report(callers, options, seconds, pipes);
+  if (callers.areFinished()) suggestFunction(callers, options, configs.front());
   // A call in progress may take long; do not wait for its end.
   if (!callers.areFinished()) ::_exit(status);
   return status;

@@ -3,6 +3,7 @@
 #include "calls/each.h"
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -21,6 +22,7 @@
 #include "calls/incomplete_output.h"
 #include "calls/json_list.h"
 #include "calls/retry.h"
+#include "calls/similar_function.h"
 #include "calls/threads.h"
 #include "notations/array_json.h"
 #include "notations/json_array.h"
@@ -66,6 +68,7 @@ struct Shared {
   const std::vector<Array>& inputs;  // before those of each line
   LineSource& lines;
   AnswerSink& answers;
+  std::atomic<bool>& isUnknown;  // whether the server answered with 404
 };
 
 class Caller {
@@ -101,6 +104,7 @@ class Caller {
     } catch (...) {
       Failure failure = currentFailure();
       failure.line = line.number;
+      if (failure.httpStatus == 404U) shared_.isUnknown = true;
       return {"null\n", failureAs(options.isJson(), failure), failure.exitStatus};
     }
   }
@@ -149,10 +153,11 @@ int callEach(const Options& options) {
   const std::vector<Array> inputs = arraysFrom(options.arguments, options.argumentSettings);
   LineSource lines(*options.each);
   const hcyclient::Library library;
-  const hcyclient::Config config = configFrom(library, options.settings);
+  hcyclient::Config config = configFrom(library, options.settings);
   const IgnoredBrokenPipes pipes;
   AnswerSink answers(lines.count(), {kAheadPerJob * options.jobs, kBytesAhead});
-  const Shared shared{options, inputs, lines, answers};
+  std::atomic<bool> isUnknown = false;
+  const Shared shared{options, inputs, lines, answers, isUnknown};
   std::vector<std::unique_ptr<Caller>> callers;
   for (unsigned i = 0; i < options.jobs; ++i) {
     callers.push_back(std::make_unique<Caller>(shared, config));
@@ -162,8 +167,10 @@ int callEach(const Options& options) {
   }
   const AnswerCounts counts = countsOf(answers, pipes);
   if (counts.failed > 0 && !options.isJson()) {
+    const double limit = options.settings.timeout.value_or(0);
     std::cerr << "hcy: " << counts.failed << " of " << counts.calls
-              << (counts.calls == 1 ? " call" : " calls") << " failed\n";
+              << (counts.calls == 1 ? " call" : " calls") << " failed"
+              << (isUnknown ? functionSuggestion(config, options.url, limit) : "") << '\n';
   }
   return counts.firstFailure;
 }

@@ -59,6 +59,26 @@ void showReply(const Exchange& exchange) {
             << '\n';
 }
 
+constexpr std::size_t kMostLines = 10;
+
+// Shows the beginning of a reply that is no result, if it is text.
+void showText(std::string_view body) {
+  std::string_view rest = body.substr(0, kMostLines * kShownWidth);
+  while (rest.size() > 3) {  // the cut may go through a character
+    const auto codePoint = takeCodePoint(rest);
+    if (!codePoint || *codePoint == U'\0') return;
+  }
+  for (std::size_t lines = 0; lines < kMostLines && !body.empty(); ++lines) {
+    const std::size_t end = std::min(body.find('\n'), body.size());
+    std::string_view line = body.substr(0, end);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    const std::string_view start = line.substr(0, 4 * kShownWidth);
+    std::cerr << "<   " << cutToWidth(printable(start), kShownWidth) << '\n';
+    body.remove_prefix(std::min(end + 1, body.size()));
+  }
+  if (!body.empty()) std::cerr << "<   …\n";
+}
+
 // Saves what came of the reply; throws if it breaks off.
 void saveReply(const Exchange& exchange, const std::string& file) {
   const bool isWhole = exchange.problem.empty();
@@ -106,17 +126,24 @@ std::vector<hcyclient::Array> tracedCall(const hcyclient::Library& library,
       options.settings.timeout.value_or(library.runtime()->getTimeOut(config.get()));
   const Exchange exchange = postShown(config, request, options, seconds);
   if (options.isVerbose) showReply(exchange);
+  const bool isPage = isHtml(exchange.reply);
+  if (options.isVerbose && (exchange.status != 200 || isPage)) showText(exchange.reply);
   saveReply(exchange, options.replyFile);
   if (exchange.status != 200) {
     throw Postponed(exchange.status, exchange.reason, exchange.retryAfter);
   }
-  if (isHtml(exchange.reply)) {
+  if (isPage) {
     throw hcyclient::TransportError(
         "an HTML page came instead of a reply; check the URL, and what is between here and the "
         "server");
   }
-  return outputsOf(library, exchange.reply, options.nargout,
-                   library.runtime()->getResponseSizeLimit(config.get()));
+  try {
+    return outputsOf(library, exchange.reply, options.nargout,
+                     library.runtime()->getResponseSizeLimit(config.get()));
+  } catch (const hcyclient::TransportError&) {
+    if (options.isVerbose) showText(exchange.reply);
+    throw;
+  }
 }
 
 }  // namespace hcy::tools

@@ -204,12 +204,18 @@ void addEach(CLI::App& app, Options& options, const std::vector<CLI::Option*>& d
       app.add_option_function<std::vector<std::string>>(
              "--each",
              [&options](const std::vector<std::string>& file) {
+               if (file.size() > 1) {
+                 throw CLI::ValidationError(
+                     "--each", "takes one file, but has " + file[0] + " and " + file[1] +
+                                   "; put arguments for all calls before --each");
+               }
                const bool isNamed = !file.empty() && !file.front().empty() && file.front() != "{}";
                options.each = isNamed ? file.front() : "-";
              },
              "Make a call for each line of a file or of standard input: a JSON list of arguments")
           ->type_name("[FILE]")
           ->expected(0, 1)
+          ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
           ->group(group);
   for (CLI::Option* const option : diagnostics) option->excludes(each);
   app.add_option("-j,--jobs", options.jobs, "Calls to make at once [1]")

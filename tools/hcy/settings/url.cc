@@ -27,8 +27,7 @@ struct UrlDeleter {
 void requireWellFormed(const std::string& url) {
   const auto isForbidden = [](char c) { return (c >= '\0' && c <= ' ') || c == '\x7f'; };
   if (std::any_of(url.begin(), url.end(), isForbidden)) {
-    throw BadInput("the URL contains a space or a control character: " + printable(url) +
-                   "; write %20 for a space");
+    throw BadInput("the URL contains a space or a control character; write %20 for a space");
   }
   const std::unique_ptr<CURLU, UrlDeleter> parser(curl_url());
   if (!parser) throw std::bad_alloc();
