@@ -20,6 +20,7 @@
 #include "calls/list.h"
 #include "calls/transport_hint.h"
 #include "settings/options.h"
+#include "settings/settings.h"
 #include "settings/target.h"
 #include "text/text.h"
 
@@ -40,7 +41,11 @@ void occupyStandardDescriptors() {
 int run(Options& options) {
   const bool hasUrl = options.command == Command::kCall || options.command == Command::kBench ||
                       options.command == Command::kList;
-  if (hasUrl) resolveTarget(options);
+  if (hasUrl) {
+    resolveTarget(options);
+    requireReadableFiles(options.settings);
+    requireReadableFiles(options.againstSettings);
+  }
   switch (options.command) {
     case Command::kCall:
       return call(options);

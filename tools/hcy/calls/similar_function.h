@@ -11,8 +11,8 @@
 
 namespace hcy::tools {
 
-// The function whose name is most similar to the path of the URL, or the only one whose last part is
-// most similar; capitals make no difference. Empty if there is none.
+// The function whose name is most similar to the path of the URL, or the only one whose last part
+// is most similar; capitals make no difference. Empty if there is none.
 std::string_view similarFunction(std::string_view url, const std::vector<std::string_view>& names);
 
 // "; did you mean 'math/plus'?" after the server answered a call with 404, "; below 'math' is

@@ -5,11 +5,19 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <string>
 
 #include "settings/file_access.h"
 #include "settings/pass_phrase.h"
 
 namespace hcy::tools {
+
+void requireReadableFiles(const Settings& settings) {
+  for (const std::string& file : {settings.certificateFile, settings.keyFile,
+                                  settings.authorityFile, settings.revocationListFile}) {
+    if (!file.empty()) requireReadable(file);
+  }
+}
 
 hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& settings) {
   hcyclient::Config config(library);
@@ -24,14 +32,7 @@ hcyclient::Config configFrom(const hcyclient::Library& library, const Settings& 
       .setRevocationListFile(settings.revocationListFile)
       .setHostnameVerification(settings.verifiesHost)
       .setPeerVerification(settings.verifiesPeer);
-  for (const std::string& file :
-       {settings.certificateFile, settings.authorityFile, settings.revocationListFile}) {
-    if (!file.empty()) requireReadable(file);
-  }
-  if (!settings.keyFile.empty()) {
-    requireReadable(settings.keyFile);
-    requirePrivateFile(settings.keyFile);
-  }
+  if (!settings.keyFile.empty()) requirePrivateFile(settings.keyFile);
   if (!settings.passPhraseFile.empty()) {
     config.setPrivateKeyPassPhrase(
         passPhraseOfFile(settings.passPhraseFile, requirePrivate).text());
