@@ -21,7 +21,7 @@ WORDS = ('double', 'single', 'int8', 'int16', 'int32', 'int64', 'uint8', 'uint16
          'uint64', 'logical', 'char', 'struct', 'cell', 'complex', 'sparse', 'float64', 'float32',
          'bool', 'complex64', 'complex128', 'json', 'text', 'csv', 'tsv', 'npy')
 FUNCTIONS = ('math/plus', 'text/upper', 'echo')
-SERVERS = ('@lab/', '@odd/', '@secret/')
+SERVERS = ('@lab', '@my lab', '@odd', '@secret')
 # What a shell would run if it expanded the word.
 ODD_NAME = '$(touch pwned)`touch pwned`'
 
@@ -36,6 +36,14 @@ SHOWN = {
     'hcy call @lab/te\t': 'hcy call @lab/text/upper ',
     'hcy call @odd/\t': r'hcy call @odd/\$\(touch\ pwned\)\`touch\ pwned\` ',
     'hcy call @secret/ma\t': 'hcy call @secret/ma',
+    'hcy call @my\t': r'hcy call @my\ lab/',
+    r'hcy call @my\ lab/ma' '\t': r'hcy call @my\ lab/math/plus ',
+    'hcy call @lab te\t': 'hcy call @lab text/upper ',
+    'hcy bench -v --calls 5 ma\t': 'hcy bench -v --calls 5 math/plus ',
+    'hcy bench echo --against @lab/te\t': 'hcy bench echo --against @lab/text/upper ',
+    'hcy call URL/te\t': 'hcy call URL/text/upper ',
+    'hcy list @la\t': 'hcy list @lab ',
+    'hcy help se\t': 'hcy help serve ',
     'hcy call u @da\t': 'hcy call u @data.json ',
     'hcy call u int8:@da\t': 'hcy call u int8:@data.json ',
     'hcy call u @tw\t': r'hcy call u @two\ words.json ',
@@ -66,6 +74,7 @@ class Completion(unittest.TestCase):
         (cls.folder / 'config.toml').write_text(
             f'[servers.lab]\nurl = "{cls.server.url}"\n'
             f'[servers.odd]\nurl = "{cls.odd_server.url}"\n'
+            f'[servers."my lab"]\nurl = "{cls.server.url}"\n'
             f'[servers.secret]\nurl = "{cls.server.url}"\nask-key-pass = true\n')
         cls.environment = dict(
             os.environ, PATH=f'{pathlib.Path(HCY).parent}:{os.environ["PATH"]}', TERM='dumb',
@@ -82,16 +91,27 @@ class Completion(unittest.TestCase):
         return subprocess.run(arguments, capture_output=True, text=True, check=True,
                               cwd=self.directory.name, env=self.environment).stdout
 
+    @staticmethod
+    def plain(names):
+        return {name.replace('\\', '') for name in names}
+
     def require_all(self, completed):
         """`completed` tells what is offered for the last word of a line."""
         for command in COMMANDS:
             self.assertEqual(completed('hcy', command, 'x', '--'), options_of(command))
-        self.assertEqual(completed('hcy', 'help', ''), set(COMMANDS))
-        self.assertEqual(completed('hcy', 'call', ''), set(FUNCTIONS))
-        self.assertEqual(completed('hcy', 'call', '@'), set(SERVERS))
-        self.assertEqual(completed('hcy', 'list', '@lab/m'), {'@lab/math/plus'})
-        self.assertEqual({name.replace('\\', '') for name in completed('hcy', 'list', '@odd/')},
-                         {'@odd/' + ODD_NAME})
+        self.assertEqual(completed('hcy', 'help', ''), {*COMMANDS, 'serve'})
+        for words in (['call'], ['call', '-v'], ['call', '-n', '2'], ['call', '@lab'],
+                      ['bench', '@lab', '--calls', '9'], ['bench', 'x', '--against']):
+            self.assertEqual(completed('hcy', *words, ''), set(FUNCTIONS))
+        self.assertEqual(completed('hcy', 'call', 'x', ''), set())
+        self.assertEqual(self.plain(completed('hcy', 'call', '@')),
+                         {name + '/' for name in SERVERS})
+        for words in (['list'], ['list', '--raw']):
+            self.assertEqual(self.plain(completed('hcy', *words, '')), set(SERVERS))
+        self.assertEqual(completed('hcy', 'call', self.server.url + '/te'),
+                         {self.server.url + '/text/upper'})
+        self.assertEqual(completed('hcy', 'call', '@lab/m'), {'@lab/math/plus'})
+        self.assertEqual(self.plain(completed('hcy', 'call', '@odd/')), {'@odd/' + ODD_NAME})
         self.assertFalse((self.folder / 'pwned').exists())
         offered = set().union(*(completed('hcy', 'call', 'x', letter)
                                 for letter in string.ascii_lowercase))
@@ -126,6 +146,7 @@ class Completion(unittest.TestCase):
             terminal.type(f'cd {self.directory.name}; {start}; echo re""ady\n')
             terminal.read_until('ready\r\n[^\n]*> ')
             for typed, shown in SHOWN.items():
+                typed, shown = (text.replace('URL', self.server.url) for text in (typed, shown))
                 terminal.output = ''
                 terminal.type(typed + '#')
                 terminal.read_until('#')

@@ -11,19 +11,62 @@ function __hcy_command
     test (count $words) -ge 2; and echo $words[2]
 end
 
-# Servers of the configuration file, and functions of one, or of HCY_SERVER.
-function __hcy_functions
-    set -l word (commandline -ct)
+# The names of the servers in the configuration file.
+function __hcy_servers
     set -l config ~/.config/hcy/config.toml
     set -q XDG_CONFIG_HOME; and set config $XDG_CONFIG_HOME/hcy/config.toml
     set -q HCY_CONFIG; and set config $HCY_CONFIG
-    if string match -q '@*/*' -- $word
-        set -l server (string split -m 1 / -- $word)[1]
-        env HCY_NO_PROMPT=1 hcy list $server --raw --timeout 1 2>/dev/null | string replace -r '^' $server/
+    sed -n -e 's/^ *\[servers\.\([A-Za-z0-9_-]*\)\].*/\1/p' -e 's/^ *\[servers\."\([^"\\\\]*\)"\].*/\1/p' \
+        -e "s/^ *\[servers\.'\([^']*\)'\].*/\1/p" $config 2>/dev/null
+end
+
+# The arguments before the word, without the command, options and their values.
+function __hcy_given
+    set -l is_value 0
+    for word in (commandline -opc)[3..]
+        if test $is_value -eq 1
+            set is_value 0
+        else if contains -- $word --ca --cacert --crl --crlfile -E --cert --key --key-pass-file \
+                -o --output --each --save-request --save-reply -n --nargout -m --timeout --max-time \
+                --max-reply --width --delimiter --retry -j --jobs --calls --threads --duration \
+                --warmup --rate --against
+            set is_value 1
+        else if not string match -q -- '-?*' $word
+            printf '%s\n' $word
+        end
+    end
+end
+
+# Whether the word is the URL of a function, or its path after a server.
+function __hcy_is_function
+    contains -- (__hcy_command) call bench; or return
+    test (commandline -opc)[-1] = --against; and return
+    set -l given (__hcy_given)
+    test (count $given) -eq 0; or begin
+        test (count $given) -eq 1; and string match -q '@*' -- $given; and not string match -q '*/*' -- $given
+    end
+end
+
+# Functions of a server, or servers of the configuration file.
+function __hcy_functions
+    set -l word (string unescape -- (commandline -ct))
+    set -l given (__hcy_given)
+    set -l server
+    set -l before
+    if test (count $given) -eq 1; and not test (commandline -opc)[-1] = --against
+        set server $given
+    else if string match -q '@*/*' -- $word
+        set server (string split -m 1 / -- $word)[1]
+        set before $server/
+    else if string match -qr '^https?://[^/]*/' -- $word
+        set server (string match -r '^https?://[^/]*' -- $word)
+        set before $server/
     else if string match -q '@*' -- $word
-        sed -n 's/^ *\[servers\.\([A-Za-z0-9_-]*\)\].*/@\1\//p' $config 2>/dev/null
-    else
-        env HCY_NO_PROMPT=1 hcy list --raw --timeout 1 2>/dev/null
+        printf '@%s/\n' (__hcy_servers)
+        return
+    end
+    for name in (env HCY_NO_PROMPT=1 hcy list $server --raw --timeout 1 2>/dev/null)
+        printf '%s\n' "$before$name"
     end
 end
 
@@ -67,8 +110,9 @@ end
 complete -c hcy -f
 complete -c hcy -n 'test (__hcy_count) -eq 1' -a 'call bench list encode show serve help'
 complete -c hcy -n 'test (__hcy_count) -eq 1; and __hcy_is_option' -a '--help --version'
-complete -c hcy -n 'test "$(__hcy_command)" = help' -a 'call bench list encode show'
+complete -c hcy -n 'test "$(__hcy_command)" = help' -a 'call bench list encode show serve'
 complete -c hcy -n 'test (__hcy_count) -ge 2; and __hcy_is_option' -a '(__hcy_options)'
 complete -c hcy -n __hcy_needs_file -F
-complete -c hcy -n 'test (__hcy_count) -eq 2; and contains -- (__hcy_command) call bench list; and not __hcy_is_option' -a '(__hcy_functions)'
-complete -c hcy -n 'contains -- (__hcy_command) call bench encode; and not __hcy_needs_file; and not __hcy_is_option; and test (__hcy_count) -ge 3' -a '(__hcy_arguments)'
+complete -c hcy -n '__hcy_is_function; and not __hcy_needs_file; and not __hcy_is_option' -a '(__hcy_functions)'
+complete -c hcy -n 'test "$(__hcy_command)" = list; and test (count (__hcy_given)) -eq 0; and not __hcy_needs_file; and not __hcy_is_option' -a '@(__hcy_servers)'
+complete -c hcy -n 'contains -- (__hcy_command) call bench encode; and not __hcy_is_function; and not __hcy_needs_file; and not __hcy_is_option' -a '(__hcy_arguments)'

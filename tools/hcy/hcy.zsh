@@ -6,18 +6,31 @@
 # zsh reads unquoted brackets as patterns. To pass them on to hcy, put this in ~/.zshrc:
 #   alias hcy='noglob hcy'
 
-# Servers of the configuration file, and functions of one, or of HCY_SERVER.
+# The names of the servers in the configuration file.
+_hcy_servers() {
+  local config=${HCY_CONFIG:-${XDG_CONFIG_HOME:-$HOME/.config}/hcy/config.toml}
+  sed -n -e 's/^ *\[servers\.\([A-Za-z0-9_-]*\)\].*/\1/p' -e 's/^ *\[servers\."\([^"\\]*\)"\].*/\1/p' \
+    -e "s/^ *\[servers\.'\([^']*\)'\].*/\1/p" $config 2>/dev/null
+}
+
+# Functions of a server, or servers of the configuration file. $1: the server if the word before names
+# one.
 _hcy_functions() {
-  local config=${HCY_CONFIG:-${XDG_CONFIG_HOME:-$HOME/.config}/hcy/config.toml} server
+  local server=$1 word=${(Q)PREFIX} before=
   local -a found
-  if [[ $PREFIX == @* && $PREFIX != */* ]]; then
-    found=(${(f)"$(sed -n 's/^ *\[servers\.\([A-Za-z0-9_-]*\)\].*/@\1\//p' $config 2>/dev/null)"})
-    compadd -S '' -a found
-    return
+  if [[ -z $server ]]; then
+    if [[ $word == @*/* ]]; then
+      server=${word%%/*} before=$server/
+    elif [[ $word == http(s|)://*/* ]]; then
+      server=${word%%://*}://${${word#*://}%%/*} before=$server/
+    elif [[ $word == @* ]]; then
+      found=(@${(f)^"$(_hcy_servers)"}/)
+      compadd -S '' -a found
+      return
+    fi
   fi
-  [[ $PREFIX == @* ]] && server=${PREFIX%%/*}
   found=(${(f)"$(HCY_NO_PROMPT=1 hcy list $server --raw --timeout 1 2>/dev/null)"})
-  [[ -n $server ]] && found=($server/$^found)
+  found=($before$^found)
   compadd -a found
 }
 
@@ -37,8 +50,9 @@ _hcy_options() {
 }
 
 _hcy() {
-  local command=$words[2]
-  local -a commands options classes
+  local command=$words[2] server= i
+  local -i count=0
+  local -a commands options classes servers
   commands=(call bench list encode show)
   classes=(double single int8 int16 int32 int64 uint8 uint16 uint32 uint64 logical char struct cell
     complex sparse float64 float32 bool complex64 complex128 json text csv tsv npy)
@@ -54,19 +68,39 @@ _hcy() {
       return
       ;;
   esac
+  # Arguments before the word.
+  for (( i = 3; i < CURRENT; ++i )); do
+    case $words[i] in
+      --ca|--cacert|--crl|--crlfile|-E|--cert|--key|--key-pass-file|-o|--output|--each|--save-request|--save-reply|\
+      -n|--nargout|-m|--timeout|--max-time|--max-reply|--width|--delimiter|--retry|-j|--jobs|--calls|--threads|\
+      --duration|--warmup|--rate|--against) (( ++i )) ;;
+      -?*) ;;
+      *)
+        (( ++count ))
+        [[ $count == 1 && $words[i] == @* && $words[i] != */* ]] && server=${(Q)words[i]}
+        ;;
+    esac
+  done
   case $command:$PREFIX in
-    help:*) compadd -a commands ;;
+    help:*) compadd serve $commands ;;
     *:-*)
       options=(${(f)"$(_hcy_options $command)"})
       _describe option options
       ;;
     show:*) _files ;;
-    (call|bench|list):*)
-      if (( CURRENT == 3 )) || [[ $words[CURRENT-1] == --against ]]; then
+    (call|bench):*)
+      if [[ $words[CURRENT-1] == --against ]] || (( count == 0 )); then
         _hcy_functions
+        return
+      elif (( count == 1 )) && [[ -n $server ]]; then
+        _hcy_functions $server
         return
       fi
       ;|
+    list:*)
+      servers=(@${(f)^"$(_hcy_servers)"})
+      (( count == 0 )) && compadd -a servers
+      ;;
     *:*@*)
       compset -P '*@'
       _files
