@@ -234,7 +234,12 @@ std::string typeOf(std::size_t count) {
 
 std::string textFile(const Array& array, Shape shape) {
   const auto units = array.span<char16_t>();
-  const bool isRow = shape.size() == 2 && (shape[0] == 1 || array.size() == 0);
+  // A row is a string, and so is 0-by-0. Other shapes are arrays of characters.
+  const bool isRow = shape == Shape{0, 0} || (shape.size() == 2 && shape[0] == 1 && !units.empty());
+  if (isRow && !units.empty() && units[units.size() - 1] == 0) {
+    throw NoNotation(
+        "a string that ends in U+0000 cannot be written as .npy, because NumPy would remove it");
+  }
   std::string characters;
   std::size_t length = 0;
   for (std::size_t i = 0; i < units.size(); ++i, ++length) {
