@@ -152,7 +152,7 @@ int encode(const Options& options) {
   const auto inputs = arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;
   const std::string body = requestOf(library, inputs, options.nargout).body;
-  if (options.output.files.empty()) {
+  if (options.output.files.empty() || isStandardOutput(options.output.files.front())) {
     print(body);
   } else {
     writeFile(options.output.files.front(), body);

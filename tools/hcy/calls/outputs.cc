@@ -37,19 +37,21 @@ constexpr std::array<std::pair<std::string_view, Form>, 5> kEndings = {{{"json",
                                                                         {"txt", Form::kRaw}}};
 
 std::optional<Form> formOf(const std::string& file) {
+  if (isStandardOutput(file)) return Form::kDisplay;
   for (const auto& [ending, form] : kEndings) {
     if (hasEnding(file, ending)) return form;
   }
   return std::nullopt;
 }
 
-// Refuses two names of one file. A pipe or a device can take several outputs.
+// Refuses two names of one file. The standard output, a pipe or a device can take several outputs.
 void requireDifferent(const std::vector<std::string>& files) {
   std::vector<fs::path> seen;
   for (const std::string& file : files) {
     std::error_code unknown;
     const fs::path path = fs::weakly_canonical(fs::absolute(file, unknown), unknown);
-    const bool isOther = fs::exists(file, unknown) && !fs::is_regular_file(file, unknown);
+    const bool isOther = isStandardOutput(file) ||
+                         (fs::exists(file, unknown) && !fs::is_regular_file(file, unknown));
     if (!isOther && std::find(seen.begin(), seen.end(), path) != seen.end()) {
       throw BadInput("--output: " + printable(file) + " is given for two outputs");
     }
@@ -87,9 +89,13 @@ std::string textOf(const Array& output, Form form) {
   throw std::logic_error("outputs are displayed together");
 }
 
-// The same; NoNotation names the output.
-std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form) {
+// One of several outputs; NoNotation names it.
+std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form,
+                   const OutputSettings& settings) {
   const std::string name = outputName(i, outputs.size());
+  if (form == Form::kDisplay) {
+    return display(name, outputs[i], {settings.width.value_or(widthOf(STDOUT_FILENO))});
+  }
   try {
     return textOf(outputs[i], form);
   } catch (const NoNotation& problem) {
@@ -105,7 +111,7 @@ std::string formedAll(const std::vector<Array>& outputs, Form form,
   std::string all;
   for (std::size_t i = 0; i < outputs.size(); ++i) {
     if (isTable && i > 0) all += '\n';
-    all += formed(outputs, i, form);
+    all += formed(outputs, i, form, settings);
   }
   return all;
 }
@@ -141,14 +147,20 @@ void showOutputs(const std::vector<hcyclient::Array>& outputs, const OutputSetti
   for (std::size_t i = 0; i < settings.files.size(); ++i) {
     const Form form = settings.form ? *settings.form : *formOf(settings.files[i]);
     contents.push_back(settings.files.size() == 1 ? formedAll(outputs, form, settings)
-                                                  : formed(outputs, i, form));
+                                                  : formed(outputs, i, form, settings));
   }
   // All are written before the first one is replaced.
   std::vector<FileReplacement> written;
+  std::string printed;
   for (std::size_t i = 0; i < contents.size(); ++i) {
-    written.emplace_back(settings.files[i], contents[i]);
+    if (isStandardOutput(settings.files[i])) {
+      printed += contents[i];
+    } else {
+      written.emplace_back(settings.files[i], contents[i]);
+    }
   }
   for (FileReplacement& file : written) file.commit();
+  if (!printed.empty()) printText(printed);
 }
 
 }  // namespace hcy::tools

@@ -30,6 +30,8 @@ std::size_t heightOf(int descriptor) {
   return size.ws_row;
 }
 
+bool isStandardOutput(std::string_view file) { return file == "-" || file == "/dev/stdout"; }
+
 void print(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
     throw std::system_error(errno, std::generic_category(), "standard output");

@@ -17,6 +17,9 @@ std::size_t widthOf(int descriptor);
 // The lines of a terminal, 24 if they are not known; 0 if the descriptor is not a terminal.
 std::size_t heightOf(int descriptor);
 
+// Whether a name after --output means the standard output.
+bool isStandardOutput(std::string_view file);
+
 // Writes to the standard output; throws std::system_error if that fails.
 void print(std::string_view text);
 

@@ -163,8 +163,8 @@ void addOutput(CLI::App& app, OutputSettings& output) {
   }
   app.add_option(
          "-o,--output", output.files,
-         "Write to a file, in the format of its extension (.json .csv .tsv .npy .txt); repeat the "
-         "option to write each output to its own file")
+         "Write to a file, in the format of its extension (.json .csv .tsv .npy .txt), or to the "
+         "standard output (-); repeat the option to write each output to its own file")
       ->type_name("FILE")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
@@ -289,7 +289,7 @@ void addList(CLI::App& app, Options& options) {
 void addEncode(CLI::App& app, Options& options) {
   CLI::App* const encode = app.add_subcommand("encode", "Write the body of a request");
   addInputs(*encode, options);
-  encode->add_option("-o,--output", options.output.files, "Write to a file")
+  encode->add_option("-o,--output", options.output.files, "Write to a file; - for standard output")
       ->type_name("FILE")
       ->expected(1);
   encode->footer(std::string(kArgumentHelp) + kEncodeExamples);
