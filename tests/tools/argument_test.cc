@@ -227,6 +227,33 @@ TEST(Argument, integersThatNoDoubleIsEqualToAreRefusedWithWhatToWrite) {
               HasSubstr("line 2, column 3: " + refused));
 }
 
+TEST(Argument, aTableOfLargeIntegersNeedsAClassBeforeTheFile) {
+  const TestDirectory directory;
+  EXPECT_THAT(refusalOf("@" + directory.write("a.csv", "1,9007199254740993\n")),
+              HasSubstr("write int64:@FILE, or double:@FILE for the nearest double\n"));
+  EXPECT_THAT(refusalOf("@" + directory.write("b.csv", "18446744073709551615\n")),
+              HasSubstr("write uint64:@FILE, or "));
+  EXPECT_THAT(refusalOf("@" + directory.write("c.csv", "18446744073709551617\n")),
+              HasSubstr("write double:@FILE for the nearest double\n"));
+  EXPECT_THAT(refusalOf("@" + directory.write("d.csv", "x\n9007199254740993\ny\n")),
+              HasSubstr("put it in double quotes to read it as text\n"));
+}
+
+TEST(Argument, numbersThatJsonWritesInAnotherWayAreAnsweredByTheirJson) {
+  const std::string point = "in JSON, a number cannot begin with a decimal point; write ";
+  const std::string plus = "in JSON, a number cannot begin with a plus sign; write ";
+  EXPECT_THAT(refusalOf(".5"), HasSubstr("column 1: " + point + "0.5\n"));
+  EXPECT_THAT(refusalOf("-.5"), HasSubstr("column 1: " + point + "-0.5\n"));
+  EXPECT_THAT(refusalOf("+.5e3"), HasSubstr("column 1: " + point + "0.5e3\n"));
+  EXPECT_THAT(refusalOf("+5"), HasSubstr("column 1: " + plus + "5\n"));
+  EXPECT_THAT(refusalOf("[1,-.25]"), HasSubstr("column 4: " + point + "-0.25\n"));
+  EXPECT_THAT(refusalOf(R"({"a":+1.5})"), HasSubstr("column 6: " + plus + "1.5\n"));
+  EXPECT_THAT(refusalOf("."), HasSubstr("bad JSON"));
+  EXPECT_THAT(refusalOf("-"), HasSubstr("bad JSON"));
+  EXPECT_THAT(refusalOf("+-5"), HasSubstr("column 1: " + plus + "-5\n"));
+  EXPECT_THAT(refusalOf("+NaN"), HasSubstr("JSON"));
+}
+
 TEST(Argument, integersThatADoubleIsEqualToAreTaken) {
   EXPECT_EQ(meaningOf("9007199254740992"), "double 9007199254740992");
   EXPECT_EQ(meaningOf("-9007199254740994"), "double -9007199254740994");

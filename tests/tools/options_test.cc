@@ -29,11 +29,12 @@ tools::CommandLine parse(std::vector<std::string> words) {
 }
 
 TEST(Options, argumentsMayLookLikeListsAndNegativeNumbersAndStandAnywhere) {
-  const auto parsed =
-      parse({"call", "--json", "url", "[1,2]", "-5", "-n", "2", "-", "--", "-1e3", "--width=9"});
+  const auto parsed = parse(
+      {"call", "--json", "url", "[1,2]", "-5", "-n", "2", "-", "--", "-1e3", "-.5", "--width=9"});
   ASSERT_TRUE(parsed.options);
   EXPECT_EQ(parsed.options->url, "url");
-  EXPECT_EQ(parsed.options->arguments, (std::vector<std::string>{"[1,2]", "-5", "-", "-1e3"}));
+  EXPECT_EQ(parsed.options->arguments,
+            (std::vector<std::string>{"[1,2]", "-5", "-", "-1e3", "-.5"}));
   EXPECT_EQ(parsed.options->nargout, 2);
   EXPECT_EQ(parsed.options->output.width, 9U);
   EXPECT_EQ(parsed.options->output.form, tools::Form::kJson);

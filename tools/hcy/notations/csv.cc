@@ -279,7 +279,8 @@ Array matrixOf(const CsvTable& table, std::optional<hcyClassID> classId) {
     for (std::size_t i = 0; i < rows; ++i) {
       for (std::size_t j = 0; j < table.columns; ++j) {
         const JsonValue value = valueAt(table, i, j);
-        if (!classId) requireExactIntegers(value);
+        const auto* const number = value.as<JsonNumber>();
+        if (!classId && number != nullptr) requireExactField(number->token, value.offset, true);
         elements[i + j * rows] = elementFrom<T>(value);
       }
     }
@@ -308,7 +309,7 @@ Array cellOf(const CsvTable& table) {
           !digits || digits->empty() ||
           std::from_chars(digits->data(), digits->data() + digits->size(), number).ec !=
               std::errc();
-      if (!isText) requireExactInteger(*digits, table.offset(i, j));
+      if (!isText) requireExactField(*digits, table.offset(i, j), false);
       cell[i + j * rows] = isText ? Array(table.text(i, j)) : Array(number);
     }
   }

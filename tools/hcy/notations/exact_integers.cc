@@ -39,19 +39,41 @@ bool isExact(std::string_view number) {
   return number == std::string_view(digits.data(), end.ptr);
 }
 
+bool isInexact(std::string_view number) {
+  return number.find_first_not_of("-0123456789") == std::string_view::npos && !isExact(number);
+}
+
+std::string typeFor(std::string_view number) {
+  return isOf<std::int64_t>(number) ? "int64" : isOf<std::uint64_t>(number) ? "uint64" : "double";
+}
+
+constexpr std::string_view kProblem = "this integer cannot be stored exactly as a double; ";
+
 }  // namespace
 
 void requireExactInteger(std::string_view number, std::size_t offset) {
-  if (number.find_first_not_of("-0123456789") != std::string_view::npos || isExact(number)) return;
-  const char* const type = isOf<std::int64_t>(number)    ? "int64"
-                           : isOf<std::uint64_t>(number) ? "uint64"
-                                                         : "double";
+  if (!isInexact(number)) return;
+  const std::string type = typeFor(number);
   const std::string digits = number.size() <= 20 ? std::string(number) : "…";
-  std::string problem = "this integer cannot be stored exactly as a double; write ";
-  problem.append(type).append(":").append(digits);
+  std::string problem(kProblem);
+  problem.append("write ").append(type).append(":").append(digits);
   problem.append(" (inside JSON {\"$").append(type).append("\":").append(digits).append("})");
-  problem += type == std::string_view("double") ? "" : ", or double:" + digits;
+  problem += type == "double" ? "" : ", or double:" + digits;
   problem += " for the nearest double";
+  throw BadText(offset, problem);
+}
+
+void requireExactField(std::string_view number, std::size_t offset, bool isOfNumbers) {
+  if (!isInexact(number)) return;
+  std::string problem(kProblem);
+  if (isOfNumbers) {
+    const std::string type = typeFor(number);
+    problem += "write " + type + ":@FILE";
+    problem += type == "double" ? "" : ", or double:@FILE";
+    problem += " for the nearest double";
+  } else {
+    problem += "put it in double quotes to read it as text";
+  }
   throw BadText(offset, problem);
 }
 

@@ -15,7 +15,10 @@ namespace hcy::tools {
 // cannot hold exactly.
 void requireExactInteger(std::string_view number, std::size_t offset);
 
-// The same for all numbers in the value.
+// The same for a field of a table. Only a table of numbers can have a class before it.
+void requireExactField(std::string_view number, std::size_t offset, bool isOfNumbers);
+
+// requireExactInteger for all numbers in the value.
 void requireExactIntegers(const JsonValue& value);
 
 }  // namespace hcy::tools

@@ -98,6 +98,24 @@ void requireNoMissingNumber(std::string_view text, std::size_t offset) {
                     name + R"("], or inside JSON {"$double":[1,")" + name + R"("]})");
 }
 
+// Refuses a number such as .5 or +5, and says what to write instead. `offset` is in it.
+void requireDigitFirst(std::string_view text, std::size_t offset) {
+  const std::size_t start = startOfNumber(text, offset);
+  std::size_t end = start;
+  while (end < text.size() && belongsToNumber(text[end])) ++end;
+  std::string_view number = text.substr(start, end - start);
+  const bool isNegative = number.starts_with('-');
+  const bool isSigned = isNegative || number.starts_with('+');
+  if (isSigned) number.remove_prefix(1);
+  const bool isFraction = number.starts_with('.');
+  if (!isFraction && (!isSigned || isNegative)) return;
+  const std::string instead =
+      (isNegative ? "-" : "") + std::string(isFraction ? "0" : "") + std::string(number);
+  if (!nlohmann::json::accept(instead)) return;
+  throw BadText(start, std::string("in JSON, a number cannot begin with ") +
+                           (isFraction ? "a decimal point" : "a plus sign") + "; write " + instead);
+}
+
 // Builds the tree from what the parser meets.
 class Builder : public nlohmann::json_sax<nlohmann::json> {
  public:
@@ -147,6 +165,7 @@ class Builder : public nlohmann::json_sax<nlohmann::json> {
                    const nlohmann::json::exception& problem) override {
     const std::string what = problemOf(problem.what());
     requireNoStrayComma(end);
+    requireDigitFirst(text_, std::min(end, text_.size()));
     if (end > text_.size()) throw BadText(text_.size(), what);  // it looked for more
     if (belongsToNumber(text_[end - 1])) throw BadText(startOfNumber(text_, end), what);
     if (what.find("unexpected string literal") != std::string::npos) {

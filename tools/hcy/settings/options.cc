@@ -45,7 +45,7 @@ CommandLine refused(const std::string& problem, bool isJson, const std::string& 
 
 // An argument begins with a dash only as a negative number or as the standard input.
 bool isOption(std::string_view word) {
-  return word.size() > 1 && word[0] == '-' && (word[1] < '0' || word[1] > '9');
+  return word.size() > 1 && word[0] == '-' && (word[1] < '0' || word[1] > '9') && word[1] != '.';
 }
 
 void requireNoOptions(const std::vector<std::string>& arguments) {
