@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "arguments/argument.h"
-#include "calls/exit_status.h"
+#include "results/exit_status.h"
 #include "support/local_server.h"
 
 namespace hcy::test {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "calls/exit_status.h"
 #include "replies.h"
+#include "results/exit_status.h"
 #include "support/call_test.h"
 #include "text/text.h"
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "calls/evaluation.h"
 #include "examples/outcome.h"
+#include "results/evaluation.h"
 #include "support/loopback.h"
 #include "support/wire_bytes.h"
 

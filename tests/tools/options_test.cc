@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "calls/exit_status.h"
+#include "results/exit_status.h"
 #include "settings/pass_phrase.h"
 #include "settings/settings.h"
 #include "support/pki.h"

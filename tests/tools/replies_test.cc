@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "calls/exit_status.h"
+#include "results/exit_status.h"
 #include "support/libcurl_text.h"
 #include "support/pki.h"
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <utility>
 
-#include "calls/exit_status.h"
 #include "replies.h"
+#include "results/exit_status.h"
 
 namespace hcy::test {
 namespace {

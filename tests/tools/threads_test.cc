@@ -7,8 +7,8 @@
 #include <atomic>
 #include <string>
 
-#include "calls/exit_status.h"
 #include "replies.h"
+#include "results/exit_status.h"
 
 namespace hcy::test {
 namespace {

@@ -10,9 +10,9 @@
 #include <utility>
 
 #include "bench/element_bytes.h"
-#include "calls/evaluation.h"
-#include "calls/exit_status.h"
-#include "calls/incomplete_output.h"
+#include "results/evaluation.h"
+#include "results/exit_status.h"
+#include "results/incomplete_output.h"
 
 namespace hcy::tools {
 

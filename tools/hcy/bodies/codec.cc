@@ -5,7 +5,7 @@
 #include <chrono>
 
 #include "bodies/loopback.h"
-#include "calls/evaluation.h"
+#include "results/evaluation.h"
 
 namespace hcy::tools {
 

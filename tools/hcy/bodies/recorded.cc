@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "bodies/show.h"
-#include "calls/failure.h"
+#include "results/failure.h"
 #include "server/recorded_header.h"
 #include "text/source_text.h"
 #include "text/text.h"

@@ -7,9 +7,9 @@
 #include <algorithm>
 
 #include "bodies/exchange.h"
-#include "calls/exit_status.h"
 #include "notations/json_value.h"
 #include "output/terminal.h"
+#include "results/exit_status.h"
 #include "settings/settings.h"
 #include "settings/url.h"
 #include "text/source_text.h"

@@ -6,20 +6,11 @@
 
 #include <cstddef>
 #include <hcy/hcyclient.hpp>
-#include <optional>
-#include <string>
 #include <vector>
 
+#include "settings/output_settings.h"
+
 namespace hcy::tools {
-
-enum class Form { kDisplay, kJson, kRaw, kCsv, kTsv, kNpy };
-
-struct OutputSettings {
-  std::optional<Form> form;          // by default that of the file's ending
-  std::optional<std::size_t> width;  // by default that of the terminal
-  bool isFolded = true;              // on a terminal
-  std::vector<std::string> files;    // one for all outputs, or one for each
-};
 
 // Throws BadInput if the settings do not work for this number of outputs.
 void requireOutputs(const OutputSettings& settings, std::size_t count);

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <thread>
 
-#include "calls/evaluation.h"
+#include "results/evaluation.h"
 
 namespace hcy::tools {
 namespace {

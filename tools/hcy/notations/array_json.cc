@@ -12,8 +12,8 @@
 
 #include "notations/element_json.h"
 #include "notations/element_types.h"
+#include "notations/places.h"
 #include "notations/sparse_entries.h"
-#include "output/places.h"
 #include "text/text.h"
 
 namespace hcy::tools {

@@ -14,7 +14,7 @@
 #include "notations/element_json.h"
 #include "notations/element_types.h"
 #include "notations/no_notation.h"
-#include "output/places.h"
+#include "notations/places.h"
 #include "text/text.h"
 
 namespace hcy::tools {

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "notations/element_types.h"
+#include "notations/places.h"
 #include "notations/sparse_entries.h"
 #include "output/number_text.h"
-#include "output/places.h"
 #include "output/table.h"
 #include "text/text.h"
 

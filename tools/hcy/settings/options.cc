@@ -8,8 +8,8 @@
 #include <memory>
 #include <string_view>
 
-#include "calls/exit_status.h"
-#include "calls/failure.h"
+#include "results/exit_status.h"
+#include "results/failure.h"
 #include "settings/command_options.h"
 #include "settings/help_formatter.h"
 #include "settings/help_texts.h"

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "arguments/argument.h"
-#include "calls/outputs.h"
+#include "settings/output_settings.h"
 #include "settings/tls_settings.h"
 
 namespace hcy::tools {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "calls/incomplete_output.h"
+#include "results/incomplete_output.h"
 
 #include <cstddef>
 #include <string>
 
-#include "output/places.h"
+#include "notations/places.h"
 #include "text/text.h"
 
 namespace hcy::tools {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "output/places.h"
+#include "notations/places.h"
 
 #include <algorithm>
 

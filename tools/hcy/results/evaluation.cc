@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "calls/evaluation.h"
+#include "results/evaluation.h"
 
 #include <curl/curl.h>
 

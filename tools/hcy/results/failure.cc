@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "calls/failure.h"
+#include "results/failure.h"
 
 #include <exception>
 #include <new>
 #include <system_error>
 
-#include "calls/exit_status.h"
-#include "calls/incomplete_output.h"
 #include "notations/no_notation.h"
+#include "results/exit_status.h"
+#include "results/incomplete_output.h"
 #include "text/source_text.h"
 #include "text/text.h"
 
