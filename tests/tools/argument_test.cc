@@ -239,6 +239,18 @@ TEST(Argument, aTableOfLargeIntegersNeedsAClassBeforeTheFile) {
               HasSubstr("put it in double quotes to read it as text\n"));
 }
 
+TEST(Argument, aFileNameWithoutAnAtSignIsNoTable) {
+  const TestDirectory directory;
+  const std::string file = directory.write("tt.dat", "1,2\n");
+  EXPECT_THAT(refusalOf("csv:" + file), HasSubstr("there is a file of this name; to read it, "
+                                                  "write csv:@" +
+                                                  file + "\n"));
+  EXPECT_THAT(refusalOf("int8:tsv:" + file), HasSubstr("write tsv:@" + file + "\n"));
+  EXPECT_EQ(meaningOf("csv:1,2"), "double [1,2]");
+  EXPECT_EQ(meaningOf("csv:\"" + file + "\""), "cell [\"" + file + "\"]");
+  EXPECT_EQ(meaningOf("text:" + file), "char \"" + file + "\"");
+}
+
 TEST(Argument, numbersThatJsonWritesInAnotherWayAreAnsweredByTheirJson) {
   const std::string point = "in JSON, a number cannot begin with a decimal point; write ";
   const std::string plus = "in JSON, a number cannot begin with a plus sign; write ";

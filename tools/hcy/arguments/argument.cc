@@ -3,10 +3,12 @@
 #include "arguments/argument.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <iterator>
 #include <new>
 #include <optional>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "arguments/argument_words.h"
@@ -143,6 +145,17 @@ std::string hintFor(std::string_view argument) {
              : "";
 }
 
+// Refuses the name of a file as a table of one field: the @ was forgotten.
+void requireNoFileName(const ArgumentWords& words) {
+  if (words.notation != Notation::kCsv && words.notation != Notation::kTsv) return;
+  std::error_code unknown;
+  const std::string file(words.literal);
+  if (!std::filesystem::is_regular_file(file, unknown)) return;
+  const std::string notation = words.notation == Notation::kCsv ? "csv" : "tsv";
+  throw BadText(
+      0, "there is a file of this name; to read it, write " + notation + ":@" + printable(file));
+}
+
 std::vector<Array> arraysFromArgument(const std::string& argument, const std::string& name,
                                       const ArgumentSettings& settings, bool& isInputRead) {
   ArgumentWords words;
@@ -153,6 +166,7 @@ std::vector<Array> arraysFromArgument(const std::string& argument, const std::st
     }
     if (words.file) return arraysOfFile(words, settings);
     if (words.notation == Notation::kNpy) throw BadText(0, "npy: must be followed by @FILE or -");
+    requireNoFileName(words);
     return arraysOf(words, words.literal, settings);
   } catch (const UnknownClass& problem) {
     throw BadInput(located(name, argument, problem) + hintForText(argument) + "\n  classes:" +
