@@ -71,14 +71,14 @@ std::string displayed(const std::vector<Array>& outputs, const OutputSettings& s
   return displayAll(outputs, settings.width.value_or(widthOf(STDOUT_FILENO)), lines);
 }
 
-std::string textOf(const Array& output, Form form) {
+std::string textOf(const Array& output, Form form, char delimiter) {
   switch (form) {
     case Form::kJson:
       return toJson(output) + "\n";
     case Form::kRaw:
       return rawText(output);
     case Form::kCsv:
-      return csvOf(output, ',');
+      return csvOf(output, delimiter);
     case Form::kTsv:
       return csvOf(output, '\t');
     case Form::kNpy:
@@ -97,7 +97,7 @@ std::string formed(const std::vector<Array>& outputs, std::size_t i, Form form,
     return display(name, outputs[i], {settings.width.value_or(widthOf(STDOUT_FILENO))});
   }
   try {
-    return textOf(outputs[i], form);
+    return textOf(outputs[i], form, settings.delimiter);
   } catch (const NoNotation& problem) {
     throw NoNotation(name + ": " + problem.what() + "; use --json instead");
   }

@@ -129,8 +129,10 @@ void addInputs(CLI::App& command, Options& options) {
   command
       .add_option_function<std::string>(
           "--delimiter",
-          [&options](const std::string& text) { options.argumentSettings.delimiter = text[0]; },
-          "Character between the fields of CSV [,]")
+          [&options](const std::string& text) {
+            options.argumentSettings.delimiter = options.output.delimiter = text[0];
+          },
+          "Character between the fields of CSV, in and out [,]")
       ->type_name("C")
       ->transform(unnamed(CLI::Validator(delimiterProblem, "", "")));
 }

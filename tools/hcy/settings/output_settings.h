@@ -17,6 +17,7 @@ struct OutputSettings {
   std::optional<Form> form;          // by default that of the file's ending
   std::optional<std::size_t> width;  // by default that of the terminal
   bool isFolded = true;              // on a terminal
+  char delimiter = ',';              // of csv
   std::vector<std::string> files;    // one for all outputs, or one for each
 };
 
