@@ -17,6 +17,7 @@
 #include "results/exit_status.h"
 #include "results/failure.h"
 #include "results/incomplete_output.h"
+#include "settings/file_access.h"
 #include "settings/settings.h"
 #include "settings/url.h"
 #include "text/text.h"
@@ -84,6 +85,9 @@ int call(const Options& options) {
   if (options.each) return callEach(options);
   requireHttp(options.url);
   requireOutputs(options.output, static_cast<std::size_t>(options.nargout));
+  for (const std::string& file : {options.requestFile, options.replyFile}) {
+    if (!file.empty()) requireWritable(file);
+  }
   const std::vector<hcyclient::Array> inputs =
       arraysFrom(options.arguments, options.argumentSettings);
   const hcyclient::Library library;

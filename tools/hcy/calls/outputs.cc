@@ -20,6 +20,7 @@
 #include "notations/raw_text.h"
 #include "output/display.h"
 #include "output/terminal.h"
+#include "settings/file_access.h"
 #include "text/file_replacement.h"
 #include "text/source_text.h"
 #include "text/text.h"
@@ -135,6 +136,7 @@ void requireOutputs(const OutputSettings& settings, std::size_t count) {
     if (form == Form::kNpy && count != files) {
       throw BadInput("--output: a .npy file can hold only one output; give a file for each");
     }
+    if (!isStandardOutput(file)) requireWritable(file);
   }
 }
 

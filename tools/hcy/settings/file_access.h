@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Who else can read or change the files that hcy relies on. The files of root are as good as those
-// of the user; devices, such as a terminal, are not checked.
+// Whether the files that hcy relies on can be used, and who else can read or change them. The files
+// of root are as good as those of the user; devices, such as a terminal, are not checked.
 
 #pragma once
 
@@ -19,6 +19,10 @@ void requirePrivateFile(const std::string& name);
 // Throws BadInput with the name if there is no such file, if it is a directory, or if the user
 // cannot read it. libcurl would not say which file it is.
 void requireReadable(const std::string& name);
+
+// Throws BadInput with the name if the file cannot be written, or created in its directory: results
+// of a call must not be lost because of a wrong name.
+void requireWritable(const std::string& name);
 
 // Throws BadInput if the opened file belongs to another user, or if others can change it.
 void requireUnalterable(int descriptor, const std::string& name);
