@@ -11,7 +11,7 @@
 namespace hcy {
 namespace {
 
-bool stayLoaded() {
+bool stayLoaded() noexcept {
 #ifdef _WIN32
   constexpr DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN;
   HMODULE library = nullptr;
