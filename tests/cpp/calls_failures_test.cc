@@ -60,8 +60,8 @@ TEST(CppFailures, haveAReasonByTheTextsOfTheLibcurlInUse) {
       {CURLE_PARTIAL_FILE, Reason::incompleteReply},
       {CURLE_GOT_NOTHING, Reason::incompleteReply},
       {CURLE_RECV_ERROR, Reason::incompleteReply},
+      {CURLE_SEND_ERROR, Reason::incompleteReply},
       {CURLE_OUT_OF_MEMORY, Reason::memory},
-      {CURLE_SEND_ERROR, Reason::other},
       {CURLE_WEIRD_SERVER_REPLY, Reason::other},
       {CURLE_UNSUPPORTED_PROTOCOL, Reason::other}};
   for (const auto& [code, reason] : codes) {

@@ -78,6 +78,7 @@ inline constexpr ReasonText reasonTexts[] = {
     {"Transferred a partial file", Reason::incompleteReply},
     {"Server returned nothing", Reason::incompleteReply},
     {"Failure when receiving data from the peer", Reason::incompleteReply},
+    {"Failed sending data to the peer", Reason::incompleteReply},
     {"Number of outputs received from VORTEN", Reason::wrongOutputCount},
     {"dispatch_on_QXType", Reason::classNotServed},
     {"std::bad_alloc", Reason::memory},

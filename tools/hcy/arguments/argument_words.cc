@@ -56,8 +56,7 @@ std::vector<std::string_view> classesNamed(std::string_view word) {
 void requireLowerCase(std::string_view rest, std::size_t offset) {
   const std::size_t colon = rest.find(':');
   if (colon == std::string_view::npos || !isLetter(rest[0])) return;
-  std::string lower(rest.substr(0, colon));
-  for (char& c : lower) c = isLetter(c) ? static_cast<char>(c | 0x20) : c;
+  const std::string lower = lowered(rest.substr(0, colon));
   const bool isNotation = std::any_of(kNotations.begin(), kNotations.end(),
                                       [&](const auto& known) { return known.first == lower; });
   if (lower == rest.substr(0, colon) || (!isNotation && classesNamed(lower).empty())) return;

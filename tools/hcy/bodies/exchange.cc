@@ -87,12 +87,6 @@ Headers linesOf(const std::vector<std::string>& headers) {
   return lines;
 }
 
-bool isOfTls(CURLcode code) {
-  return code == CURLE_PEER_FAILED_VERIFICATION || code == CURLE_SSL_CERTPROBLEM ||
-         code == CURLE_SSL_CONNECT_ERROR || code == CURLE_SSL_CACERT_BADFILE ||
-         code == CURLE_SSL_CRL_BADFILE;
-}
-
 // A GET if there is no body.
 Exchange exchange(const hcyclient::Config& config, const std::string& url,
                   const std::vector<std::string>& headers, const std::string_view* body,
@@ -115,8 +109,8 @@ Exchange exchange(const hcyclient::Config& config, const std::string& url,
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, &reception);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBody);
   curl_easy_setopt(handle, CURLOPT_WRITEDATA, &reception);
-  std::array<char, CURL_ERROR_SIZE> reason{};
-  curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, reason.data());
+  std::array<char, CURL_ERROR_SIZE> details{};
+  curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, details.data());
   const CURLcode code = curl_easy_perform(handle);
   exchange.isTooLong = exchange.reply.size() == reception.limit;
   long status = 0;
@@ -124,7 +118,7 @@ Exchange exchange(const hcyclient::Config& config, const std::string& url,
   exchange.status = static_cast<std::uint32_t>(status);
   if (code != CURLE_OK && !(code == CURLE_WRITE_ERROR && exchange.isTooLong)) {
     exchange.problem = curl_easy_strerror(code);
-    if (exchange.status == 0) throw NoReply(exchange.problem, isOfTls(code) ? reason.data() : "");
+    if (exchange.status == 0) throw NoReply(exchange.problem, details.data());
   }
   curl_off_t retryAfter = 0;
   curl_easy_getinfo(handle, CURLINFO_RETRY_AFTER, &retryAfter);

@@ -25,15 +25,15 @@ struct Exchange {
   std::string problem;     // why the reply breaks off, in the words of libcurl, or empty
 };
 
-// No reply begins. The reason is what libcurl knows of a failure of TLS, or empty.
+// No reply begins. `details` is what libcurl says about this failure.
 class NoReply : public hcyclient::TransportError {
  public:
-  NoReply(const std::string& problem, std::string reason)
-      : TransportError(problem), reason_(std::move(reason)) {}
-  const std::string& reason() const { return reason_; }
+  NoReply(const std::string& problem, std::string details)
+      : TransportError(problem), details_(std::move(details)) {}
+  const std::string& details() const { return details_; }
 
  private:
-  std::string reason_;
+  std::string details_;
 };
 
 // Posts the body with these header lines as the library does, with all settings of the

@@ -20,6 +20,8 @@
 #include <utility>
 #include <vector>
 
+#include "text/descriptor.h"
+
 namespace hcy::tools {
 namespace {
 
@@ -85,27 +87,10 @@ std::vector<std::string> headersIn(std::string_view head) {
   return headers;
 }
 
-class Connection {
- public:
-  explicit Connection(int descriptor) : descriptor_(descriptor) {}
-  Connection(Connection&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-  Connection& operator=(Connection&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
-    return *this;
-  }
-  ~Connection() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  int get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
-
 }  // namespace
 
 struct Loopback::Client {
-  Connection connection;
+  Descriptor connection;
   std::string bytes;  // what has come
 };
 
@@ -175,8 +160,8 @@ void Loopback::run() {
       clients.erase(clients.begin() + static_cast<std::ptrdiff_t>(i));
     }
     if (watched[0].revents == 0) continue;
-    clients.push_back({Connection(::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)), {}});
-    if (clients.back().connection.get() < 0) {
+    clients.push_back({Descriptor(::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)), {}});
+    if (!clients.back().connection.isOpen()) {
       if (errno != EINTR && errno != ECONNABORTED) return;
       clients.pop_back();
     }

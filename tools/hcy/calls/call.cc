@@ -17,9 +17,9 @@
 #include "results/exit_status.h"
 #include "results/failure.h"
 #include "results/incomplete_output.h"
-#include "settings/file_access.h"
 #include "settings/settings.h"
 #include "settings/url.h"
+#include "text/file_replacement.h"
 #include "text/text.h"
 
 namespace hcy::tools {

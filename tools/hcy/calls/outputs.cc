@@ -20,7 +20,6 @@
 #include "notations/raw_text.h"
 #include "output/display.h"
 #include "output/terminal.h"
-#include "settings/file_access.h"
 #include "text/file_replacement.h"
 #include "text/source_text.h"
 #include "text/text.h"

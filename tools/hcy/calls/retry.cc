@@ -2,12 +2,9 @@
 
 #include "calls/retry.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <string_view>
 #include <thread>
 
 #include "results/evaluation.h"
@@ -21,21 +18,15 @@ constexpr double kFirstPause = 0.1;
 constexpr double kLongestPause = 10;
 constexpr double kLongestPostponement = 6 * 3600;
 
-// By the first line of the message, which is that of libcurl: the library does not tell its code.
-bool mayPass(const hcyclient::TransportError& error) {
-  constexpr std::array passing = {CURLE_OPERATION_TIMEDOUT,   CURLE_COULDNT_RESOLVE_PROXY,
-                                  CURLE_COULDNT_RESOLVE_HOST, CURLE_COULDNT_CONNECT,
-                                  CURLE_GOT_NOTHING,          CURLE_SEND_ERROR,
-                                  CURLE_RECV_ERROR,           CURLE_PARTIAL_FILE};
-  const std::string_view message = error.what();
-  const std::string_view line = message.substr(0, message.find('\n'));
-  return std::any_of(passing.begin(), passing.end(),
-                     [line](CURLcode code) { return line == curl_easy_strerror(code); });
+bool mayPass(hcyclient::Reason reason) {
+  using hcyclient::Reason;
+  return reason == Reason::timeout || reason == Reason::nameNotResolved ||
+         reason == Reason::connectionRefused || reason == Reason::incompleteReply;
 }
 
 bool mayPass(const hcyclient::CallError& error) {
   if (const auto* const failed = dynamic_cast<const hcyclient::TransportError*>(&error)) {
-    return mayPass(*failed);
+    return mayPass(failed->reason());
   }
   const auto* const answered = dynamic_cast<const hcyclient::HttpError*>(&error);
   if (answered == nullptr) return false;

@@ -35,15 +35,6 @@ std::string_view pathOf(std::string_view url) {
 // How many functions below a path are named.
 constexpr std::size_t kMostNames = 8;
 
-std::string lowered(std::string_view text) {
-  std::string lower(text);
-  const auto toLower = [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-  };
-  std::transform(lower.begin(), lower.end(), lower.begin(), toLower);
-  return lower;
-}
-
 // "; below 'math' are 'math/plus', 'math/minus'", or nothing if no function is below the path.
 std::string functionsBelow(std::string_view path, const std::vector<std::string_view>& names) {
   std::string list;

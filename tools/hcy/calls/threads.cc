@@ -24,6 +24,9 @@ Threads::Threads(unsigned count, const std::function<void(unsigned)>& work) {
     start.set_value(false);
     throw BadInput("cannot start " + std::to_string(count) +
                    " threads: " + problem.code().message());
+  } catch (...) {
+    start.set_value(false);
+    throw;
   }
   start.set_value(true);
 }

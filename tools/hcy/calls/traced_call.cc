@@ -106,8 +106,8 @@ Exchange postShown(const hcyclient::Config& config, const EncodedRequest& reques
   try {
     return post(config, options.url, request.headers, request.body, seconds);
   } catch (const NoReply& failure) {
-    if (options.isVerbose && !failure.reason().empty()) {
-      std::cerr << "* " << printable(failure.reason()) << '\n';
+    if (options.isVerbose && failure.reason() == hcyclient::Reason::tls) {
+      std::cerr << "* " << printable(failure.details()) << '\n';
     }
     throw;
   }

@@ -9,26 +9,26 @@
 #include <memory>
 #include <sstream>
 
+#include "settings/curl_url.h"
 #include "text/text.h"
 
 namespace hcy::tools {
 namespace {
 
-struct UrlDeleter {
-  void operator()(CURLU* url) const noexcept { curl_url_cleanup(url); }
+struct TextDeleter {
   void operator()(char* text) const noexcept { curl_free(text); }
 };
 
 std::string partOf(CURLU* url, CURLUPart part) {
   char* text = nullptr;
   if (curl_url_get(url, part, &text, CURLU_DEFAULT_PORT) != CURLUE_OK) return {};
-  const std::unique_ptr<char, UrlDeleter> owner(text);
+  const std::unique_ptr<char, TextDeleter> owner(text);
   return printable(text);
 }
 
 struct Endpoint {
   explicit Endpoint(const std::string& text) {
-    const std::unique_ptr<CURLU, UrlDeleter> url(curl_url());
+    const CurlUrl url(curl_url());
     if (!url || curl_url_set(url.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK) return;
     scheme = partOf(url.get(), CURLUPART_SCHEME);
     host = partOf(url.get(), CURLUPART_HOST);

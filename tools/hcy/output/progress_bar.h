@@ -11,8 +11,8 @@
 
 namespace hcy::tools {
 
-// `all` is 0 if the total is not known; then there is no bar, nor if more than that is done. At
-// most `width` columns, but at least one.
+// The line has no bar if `all`, the total, is 0 (not known) or less than `done`. It takes at most
+// `width` columns, but at least one.
 std::string progressLine(std::uint64_t done, std::uint64_t all, double seconds, std::size_t width);
 
 // Shown on standard error, if that is a terminal.

@@ -17,8 +17,9 @@ std::vector<hcyclient::Array> evaluate(const hcyClientRuntime& runtime,
                                        const hcyclient::Context& context, const std::string& url,
                                        const std::vector<const hcyArray*>& inputs, int nargout);
 
-// The same, but a call that takes longer than `seconds` fails with a timeout; 0 is no limit. The
-// library itself limits a call only to whole seconds, and such a call ends with its limit.
+// Like evaluate(), but throws the TransportError of a timeout if the call took longer than
+// `seconds`; 0 means no limit. This does not end the call: the library does, whose timeout is in
+// whole seconds.
 std::vector<hcyclient::Array> evaluateWithin(double seconds, const hcyClientRuntime& runtime,
                                              const hcyclient::Context& context,
                                              const std::string& url,

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 
 #include "text/source_text.h"
 #include "text/text.h"
@@ -54,18 +53,6 @@ void requireReadable(const std::string& name) {
   if (!S_ISDIR(state.st_mode)) return;
   errno = EISDIR;
   refuseFile(name);
-}
-
-void requireWritable(const std::string& name) {
-  if (::access(name.c_str(), W_OK) == 0) {
-    struct stat state {};
-    if (::stat(name.c_str(), &state) != 0 || !S_ISDIR(state.st_mode)) return;
-    errno = EISDIR;
-    refuseFile(name);
-  }
-  if (errno != ENOENT) refuseFile(name);
-  const std::filesystem::path directory = std::filesystem::path(name).parent_path();
-  if (::access(directory.empty() ? "." : directory.c_str(), W_OK | X_OK) != 0) refuseFile(name);
 }
 
 void requireUnalterable(int descriptor, const std::string& name) {

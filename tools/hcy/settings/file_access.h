@@ -12,17 +12,13 @@ namespace hcy::tools {
 // Throws BadInput if the opened file belongs to another user, or if others can read or change it.
 void requirePrivate(int descriptor, const std::string& name);
 
-// The same for a file that libcurl will open, and if there is no such file. It may have been
-// replaced by then; a descriptor is safer.
+// Checks a file that libcurl will open later, and throws BadInput also if there is no such file.
+// Another file may be in its place by then, so prefer requirePrivate().
 void requirePrivateFile(const std::string& name);
 
-// Throws BadInput with the name if there is no such file, if it is a directory, or if the user
-// cannot read it. libcurl would not say which file it is.
+// Throws BadInput, which names the file, if it is missing, a directory, or not readable. libcurl
+// would not name it.
 void requireReadable(const std::string& name);
-
-// Throws BadInput with the name if the file cannot be written, or created in its directory: results
-// of a call must not be lost because of a wrong name.
-void requireWritable(const std::string& name);
 
 // Throws BadInput if the opened file belongs to another user, or if others can change it.
 void requireUnalterable(int descriptor, const std::string& name);

@@ -14,25 +14,15 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "text/descriptor.h"
 #include "text/text.h"
 
 namespace hcy::tools {
 namespace {
 
-class Descriptor {
- public:
-  Descriptor(const char* file, int flags) : descriptor_(::open(file, flags | O_CLOEXEC)) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (isOpen()) ::close(descriptor_);
-  }
-  bool isOpen() const { return descriptor_ >= 0; }
-  int get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
+Descriptor opened(const char* file, int flags) {
+  return Descriptor(::open(file, flags | O_CLOEXEC));
+}
 
 // Reads the next byte; false at the end or on failure, with errno 0 at the end.
 bool readByte(const Descriptor& from, char& byte) {
@@ -142,7 +132,7 @@ Ended readLine(const Descriptor& terminal, const HeldSignals& signals, const Sil
 }  // namespace
 
 Secret passPhraseOfFile(const std::string& file, const FileCheck& check) {
-  const Descriptor from(file.c_str(), O_RDONLY);
+  const Descriptor from = opened(file.c_str(), O_RDONLY);
   if (!from.isOpen()) refuseFile(file);
   if (check) check(from.get(), file);
   Secret secret;
@@ -163,7 +153,7 @@ bool mayPrompt() {
 
 Secret passPhraseOfTerminal() {
   if (!mayPrompt()) throw BadInput("cannot ask for the pass phrase: HCY_NO_PROMPT is set");
-  const Descriptor terminal("/dev/tty", O_RDWR | O_NOCTTY);
+  const Descriptor terminal = opened("/dev/tty", O_RDWR | O_NOCTTY);
   if (!terminal.isOpen()) throw BadInput("cannot ask for the pass phrase: there is no terminal");
   Secret secret;
   Ended ended{};

@@ -19,8 +19,8 @@ Secret passPhraseOfFile(const std::string& file, const FileCheck& check = {});
 // is empty.
 bool mayPrompt();
 
-// Asks on the terminal of the process, without echo. Throws BadInput if there is no terminal, if
-// nothing was typed, or if mayPrompt() is false.
+// Reads a pass phrase from the terminal of the process, without echo. Throws BadInput without a
+// terminal, after an empty line, or if mayPrompt() is false.
 Secret passPhraseOfTerminal();
 
 }  // namespace hcy::tools

@@ -2,13 +2,11 @@
 
 #include "settings/url.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
-#include <memory>
 #include <new>
 #include <string>
 
+#include "settings/curl_url.h"
 #include "text/source_text.h"
 #include "text/text.h"
 
@@ -20,16 +18,12 @@ bool isSame(char a, char b) {
   return lower(a) == lower(b);
 }
 
-struct UrlDeleter {
-  void operator()(CURLU* url) const noexcept { curl_url_cleanup(url); }
-};
-
 void requireWellFormed(const std::string& url) {
   const auto isForbidden = [](char c) { return (c >= '\0' && c <= ' ') || c == '\x7f'; };
   if (std::any_of(url.begin(), url.end(), isForbidden)) {
     throw BadInput("the URL contains a space or a control character; write %20 for a space");
   }
-  const std::unique_ptr<CURLU, UrlDeleter> parser(curl_url());
+  const CurlUrl parser(curl_url());
   if (!parser) throw std::bad_alloc();
   const CURLUcode code = curl_url_set(parser.get(), CURLUPART_URL, url.c_str(), 0);
   if (code == CURLUE_OUT_OF_MEMORY) throw std::bad_alloc();

@@ -13,6 +13,7 @@
 #include <system_error>
 #include <utility>
 
+#include "text/source_text.h"
 #include "text/text.h"
 
 namespace hcy::tools {
@@ -108,6 +109,18 @@ void FileReplacement::commit() {
   }
   if (::rename(beside_.c_str(), target_.c_str()) != 0) fail(file_);
   beside_.clear();
+}
+
+void requireWritable(const std::string& file) {
+  if (::access(file.c_str(), W_OK) == 0) {
+    struct stat state {};
+    if (::stat(file.c_str(), &state) != 0 || !S_ISDIR(state.st_mode)) return;
+    errno = EISDIR;
+    refuseFile(file);
+  }
+  if (errno != ENOENT) refuseFile(file);
+  const fs::path directory = fs::path(file).parent_path();
+  if (::access(directory.empty() ? "." : directory.c_str(), W_OK | X_OK) != 0) refuseFile(file);
 }
 
 void writeFile(const std::string& file, std::string_view contents) {

@@ -175,11 +175,17 @@ std::string printableText(std::string_view text) {
   return out;
 }
 
+std::string lowered(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) c = isLetter(c) ? static_cast<char>(c | 0x20) : c;
+  return lower;
+}
+
 bool hasEnding(std::string_view file, std::string_view ending) {
-  const auto isSame = [](char a, char b) { return a == b || (isLetter(b) && (b | 0x20) == a); };
-  return file.size() > ending.size() && file[file.size() - ending.size() - 1] == '.' &&
-         std::equal(ending.begin(), ending.end(),
-                    file.end() - static_cast<std::ptrdiff_t>(ending.size()), isSame);
+  const std::size_t size = ending.size() + 1;
+  if (file.size() < size) return false;
+  file.remove_prefix(file.size() - size);
+  return file[0] == '.' && lowered(file.substr(1)) == ending;
 }
 
 std::size_t displayWidth(std::string_view text) {

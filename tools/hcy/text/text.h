@@ -50,6 +50,9 @@ std::size_t displayWidth(std::string_view text);
 // A to Z and a to z.
 constexpr bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
 
+// A to Z become a to z.
+std::string lowered(std::string_view text);
+
 // Whether the name of a file ends in a dot and this ending, in letters of either case. The ending
 // is in lower case.
 bool hasEnding(std::string_view file, std::string_view ending);
