@@ -31,7 +31,7 @@ function __hcy_given
                 --max-reply --width --delimiter --retry -j --jobs --calls --threads --duration \
                 --warmup --rate --against
             set is_value 1
-        else if not string match -q -- '-?*' $word
+        else if not string match -qr -- '^-.' $word
             printf '%s\n' $word
         end
     end

@@ -45,7 +45,8 @@ CURLcode codeOf(std::string_view message) {
                                 CURLE_OPERATION_TIMEDOUT,   CURLE_GOT_NOTHING,
                                 CURLE_RECV_ERROR,           CURLE_SSL_CONNECT_ERROR,
                                 CURLE_SSL_CERTPROBLEM,      CURLE_PEER_FAILED_VERIFICATION,
-                                CURLE_SSL_CACERT_BADFILE,   CURLE_SSL_CRL_BADFILE};
+                                CURLE_SSL_CACERT_BADFILE,   CURLE_SSL_CRL_BADFILE,
+                                CURLE_BAD_FUNCTION_ARGUMENT};
   const std::string_view line = message.substr(0, message.find('\n'));
   const auto* const found = std::find_if(known.begin(), known.end(), [line](CURLcode code) {
     return line == curl_easy_strerror(code);
@@ -107,6 +108,10 @@ std::string hintFor(CURLcode code, const Options& options, const Endpoint& to) {
       return schemeHint(to);
     case CURLE_SSL_CERTPROBLEM:
       return clientCertificateHint(options.settings);
+    case CURLE_BAD_FUNCTION_ARGUMENT:
+      // What newer versions of libcurl report for a client certificate.
+      return options.settings.certificateFile.empty() ? ""
+                                                      : clientCertificateHint(options.settings);
     case CURLE_PEER_FAILED_VERIFICATION:
       return verificationHint(options, to);
     case CURLE_SSL_CACERT_BADFILE:
