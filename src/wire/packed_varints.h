@@ -20,11 +20,11 @@ namespace hcy {
 std::size_t countVarints(Bytes packed);
 
 // Appends packed varints, each converted to an element. False if they are broken or cut: then those
-// before are there.
+// before are there. If as many come as are expected, they need not be counted first.
 template <class Element>
 bool readPacked(Bytes packed, google::protobuf::RepeatedField<Element>& list);
 template <class Element>
-bool readPacked(Bytes packed, ElementBuffer& buffer);
+bool readPacked(Bytes packed, ElementBuffer& buffer, std::uint64_t expected = 0);
 
 // How many bytes elements take as packed varints. A negative number takes ten.
 template <class Element>

@@ -97,7 +97,7 @@ class ElementsReader {
     } else if constexpr (isVarint<Class>) {
       if (field.isLengthDelimited()) {
         if (seeksWide_) hasWide_ = hasWide_ || !areNarrow<Class>(field.content);
-        return readPacked<Element>(field.content, buffer);
+        return readPacked<Element>(field.content, buffer, expected(field.content, buffer));
       }
       if (seeksWide_) hasWide_ = hasWide_ || !isNarrow<Class>(field.value);
       const auto element = std::is_same_v<Element, bool> ? static_cast<Element>(field.value != 0)
@@ -119,6 +119,12 @@ class ElementsReader {
     if constexpr (ByteClass<Class>) return false;
     if constexpr (isVarint<Class>) return field.isVarint(number);
     return sizeof(Element) == 8 ? field.isFixed64(number) : field.isFixed32(number);
+  }
+
+  // How many elements are probably there. The dimensions, of which there may be very many, are only
+  // multiplied for the first elements.
+  std::uint64_t expected(Bytes packed, const ElementBuffer& buffer) const {
+    return buffer.empty() && !packed.empty() ? elementCount(array_) : 0;
   }
 
   // Elements of fixed width: those that are there whole.

@@ -15,41 +15,56 @@ namespace {
 
 using google::protobuf::RepeatedField;
 
+// Whether no varint in a block is longer than ten bytes; the first begins at `varint`.
+bool areShort(const std::uint8_t* varint, const std::uint8_t* block, std::uint64_t ends) {
+  const std::uint64_t continued = ~ends;
+  std::uint64_t runs = continued & continued >> 1;
+  runs &= runs >> 2;
+  runs &= runs >> 4;
+  static_assert(kLongestVarint == 10);
+  runs &= continued >> 8 & continued >> 9;
+  const auto before = static_cast<std::size_t>(block - varint);
+  return runs == 0 && before + static_cast<std::size_t>(std::countr_zero(ends)) < kLongestVarint;
+}
+
 // Reads varints block by block, without a branch for each of their lengths.
 template <class Element>
 class BlockReader {
  public:
-  // There is room for one element for each byte that ends a varint.
   BlockReader(Bytes packed, Element* elements, std::size_t room)
       : position_(packed.data()),
         end_(position_ + packed.size()),
         elements_(elements),
         elementsEnd_(elements + room) {}
 
-  // Up to a block and a varint are left over. False if what was read is broken.
-  bool read() {
-    const bool isWhole = readBlocks();
+  // Stops before a block that is broken or has more varints than there is room for, and before the
+  // last block and a varint.
+  void read() {
+    for (const std::uint8_t* block = position_;
+         end_ - block >= std::ptrdiff_t{kBlock + kLongestVarint}; block += kBlock) {
+      const std::uint64_t ends = varintEnds(block);
+      const std::size_t count = countBits(ends);
+      if (count > room() || !areShort(position_, block, ends)) break;
+      if (count == kBlock && position_ == block) {
+        writeValues();
+        elements_ = std::transform(block, block + kBlock, elements_, elementOf<Element>);
+      } else if (hasRuns(ends)) {
+        readRuns(block, ends);
+      } else {
+        if (!values_.hasRoom()) writeValues();
+        values_.add(position_, block, ends, count);
+      }
+      position_ = block + kBlock - static_cast<std::size_t>(std::countl_zero(ends));
+    }
     writeValues();
-    return isWhole;
   }
 
   const std::uint8_t* position() const { return position_; }
   Element* elements() const { return elements_; }
 
  private:
-  bool readBlocks() {
-    for (const std::uint8_t* block = position_;
-         end_ - block >= std::ptrdiff_t{kBlock + kLongestVarint}; block += kBlock) {
-      const std::uint64_t ends = varintEnds(block);
-      if (ends == UINT64_MAX && position_ == block) {
-        writeValues();
-        elements_ = std::transform(block, block + kBlock, elements_, elementOf<Element>);
-        position_ += kBlock;
-      } else if (hasRuns(ends) ? !readRuns(block, ends) : !readEach(block, ends)) {
-        return false;
-      }
-    }
-    return true;
+  std::size_t room() const {
+    return static_cast<std::size_t>(elementsEnd_ - elements_) - values_.size();
   }
 
   void writeValues() { elements_ = values_.writeTo(elements_); }
@@ -61,43 +76,27 @@ class BlockReader {
     ends &= ends >> 1;
     ends &= ends >> 2;
     ends &= ends >> 4;
-    constexpr std::size_t least = kBlock + kRun + VarintValues<Element>::kRoom;
-    return sizeof(Element) == 2 && ends != 0 &&
-           elementsEnd_ - elements_ >= static_cast<std::ptrdiff_t>(least);
+    return sizeof(Element) == 2 && ends != 0 && room() >= kBlock + kRun;
   }
 
   // Any varint, and those of one byte that follow it.
-  bool readRuns(const std::uint8_t* block, std::uint64_t ends) {
+  void readRuns(const std::uint8_t* block, std::uint64_t ends) {
     writeValues();
+    const std::uint8_t* position = position_;
     while (ends != 0) {
-      const std::uint8_t* const next = block + 1 + static_cast<std::size_t>(std::countr_zero(ends));
-      const auto length = static_cast<std::size_t>(next - position_);
-      if (length > kLongestVarint) return false;
-      *elements_++ = static_cast<Element>(joinedThree(firstThree(position_, length)));
-      position_ = next;
+      *elements_++ =
+          static_cast<Element>(joinedThree(ownBytes(loadLittleEndian<std::uint32_t>(position))));
+      position = block + 1 + static_cast<std::size_t>(std::countr_zero(ends));
       ends &= ends - 1;
       if (ends == 0) break;
-      const auto offset = position_ - block;
+      const auto offset = position - block;
       const std::uint64_t following = ends >> offset;
       const std::size_t run = runLength(following);
-      widenRun(position_, elements_);
+      widenRun(position, elements_);
       elements_ += run;
-      position_ += run;
+      position += run;
       ends = following >> run << run << offset;
     }
-    return true;
-  }
-
-  bool readEach(const std::uint8_t* block, std::uint64_t ends) {
-    if (values_.room() < kBlock) writeValues();
-    for (; ends != 0; ends &= ends - 1) {
-      const std::uint8_t* const next = block + 1 + static_cast<std::size_t>(std::countr_zero(ends));
-      const auto length = static_cast<std::size_t>(next - position_);
-      if (length > kLongestVarint) return false;
-      values_.add(position_, length);
-      position_ = next;
-    }
-    return true;
   }
 
   const std::uint8_t* position_;
@@ -107,21 +106,22 @@ class BlockReader {
   VarintValues<Element> values_;
 };
 
-// Reads packed varints, and moves `elements` past the last one; false if they are broken. There
-// is room for one element for each byte that ends a varint.
+// Reads packed varints as long as there is room for their elements. Moves both past the last one;
+// false if the next is broken.
 template <class Element>
-bool readAll(Bytes packed, Element*& elements, std::size_t room) {
+bool readAll(Bytes& packed, Element*& elements, std::size_t room) {
+  Element* const elementsEnd = elements + room;
   BlockReader<Element> blocks(packed, elements, room);
-  const bool isWhole = blocks.read();
+  blocks.read();
   elements = blocks.elements();
-  if (!isWhole) return false;
   const std::uint8_t* position = blocks.position();
   const std::uint8_t* const end = packed.data() + packed.size();
-  while (position != end) {
+  while (position != end && elements != elementsEnd) {
     const std::uint64_t varint = readVarint(position, end);
     if (position == nullptr) return false;
     *elements++ = elementOf<Element>(varint);
   }
+  packed = {position, end};
   return true;
 }
 
@@ -143,18 +143,25 @@ bool readPacked(Bytes packed, RepeatedField<Element>& list) {
   Element* elements = begin;
   const bool isWhole = readAll(packed, elements, count);
   list.Truncate(size + static_cast<int>(elements - begin));
-  return isWhole;
+  return isWhole && packed.empty();
 }
 
 template <class Element>
-bool readPacked(Bytes packed, ElementBuffer& buffer) {
-  const std::size_t size = buffer.size();
-  const std::size_t count = countVarints(packed);
-  auto* const begin = reinterpret_cast<Element*>(buffer.extend(count * sizeof(Element)));
-  Element* elements = begin;
-  const bool isWhole = readAll(packed, elements, count);
-  buffer.truncate(size + static_cast<std::size_t>(elements - begin) * sizeof(Element));
-  return isWhole;
+bool readPacked(Bytes packed, ElementBuffer& buffer, std::uint64_t expected) {
+  if (packed.empty()) return true;
+  // Each element takes at least one byte, whatever was announced.
+  std::size_t room = expected <= packed.size() ? expected : 0;
+  if (room == 0) room = countVarints(packed);
+  while (room != 0) {
+    const std::size_t size = buffer.size();
+    auto* const begin = reinterpret_cast<Element*>(buffer.extend(room * sizeof(Element)));
+    Element* elements = begin;
+    const bool isWhole = readAll(packed, elements, room);
+    buffer.truncate(size + static_cast<std::size_t>(elements - begin) * sizeof(Element));
+    if (!isWhole) return false;
+    room = countVarints(packed);
+  }
+  return packed.empty();
 }
 
 template bool readPacked(Bytes, RepeatedField<std::uint32_t>&);
@@ -162,11 +169,11 @@ template bool readPacked(Bytes, RepeatedField<std::int32_t>&);
 template bool readPacked(Bytes, RepeatedField<std::uint64_t>&);
 template bool readPacked(Bytes, RepeatedField<std::int64_t>&);
 template bool readPacked(Bytes, RepeatedField<bool>&);
-template bool readPacked<std::uint16_t>(Bytes, ElementBuffer&);
-template bool readPacked<std::int16_t>(Bytes, ElementBuffer&);
-template bool readPacked<char16_t>(Bytes, ElementBuffer&);
-template bool readPacked<std::uint64_t>(Bytes, ElementBuffer&);
-template bool readPacked<std::int64_t>(Bytes, ElementBuffer&);
-template bool readPacked<bool>(Bytes, ElementBuffer&);
+template bool readPacked<std::uint16_t>(Bytes, ElementBuffer&, std::uint64_t);
+template bool readPacked<std::int16_t>(Bytes, ElementBuffer&, std::uint64_t);
+template bool readPacked<char16_t>(Bytes, ElementBuffer&, std::uint64_t);
+template bool readPacked<std::uint64_t>(Bytes, ElementBuffer&, std::uint64_t);
+template bool readPacked<std::int64_t>(Bytes, ElementBuffer&, std::uint64_t);
+template bool readPacked<bool>(Bytes, ElementBuffer&, std::uint64_t);
 
 }  // namespace hcy

@@ -18,11 +18,13 @@ namespace hcy {
 inline constexpr std::size_t kBlock = 64;
 
 // The first byte is the lowest.
-inline std::uint64_t loadLittleEndian(const std::uint8_t* bytes) {
-  std::uint64_t word = 0;
+template <class Word = std::uint64_t>
+Word loadLittleEndian(const std::uint8_t* bytes) {
+  Word word = 0;
   std::memcpy(&word, bytes, sizeof word);
-  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-  return word;
+  if constexpr (std::endian::native == std::endian::little) return word;
+  return sizeof word == 4 ? static_cast<Word>(__builtin_bswap32(static_cast<std::uint32_t>(word)))
+                          : static_cast<Word>(__builtin_bswap64(word));
 }
 
 inline void storeLittleEndian(std::uint64_t word, std::uint8_t* bytes) {
@@ -53,6 +55,15 @@ inline std::uint64_t varintEnds(const std::uint8_t* block) {
 #else
   return varintEndsPortably(block);
 #endif
+}
+
+// How many bits are set; std::popcount() calls a function where not every processor of the
+// architecture has an instruction for it.
+constexpr std::size_t countBits(std::uint64_t bits) {
+  bits -= bits >> 1 & 0x5555555555555555U;
+  bits = (bits & 0x3333333333333333U) + (bits >> 2 & 0x3333333333333333U);
+  bits = (bits + (bits >> 4)) & 0x0F0F0F0F0F0F0F0FU;
+  return bits * 0x0101010101010101U >> 56;
 }
 
 }  // namespace hcy

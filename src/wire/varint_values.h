@@ -6,6 +6,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -36,6 +37,13 @@ constexpr std::uint32_t joinedThree(std::uint32_t bytes) {
   return (bytes & 0x7F) | (bytes >> 1 & 0x3F80) | (bytes >> 2 & 0xC000);
 }
 
+// Of the bytes from a varint's first on, those that are its own: up to the first without the
+// highest bit.
+constexpr std::uint32_t ownBytes(std::uint32_t bytes) {
+  const std::uint32_t ends = ~bytes & 0x80808080U;
+  return bytes & (ends ^ (ends - 1));
+}
+
 // The bits of a varint of each length that belong to its value: of its first eight bytes, and of
 // the next two.
 struct ValueBits {
@@ -47,36 +55,38 @@ inline constexpr ValueBits kValueBits = {
      0x7F7F7F7F7F7F7F7F, 0x7F7F7F7F7F7F7F7F, 0x7F7F7F7F7F7F7F7F},
     {0, 0, 0, 0, 0, 0, 0, 0, 0, 0x7F, 0x17F}};
 
-// Of a varint of which eight bytes can be read.
-inline std::uint32_t firstThree(const std::uint8_t* varint, std::size_t length) {
-  return static_cast<std::uint32_t>(loadLittleEndian(varint) & kValueBits.first[length]);
-}
-
 template <class Element>
 // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): only what was added is read
 class VarintValues {
  public:
-  static constexpr std::size_t kRoom = 128;
+  static constexpr std::size_t kRoom = 2 * kBlock;
 
-  std::size_t room() const { return kRoom - size_; }
+  std::size_t size() const { return size_; }
+  bool hasRoom() const { return size_ <= kRoom - kBlock; }
 
-  // A varint of at most ten bytes; ten can be read.
-  void add(const std::uint8_t* varint, std::size_t length) {
-    if constexpr (isNarrow) {
-      firstBytes_[size_] = firstThree(varint, length);
-    } else {
-      firstBytes_[size_] = loadLittleEndian(varint) & kValueBits.first[length];
-      const auto last = static_cast<std::uint64_t>(varint[8] | varint[9] << 8);
-      lastBytes_[size_] = last & kValueBits.last[length];
-    }
-    ++size_;
+  // Adds the varints that end in a block, of which the first begins at `varint`. None is longer
+  // than ten bytes, and ten can be read behind the block.
+  void add(const std::uint8_t* varint, const std::uint8_t* block, std::uint64_t ends,
+           std::size_t count) {
+    std::size_t i = size_;
+    const auto addNext = [&] {
+      // After the last varint, what is added is the rest of the block.
+      const auto end = static_cast<std::size_t>(std::countr_zero(ends | std::uint64_t{1} << 63));
+      const std::uint8_t* const next = block + end + 1;
+      put(varint, static_cast<std::size_t>(next - varint), i++);
+      varint = next;
+      ends &= ends - 1;
+    };
+    for (std::size_t usual = 0; usual < kUsual; ++usual) addNext();
+    size_ += count;
+    while (i < size_) addNext();
   }
 
   // Writes the elements, returns their end, and is empty then.
   Element* writeTo(Element* elements) {
     for (std::size_t i = 0; i < size_; ++i) {
       if constexpr (isNarrow) {
-        elements[i] = static_cast<Element>(joinedThree(firstBytes_[i]));
+        elements[i] = static_cast<Element>(joinedThree(ownBytes(firstBytes_[i])));
       } else {
         elements[i] = elementOf<Element>(joined(firstBytes_[i]) | lastBytes_[i] << 56 |
                                          lastBytes_[i] >> 8 << 63);
@@ -90,6 +100,20 @@ class VarintValues {
  private:
   static constexpr bool isNarrow = sizeof(Element) == 2;
   using Word = std::conditional_t<isNarrow, std::uint32_t, std::uint64_t>;
+
+  // At least so many are added, even if fewer end in the block, and those in excess are
+  // overwritten. Loops of different lengths would cost more, because processors predict them badly.
+  static constexpr std::size_t kUsual = isNarrow ? 12 : 10;
+
+  void put(const std::uint8_t* varint, std::size_t length, std::size_t i) {
+    if constexpr (isNarrow) {
+      firstBytes_[i] = loadLittleEndian<Word>(varint);
+    } else {
+      firstBytes_[i] = loadLittleEndian<Word>(varint) & kValueBits.first[length];
+      const auto last = static_cast<std::uint64_t>(varint[8] | varint[9] << 8);
+      lastBytes_[i] = last & kValueBits.last[length];
+    }
+  }
 
   std::array<Word, kRoom> firstBytes_;
   std::array<std::uint64_t, isNarrow ? 0 : kRoom> lastBytes_;

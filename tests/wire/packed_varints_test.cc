@@ -70,8 +70,8 @@ bool readInto(RepeatedField<Element>& list, Bytes packed) {
   return readPacked(packed, list);
 }
 template <class Element>
-bool readInto(Elements<Element>& list, Bytes packed) {
-  return readPacked<Element>(packed, list.buffer);
+bool readInto(Elements<Element>& list, Bytes packed, std::uint64_t expected = 0) {
+  return readPacked<Element>(packed, list.buffer, expected);
 }
 
 using Lists =
@@ -91,6 +91,16 @@ void expectReadAsOneByOne(const Buffer& bytes) {
   List list;
   EXPECT_EQ(readInto(list, packed), isWhole);
   EXPECT_TRUE(std::equal(list.begin(), list.end(), expected.begin(), expected.end()));
+  // Whatever number was announced.
+  if constexpr (requires { readInto(list, packed, expected.size()); }) {
+    const std::size_t count = expected.size();
+    for (const std::uint64_t announced :
+         {count, count + 1, count / 2, count - 1, packed.size(), packed.size() + 1, SIZE_MAX}) {
+      List announcedList;
+      EXPECT_EQ(readInto(announcedList, packed, announced), isWhole);
+      EXPECT_TRUE(std::ranges::equal(announcedList, expected));
+    }
+  }
 }
 
 TYPED_TEST(PackedVarints, AreReadAsOneByOne) {
