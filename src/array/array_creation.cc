@@ -31,8 +31,8 @@ std::uint64_t fieldCount(int nfields) { return static_cast<std::uint64_t>(std::m
 
 hcyArray* withFieldNames(ArrayHandle array, int nfields, const char* const* fieldnames) {
   auto& names = array->data().writeContainer().fieldNames;
-  names.Reserve(std::max(nfields, 0));
-  for (int i = 0; i < nfields; ++i) *names.Add() = fieldnames[i];
+  names.reserve(fieldCount(nfields));
+  for (int i = 0; i < nfields; ++i) names.emplace_back(fieldnames[i]);
   array->data().showPart();
   return array.release();
 }

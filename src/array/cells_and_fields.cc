@@ -70,11 +70,11 @@ void hcySetCell(hcyArray* array, size_t index, hcyArray* value) {
 }
 
 int hcyGetNumberOfFields(const hcyArray* array) {
-  return hcyIsStruct(array) ? namesOf(array).size() : 0;
+  return hcyIsStruct(array) ? static_cast<int>(namesOf(array).size()) : 0;
 }
 
 const char* hcyGetFieldNameByNumber(const hcyArray* array, int n) {
-  return hasField(array, n) ? namesOf(array)[n].c_str() : nullptr;
+  return hasField(array, n) ? namesOf(array)[static_cast<size_t>(n)].c_str() : nullptr;
 }
 
 int hcyGetFieldNumber(const hcyArray* array, const char* name) {

@@ -78,7 +78,7 @@ void VORTENStructCellArrayProxy<Class>::setSlot(std::size_t index, VORTENArrayPr
 template <ContainerClass Class>
 std::size_t VORTENStructCellArrayProxy<Class>::numberOfFields() const {
   if constexpr (Class::type == VORTEN_Array::STRUCT) {
-    return static_cast<std::size_t>(data().container().fieldNames.size());
+    return data().container().fieldNames.size();
   } else {
     return 1;
   }
@@ -108,10 +108,8 @@ bool VORTENStructCellArrayProxy<Class>::addField(std::string&& name) requires(
     regrouped.set(element * (fields + 1) + i % slotsPerElement, slots_.at(i));
   }
   ContainerData& container = data().writeContainer();
-  auto& names = container.fieldNames;
-  names.Reserve(names.size() + 1);
   container.index.reset();
-  *names.Add() = std::move(name);
+  container.fieldNames.push_back(std::move(name));
   data().showPart();
   slots_ = std::move(regrouped);
   return true;
@@ -131,7 +129,7 @@ void VORTENStructCellArrayProxy<Class>::removeField(std::size_t field) requires(
   }
   ContainerData& container = data().writeContainer();
   container.index.reset();
-  container.fieldNames.DeleteSubrange(static_cast<int>(field), 1);
+  container.fieldNames.erase(container.fieldNames.begin() + static_cast<std::ptrdiff_t>(field));
   elementsWithoutFields_ = elements;
   areClaimed_ = false;
   slots_ = std::move(regrouped);

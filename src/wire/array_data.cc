@@ -23,7 +23,7 @@ ArrayData ArrayData::copyWithoutElements() const {
   copied.areWide_ = areWide_;
   copied.dimensions = dimensions;
   if (container_) {
-    copied.writeContainer().fieldNames.CopyFrom(container_->fieldNames);
+    copied.writeContainer().fieldNames = container_->fieldNames;
     copied.writeContainer().arrays = container_->arrays;
   }
   // The generated copy constructor would leak what it has copied when it runs out of memory.

@@ -22,9 +22,9 @@ const FieldIndex::Numbers* FieldIndex::numbersOf(const Names& names) const {
   if (const Numbers* const made = numbers_.load(std::memory_order_acquire)) return made;
   try {
     auto numbers = std::make_unique<Numbers>();
-    numbers->reserve(static_cast<std::size_t>(names.size()));
+    numbers->reserve(names.size());
     // The first field of a name counts.
-    for (int i = 0; i < names.size(); ++i) numbers->emplace(names[i], i);
+    for (std::size_t i = 0; i < names.size(); ++i) numbers->emplace(names[i], static_cast<int>(i));
     // If another thread is faster, its index is the one.
     const Numbers* made = nullptr;
     if (numbers_.compare_exchange_strong(made, numbers.get(), std::memory_order_acq_rel)) {

@@ -2,12 +2,11 @@
 
 #pragma once
 
-#include <google/protobuf/repeated_ptr_field.h>
-
 #include <atomic>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace hcy {
 
@@ -15,7 +14,7 @@ namespace hcy {
 // whichever thread needs it, and only for a struct of many fields.
 class FieldIndex {
  public:
-  using Names = google::protobuf::RepeatedPtrField<std::string>;
+  using Names = std::vector<std::string>;
 
   FieldIndex() = default;
   FieldIndex(const FieldIndex&) = delete;
@@ -39,7 +38,7 @@ class FieldIndex {
   using Numbers = std::unordered_map<std::string_view, int>;
 
   // Up to here, comparing the names is as fast.
-  static constexpr int kFewFields = 16;
+  static constexpr std::size_t kFewFields = 16;
 
   static int find(const Names& names, std::string_view name, const Numbers* numbers);
   const Numbers* numbersOf(const Names& names) const;

@@ -31,7 +31,7 @@ class NamesReader {
   bool readName(const WireField& field) {
     if (!field.isWhole) return false;
     const auto* const name = reinterpret_cast<const char*>(field.content.data());
-    array_.writeContainer().fieldNames.Add()->assign(name, field.content.size());
+    array_.writeContainer().fieldNames.emplace_back(name, field.content.size());
     return true;
   }
 
