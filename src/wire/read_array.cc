@@ -17,7 +17,8 @@ namespace {
 bool readDimensions(Bytes packed, DimensionList& dimensions) {
   const std::uint8_t* position = packed.data();
   const std::uint8_t* const end = position + packed.size();
-  if (packed.size() > 2) dimensions.reserve(dimensions.size() + countVarints(packed));
+  // Reserving for each of many fields would copy all dimensions each time.
+  if (packed.size() > 2 && dimensions.empty()) dimensions.reserve(countVarints(packed));
   while (position != end) {
     const std::uint64_t dimension = readVarint(position, end);
     if (position == nullptr) return false;

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <memory>
 #include <random>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -390,6 +391,21 @@ TYPED_TEST(ReadContainer, TakesElementsWithLongerHeads) {
   EXPECT_TRUE(readArray(array, bytesOf(type + field(number, usual + longer + usual))));
   EXPECT_EQ(array.container().arrays->size(), 3U);
   EXPECT_EQ(test::writtenBytes(array), test::writtenBytes(expected));
+}
+
+// A list that grew by as little as each field needs would be copied as often as there are fields.
+TEST(ReadDimensions, OfManyFieldsGrowSeldom) {
+  constexpr std::size_t kFields = 400;
+  std::set<std::size_t> capacities;
+  std::string bytes;
+  for (std::size_t fields = 1; fields <= kFields; ++fields) {
+    bytes += field(2, varint(1) + varint(2) + varint(3));
+    ArrayData array;
+    ASSERT_TRUE(readArray(array, bytesOf(bytes)));
+    ASSERT_EQ(array.dimensions.size(), 3 * fields);
+    capacities.insert(array.dimensions.capacity());
+  }
+  EXPECT_LT(capacities.size(), 30U);
 }
 
 TEST(ReadSparse, GoesAsDeepAsTheMessageLibrary) {
