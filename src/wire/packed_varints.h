@@ -19,8 +19,10 @@ namespace hcy {
 // How many varints end in the bytes.
 std::size_t countVarints(Bytes packed);
 
-// Appends packed varints, each converted to an element. False if they are broken or cut: then those
-// before are there. If as many come as are expected, they need not be counted first.
+// Appends packed varints, each converted to an element. False if one is broken or cut: then those
+// before it are appended. `expected` is the probable number of elements, 0 if it is unknown. If it
+// is right, the varints are not counted first; if it is wrong, the same elements are appended, but
+// the buffer may keep room for one element per byte.
 template <class Element>
 bool readPacked(Bytes packed, google::protobuf::RepeatedField<Element>& list);
 template <class Element>

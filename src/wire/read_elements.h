@@ -121,8 +121,9 @@ class ElementsReader {
     return sizeof(Element) == 8 ? field.isFixed64(number) : field.isFixed32(number);
   }
 
-  // How many elements are probably there. The dimensions, of which there may be very many, are only
-  // multiplied for the first elements.
+  // How many elements a field probably holds, 0 if that is unknown. Only the first field is
+  // expected to hold all: multiplying many dimensions for each of many fields would take quadratic
+  // time.
   std::uint64_t expected(Bytes packed, const ElementBuffer& buffer) const {
     return buffer.empty() && !packed.empty() ? elementCount(array_) : 0;
   }

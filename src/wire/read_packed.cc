@@ -15,9 +15,11 @@ namespace {
 
 using google::protobuf::RepeatedField;
 
-// Whether no varint in a block is longer than ten bytes; the first begins at `varint`.
+// Whether no varint that reaches into a block is longer than ten bytes. The first begins at
+// `varint`, in the block or before it.
 bool areShort(const std::uint8_t* varint, const std::uint8_t* block, std::uint64_t ends) {
   const std::uint64_t continued = ~ends;
+  // A bit remains if it and the nine above it are set.
   std::uint64_t runs = continued & continued >> 1;
   runs &= runs >> 2;
   runs &= runs >> 4;
@@ -37,8 +39,9 @@ class BlockReader {
         elements_(elements),
         elementsEnd_(elements + room) {}
 
-  // Stops before a block that is broken or has more varints than there is room for, and before the
-  // last block and a varint.
+  // Reads the varints that end in whole blocks. Stops before a block that has a varint of more than
+  // ten bytes or more varints than there is room for, or that is not followed by ten bytes: so many
+  // are loaded wherever a varint begins.
   void read() {
     for (const std::uint8_t* block = position_;
          end_ - block >= std::ptrdiff_t{kBlock + kLongestVarint}; block += kBlock) {
@@ -69,8 +72,8 @@ class BlockReader {
 
   void writeValues() { elements_ = values_.writeTo(elements_); }
 
-  // Whether a run of eight varints of one byte is in the block, and eight elements can be written
-  // wherever one is due, behind the values that are still to be written.
+  // Whether eight bytes in a row end a varint, and there is room for readRuns(), which writes eight
+  // elements at a time, even after the last one.
   bool hasRuns(std::uint64_t ends) const {
     static_assert(kRun == 8);
     ends &= ends >> 1;
@@ -79,7 +82,8 @@ class BlockReader {
     return sizeof(Element) == 2 && ends != 0 && room() >= kBlock + kRun;
   }
 
-  // Any varint, and those of one byte that follow it.
+  // Reads the varints that end in the block: one of any length and the run of one-byte varints that
+  // follows it, again and again.
   void readRuns(const std::uint8_t* block, std::uint64_t ends) {
     writeValues();
     const std::uint8_t* position = position_;
@@ -106,8 +110,8 @@ class BlockReader {
   VarintValues<Element> values_;
 };
 
-// Reads packed varints as long as there is room for their elements. Moves both past the last one;
-// false if the next is broken.
+// Reads packed varints until none is left or there is no more room for elements. Moves `packed` and
+// `elements` past the last one; false if the next is broken.
 template <class Element>
 bool readAll(Bytes& packed, Element*& elements, std::size_t room) {
   Element* const elementsEnd = elements + room;
@@ -127,7 +131,7 @@ bool readAll(Bytes& packed, Element*& elements, std::size_t room) {
 
 }  // namespace
 
-// In 32 bits, which hold the number of any body's bytes and are quick to add up.
+// A field has fewer than 2^31 bytes, and compilers add up 32-bit numbers faster than 64-bit ones.
 std::size_t countVarints(Bytes packed) {
   std::uint32_t count = 0;
   for (const std::uint8_t byte : packed) count += byte < 0x80;
@@ -148,8 +152,7 @@ bool readPacked(Bytes packed, RepeatedField<Element>& list) {
 
 template <class Element>
 bool readPacked(Bytes packed, ElementBuffer& buffer, std::uint64_t expected) {
-  if (packed.empty()) return true;
-  // Each element takes at least one byte, whatever was announced.
+  // Each element takes at least one byte: a larger number is wrong.
   std::size_t room = expected <= packed.size() ? expected : 0;
   if (room == 0) room = countVarints(packed);
   while (room != 0) {
@@ -159,6 +162,7 @@ bool readPacked(Bytes packed, ElementBuffer& buffer, std::uint64_t expected) {
     const bool isWhole = readAll(packed, elements, room);
     buffer.truncate(size + static_cast<std::size_t>(elements - begin) * sizeof(Element));
     if (!isWhole) return false;
+    // There may be more than were expected.
     room = countVarints(packed);
   }
   return packed.empty();

@@ -17,7 +17,7 @@ namespace hcy {
 
 inline constexpr std::size_t kBlock = 64;
 
-// The first byte is the lowest.
+// The first byte becomes the lowest of the word.
 template <class Word = std::uint64_t>
 Word loadLittleEndian(const std::uint8_t* bytes) {
   Word word = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The values of varints that were found one after another. They are computed together, in loops
-// that compilers make vector code of.
+// The values of varints. Their bytes are collected first; the values are then computed together, in
+// a loop that compilers vectorize.
 
 #pragma once
 
@@ -32,19 +32,19 @@ constexpr std::uint64_t joined(std::uint64_t bytes) {
   return (bytes & 0x000000000FFFFFFFU) | (bytes & 0x0FFFFFFF00000000U) >> 4;
 }
 
-// The same of three bytes, as far as they fit into 16 bits.
+// The same for the first three bytes, cut to 16 bits.
 constexpr std::uint32_t joinedThree(std::uint32_t bytes) {
   return (bytes & 0x7F) | (bytes >> 1 & 0x3F80) | (bytes >> 2 & 0xC000);
 }
 
-// Of the bytes from a varint's first on, those that are its own: up to the first without the
-// highest bit.
+// Clears the bytes behind the varint that begins with the lowest byte. It ends with the first byte
+// whose highest bit is not set.
 constexpr std::uint32_t ownBytes(std::uint32_t bytes) {
   const std::uint32_t ends = ~bytes & 0x80808080U;
   return bytes & (ends ^ (ends - 1));
 }
 
-// The bits of a varint of each length that belong to its value: of its first eight bytes, and of
+// For each length of a varint, the bits that belong to its value: in its first eight bytes, and in
 // the next two.
 struct ValueBits {
   std::uint64_t first[kLongestVarint + 1];
@@ -64,13 +64,14 @@ class VarintValues {
   std::size_t size() const { return size_; }
   bool hasRoom() const { return size_ <= kRoom - kBlock; }
 
-  // Adds the varints that end in a block, of which the first begins at `varint`. None is longer
-  // than ten bytes, and ten can be read behind the block.
+  // Adds the `count` varints that end in a block. The first begins at `varint`, in the block or
+  // before it. No varint is longer than ten bytes, nor is the rest of the block after the last
+  // one. Ten bytes can be read behind the block.
   void add(const std::uint8_t* varint, const std::uint8_t* block, std::uint64_t ends,
            std::size_t count) {
     std::size_t i = size_;
     const auto addNext = [&] {
-      // After the last varint, what is added is the rest of the block.
+      // If no varint is left, adds the rest of the block, which may be empty.
       const auto end = static_cast<std::size_t>(std::countr_zero(ends | std::uint64_t{1} << 63));
       const std::uint8_t* const next = block + end + 1;
       put(varint, static_cast<std::size_t>(next - varint), i++);
@@ -82,7 +83,7 @@ class VarintValues {
     while (i < size_) addNext();
   }
 
-  // Writes the elements, returns their end, and is empty then.
+  // Writes the elements and returns their end. No values are left.
   Element* writeTo(Element* elements) {
     for (std::size_t i = 0; i < size_; ++i) {
       if constexpr (isNarrow) {
@@ -101,9 +102,10 @@ class VarintValues {
   static constexpr bool isNarrow = sizeof(Element) == 2;
   using Word = std::conditional_t<isNarrow, std::uint32_t, std::uint64_t>;
 
-  // At least so many are added, even if fewer end in the block, and those in excess are
-  // overwritten. Loops of different lengths would cost more, because processors predict them badly.
+  // How many values are always added, in a loop whose end a processor predicts well. If fewer
+  // varints end in the block, the values in excess are overwritten or never read.
   static constexpr std::size_t kUsual = isNarrow ? 12 : 10;
+  static_assert(kUsual <= kBlock);
 
   void put(const std::uint8_t* varint, std::size_t length, std::size_t i) {
     if constexpr (isNarrow) {
