@@ -46,14 +46,16 @@ class HcyclientConan(ConanFile):
         self.requires("boost/[>=1.74 <2]")
         self.requires("libcurl/[>=7.88 <9]")
         self.requires("protobuf/[>=3.21 <7]")
+        # The programs are compiled with these headers, and no package that uses this one sees them. Conan
+        # wants every requirement that is visible to be named in package_info().
         if self.options.server:
-            self.requires("eigen/[>=3.4 <6]")
+            self.requires("eigen/[>=3.4 <6]", visible=False)
             self.requires("openssl/[>=3 <4]")
         if self.options.tools:
-            self.requires("tomlplusplus/[>=3 <4]")
+            self.requires("tomlplusplus/[>=3 <4]", visible=False)
         if self.options.server or self.options.tools:
-            self.requires("cli11/[>=2.1 <3]")
-            self.requires("nlohmann_json/[>=3.11 <4]")
+            self.requires("cli11/[>=2.1 <3]", visible=False)
+            self.requires("nlohmann_json/[>=3.11 <4]", visible=False)
 
     def build_requirements(self):
         self.tool_requires("cmake/[>=3.25]")
@@ -65,6 +67,7 @@ class HcyclientConan(ConanFile):
         toolchain.cache_variables["HCY_BUILD_SERVER"] = bool(self.options.server)
         toolchain.cache_variables["HCY_BUILD_TOOLS"] = bool(self.options.tools)
         toolchain.cache_variables["HCY_BUILD_TESTS"] = False
+        # A static Protocol Buffers ends up inside the library, a shared one beside it.
         protobuf = self.dependencies["protobuf"]
         toolchain.cache_variables["HCY_STATIC_PROTOBUF"] = not protobuf.options.get_safe("shared")
         toolchain.generate()

@@ -7,6 +7,7 @@
 # In a registry, vcpkg_from_git() or vcpkg_download_distfile() takes the place of the next line.
 cmake_path(SET SOURCE_PATH NORMALIZE "${CURRENT_PORT_DIR}/../../..")
 
+# A triplet with static libraries has a static Protocol Buffers, which ends up inside the library.
 string(COMPARE EQUAL "${VCPKG_LIBRARY_LINKAGE}" static static_protobuf)
 vcpkg_check_linkage(ONLY_DYNAMIC_LIBRARY)
 vcpkg_check_features(OUT_FEATURE_OPTIONS features
