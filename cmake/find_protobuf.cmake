@@ -22,6 +22,21 @@ if(NOT TARGET protobuf::protoc)
   hcy_refuse(protoc "" "" protobuf-compiler "The library and the programs")
 endif()
 
+# What a protoc of another version generates does not compile. Newer versions have a first number that
+# depends on the language, which protoc does not print: library 7.36.2, protoc 36.2.
+get_target_property(protoc protobuf::protoc LOCATION)
+execute_process(COMMAND ${protoc} --version OUTPUT_VARIABLE output ERROR_QUIET)
+if(NOT output MATCHES "libprotoc ([0-9]+(\\.[0-9]+)+)")
+  message(FATAL_ERROR "${protoc} is not a protoc that runs here (in Debian: protobuf-compiler).")
+endif()
+set(protoc_version ${CMAKE_MATCH_1})
+string(REPLACE "." "\\." pattern "${protoc_version}")
+if(NOT Protobuf_VERSION MATCHES "(^|\\.)${pattern}(\\.0)?$")
+  message(FATAL_ERROR "The library and the programs need a protoc of the version of Protocol Buffers, "
+    "which is ${Protobuf_VERSION}, and ${protoc} has the version ${protoc_version} "
+    "(in Debian: protobuf-compiler).")
+endif()
+
 if(HCY_STATIC_PROTOBUF)
   set(trial ${PROJECT_BINARY_DIR}/static_protobuf.so)
   try_compile(static_protobuf_links ${PROJECT_BINARY_DIR}/static_protobuf

@@ -8,7 +8,17 @@
 macro(hcy_need_package name version debian part)
   find_package(${name} ${version} QUIET ${ARGN})
   if(NOT ${name}_FOUND)
-    hcy_refuse("${name}" "${version}" "${${name}_CONSIDERED_VERSIONS}" "${debian}" "${part}")
+    # What was found and is too old: the first is set for a package's own configuration, the others are
+    # set by the modules of CMake.
+    string(TOUPPER ${name} hcy_upper_name)
+    foreach(hcy_variable IN ITEMS
+        ${name}_CONSIDERED_VERSIONS ${name}_VERSION ${hcy_upper_name}_VERSION ${name}_VERSION_STRING)
+      set(hcy_found_version "${${hcy_variable}}")
+      if(NOT hcy_found_version STREQUAL "")
+        break()
+      endif()
+    endforeach()
+    hcy_refuse("${name}" "${version}" "${hcy_found_version}" "${debian}" "${part}")
   endif()
 endmacro()
 

@@ -7,6 +7,13 @@ if(CMAKE_SIZEOF_VOID_P AND CMAKE_SIZEOF_VOID_P LESS 8)
     "handed out where they lie, have elements of 64 bits and the type size_t.")
 endif()
 
+# Older ones lack parts of C++20 that the sources use.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 12)
+  hcy_refuse(gcc 12 ${CMAKE_CXX_COMPILER_VERSION} g++ "The library and the programs")
+elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 14)
+  hcy_refuse(clang 14 ${CMAKE_CXX_COMPILER_VERSION} clang "The library and the programs")
+endif()
+
 # A static library would bring its Protocol Buffers into a program that may have another, and would
 # leave all of its symbols to be seen there.
 if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)

@@ -23,12 +23,14 @@ hcy_need_test_program(pkg-config pkg-config)
 hcy_need_test_program(zsh zsh)
 
 # Debian's interpreter runs them.
+hcy_need_program(SYSTEM_PYTHON python3 python3 "${needed_by}" PATHS /usr/bin NO_DEFAULT_PATH)
 set(find_modules [[
 import importlib.util, sys
 print(*(name for name in sys.argv[1:] if importlib.util.find_spec(name) is None))
 ]])
 execute_process(
-  COMMAND /usr/bin/python3 -c ${find_modules} hypothesis matplotlib numpy pandas pytest scipy
+  COMMAND ${SYSTEM_PYTHON} -c ${find_modules}
+    distributed hypothesis ipykernel matplotlib nbclient numpy pandas pytest scipy
   OUTPUT_VARIABLE missing OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 if(missing)
   string(REGEX REPLACE "([a-z]+)" "python3-\\1" packages "${missing}")
