@@ -24,8 +24,8 @@ if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
     message(FATAL_ERROR "${why} Leave out BUILD_SHARED_LIBS=OFF; HCY_STATIC_PROTOBUF=ON holds "
       "Protocol Buffers inside.")
   endif()
-  # Of another project it says how that one's libraries are built.
-  message(NOTICE "${why} BUILD_SHARED_LIBS=OFF does not change that.")
+  message(FATAL_ERROR "${why} A project with static libraries of its own sets BUILD_SHARED_LIBS=ON "
+    "in a block() around this one, as docs/install.md shows.")
 endif()
 
 # hcy_refuse_unknown_options(): after everything else, stops at an option that nothing has declared,
