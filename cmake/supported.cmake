@@ -28,6 +28,16 @@ if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
     "in a block() around this one, as docs/install.md shows.")
 endif()
 
+# The tests call the programs, in the build tree and where they are installed.
+if(HCY_BUILD_TESTS)
+  foreach(option IN ITEMS HCY_BUILD_SERVER HCY_BUILD_TOOLS HCY_INSTALL)
+    if(NOT ${option})
+      message(FATAL_ERROR "The tests (HCY_BUILD_TESTS) need ${option}=ON; HCY_BUILD_TESTS=OFF "
+        "leaves them out, and HCY_BUILD_UNIT_TESTS=ON builds those that need no programs.")
+    endif()
+  endforeach()
+endif()
+
 # hcy_refuse_unknown_options(): after everything else, stops at an option that nothing has declared,
 # which CMake would only warn of.
 function(hcy_refuse_unknown_options)
