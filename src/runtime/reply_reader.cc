@@ -3,27 +3,24 @@
 #include "runtime/reply_reader.h"
 
 #include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/wire_format_lite.h>
 
 #include <algorithm>
 #include <utility>
 
 #include "hcy.client.VORTENResult.pb.h"
+#include "wire/protobuf_version.h"
 #include "wire/read_message.h"
+#include "wire/wire_fields.h"
 
 namespace hcy {
 namespace {
 
 using client::VORTEN_Error;
 using client::VORTEN_Result;
-using google::protobuf::internal::WireFormatLite;
 using google::protobuf::io::CodedInputStream;
 
-constexpr auto kLengthDelimited = WireFormatLite::WIRETYPE_LENGTH_DELIMITED;
-constexpr std::uint32_t kOutput =
-    WireFormatLite::MakeTag(VORTEN_Result::kLhsFieldNumber, kLengthDelimited);
-constexpr std::uint32_t kError =
-    WireFormatLite::MakeTag(VORTEN_Result::kErrorFieldNumber, kLengthDelimited);
+constexpr std::uint32_t kOutput = lengthDelimitedTag(VORTEN_Result::kLhsFieldNumber);
+constexpr std::uint32_t kError = lengthDelimitedTag(VORTEN_Result::kErrorFieldNumber);
 
 class ReplyReader {
  public:
@@ -49,7 +46,7 @@ class ReplyReader {
       case kError:
         return readMessage([this](Bytes bytes) { return readError(bytes); });
       default:
-        return WireFormatLite::SkipField(&input_, tag);
+        return skipField(input_, tag);
     }
   }
 

@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What Protocol Buffers spells differently in its versions, from 3.21 to 36. Sources use these
-// functions and no version's own form.
+// functions and no version's own form. The last two are all that is used of the internal interfaces
+// of Protocol Buffers, which may change with any version; no public function does the same.
 
 #pragma once
 
 #include <google/protobuf/arena.h>
+#include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/repeated_field.h>
 #include <google/protobuf/stubs/common.h>
+#include <google/protobuf/unknown_field_set.h>
+#include <google/protobuf/wire_format.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <type_traits>
 
@@ -48,6 +54,17 @@ std::string_view nameOf(const Descriptor& descriptor) {
 template <class Descriptor>
 std::string_view fullNameOf(const Descriptor& descriptor) {
   return descriptor.full_name();
+}
+
+// Skips the rest of the field that begins with the tag, a group with all that it holds. False if it
+// is malformed or cut off.
+inline bool skipField(google::protobuf::io::CodedInputStream& input, std::uint32_t tag) {
+  return google::protobuf::internal::WireFormatLite::SkipField(&input, tag);
+}
+
+// The number of bytes in which the fields are written.
+inline std::size_t sizeOf(const google::protobuf::UnknownFieldSet& fields) {
+  return google::protobuf::internal::WireFormat::ComputeUnknownFieldsSize(fields);
 }
 
 }  // namespace hcy

@@ -3,7 +3,8 @@
 #include "wire/wire_fields.h"
 
 #include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/wire_format_lite.h>
+
+#include "wire/protobuf_version.h"
 
 namespace hcy {
 
@@ -11,7 +12,7 @@ namespace hcy {
 std::size_t endOfGroup(Bytes message, std::size_t position, std::uint32_t tag) {
   const Bytes fields = message.subspan(position);
   google::protobuf::io::CodedInputStream input(fields.data(), static_cast<int>(fields.size()));
-  if (!google::protobuf::internal::WireFormatLite::SkipField(&input, tag)) return 0;
+  if (!skipField(input, tag)) return 0;
   return position + static_cast<std::size_t>(input.CurrentPosition());
 }
 

@@ -2,12 +2,11 @@
 
 #include "wire/write_array.h"
 
-#include <google/protobuf/wire_format.h>
-
 #include "wire/checked_size.h"
 #include "wire/dispatch_on_QXType.h"
 #include "wire/fixed_width.h"
 #include "wire/packed_varints.h"
+#include "wire/protobuf_version.h"
 #include "wire/wire_parts.h"
 
 namespace hcy {
@@ -39,8 +38,7 @@ std::size_t endOfFieldsBelow(Bytes message, int number, std::size_t known) {
 // How many bytes of the message's fields the schema knows.
 std::size_t knownSize(const VORTEN_Array& message, std::size_t size) {
   const auto& unknown = VORTEN_Array::GetReflection()->GetUnknownFields(message);
-  using google::protobuf::internal::WireFormat;
-  return unknown.empty() ? size : size - WireFormat::ComputeUnknownFieldsSize(unknown);
+  return unknown.empty() ? size : size - sizeOf(unknown);
 }
 
 // Classes whose elements are written otherwise than they lie in memory.
