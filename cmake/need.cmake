@@ -4,20 +4,19 @@
 # part needs it, and which package of Debian has it.
 
 # hcy_need_package(name version debian-packages part argument...): find_package(), required. The
-# version may be empty.
+# version may be empty. The version that was found, if it is known, is in hcy_found_version.
 macro(hcy_need_package name version debian part)
   find_package(${name} ${version} QUIET ${ARGN})
+  # The last is set if the package's own configuration is too old; the modules of CMake differ.
+  string(TOUPPER ${name} hcy_upper_name)
+  foreach(hcy_variable IN ITEMS
+      ${name}_VERSION ${hcy_upper_name}_VERSION ${name}_VERSION_STRING ${name}_CONSIDERED_VERSIONS)
+    set(hcy_found_version "${${hcy_variable}}")
+    if(NOT hcy_found_version STREQUAL "")
+      break()
+    endif()
+  endforeach()
   if(NOT ${name}_FOUND)
-    # What was found and is too old: the first is set for a package's own configuration, the others are
-    # set by the modules of CMake.
-    string(TOUPPER ${name} hcy_upper_name)
-    foreach(hcy_variable IN ITEMS
-        ${name}_CONSIDERED_VERSIONS ${name}_VERSION ${hcy_upper_name}_VERSION ${name}_VERSION_STRING)
-      set(hcy_found_version "${${hcy_variable}}")
-      if(NOT hcy_found_version STREQUAL "")
-        break()
-      endif()
-    endforeach()
     hcy_refuse("${name}" "${version}" "${hcy_found_version}" "${debian}" "${part}")
   endif()
 endmacro()
