@@ -46,8 +46,11 @@ if(HCY_STATIC_PROTOBUF)
     COPY_FILE ${trial}
     OUTPUT_VARIABLE output)
   if(NOT static_protobuf_links)
-    message(FATAL_ERROR "No shared library can hold this static Protocol Buffers; "
-      "CMAKE_PREFIX_PATH or Protobuf_LIBRARY may name one that was built with -fPIC:\n${output}")
+    file(WRITE ${PROJECT_BINARY_DIR}/static_protobuf.log "${output}")
+    message(FATAL_ERROR "No shared library can hold this static Protocol Buffers (the linker's messages "
+      "are in ${PROJECT_BINARY_DIR}/static_protobuf.log): HCY_STATIC_PROTOBUF needs one that was built "
+      "with -fPIC, which Debian does not have and script/static-protobuf builds, and which "
+      "CMAKE_PREFIX_PATH or Protobuf_LIBRARY names.")
   endif()
   # One that an earlier configuration found stays in the cache.
   execute_process(COMMAND ${CMAKE_READELF} -d ${trial} OUTPUT_VARIABLE output)
