@@ -7,8 +7,8 @@
 
 namespace hcy {
 
-// Memory for the bytes of one body, grown as they come. A large block is mapped for itself and
-// asks for huge pages: its first use costs less, and the process's heap is left alone.
+// Memory for the bytes of one body, which grows as they arrive. A large block has its own mapping,
+// with huge pages: its first use costs less, and the process's heap is left alone.
 class BodyBlock {
  public:
   BodyBlock() = default;

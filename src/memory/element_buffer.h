@@ -19,7 +19,7 @@ class ElementBuffer {
   // Room that takes no allocation.
   static constexpr std::size_t kInline = 16;
 
-  // The least size of a block that is mapped for itself. The heap keeps smaller ones for the next
+  // The least size of a block that has its own mapping. The heap keeps smaller ones for the next
   // array of their size, which finds them warm; larger ones it maps again each time, without
   // huge pages.
   static constexpr std::size_t kLeastMapped = std::size_t{32} << 20;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Large blocks of memory are mapped for themselves and ask for huge pages: their first use costs
-// less, and the process's heap and its settings are left alone.
+// Large blocks of memory have their own mappings, with huge pages if there are any: their first use
+// costs less, and the process's heap and its settings are left alone.
 
 #pragma once
 

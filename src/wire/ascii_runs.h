@@ -15,7 +15,7 @@
 
 namespace hcy {
 
-// What is read or written of a run at once. Compilers make vector code of the two loops.
+// How much of a run is read or written at once. Compilers vectorize the two loops.
 inline constexpr std::size_t kRun = 8;
 
 // How many of the lowest bits are set, at most as many as are used at once.

@@ -44,8 +44,8 @@ constexpr std::uint64_t spread(std::uint64_t bits) {
   return (bits & 0x007F007F007F007FU) | (bits & 0x3F803F803F803F80U) << 1;
 }
 
-// Whether a number of 16 bits takes a second and a third byte: 0 or 1. Without a comparison, since
-// compilers make vector code of this.
+// Whether a number of 16 bits takes a second and a third byte: 0 or 1. Without a comparison, so that
+// compilers vectorize it.
 constexpr std::uint32_t hasSecond(std::uint32_t value) { return (value + 0x7FFFFF80U) >> 31; }
 constexpr std::uint32_t hasThird(std::uint32_t value) { return (value + 0x7FFFC000U) >> 31; }
 
@@ -62,8 +62,8 @@ std::uint8_t* writeUnit(char16_t unit, std::uint8_t* out) {
 }
 
 // Elements are written where there is room for ten bytes behind them. Their lengths follow one
-// another at random, so there is no branch for each. The bytes of all are computed first, in vector
-// code.
+// another at random, so there is no branch for each. The bytes of all are computed first, in a loop
+// that compilers vectorize.
 
 template <class Element, std::size_t size>
 requires(sizeof(Element) == 8) std::uint8_t* writeEach(std::span<const Element, size> elements,
