@@ -44,8 +44,8 @@ constexpr std::uint64_t spread(std::uint64_t bits) {
   return (bits & 0x007F007F007F007FU) | (bits & 0x3F803F803F803F80U) << 1;
 }
 
-// Whether a number of 16 bits takes a second and a third byte: 0 or 1. Without a comparison, so that
-// compilers vectorize it.
+// Whether a number of 16 bits takes a second and a third byte: 0 or 1. Without a comparison, so
+// that compilers vectorize it.
 constexpr std::uint32_t hasSecond(std::uint32_t value) { return (value + 0x7FFFFF80U) >> 31; }
 constexpr std::uint32_t hasThird(std::uint32_t value) { return (value + 0x7FFFC000U) >> 31; }
 
