@@ -25,9 +25,10 @@ Element elementOf(std::uint64_t varint) {
   }
 }
 
-// The seven low bits of each byte, side by side.
+// The seven low bits of each byte, side by side; the highest bits are clear. Subtracting half of
+// some bits moves them by one.
 constexpr std::uint64_t joined(std::uint64_t bytes) {
-  bytes = (bytes & 0x007F007F007F007FU) | (bytes & 0x7F007F007F007F00U) >> 1;
+  bytes -= (bytes & 0x7F007F007F007F00U) >> 1;
   bytes = (bytes & 0x00003FFF00003FFFU) | (bytes & 0x3FFF00003FFF0000U) >> 2;
   return (bytes & 0x000000000FFFFFFFU) | (bytes & 0x0FFFFFFF00000000U) >> 4;
 }

@@ -37,11 +37,11 @@ constexpr std::uint64_t continued[kLongestVarint + 1] = {0,
                                                          0x8080808080808080,
                                                          0x8080808080808080};
 
-// Groups of seven bits, each in a byte.
+// Groups of seven bits, each in a byte. Adding bits to themselves moves them by one.
 constexpr std::uint64_t spread(std::uint64_t bits) {
   bits = (bits & 0x000000000FFFFFFFU) | (bits & 0x00FFFFFFF0000000U) << 4;
   bits = (bits & 0x00003FFF00003FFFU) | (bits & 0x0FFFC0000FFFC000U) << 2;
-  return (bits & 0x007F007F007F007FU) | (bits & 0x3F803F803F803F80U) << 1;
+  return bits + (bits & 0x3F803F803F803F80U);
 }
 
 // Whether a number of 16 bits takes a second and a third byte: 0 or 1. Without a comparison, so
