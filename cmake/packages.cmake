@@ -4,6 +4,10 @@
 # Their descriptions are in packaging/debian/control, for both kinds of packages.
 
 file(READ ${PROJECT_SOURCE_DIR}/packaging/debian/control control)
+if(HCY_STATIC_PROTOBUF)
+  string(REPLACE "The library uses the system's shared Protocol Buffers."
+    "Protocol Buffers is inside the library." control "${control}")
+endif()
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
   ${PROJECT_SOURCE_DIR}/packaging/debian/control ${PROJECT_SOURCE_DIR}/packaging/debian/changelog)
 
