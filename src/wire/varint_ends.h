@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "wire/fixed_width.h"
+
 namespace hcy {
 
 inline constexpr std::size_t kBlock = 64;
@@ -21,10 +23,8 @@ inline constexpr std::size_t kBlock = 64;
 template <class Word = std::uint64_t>
 Word loadLittleEndian(const std::uint8_t* bytes) {
   Word word = 0;
-  std::memcpy(&word, bytes, sizeof word);
-  if constexpr (std::endian::native == std::endian::little) return word;
-  return sizeof word == 4 ? static_cast<Word>(__builtin_bswap32(static_cast<std::uint32_t>(word)))
-                          : static_cast<Word>(__builtin_bswap64(word));
+  copyFixedWidth<Word>({bytes, sizeof word}, reinterpret_cast<std::uint8_t*>(&word));
+  return word;
 }
 
 inline void storeLittleEndian(std::uint64_t word, std::uint8_t* bytes) {
