@@ -12,8 +12,8 @@ namespace hcy::tools {
 // Throws BadInput if the opened file belongs to another user, or if others can read or change it.
 void requirePrivate(int descriptor, const std::string& name);
 
-// Checks a file that libcurl will open later, and throws BadInput also if there is no such file.
-// Another file may be in its place by then, so prefer requirePrivate().
+// The same check by name, for a file that only libcurl opens. A missing file is BadInput, too. The
+// file can be replaced between the check and its use; a descriptor does not have this problem.
 void requirePrivateFile(const std::string& name);
 
 // Throws BadInput, which names the file, if it is missing, a directory, or not readable. libcurl

@@ -36,8 +36,8 @@ class FileReplacement {
   std::string beside_;  // the name of the new file, until it is renamed; empty if there is none
 };
 
-// Throws BadInput, which names the file, if it cannot be written or created: checked before a call,
-// a wrong name does not cost the results.
+// Throws BadInput, which names the file, if it cannot be written or created. Called before the
+// function is evaluated, so that a wrong name loses no results.
 void requireWritable(const std::string& file);
 
 // Creates the file or replaces it at once; throws std::system_error with its name.
